@@ -31,15 +31,15 @@ private:
     std::shared_ptr<const Data> data_;
 };
 
-#define GCBASE_DECLARE_EXCEPTION(Name)                                                              \
-    class GCBASE_API Name : public GenericException {                                               \
-    public:                                                                                         \
-        Name(const char* description, const char* sourceFileName, unsigned int sourceLine);         \
-        Name(const char* description, const char* sourceFileName, unsigned int sourceLine,          \
-             const char* exceptionType);                                                            \
-        Name(const Name&) noexcept;                                                                 \
-        Name& operator=(const Name&) noexcept;                                                      \
-        ~Name() override;                                                                           \
+#define GCBASE_DECLARE_EXCEPTION(Name)                                                      \
+    class GCBASE_API Name : public GenericException {                                       \
+    public:                                                                                 \
+        Name(const char* description, const char* sourceFileName, unsigned int sourceLine); \
+        Name(const char* description, const char* sourceFileName, unsigned int sourceLine,  \
+             const char* exceptionType);                                                    \
+        Name(const Name&) noexcept;                                                         \
+        Name& operator=(const Name&) noexcept;                                              \
+        ~Name() override;                                                                   \
     }
 
 // A failed allocation.

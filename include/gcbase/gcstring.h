@@ -49,7 +49,9 @@ public:
     }
     void push_back(char character) { value_.push_back(character); }
     void clear() noexcept { value_.clear(); }
-    void erase(std::size_t position = 0, std::size_t count = npos) { value_.erase(position, count); }
+    void erase(std::size_t position = 0, std::size_t count = npos) {
+        value_.erase(position, count);
+    }
     void resize(std::size_t length) { value_.resize(length); }
     void reserve(std::size_t length) { value_.reserve(length); }
     void swap(gcstring& other) noexcept { value_.swap(other.value_); }
@@ -92,16 +94,34 @@ private:
     std::string value_;
 };
 
-inline gcstring operator+(gcstring left, const gcstring& right) { return std::move(left += right); }
-inline gcstring operator+(gcstring left, const char* right) { return std::move(left += right); }
-inline gcstring operator+(const char* left, const gcstring& right) { return gcstring(left) += right; }
+inline gcstring operator+(gcstring left, const gcstring& right) {
+    return std::move(left += right);
+}
+inline gcstring operator+(gcstring left, const char* right) {
+    return std::move(left += right);
+}
+inline gcstring operator+(const char* left, const gcstring& right) {
+    return gcstring(left) += right;
+}
 
-inline bool operator==(const gcstring& a, const gcstring& b) noexcept { return a.str() == b.str(); }
-inline bool operator==(const gcstring& a, const char* b) noexcept { return a.str() == b; }
-inline bool operator<(const gcstring& a, const gcstring& b) noexcept { return a.str() < b.str(); }
-inline bool operator>(const gcstring& a, const gcstring& b) noexcept { return b < a; }
-inline bool operator<=(const gcstring& a, const gcstring& b) noexcept { return !(b < a); }
-inline bool operator>=(const gcstring& a, const gcstring& b) noexcept { return !(a < b); }
+inline bool operator==(const gcstring& a, const gcstring& b) noexcept {
+    return a.str() == b.str();
+}
+inline bool operator==(const gcstring& a, const char* b) noexcept {
+    return a.str() == b;
+}
+inline bool operator<(const gcstring& a, const gcstring& b) noexcept {
+    return a.str() < b.str();
+}
+inline bool operator>(const gcstring& a, const gcstring& b) noexcept {
+    return b < a;
+}
+inline bool operator<=(const gcstring& a, const gcstring& b) noexcept {
+    return !(b < a);
+}
+inline bool operator>=(const gcstring& a, const gcstring& b) noexcept {
+    return !(a < b);
+}
 
 // A template, so that this header needs no stream header.
 template <typename Traits>

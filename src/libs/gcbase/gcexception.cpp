@@ -13,7 +13,9 @@ struct GenericException::Data {
 
 namespace {
 
-const char* orEmpty(const char* text) { return text != nullptr ? text : ""; }
+const char* orEmpty(const char* text) {
+    return text != nullptr ? text : "";
+}
 
 }  // namespace
 
@@ -36,21 +38,27 @@ GenericException::GenericException(const GenericException&) noexcept = default;
 GenericException& GenericException::operator=(const GenericException&) noexcept = default;
 GenericException::~GenericException() = default;
 
-const char* GenericException::GetDescription() const noexcept { return data_->description.c_str(); }
+const char* GenericException::GetDescription() const noexcept {
+    return data_->description.c_str();
+}
 const char* GenericException::GetSourceFileName() const noexcept {
     return data_->sourceFileName.c_str();
 }
-unsigned int GenericException::GetSourceLine() const noexcept { return data_->sourceLine; }
-const char* GenericException::what() const noexcept { return data_->what.c_str(); }
+unsigned int GenericException::GetSourceLine() const noexcept {
+    return data_->sourceLine;
+}
+const char* GenericException::what() const noexcept {
+    return data_->what.c_str();
+}
 
-#define GCBASE_DEFINE_EXCEPTION(Name)                                                              \
-    Name::Name(const char* description, const char* sourceFileName, unsigned int sourceLine)       \
-        : GenericException(description, sourceFileName, sourceLine, #Name) {}                      \
-    Name::Name(const char* description, const char* sourceFileName, unsigned int sourceLine,       \
-               const char* exceptionType)                                                          \
-        : GenericException(description, sourceFileName, sourceLine, exceptionType) {}              \
-    Name::Name(const Name&) noexcept = default;                                                    \
-    Name& Name::operator=(const Name&) noexcept = default;                                         \
+#define GCBASE_DEFINE_EXCEPTION(Name)                                                        \
+    Name::Name(const char* description, const char* sourceFileName, unsigned int sourceLine) \
+        : GenericException(description, sourceFileName, sourceLine, #Name) {}                \
+    Name::Name(const char* description, const char* sourceFileName, unsigned int sourceLine, \
+               const char* exceptionType)                                                    \
+        : GenericException(description, sourceFileName, sourceLine, exceptionType) {}        \
+    Name::Name(const Name&) noexcept = default;                                              \
+    Name& Name::operator=(const Name&) noexcept = default;                                   \
     Name::~Name() = default
 
 GCBASE_DEFINE_EXCEPTION(BadAllocException);
