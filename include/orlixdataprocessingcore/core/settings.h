@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <variant>
 #include <vector>
 
@@ -60,7 +61,8 @@ public:
     virtual void setUnsigned(const SettingsPath& path, std::uint64_t value) = 0;
     virtual void setFloat(const SettingsPath& path, double value) = 0;
 
-    virtual void createSection(const SettingsPath& path) = 0;
+    // Makes the path an empty section and gives a store for it, whose paths are relative to it.
+    [[nodiscard]] virtual std::shared_ptr<ISettings> createSection(const SettingsPath& path) = 0;
     // Makes the path an array of that size; new elements are empty sections.
     virtual void setArraySize(const SettingsPath& path, std::size_t size) = 0;
 };
