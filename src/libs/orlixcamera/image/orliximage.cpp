@@ -102,8 +102,8 @@ void COrlixImage::AttachBuffer(std::shared_ptr<void> owner, void* data, std::siz
 }
 
 void COrlixImage::AttachUserBuffer(void* data, std::size_t size, EPixelType pixelType,
-                                   std::uint32_t width, std::uint32_t height,
-                                   std::size_t paddingX, EImageOrientation orientation) {
+                                   std::uint32_t width, std::uint32_t height, std::size_t paddingX,
+                                   EImageOrientation orientation) {
     AttachBuffer(nullptr, data, size, pixelType, width, height, paddingX, orientation);
 }
 
