@@ -1,0 +1,30 @@
+// What a conversion kernel is given: where the lines of both pictures lie. A kernel owns nothing;
+// several threads may run one kernel at once on different lines of one job.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace Orlix {
+
+// Line n of the destination is made from line n of the source: a change of the orientation is a
+// negative stride. A kernel may read any line of the source, so that one with a neighbourhood needs
+// no other interface.
+struct ConversionJob {
+    std::array<const std::uint8_t*, 3> source{};  // the first line of each plane
+    std::array<std::ptrdiff_t, 3> sourceStride{};
+    std::array<std::uint8_t*, 3> destination{};
+    std::array<std::ptrdiff_t, 3> destinationStride{};
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    // How the value of a sample moves: at most one of the two is not 0.
+    int shiftDown = 0;
+    int shiftUp = 0;
+};
+
+// Converts the lines from `first` up to but without `end`. `first` is even, and so is `end` unless
+// it is the height, so that no 2 x 2 block is parted. Never throws, never allocates.
+using ConversionKernel = void (*)(const ConversionJob& job, std::uint32_t first, std::uint32_t end);
+
+}  // namespace Orlix

@@ -1,0 +1,177 @@
+#include "orlixcamera/imageformatconverter.h"
+
+#include <algorithm>
+#include <array>
+#include <thread>
+#include <utility>
+
+#include "orlixcamera/conversion/conversionerror.h"
+#include "orlixcamera/conversion/conversionjob.h"
+#include "orlixcamera/conversion/conversiontable.h"
+#include "orlixcamera/conversion/parallelstrips.h"
+#include "orlixcamera/conversion/pictures.h"
+#include "orlixcamera/orliximage.h"
+
+namespace Orlix {
+namespace {
+
+using Entry = Detail::EnumerationEntry;
+
+constexpr std::array PixelFormatEntries{
+    Entry{PixelType_BGRA8Packed, "BGRA8Packed"},
+    Entry{PixelType_BGR8Packed, "BGR8Packed"},
+    Entry{PixelType_Mono8, "Mono8"},
+    Entry{PixelType_Mono16, "Mono16"},
+    Entry{PixelType_RGB8Packed, "RGB8Packed"},
+    Entry{PixelType_RGB16Packed, "RGB16Packed"},
+    Entry{PixelType_RGB8Planar, "RGB8Planar"},
+    Entry{PixelType_RGB16Planar, "RGB16Planar"},
+    Entry{PixelType_YUV444Planar, "YUV444Planar"},
+    Entry{PixelType_YUV422Planar, "YUV422Planar"},
+    Entry{PixelType_YUV420Planar, "YUV420Planar"},
+};
+constexpr std::array BitAlignmentEntries{
+    Entry{OutputBitAlignment_LsbAligned, "LsbAligned"},
+    Entry{OutputBitAlignment_MsbAligned, "MsbAligned"},
+};
+constexpr std::array OrientationEntries{
+    Entry{OutputOrientation_BottomUp, "BottomUp"},
+    Entry{OutputOrientation_TopDown, "TopDown"},
+    Entry{OutputOrientation_Unchanged, "Unchanged"},
+};
+constexpr std::array BayerBorderEntries{
+    Entry{BayerBorder_CopyInner, "CopyInner"},
+    Entry{BayerBorder_Repeat, "Repeat"},
+};
+
+constexpr ParameterTexts PixelFormatTexts{"OutputPixelFormat", "Output Pixel Format",
+                                          "Sets the pixel format of the output image.",
+                                          "Sets the pixel format of the output image."};
+constexpr ParameterTexts BitAlignmentTexts{
+    "OutputBitAlignment", "Output Bit Alignment",
+    "Sets the alignment of the bits in the target pixel type.",
+    "Sets the alignment of the bits in the target pixel type if the target bit depth is greater "
+    "than the source bit depth."};
+constexpr ParameterTexts PaddingTexts{
+    "OutputPaddingX", "Output Padding X",
+    "Number of additional data bytes at the end of each line.",
+    "Number of additional data bytes at the end of each line. In planar formats they are at the "
+    "end of each line of each plane. These bytes are set to zero during the conversion."};
+constexpr ParameterTexts OrientationTexts{
+    "OutputOrientation", "Output Orientation",
+    "Sets the vertical orientation of the output image in the buffer.",
+    "Sets the vertical orientation of the output image in the buffer."};
+constexpr ParameterTexts BayerBorderTexts{
+    "BayerBorder", "Bayer Border", "Sets how the border of a Bayer image is treated.",
+    "Sets what stands in for the neighbors that a pixel at the border of a Bayer image lacks."};
+constexpr ParameterTexts ThreadsTexts{
+    "MaxNumThreads", "Max Num Threads", "Sets the maximum number of threads used for a conversion.",
+    "Sets the maximum number of threads used for the conversion of one image. If it is set to 1, "
+    "the image is converted in the thread of the caller alone."};
+
+std::int64_t HardwareThreads() {
+    return std::max<std::int64_t>(1, std::thread::hardware_concurrency());
+}
+
+EImageOrientation GetOutputOrientation(OutputOrientationEnums wanted, EImageOrientation source) {
+    switch (wanted) {
+        case OutputOrientation_BottomUp:
+            return ImageOrientation_BottomUp;
+        case OutputOrientation_TopDown:
+            return ImageOrientation_TopDown;
+        case OutputOrientation_Unchanged:
+            break;
+    }
+    return source;
+}
+
+// A strip that is much smaller costs more to hand over than to convert.
+constexpr std::uint64_t MinimumStripBytes = 65536;
+
+// How many lines a strip has, so that the picture has at most `threads` strips.
+std::uint32_t GetStripLines(const SourcePicture& source, std::int64_t threads) {
+    const std::uint64_t worthwhile = source.planes.size / MinimumStripBytes + 1;
+    const std::uint64_t strips =
+        std::min(worthwhile, static_cast<std::uint64_t>(std::max<std::int64_t>(1, threads)));
+    const std::uint64_t lines = (source.height + strips - 1) / strips;
+    // An even number, so that no block of two lines is parted.
+    return static_cast<std::uint32_t>(std::min<std::uint64_t>(lines + lines % 2, source.height));
+}
+
+void ConvertPicture(ConversionKernel kernel, const ConversionJob& job, const ImagePlanes& output,
+                    std::uint32_t stripLines) {
+    const auto convertStrip = [&](std::size_t strip) {
+        const auto first = static_cast<std::uint32_t>(strip * stripLines);
+        const std::uint32_t end = first + std::min(stripLines, job.height - first);
+        kernel(job, first, end);
+        ClearPadding(job, output, first, end);
+    };
+    const std::size_t strips = (std::size_t{job.height} + stripLines - 1) / stripLines;
+    if (strips == 1) {
+        convertStrip(0);
+    } else {
+        RunStrips(strips, convertStrip);
+    }
+}
+
+}  // namespace
+
+CImageFormatConverter::CImageFormatConverter()
+    : OutputPixelFormat(PixelFormatTexts, PixelFormatEntries, PixelType_BGRA8Packed),
+      OutputBitAlignment(BitAlignmentTexts, BitAlignmentEntries, OutputBitAlignment_LsbAligned),
+      OutputPaddingX(PaddingTexts, {0, 4294967295, 1}, 0),
+      OutputOrientation(OrientationTexts, OrientationEntries, OutputOrientation_Unchanged),
+      BayerBorder(BayerBorderTexts, BayerBorderEntries, BayerBorder_CopyInner),
+      MaxNumThreads(ThreadsTexts, {1, HardwareThreads(), 1}, HardwareThreads()) {}
+
+CImageFormatConverter::~CImageFormatConverter() = default;
+
+bool CImageFormatConverter::ImageHasDestinationFormat(EPixelType sourcePixelType,
+                                                      std::size_t sourcePaddingX,
+                                                      EImageOrientation sourceOrientation) const {
+    return sourcePixelType == OutputPixelFormat.GetValue() &&
+           std::cmp_equal(sourcePaddingX, OutputPaddingX.GetValue()) &&
+           sourceOrientation ==
+               GetOutputOrientation(OutputOrientation.GetValue(), sourceOrientation);
+}
+
+bool CImageFormatConverter::ImageHasDestinationFormat(const COrlixImageBase& source) const {
+    return ImageHasDestinationFormat(source.GetPixelType(), source.GetPaddingX(),
+                                     source.GetOrientation());
+}
+
+bool CImageFormatConverter::IsSupportedInputFormat(EPixelType sourcePixelType) const noexcept {
+    return FindConversionKernel(sourcePixelType, OutputPixelFormat.GetValue()) != nullptr;
+}
+
+void CImageFormatConverter::Convert(COrlixImage& destination, const void* source,
+                                    std::size_t sourceSize, EPixelType sourcePixelType,
+                                    std::uint32_t width, std::uint32_t height,
+                                    std::size_t sourcePaddingX,
+                                    EImageOrientation sourceOrientation) const {
+    const EPixelType outputType = OutputPixelFormat.GetValue();
+    const SourcePicture picture = CheckSource(
+        {source, sourceSize, sourcePixelType, width, height, sourcePaddingX, sourceOrientation});
+    const ConversionKernel kernel = FindConversionKernel(sourcePixelType, outputType);
+    if (kernel == nullptr) {
+        ThrowNoConversion(sourcePixelType, outputType);
+    }
+    const std::size_t padding = CheckOutputPadding(OutputPaddingX.GetValue());
+    const EImageOrientation orientation =
+        GetOutputOrientation(OutputOrientation.GetValue(), sourceOrientation);
+    COrlixImage result;
+    result.Reset(outputType, width, height, padding, orientation);
+    const ImagePlanes output = ComputePlanes(outputType, width, height, padding);
+    ConversionJob job =
+        MakeJob(picture, static_cast<std::uint8_t*>(result.GetBuffer()), output, orientation);
+    SetShift(job, sourcePixelType, outputType, OutputBitAlignment.GetValue());
+    ConvertPicture(kernel, job, output, GetStripLines(picture, MaxNumThreads.GetValue()));
+    destination = std::move(result);
+}
+
+void CImageFormatConverter::Convert(COrlixImage& destination, const COrlixImageBase& source) const {
+    Convert(destination, source.GetBuffer(), source.GetImageSize(), source.GetPixelType(),
+            source.GetWidth(), source.GetHeight(), source.GetPaddingX(), source.GetOrientation());
+}
+
+}  // namespace Orlix

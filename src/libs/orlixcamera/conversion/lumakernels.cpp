@@ -1,0 +1,105 @@
+// Kernels from colour to grey.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "orlixcamera/conversion/lumakernels.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include "orlixcamera/conversion/kernels.h"
+#include "orlixcamera/conversion/vectorpixels.h"
+#include "orlixcamera/conversion/weightedsums.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Orlix::HWY_NAMESPACE {
+namespace {
+
+struct ToMono8 {
+    static constexpr std::size_t Bytes = 1;
+    static constexpr std::size_t Planes = 1;
+    template <class Pixel>
+    static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
+        hn::StoreU(Luma(pixel), D8(), to[0]);
+    }
+};
+
+// 8-bit colour to 16-bit grey: the luma of the 8-bit values, then moved up.
+template <class Source>
+struct WidenedLumaStep {
+    static constexpr std::size_t MaxLanes = hn::MaxLanes(D8());
+    static constexpr std::size_t SourceBytes = Source::Bytes;
+    static constexpr std::size_t Bytes = 2;
+    static constexpr std::size_t Planes = 1;
+
+    static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D8()); }
+    static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to,
+                                   const ConversionJob& job) {
+        const V8 luma = Luma(Source::Load(from, 0));
+        const V16 low = Widen(hn::LowerHalf(D8Half(), luma), job.shiftUp);
+        const V16 high = Widen(hn::UpperHalf(D8Half(), luma), job.shiftUp);
+        hn::StoreU(hn::BitCast(D8(), low), D8(), to[0]);
+        hn::StoreU(hn::BitCast(D8(), high), D8(), to[0] + Lanes());
+    }
+};
+
+// The luma of 16-bit words that are 32,768 too small, so that they are signed.
+HWY_INLINE VI32 LumaOfSignedPairs(hn::Vec<DI16> redGreen, hn::Vec<DI16> blue) {
+    const DI32 d;
+    const DF32 floats;
+    const VI32 divisor = hn::Set(d, 125);
+    const VI32 sum = WeightedSum(redGreen, blue, LumaWeights, 32768 * 1000 + 500);
+    // An eighth has 23 bits, which a float holds exactly, but the quotient may be one off.
+    const VI32 eighth = hn::ShiftRight<3>(sum);
+    const VI32 quotient =
+        hn::ConvertTo(d, hn::Mul(hn::ConvertTo(floats, eighth), hn::Set(floats, 1.0F / 125.0F)));
+    const VI32 rest = hn::Sub(eighth, hn::Mul(quotient, divisor));
+    const VI32 one = hn::Set(d, 1);
+    const VI32 raised = hn::IfThenElse(hn::Lt(rest, divisor), quotient, hn::Add(quotient, one));
+    return hn::IfThenElse(hn::Lt(rest, hn::Zero(d)), hn::Sub(quotient, one), raised);
+}
+
+struct ToMono16 {
+    static constexpr std::size_t Bytes = 2;
+    static constexpr std::size_t Planes = 1;
+    static HWY_INLINE void Store(const Colour<V16>& pixel, const Line& to) {
+        const V16 sign = hn::Set(D16(), 0x8000);
+        const V16 r = hn::Xor(pixel.r, sign);
+        const V16 g = hn::Xor(pixel.g, sign);
+        const V16 b = hn::Xor(pixel.b, sign);
+        // The word beside blue is multiplied by 0.
+        const WordPairs pairs = MakePairs(r, g, b);
+        const V16 luma = JoinLanes(LumaOfSignedPairs(pairs.redGreenEven, pairs.blueEven),
+                                   LumaOfSignedPairs(pairs.redGreenOdd, pairs.blueOdd));
+        hn::StoreU(hn::BitCast(D8(), luma), D8(), to[0]);
+    }
+};
+
+template <class Source, class Destination>
+struct Plan {
+    using Step = ByteStep<Source, Destination>;
+};
+template <class Source>
+struct Plan<Source, ToMono16> {
+    using Step = WidenedLumaStep<Source>;
+};
+template <>
+struct Plan<Rgb16, ToMono16> {
+    using Step = WideStep<Rgb16, ToMono16>;
+};
+
+}  // namespace
+
+#define ORLIX_KERNEL(Source, Destination)                                              \
+    void Source##To##Destination##Lines(const ConversionJob& job, std::uint32_t first, \
+                                        std::uint32_t end) {                           \
+        ConvertLines<Plan<Source, To##Destination>::Step>(job, first, end);            \
+    }
+ORLIX_LUMA_KERNELS(ORLIX_KERNEL)
+#undef ORLIX_KERNEL
+
+}  // namespace Orlix::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Orlix {
+ORLIX_LUMA_KERNELS(ORLIX_DISPATCH_KERNEL)
+}  // namespace Orlix
+#endif

@@ -1,0 +1,99 @@
+// Kernels to 16-bit formats, and between 8 and 16 bits where the samples keep their order.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "orlixcamera/conversion/widekernels.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include "orlixcamera/conversion/kernels.h"
+#include "orlixcamera/conversion/vectorpixels.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Orlix::HWY_NAMESPACE {
+namespace {
+
+struct ToMono8 {
+    static constexpr std::size_t Bytes = 1;
+    static constexpr std::size_t Planes = 1;
+    static HWY_INLINE void Store(const Grey<V8>& pixel, const Line& to) {
+        hn::StoreU(pixel.value, D8(), to[0]);
+    }
+};
+
+// Lines begin at any byte, so words are stored through bytes.
+HWY_INLINE void StoreWords(V16 value, std::uint8_t* to) {
+    hn::StoreU(hn::BitCast(D8(), value), D8(), to);
+}
+
+struct ToMono16 {
+    static constexpr std::size_t Bytes = 2;
+    static constexpr std::size_t Planes = 1;
+    static HWY_INLINE void Store(const Grey<V16>& pixel, const Line& to) {
+        StoreWords(pixel.value, to[0]);
+    }
+};
+
+struct ToRgb16 {
+    static constexpr std::size_t Bytes = 6;
+    static constexpr std::size_t Planes = 1;
+    template <class Pixel>
+    static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
+        // Only unaligned instructions follow, so the type's alignment is not relied on.
+        hn::StoreInterleaved3(Red(pixel), Green(pixel), Blue(pixel), D16(),
+                              reinterpret_cast<std::uint16_t*>(to[0]));
+    }
+};
+
+struct ToRgb16Planar {
+    static constexpr std::size_t Bytes = 2;
+    static constexpr std::size_t Planes = 3;
+    template <class Pixel>
+    static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
+        StoreWords(Red(pixel), to[0]);
+        StoreWords(Green(pixel), to[1]);
+        StoreWords(Blue(pixel), to[2]);
+    }
+};
+
+// What a kernel does with the samples of a line: a pixel's, in general ...
+template <class Source, class Destination>
+struct Plan {
+    using Step = WideStep<Source, Destination>;
+    static constexpr std::size_t Samples = 1;
+};
+template <>
+struct Plan<Mono16, ToMono8> {
+    using Step = ByteStep<Mono16, ToMono8>;
+    static constexpr std::size_t Samples = 1;
+};
+// ... but where only the depth changes, the three samples of a pixel are like three pixels.
+template <>
+struct Plan<Rgb8, ToRgb16> {
+    using Step = WideStep<Mono8, ToMono16>;
+    static constexpr std::size_t Samples = 3;
+};
+struct ToRgb8;
+template <>
+struct Plan<Rgb16, ToRgb8> {
+    using Step = ByteStep<Mono16, ToMono8>;
+    static constexpr std::size_t Samples = 3;
+};
+
+}  // namespace
+
+#define ORLIX_KERNEL(Source, Destination)                                              \
+    void Source##To##Destination##Lines(const ConversionJob& job, std::uint32_t first, \
+                                        std::uint32_t end) {                           \
+        using Pair = Plan<Source, To##Destination>;                                    \
+        ConvertLines<Pair::Step, Pair::Samples>(job, first, end);                      \
+    }
+ORLIX_WIDE_KERNELS(ORLIX_KERNEL)
+#undef ORLIX_KERNEL
+
+}  // namespace Orlix::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Orlix {
+ORLIX_WIDE_KERNELS(ORLIX_DISPATCH_KERNEL)
+}  // namespace Orlix
+#endif

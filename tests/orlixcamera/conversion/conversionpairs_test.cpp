@@ -1,0 +1,187 @@
+// Every pair of formats against the reference, on every instruction set of this machine.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <hwy/targets.h>
+
+#include <cstring>
+#include <tuple>
+
+#include "orlixcamera/conversion/conversiontable.h"
+#include "orlixcamera/conversion/guardedbuffer.h"
+#include "orlixcamera/conversion/referencepicture.h"
+#include "orlixcamera/orliximage.h"
+#include "orlixcamera/pixeltypemapper.h"
+
+namespace Orlix::Test {
+namespace {
+
+constexpr std::uint32_t Widths[] = {1,  2,  3,  4,  5,  6,  7,  8,  9,  15, 16, 17,
+                                    19, 31, 32, 33, 34, 47, 48, 63, 64, 65, 66, 67};
+constexpr std::uint32_t Heights[] = {1, 2, 3, 4, 5};
+constexpr std::size_t Paddings[] = {0, 1, 3, 7, 64};
+
+// The instruction sets that kernels are built for and this machine can run, the one without vectors
+// included.
+std::vector<std::int64_t> InstructionSets() {
+    const std::int64_t supported = hwy::SupportedTargets();
+    std::vector<std::int64_t> sets{0};
+    for (const std::int64_t set : {HWY_SSSE3, HWY_SSE4, HWY_AVX2, HWY_AVX3}) {
+        if ((supported & set) != 0) {
+            sets.push_back(set);
+        }
+    }
+    return sets;
+}
+
+class InstructionSetScope {
+public:
+    explicit InstructionSetScope(std::int64_t set) { hwy::GetChosenTarget().Update(set); }
+    ~InstructionSetScope() { hwy::GetChosenTarget().Update(hwy::SupportedTargets()); }
+    InstructionSetScope(const InstructionSetScope&) = delete;
+    InstructionSetScope& operator=(const InstructionSetScope&) = delete;
+};
+
+// Walks through the settings in steps of different lengths, so that they meet in all combinations.
+struct Variation {
+    explicit Variation(std::uint32_t number)
+        : sourcePadding(Paddings[number % 5]),
+          outputPadding(Paddings[number / 2 % 5]),
+          sourceOrientation(static_cast<EImageOrientation>(number / 3 % 2)),
+          outputOrientation(static_cast<EImageOrientation>(number / 7 % 2)),
+          alignment(static_cast<OutputBitAlignmentEnums>(number % 2)),
+          content(number / 5 % 3 == 0 ? Content::Extreme : Content::Random),
+          threads(number % 2 == 0 ? 1 : 3) {}
+
+    std::size_t sourcePadding;
+    std::size_t outputPadding;
+    EImageOrientation sourceOrientation;
+    EImageOrientation outputOrientation;
+    OutputBitAlignmentEnums alignment;
+    Content content;
+    std::int64_t threads;
+};
+
+COrlixImage Convert(const Picture& source, const Target& target, std::int64_t threads) {
+    CImageFormatConverter converter;
+    converter.OutputPixelFormat.SetValue(target.pixelType);
+    converter.OutputBitAlignment.SetValue(target.alignment);
+    converter.OutputPaddingX.SetValue(static_cast<std::int64_t>(target.paddingX));
+    converter.OutputOrientation.SetValue(target.orientation == ImageOrientation_TopDown
+                                             ? OutputOrientation_TopDown
+                                             : OutputOrientation_BottomUp);
+    // More threads than a small machine has must give the same bytes.
+    converter.MaxNumThreads.SetValue(threads, false);
+    COrlixImage result;
+    converter.Convert(result, source.bytes.data(), source.bytes.size(), source.pixelType,
+                      source.width, source.height, source.paddingX, source.orientation);
+    return result;
+}
+
+::testing::AssertionResult HasBytes(const COrlixImage& image, const Picture& expected) {
+    if (image.GetImageSize() != expected.bytes.size()) {
+        return ::testing::AssertionFailure()
+               << image.GetImageSize() << " bytes in place of " << expected.bytes.size();
+    }
+    const auto* bytes = static_cast<const std::uint8_t*>(image.GetBuffer());
+    for (std::size_t index = 0; index < expected.bytes.size(); ++index) {
+        if (bytes[index] != expected.bytes[index]) {
+            return ::testing::AssertionFailure() << "byte " << index << " is " << int{bytes[index]}
+                                                 << " in place of " << int{expected.bytes[index]};
+        }
+    }
+    return ::testing::AssertionSuccess();
+}
+
+class ConversionPairs : public ::testing::TestWithParam<std::tuple<EPixelType, EPixelType>> {
+protected:
+    // True while there is nothing to complain about.
+    bool Check(std::uint32_t width, std::uint32_t height, const Variation& variation) {
+        const auto [sourceType, outputType] = GetParam();
+        const Picture source =
+            MakePicture(sourceType, width, height, variation.sourcePadding,
+                        variation.sourceOrientation, variation.content, width * 8 + height);
+        const Target target{outputType, variation.outputPadding, variation.outputOrientation,
+                            variation.alignment};
+        const Picture expected = ConvertByReference(source, target);
+        for (const std::int64_t set : sets_) {
+            const InstructionSetScope scope(set);
+            const COrlixImage image = Convert(source, target, variation.threads);
+            EXPECT_TRUE(HasBytes(image, expected))
+                << width << " x " << height << ", instruction set " << set << ", padding "
+                << variation.sourcePadding << " to " << variation.outputPadding << ", orientation "
+                << variation.sourceOrientation << " to " << variation.outputOrientation
+                << ", alignment " << variation.alignment << ", threads " << variation.threads;
+        }
+        return !HasFailure();
+    }
+
+private:
+    const std::vector<std::int64_t> sets_ = InstructionSets();
+};
+
+TEST_P(ConversionPairs, SmallPicturesAreEqualToTheReferenceOnEveryInstructionSet) {
+    std::uint32_t number = 0;
+    for (const std::uint32_t width : Widths) {
+        for (const std::uint32_t height : Heights) {
+            if (!Check(width, height, Variation(number++))) {
+                return;
+            }
+        }
+    }
+}
+
+TEST_P(ConversionPairs, PicturesInSeveralStripsAreEqualToTheReference) {
+    for (std::uint32_t number = 0; number < 4; ++number) {
+        Variation variation(number * 11);
+        variation.threads = number == 0 ? 1 : 3;
+        if (!Check(257 + number, 803 + number, variation)) {
+            return;
+        }
+    }
+}
+
+// The kernel itself, on buffers that begin and end at pages that can't be touched.
+TEST_P(ConversionPairs, NoByteBeforeOrBehindThePicturesIsTouched) {
+    const auto [sourceType, outputType] = GetParam();
+    const ConversionKernel kernel = FindConversionKernel(sourceType, outputType);
+    ASSERT_NE(kernel, nullptr);
+    const int difference =
+        static_cast<int>(BitDepth(sourceType)) - static_cast<int>(BitDepth(outputType));
+    for (const GuardSide side : {GuardSide::Front, GuardSide::Back}) {
+        for (const std::uint32_t width : {1U, 3U, 16U, 31U, 33U, 64U, 67U, 130U}) {
+            const ImagePlanes from = ComputePlanes(sourceType, width, 3, 0);
+            const ImagePlanes to = ComputePlanes(outputType, width, 3, 0);
+            GuardedBuffer source(from.size, side);
+            GuardedBuffer output(to.size, side);
+            std::memset(source.Data(), 77, from.size);
+            ConversionJob job;
+            job.width = width;
+            job.height = 3;
+            job.shiftDown = std::max(0, difference);
+            job.source[0] = source.Data();
+            job.sourceStride[0] = static_cast<std::ptrdiff_t>(from.planes[0].stride);
+            for (std::size_t plane = 0; plane < 3; ++plane) {
+                const ImagePlane& place = to.planes[plane < to.count ? plane : 0];
+                job.destination[plane] = output.Data() + place.offset;
+                job.destinationStride[plane] = static_cast<std::ptrdiff_t>(place.stride);
+            }
+            for (const std::int64_t set : InstructionSets()) {
+                const InstructionSetScope scope(set);
+                kernel(job, 0, 3);
+            }
+        }
+    }
+}
+
+std::string PairName(const ::testing::TestParamInfo<std::tuple<EPixelType, EPixelType>>& info) {
+    return std::string(CPixelTypeMapper::GetNameByPixelType(std::get<0>(info.param))) + "To" +
+           CPixelTypeMapper::GetNameByPixelType(std::get<1>(info.param));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ConversionPairs,
+                         ::testing::Combine(::testing::ValuesIn(SourceTypes),
+                                            ::testing::ValuesIn(OutputTypes)),
+                         PairName);
+
+}  // namespace
+}  // namespace Orlix::Test
