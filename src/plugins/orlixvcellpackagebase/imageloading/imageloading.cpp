@@ -1,0 +1,163 @@
+#include "orlixvcellpackagebase/imageloading.h"
+
+#include <utility>
+
+#include "gcbase/gcexception.h"
+#include "imageloading/imageloadingimpl.h"
+#include "imageloading/imagesource.h"
+#include "imageloading/log.h"
+#include "imageloading/names.h"
+#include "orlixdataprocessingcore/core/image.h"
+#include "orlixdataprocessingcore/core/integer.h"
+#include "orlixdataprocessingcore/core/nodearguments.h"
+#include "orlixdataprocessingcore/core/string.h"
+#include "orlixdataprocessingcore/utils/uuid.h"
+
+namespace Plugin::OrlixVCellPackageBase {
+
+namespace Core = Orlix::DataProcessing::Core;
+namespace Threading = Orlix::DataProcessing::Threading;
+namespace Utils = Orlix::DataProcessing::Utils;
+using namespace ImageLoadingLog;
+
+// Static objects of this unit, in the order in which they are made when the library is loaded.
+
+namespace {
+
+[[maybe_unused]] const Utils::Uuid firstUuid("8fcfdd35-ba34-4bf8-b6a3-6737d7612e95");
+[[maybe_unused]] const Utils::Uuid secondUuid("b44bfc48-0086-420c-abb8-2ff57522d61a");
+
+}  // namespace
+
+ORLIX_REGISTER_TYPE(ImageLoading, Core::AdvancedNode, Core::INodeMapContainer)
+
+namespace ImageLoadingNames {
+
+const gcstring imagePin("Image");
+const gcstring imagePathPin("ImagePath");
+const gcstring runCountPin("RunCount");
+
+const gcstring sourcePathParameter("SourcePath");
+const gcstring sortByParameter("SortBy");
+const gcstring numberOfImagesParameter("NumberOfImages");
+const gcstring framesPerSecondParameter("FramesPerSecond");
+const gcstring numberOfRunsParameter("NumberOfRuns");
+const gcstring runContinuouslyParameter("RunContinuously");
+const gcstring storeAbsolutePathParameter("StoreAbsolutePath");
+
+const gcstring sourcePathKey("sourcePath");
+const gcstring sortByKey("sortBy");
+const gcstring numberOfImagesKey("numberOfImages");
+const gcstring framesPerSecondKey("framesPerSecond");
+const gcstring numberOfRunsKey("numberOfRuns");
+const gcstring runContinuouslyKey("runContinuously");
+
+}  // namespace ImageLoadingNames
+
+Utils::CatId ImageLoadingLog::category() {
+    static const Utils::CatId id = Utils::getCatId("orlix.dataprocessing.vcell.ImageLoading");
+    return id;
+}
+
+ORLIX_DEFINE_OBJECT(ImageLoading)
+
+ImageLoading::ImageLoading(const std::shared_ptr<Core::IResourcePool>& pool)
+    : ImageLoading(pool, nullptr) {}
+
+ImageLoading::ImageLoading(const std::shared_ptr<Core::IResourcePool>& pool,
+                           std::shared_ptr<IFrameClock> clock)
+    : AdvancedNode(pool), impl_(std::make_unique<Impl>()) {
+    impl_->clock = clock != nullptr ? std::move(clock) : getSystemFrameClock();
+    impl_->lock = std::make_shared<Threading::RecursiveCLock>();
+    setLock(impl_->lock);
+    impl_->nodeMapsChanged = std::make_shared<NodeMapsSignal>(impl_->lock);
+    buildParameterTree();
+    impl_->nodeMaps.emplace_back("@vCell", "Image Loading", impl_->adapter.getNodeMap());
+    createOutput(ImageLoadingNames::imagePin, "Loaded image.",
+                 Utils::TypeInfo::getTypeInfo<Core::Image>(true), true, Core::unlimitedJobs);
+    createOutput(ImageLoadingNames::imagePathPin, "Full path of the currently loaded image.",
+                 Utils::TypeInfo::getTypeInfo<Core::String>(true), true, Core::unlimitedJobs);
+    createOutput(ImageLoadingNames::runCountPin, "Number of the current run.",
+                 Utils::TypeInfo::getTypeInfo<Core::Integer>(true), true, Core::unlimitedJobs);
+}
+
+ImageLoading::~ImageLoading() {
+    cleanup();
+}
+
+bool ImageLoading::isForwardingUpdates() const {
+    return false;
+}
+
+std::vector<Core::NodeMapInfo> ImageLoading::getNodeMapInfos() {
+    NodeLock lock(*impl_->lock);
+    return impl_->nodeMaps;
+}
+
+std::shared_ptr<Utils::ISignal<void()>> ImageLoading::getNodeMapsChangedSignal() {
+    return impl_->nodeMapsChanged;
+}
+
+gcstring ImageLoading::describeParameters() {
+    NodeLock lock(*impl_->lock);
+    gcstring description;
+    impl_->adapter.generateDescription(description, "", "");
+    return description;
+}
+
+bool ImageLoading::isSingleFrameStart(const Core::NodeArgumentCollection& arguments) const {
+    if (!arguments.hasArgument("AcquisitionMode")) {
+        return false;
+    }
+    const Utils::Variant argument = arguments.getArgumentValue("AcquisitionMode");
+    const auto* mode = argument.isValid() ? argument.get<Core::String>(false) : nullptr;
+    if (mode == nullptr || mode->hasError(true)) {
+        createLogEntry(Severitiy::Warning, category(),
+                       "ImageLoading %p: Argument \"AcquisitionMode\" is not of type \"String\" or "
+                       "invalid and is therefore ignored.",
+                       static_cast<const void*>(this));
+        return false;
+    }
+    return mode->get() == "SingleFrame";
+}
+
+void ImageLoading::onStarting(const Core::NodeArgumentCollection& arguments) {
+    const bool singleFrame = isSingleFrameStart(arguments);
+    NodeLock lock(*impl_->lock);
+    impl_->stopRequested = false;
+    impl_->bufferProvider = getBufferProvider();
+    impl_->updateFactory = getUpdateFactory();
+    impl_->singleFrame = singleFrame;
+    findImages();
+    impl_->runCount = 1;
+    setParametersWritable(false);
+    impl_->thread = std::thread(&ImageLoading::runOutputLoop, this);
+}
+
+// Makes the list of this start, in its order.
+void ImageLoading::findImages() {
+    const FailingNode node{"ImageLoading", this, category()};
+    if (impl_->sourcePath.empty()) {
+        logAndThrow<GenICam::RuntimeException>(node, "No image source path was specified.",
+                                               ORLIX_HERE("ImageLoading::onStarting"));
+    }
+    impl_->imagePaths = enumerateImages(impl_->sourcePath);
+    if (impl_->imagePaths.empty()) {
+        logAndThrow<GenICam::RuntimeException>(node,
+                                               "No images found in specified image source path.",
+                                               ORLIX_HERE("ImageLoading::onStarting"));
+    }
+    orderImages(impl_->imagePaths, impl_->sortBy);
+}
+
+void ImageLoading::onStopping() {
+    NodeLock lock(*impl_->lock);
+    impl_->stopRequested = true;
+    setParametersWritable(true);
+    lock.unlock();
+    // The worker takes the lock on every turn.
+    impl_->thread.join();
+    impl_->thread = std::thread();
+}
+
+}  // namespace Plugin::OrlixVCellPackageBase

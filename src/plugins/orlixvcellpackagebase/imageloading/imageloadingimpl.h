@@ -1,0 +1,64 @@
+// The private data of ImageLoading, shared by the files that implement it.
+//
+// All fields are guarded by the node's lock. The worker reads settings and list without it: they
+// change only while the node is stopped, and onStopping joins the worker before that.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "anythingtonodemapadapter/adapter.h"
+#include "anythingtonodemapadapter/enumentryparameterport.h"
+#include "anythingtonodemapadapter/parameterport.h"
+#include "imageloading/frameclock.h"
+#include "nodesupport.h"
+#include "orlixdataprocessingcore/core/bufferprovider.h"
+#include "orlixdataprocessingcore/core/graphupdate.h"
+#include "orlixvcellpackagebase/imageloading.h"
+
+namespace Plugin::OrlixVCellPackageBase {
+
+template <typename Interface>
+using PortPointer = std::shared_ptr<AnythingToNodeMapAdapter::BasicDataParameterPort<Interface>>;
+using SortByEntryPointer =
+    std::shared_ptr<AnythingToNodeMapAdapter::EnumEntryParameterPort<SortBy>>;
+
+struct ImageLoading::Impl {
+    std::shared_ptr<Orlix::DataProcessing::Core::IUpdateFactory> updateFactory;
+    std::shared_ptr<Orlix::DataProcessing::Core::IBufferProvider> bufferProvider;
+    std::thread thread;
+    bool stopRequested = false;
+    std::uint64_t numberOfImages = 1;
+    std::uint64_t framesPerSecond = 1;
+    std::uint64_t numberOfRuns = 1;
+    bool runContinuously = false;
+    bool storeAbsolutePath = false;
+    SortBy sortBy = Ascending;
+    gcstring sourcePath;
+    bool singleFrame = false;
+    std::vector<gcstring> imagePaths;
+    std::uint64_t imageIndex = 0;  // position in imagePaths
+    std::uint64_t runCount = 1;    // number of the current run
+
+    AnythingToNodeMapAdapter::CAnythingToNodeMapAdapter adapter;
+    PortPointer<AnythingToNodeMapAdapter::IStringParameterPort> sourcePathPort;
+    PortPointer<AnythingToNodeMapAdapter::IEnumParameterPort> sortByPort;
+    SortByEntryPointer ascendingEntry;
+    SortByEntryPointer descendingEntry;
+    SortByEntryPointer randomEntry;
+    PortPointer<AnythingToNodeMapAdapter::IIntegerParameterPort> numberOfImagesPort;
+    PortPointer<AnythingToNodeMapAdapter::IIntegerParameterPort> framesPerSecondPort;
+    PortPointer<AnythingToNodeMapAdapter::IIntegerParameterPort> numberOfRunsPort;
+    PortPointer<AnythingToNodeMapAdapter::IBooleanParameterPort> runContinuouslyPort;
+    PortPointer<AnythingToNodeMapAdapter::IBooleanParameterPort> storeAbsolutePathPort;
+
+    std::shared_ptr<Orlix::DataProcessing::Threading::RecursiveCLock> lock;
+    std::vector<Orlix::DataProcessing::Core::NodeMapInfo> nodeMaps;
+    std::shared_ptr<NodeMapsSignal> nodeMapsChanged;
+
+    std::shared_ptr<IFrameClock> clock;
+};
+
+}  // namespace Plugin::OrlixVCellPackageBase

@@ -1,0 +1,144 @@
+// The worker of ImageLoading: walks the image list, loads one file per turn, hands it to the graph
+// and keeps the frame rate.
+#include <chrono>
+#include <exception>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+#include "gcbase/gcexception.h"
+#include "imageloading/imageloadingimpl.h"
+#include "imageloading/imagesource.h"
+#include "imageloading/log.h"
+#include "imageloading/names.h"
+#include "orlixcamera/orliximage.h"
+#include "orlixdataprocessingcore/core/errors.h"
+#include "orlixdataprocessingcore/core/image.h"
+#include "orlixdataprocessingcore/core/integer.h"
+#include "orlixdataprocessingcore/core/string.h"
+#include "orlixdataprocessingcore/utils/variant.h"
+
+namespace Plugin::OrlixVCellPackageBase {
+
+namespace Core = Orlix::DataProcessing::Core;
+namespace Names = ImageLoadingNames;
+using namespace ImageLoadingLog;
+using Orlix::DataProcessing::Utils::COWPtr;
+using Orlix::DataProcessing::Utils::DateTime;
+using Orlix::DataProcessing::Utils::Variant;
+
+namespace {
+
+constexpr char loadFailed[] = "Failed to load image.";
+constexpr char loadFailedLine[] = "ImageLoading: Exception caught while loading image. Message: %s";
+constexpr char updateFailedLine[] =
+    "ImageLoading %p: Exception caught while creating update.. Message: %s";
+
+// The period is a whole number of milliseconds: 7 frames per second are 142 ms apart.
+IFrameClock::Duration getPeriod(std::uint64_t framesPerSecond) {
+    return std::chrono::milliseconds(1000 / framesPerSecond);
+}
+
+// Nothing wakes the sleeper early.
+void sleepUntil(IFrameClock& clock, IFrameClock::TimePoint deadline) {
+    for (auto now = clock.now(); now < deadline; now = clock.now()) {
+        clock.sleepFor(deadline - now);
+    }
+}
+
+// Loads a picture, or tells why it can't be loaded. The error objects are made inside the handlers,
+// so each keeps the exception that is being handled; the one passed in lends its description.
+std::shared_ptr<Core::IError> loadFile(Orlix::COrlixImage& image, const gcstring& path) {
+    try {
+        image.Load(path);
+        return nullptr;
+    } catch (const GenICam::GenericException& exception) {
+        createLogEntry(Severitiy::Warning, category(), loadFailedLine, exception.GetDescription());
+        return std::make_shared<Core::GenICamExceptionError>(
+            GenICam::GenericException(loadFailed, __FILE__, __LINE__), DateTime::now());
+    } catch (const std::exception& exception) {
+        createLogEntry(Severitiy::Warning, category(), loadFailedLine, exception.what());
+        return std::make_shared<Core::StdExceptionError>(std::runtime_error(loadFailed),
+                                                         DateTime::now());
+    } catch (...) {
+        createLogEntry(Severitiy::Warning, category(),
+                       "ImageLoading: Unknown exception caught while loading image.");
+        return std::make_shared<Core::UnknownExceptionError>(loadFailed, getBaseName(__FILE__),
+                                                             __LINE__, DateTime::now());
+    }
+}
+
+}  // namespace
+
+void ImageLoading::runOutputLoop() {
+    impl_->imageIndex = 0;
+    while (!isStopRequested() && hasNextImage()) {
+        // Loading and waiting for the graph are a part of the period.
+        const auto start = impl_->clock->now();
+        const auto deadline = start + getPeriod(getFramesPerSecond());
+        if (waitUntilSpaceAvailable() && outputImage() == Turn::Last) {
+            return;
+        }
+        // An image that could not be offered is used up all the same.
+        ++impl_->imageIndex;
+        sleepUntil(*impl_->clock, deadline);
+    }
+}
+
+bool ImageLoading::isStopRequested() const {
+    NodeLock lock(*impl_->lock);
+    return impl_->stopRequested;
+}
+
+// At the end of a run, begins the next one if there is one.
+bool ImageLoading::hasNextImage() {
+    if (impl_->imageIndex < impl_->numberOfImages && impl_->imageIndex < impl_->imagePaths.size()) {
+        return true;
+    }
+    if (!impl_->runContinuously && impl_->runCount == impl_->numberOfRuns) {
+        return false;
+    }
+    if (impl_->sortBy == Random) {
+        shuffle(impl_->imagePaths);
+    }
+    ++impl_->runCount;
+    impl_->imageIndex = 0;
+    return true;
+}
+
+// Whatever fails here drops this one turn.
+ImageLoading::Turn ImageLoading::outputImage() {
+    const void* self = this;
+    try {
+        return createOutputJob();
+    } catch (const GenICam::GenericException& exception) {
+        createLogEntry(Severitiy::Warning, category(), updateFailedLine, self,
+                       exception.GetDescription());
+    } catch (const std::exception& exception) {
+        createLogEntry(Severitiy::Warning, category(), updateFailedLine, self, exception.what());
+    } catch (...) {
+        createLogEntry(Severitiy::Warning, category(),
+                       "ImageLoading %p: Unknown exception caught while creating update..", self);
+    }
+    return Turn::Done;
+}
+
+ImageLoading::Turn ImageLoading::createOutputJob() {
+    const auto update = impl_->updateFactory->createUpdate(this, nullptr);
+    if (update == nullptr) {
+        return Turn::Done;
+    }
+    const gcstring& path = impl_->imagePaths[impl_->imageIndex];
+    Orlix::COrlixImage picture;
+    const auto error = loadFile(picture, path);
+    Core::PinValues values;
+    values.emplace(Names::imagePin, error != nullptr ? COWPtr<Core::Image>::make(error)
+                                                     : COWPtr<Core::Image>::make(
+                                                           picture, impl_->bufferProvider, false));
+    values.emplace(Names::imagePathPin, COWPtr<Core::String>::make(path));
+    values.emplace(Names::runCountPin, COWPtr<Core::Integer>::make(impl_->runCount));
+    createJob(update, std::move(values), {});
+    return impl_->singleFrame ? Turn::Last : Turn::Done;
+}
+
+}  // namespace Plugin::OrlixVCellPackageBase
