@@ -1,0 +1,132 @@
+#include "imageformatconverter/imageformatconverter.h"
+
+#include "imageformatconverter/imageformatconverterimpl.h"
+#include "imageformatconverter/names.h"
+#include "orlixdataprocessingcore/utils/uuid.h"
+
+namespace Plugin::OrlixVCellPackageBase {
+
+namespace Core = Orlix::DataProcessing::Core;
+namespace Threading = Orlix::DataProcessing::Threading;
+namespace Utils = Orlix::DataProcessing::Utils;
+using Orlix::CImageFormatConverter;
+
+// Static objects of this unit, in the order in which they are made when the library is loaded.
+
+namespace {
+
+[[maybe_unused]] const Utils::Uuid firstUuid("8fcfdd35-ba34-4bf8-b6a3-6737d7612e95");
+[[maybe_unused]] const Utils::Uuid secondUuid("b44bfc48-0086-420c-abb8-2ff57522d61a");
+
+}  // namespace
+
+ORLIX_REGISTER_TYPE(ImageFormatConverter, Core::SimpleNode, Core::INodeMapContainer)
+
+namespace ImageFormatConverterNames {
+
+const gcstring imagePin("Image");
+
+const gcstring outputPixelFormat("OutputPixelFormat");
+const gcstring outputBitAlignment("OutputBitAlignment");
+const gcstring outputOrientation("OutputOrientation");
+const gcstring outputPaddingX("OutputPaddingX");
+const gcstring maxNumThreads("MaxNumThreads");
+
+}  // namespace ImageFormatConverterNames
+
+ORLIX_DEFINE_OBJECT(ImageFormatConverter)
+
+ImageFormatConverter::ImageFormatConverter(const std::shared_ptr<Core::IResourcePool>& pool)
+    : SimpleNode(pool), impl_(std::make_unique<Impl>()) {
+    impl_->lock = std::make_shared<Threading::RecursiveCLock>();
+    setLock(impl_->lock);
+    impl_->nodeMapsChanged = std::make_shared<NodeMapsSignal>(impl_->lock);
+    buildParameterTree();
+    impl_->nodeMaps.emplace_back("@vCell", "Image Format Converter", impl_->adapter.getNodeMap());
+    // A recipe decides how many threads it spends on a conversion; the machine does not.
+    impl_->converter.BayerBorder.SetValue(Orlix::BayerBorder_Repeat, true);
+    impl_->converter.MaxNumThreads.SetValue(1, true);
+    const auto& pin = ImageFormatConverterNames::imagePin;
+    createInput(pin, "Input image", input_, Utils::Variant(Image()), false, Core::unlimitedJobs);
+    createOutput(pin, "Output image", output_, true, Core::unlimitedJobs);
+}
+
+ImageFormatConverter::~ImageFormatConverter() {
+    cleanup();
+}
+
+std::vector<Core::NodeMapInfo> ImageFormatConverter::getNodeMapInfos() {
+    NodeLock lock(*impl_->lock);
+    return impl_->nodeMaps;
+}
+
+std::shared_ptr<Utils::ISignal<void()>> ImageFormatConverter::getNodeMapsChangedSignal() {
+    return impl_->nodeMapsChanged;
+}
+
+gcstring ImageFormatConverter::describeParameters() {
+    NodeLock lock(*impl_->lock);
+    gcstring description;
+    impl_->adapter.generateDescription(description, "", "");
+    return description;
+}
+
+// The settings are those of the library's converter, which checks them. Observers are told after
+// the lock has been released.
+
+template <typename Parameter>
+auto ImageFormatConverter::read(Parameter CImageFormatConverter::*parameter) const {
+    NodeLock lock(*impl_->lock);
+    return (impl_->converter.*parameter).GetValue();
+}
+
+template <typename Parameter, typename T>
+void ImageFormatConverter::change(Parameter CImageFormatConverter::*parameter, T value) {
+    {
+        NodeLock lock(*impl_->lock);
+        (impl_->converter.*parameter).SetValue(value, true);
+    }
+    notifySettingsChanged();
+}
+
+unsigned int ImageFormatConverter::getOutputPixelFormat() const {
+    return static_cast<unsigned int>(read(&CImageFormatConverter::OutputPixelFormat));
+}
+
+void ImageFormatConverter::setOutputPixelFormat(unsigned int value) {
+    change(&CImageFormatConverter::OutputPixelFormat, static_cast<Orlix::EPixelType>(value));
+}
+
+OutputBitAlignmentEnums ImageFormatConverter::getOutputBitAlignment() const {
+    return read(&CImageFormatConverter::OutputBitAlignment);
+}
+
+void ImageFormatConverter::setOutputBitAlignment(OutputBitAlignmentEnums value) {
+    change(&CImageFormatConverter::OutputBitAlignment, value);
+}
+
+OutputOrientationEnums ImageFormatConverter::getOutputOrientationEnums() const {
+    return read(&CImageFormatConverter::OutputOrientation);
+}
+
+void ImageFormatConverter::setOutputOrientationEnums(OutputOrientationEnums value) {
+    change(&CImageFormatConverter::OutputOrientation, value);
+}
+
+std::int64_t ImageFormatConverter::getOutputPaddingX() const {
+    return read(&CImageFormatConverter::OutputPaddingX);
+}
+
+void ImageFormatConverter::setOutputPaddingX(std::int64_t value) {
+    change(&CImageFormatConverter::OutputPaddingX, value);
+}
+
+std::int64_t ImageFormatConverter::getMaxNumThreads() const {
+    return read(&CImageFormatConverter::MaxNumThreads);
+}
+
+void ImageFormatConverter::setMaxNumThreads(std::int64_t value) {
+    change(&CImageFormatConverter::MaxNumThreads, value);
+}
+
+}  // namespace Plugin::OrlixVCellPackageBase
