@@ -61,11 +61,14 @@ public:
     // The parameter of that name, for addDependency on it, or nodeMapPortsEnd().
     [[nodiscard]] NodeMapPorts::iterator findNodeMapPort(const gcstring& name);
     [[nodiscard]] NodeMapPorts::iterator nodeMapPortsEnd();
+    // Both in one step; a parameter that was not added is an InvalidArgumentException.
+    void addDependency(const gcstring& parameter, const gcstring& kind, const gcstring& name);
 
     // Builds the live map and connects the parameters to it; a map built before is dead after.
     // `lock` guards the map and outlives it; without one the map has a lock of its own. An empty
     // port name gives every parameter a port of its own, any other name one port for all. What
-    // GenApi raises about the description passes through, and the map before stays.
+    // GenApi raises about the description passes through, and the map before stays. The result is
+    // an empty handle: take the map from getNodeMap().
     GenApi::CNodeMapRef createNodeMap(GenApi::CLock* lock, const gcstring& portName,
                                       const gcstring& prefix);
 
@@ -75,6 +78,11 @@ public:
 
 private:
     class CAnythingToNodeMapAdapterImpl;
+    explicit CAnythingToNodeMapAdapter(CAnythingToNodeMapAdapterImpl* impl);
+
+    template <typename NodeMapPort, typename Interface>
+    void add(std::shared_ptr<Interface> port, int mergePriority);
+
     CAnythingToNodeMapAdapterImpl* impl_;
 };
 

@@ -1,0 +1,139 @@
+// Bodies of ResettableProperty; included by its header only.
+#pragma once
+
+#include <utility>
+
+#include "gcbase/gcexception.h"
+#include "orlixdataprocessingcore/threading/uniquelock.h"
+#include "orlixdataprocessingcore/utils/property.h"
+#include "orlixdataprocessingcore/utils/propertyinfo.h"
+
+namespace Orlix::DataProcessing::Utils {
+
+template <typename T>
+ResettableProperty<T>::ResettableProperty(const ResettableProperty& other)
+    : value_(other.share()), resetOnGet_(other.resetOnGet_) {}
+
+template <typename T>
+ResettableProperty<T>& ResettableProperty<T>::operator=(const ResettableProperty& other) {
+    if (this != &other) {
+        COWPtr<T> value = other.share();
+        Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
+        std::swap(value_, value);
+    }
+    return *this;
+}
+
+// The value or an empty handle.
+template <typename T>
+COWPtr<T> ResettableProperty<T>::share() const {
+    Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
+    return value_;
+}
+
+template <typename T>
+bool ResettableProperty<T>::isSet() const {
+    Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
+    return value_.isValid();
+}
+
+template <typename T>
+COWPtr<T> ResettableProperty<T>::getValue() const {
+    COWPtr<T> value = share();
+    if (!value.isValid()) {
+        throw GenICam::PropertyException("Property is resetted.", __FILE__, __LINE__);
+    }
+    return value;
+}
+
+template <typename T>
+COWPtr<T> ResettableProperty<T>::takeValue() {
+    Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
+    if (!value_.isValid()) {
+        throw GenICam::PropertyException("Property is resetted.", __FILE__, __LINE__);
+    }
+    return resetOnGet_ ? std::exchange(value_, COWPtr<T>()) : value_;
+}
+
+template <typename T>
+void ResettableProperty<T>::reset() {
+    // The value is destroyed behind the lock.
+    COWPtr<T> value;
+    Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
+    std::swap(value_, value);
+}
+
+template <typename T>
+void ResettableProperty<T>::setValue(COWPtr<T> value) {
+    if (!value.isValid()) {
+        throw GenICam::InvalidArgumentException("Invalid value pointer passed.", __FILE__,
+                                                __LINE__);
+    }
+    Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
+    std::swap(value_, value);
+}
+
+template <typename T>
+void ResettableProperty<T>::setValue(const T* value) {
+    if (value == nullptr) {
+        throw GenICam::InvalidArgumentException("Invalid value pointer passed.", __FILE__,
+                                                __LINE__);
+    }
+    setValue(COWPtr<T>::make(*value));
+}
+
+template <typename T>
+void ResettableProperty<T>::setValue(std::unique_ptr<T> value) {
+    if (value == nullptr) {
+        throw GenICam::InvalidArgumentException("Invalid value pointer passed.", __FILE__,
+                                                __LINE__);
+    }
+    setValue(COWPtr<T>(std::move(value)));
+}
+
+template <typename T>
+Variant ResettableProperty<T>::getVariant(const gcstring& path) const {
+    const COWPtr<T> value = getValue();
+    if (path.empty()) {
+        return Variant(value);
+    }
+    const auto [name, rest] = TypeInfo::splitPath(path);
+    const TypeInfo type = TypeInfo::getTypeInfo(value.getConst());
+    return type.getProperty(name).getValue(*value, rest);
+}
+
+template <typename T>
+Variant ResettableProperty<T>::takeVariant() {
+    return Variant(takeValue());
+}
+
+template <typename T>
+void ResettableProperty<T>::setVariant(const gcstring& path, const Variant& value) {
+    if (!value.isValid()) {
+        throw GenICam::InvalidArgumentException("Invalid variant passed.", __FILE__, __LINE__);
+    }
+    if (!path.empty()) {
+        setSubproperty(path, value);
+        return;
+    }
+    COWPtr<T> handle = value.getCOW<T>(true);
+    if (!handle.isValid()) {
+        throw GenICam::RuntimeException("Variant returned invalid value.", __FILE__, __LINE__);
+    }
+    setValue(std::move(handle));
+}
+
+template <typename T>
+void ResettableProperty<T>::setSubproperty(const gcstring& path, const Variant& value) {
+    Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
+    if (!value_.isValid()) {
+        throw GenICam::RuntimeException("Cannot set a subproperty of a resetted property.",
+                                        __FILE__, __LINE__);
+    }
+    const auto [name, rest] = TypeInfo::splitPath(path);
+    const TypeInfo type = TypeInfo::getTypeInfo(value_.getConst());
+    const PropertyInfo& property = type.getProperty(name);
+    property.setValue(*value_, rest, value);
+}
+
+}  // namespace Orlix::DataProcessing::Utils

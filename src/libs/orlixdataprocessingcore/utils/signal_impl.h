@@ -1,0 +1,385 @@
+// Bodies of Signal and its connections; included by its header only.
+#pragma once
+
+#include <algorithm>
+#include <exception>
+#include <new>
+#include <utility>
+
+#include "gcbase/gcexception.h"
+#include "orlixdataprocessingcore/threading/recursiveclock.h"
+#include "orlixdataprocessingcore/utils/signal.h"
+
+namespace Orlix::DataProcessing::Utils {
+
+namespace Detail {
+
+// The calls that an emission has taken up and not finished; chained per thread, so that waiting
+// for running calls can leave out those that the waiting thread itself has to finish.
+class ORLIXDATAPROCESSINGCORE_API EmissionFrame {
+public:
+    EmissionFrame() noexcept;
+    EmissionFrame(const EmissionFrame&) = delete;
+    EmissionFrame& operator=(const EmissionFrame&) = delete;
+
+    // Over all emissions of the calling thread.
+    [[nodiscard]] static std::int64_t countUnfinished(const void* connection) noexcept;
+    [[nodiscard]] static bool isRunning(const void* connection) noexcept;
+
+protected:
+    ~EmissionFrame();
+    [[nodiscard]] virtual std::int64_t countUnfinishedHere(const void* connection) const = 0;
+    [[nodiscard]] virtual bool isRunningHere(const void* connection) const = 0;
+
+private:
+    EmissionFrame* previous_;
+};
+
+// Writes the line of a slot that threw; a null message stands for an unknown exception.
+ORLIXDATAPROCESSINGCORE_API void logSlotException(const void* combiner, const char* message);
+
+}  // namespace Detail
+
+template <typename... Args, typename Combiner>
+struct Signal<void(Args...), Combiner>::ConnectionList {
+    std::vector<std::shared_ptr<Connection>> items;
+    // items.size(), for an emission's first look without the lock.
+    std::atomic<std::size_t> count{0};
+};
+
+template <typename... Args, typename Combiner>
+class Signal<void(Args...), Combiner>::Connection final : public IConnection {
+public:
+    Connection(std::shared_ptr<Threading::IRecursiveLockable> lockable,
+               std::shared_ptr<Threading::ConditionVariableAny> changed,
+               const std::shared_ptr<ConnectionList>& connections,
+               std::function<void(Args...)> slot, const Trackables& trackables);
+
+    void disconnect() override;
+    bool isConnected() const override { return connected_ && !connections_.expired(); }
+    void setBlocked(bool unblock, bool waitForRunningCalls) override;
+    bool isEnabled() const override { return state_ != State::Blocked; }
+    bool hasExpiredTrackable() const override;
+
+    // Called with the lock held: whether an emission may take this connection up.
+    [[nodiscard]] bool isReady() const { return state_ == State::Ready && connected_; }
+    void beginCall() { ++running_; }
+    void endCall();
+    // Null if the slot was not called.
+    std::unique_ptr<ISlotResult<void>> invoke(Args&... args) const;
+    // The signal ends.
+    void markDisconnected() { connected_ = false; }
+
+private:
+    enum class State : std::int32_t { Ready = 0, BeingBlocked = 1, Blocked = 2 };
+    using Locked = Threading::UniqueLock<Threading::IRecursiveLockable>;
+
+    std::unique_ptr<ISlotResult<void>> invokeGuarded(Args&... args) const;
+    void waitForRunningCalls(Locked& lock);
+
+    std::shared_ptr<Threading::IRecursiveLockable> lockable_;
+    std::shared_ptr<Threading::ConditionVariableAny> changed_;
+    std::weak_ptr<ConnectionList> connections_;
+    const std::function<void(Args...)> slot_;
+    const Trackables trackables_;
+    // Written under the lock; the emission looks once more without it just before the call.
+    std::atomic<State> state_{State::Ready};
+    std::atomic<bool> connected_{true};
+    std::atomic<std::int64_t> running_{0};
+    std::atomic<std::int64_t> waiting_{0};
+};
+
+template <typename... Args, typename Combiner>
+Signal<void(Args...), Combiner>::Connection::Connection(
+    std::shared_ptr<Threading::IRecursiveLockable> lockable,
+    std::shared_ptr<Threading::ConditionVariableAny> changed,
+    const std::shared_ptr<ConnectionList>& connections, std::function<void(Args...)> slot,
+    const Trackables& trackables)
+    : lockable_(std::move(lockable)),
+      changed_(std::move(changed)),
+      connections_(connections),
+      slot_(std::move(slot)),
+      trackables_(trackables) {
+    using GenICam::InvalidArgumentException;
+    if (lockable_ == nullptr) {
+        throw InvalidArgumentException("No lockable passed.", __FILE__, __LINE__);
+    }
+    if (changed_ == nullptr) {
+        throw InvalidArgumentException("No condition variable passed.", __FILE__, __LINE__);
+    }
+    if (connections == nullptr) {
+        throw InvalidArgumentException("No connection list passed.", __FILE__, __LINE__);
+    }
+    if (!slot_) {
+        throw InvalidArgumentException("No valid function passed.", __FILE__, __LINE__);
+    }
+    for (const auto& trackable : trackables_) {
+        // An expired reference still differs from one that never referred to anything.
+        const std::weak_ptr<const void> null;
+        if (!trackable.owner_before(null) && !null.owner_before(trackable)) {
+            throw GenICam::BadAllocException("Invalid trackable object passed.", __FILE__,
+                                             __LINE__);
+        }
+    }
+}
+
+template <typename... Args, typename Combiner>
+void Signal<void(Args...), Combiner>::Connection::disconnect() {
+    // Destroyed behind the lock, since a slot can hold the last reference to anything.
+    std::shared_ptr<Connection> self;
+    const std::shared_ptr<ConnectionList> list = connections_.lock();
+    Locked lock(*lockable_);
+    connected_ = false;
+    if (list == nullptr) {
+        return;
+    }
+    auto& items = list->items;
+    const auto isSelf = [this](const auto& item) { return item.get() == this; };
+    const auto found = std::find_if(items.begin(), items.end(), isSelf);
+    if (found != items.end()) {
+        self = std::move(*found);
+        items.erase(found);
+        list->count = items.size();
+    }
+}
+
+template <typename... Args, typename Combiner>
+void Signal<void(Args...), Combiner>::Connection::setBlocked(bool unblock,
+                                                             bool waitForRunningCalls) {
+    Locked lock(*lockable_);
+    if (!unblock && !waitForRunningCalls && state_ != State::Ready) {
+        return;
+    }
+    // Whoever blocks may be waiting for the very call that this thread runs.
+    while (state_ == State::BeingBlocked && !Detail::EmissionFrame::isRunning(this)) {
+        changed_->wait(lock);
+    }
+    if (unblock) {
+        state_ = State::Ready;
+        return;
+    }
+    state_ = State::BeingBlocked;
+    if (waitForRunningCalls) {
+        this->waitForRunningCalls(lock);
+    }
+    state_ = State::Blocked;
+    changed_->notifyAll();
+}
+
+template <typename... Args, typename Combiner>
+void Signal<void(Args...), Combiner>::Connection::waitForRunningCalls(Locked& lock) {
+    if (Detail::EmissionFrame::isRunning(this)) {
+        return;
+    }
+    // Calls that this thread has taken up but not begun are skipped once it gets to them.
+    const std::int64_t own = Detail::EmissionFrame::countUnfinished(this);
+    ++waiting_;
+    while (running_ > own) {
+        changed_->wait(lock);
+    }
+    --waiting_;
+}
+
+template <typename... Args, typename Combiner>
+bool Signal<void(Args...), Combiner>::Connection::hasExpiredTrackable() const {
+    const auto isExpired = [](const auto& trackable) { return trackable.expired(); };
+    return std::any_of(trackables_.begin(), trackables_.end(), isExpired);
+}
+
+template <typename... Args, typename Combiner>
+void Signal<void(Args...), Combiner>::Connection::endCall() {
+    --running_;
+    // Either the waiter sees the new count or this sees the waiter. The lock makes sure that the
+    // waiter is really waiting when the notification comes.
+    if (waiting_ != 0) {
+        Locked lock(*lockable_);
+        changed_->notifyAll();
+    }
+}
+
+template <typename... Args, typename Combiner>
+std::unique_ptr<ISlotResult<void>> Signal<void(Args...), Combiner>::Connection::invoke(
+    Args&... args) const {
+    if (!isReady()) {
+        return nullptr;
+    }
+    std::vector<std::shared_ptr<const void>> alive;
+    alive.reserve(trackables_.size());
+    for (const auto& trackable : trackables_) {
+        alive.push_back(trackable.lock());
+        if (alive.back() == nullptr) {
+            return nullptr;
+        }
+    }
+    return invokeGuarded(args...);
+}
+
+template <typename... Args, typename Combiner>
+std::unique_ptr<ISlotResult<void>> Signal<void(Args...), Combiner>::Connection::invokeGuarded(
+    Args&... args) const {
+    try {
+        slot_(args...);
+        std::unique_ptr<ISlotResult<void>> result(new (std::nothrow) ValueResult<void>());
+        if (result == nullptr) {
+            throw GenICam::BadAllocException("Could not allocate slot result.", __FILE__, __LINE__);
+        }
+        return result;
+    } catch (const GenICam::GenericException& exception) {
+        Detail::logSlotException(this, exception.GetDescription());
+        return std::make_unique<ExceptionResult<void>>(getCurrentException());
+    } catch (const std::exception& exception) {
+        Detail::logSlotException(this, exception.what());
+        return std::make_unique<ExceptionResult<void>>(getCurrentException());
+    } catch (...) {
+        Detail::logSlotException(this, nullptr);
+        return std::make_unique<ExceptionResult<void>>(getCurrentException());
+    }
+}
+
+template <typename... Args, typename Combiner>
+class Signal<void(Args...), Combiner>::Emission final : public Detail::EmissionFrame {
+public:
+    explicit Emission(Connections ready) : ready_(std::move(ready)) {}
+    // Calls that are left over, after an exception, count as ended.
+    ~Emission() {
+        while (!isDone()) {
+            endCall();
+        }
+    }
+
+    [[nodiscard]] bool isDone() const { return next_ == ready_.size(); }
+    // Null if the slot was not called.
+    std::unique_ptr<ISlotResult<void>> callNext(Args&... args) {
+        isRunning_ = true;
+        auto result = ready_[next_]->invoke(args...);
+        isRunning_ = false;
+        endCall();
+        return result;
+    }
+
+private:
+    void endCall() {
+        // The thread's own count first, then the common one.
+        const std::size_t ended = next_++;
+        ready_[ended]->endCall();
+    }
+    std::int64_t countUnfinishedHere(const void* connection) const override {
+        const auto isIt = [connection](const auto& item) { return item.get() == connection; };
+        return std::count_if(ready_.begin() + static_cast<std::ptrdiff_t>(next_), ready_.end(),
+                             isIt);
+    }
+    bool isRunningHere(const void* connection) const override {
+        return isRunning_ && ready_[next_].get() == connection;
+    }
+
+    const Connections ready_;
+    std::size_t next_ = 0;
+    bool isRunning_ = false;
+};
+
+template <typename... Args, typename Combiner>
+Signal<void(Args...), Combiner>::Signal() : Signal(std::make_shared<Threading::RecursiveCLock>()) {}
+
+template <typename... Args, typename Combiner>
+Signal<void(Args...), Combiner>::Signal(std::shared_ptr<Threading::IRecursiveLockable> lockable)
+    : lockable_(std::move(lockable)),
+      changed_(std::make_shared<Threading::ConditionVariableAny>()),
+      connections_(std::make_shared<ConnectionList>()) {
+    if (lockable_ == nullptr) {
+        throw GenICam::InvalidArgumentException("No lockable passed.", __FILE__, __LINE__);
+    }
+}
+
+template <typename... Args, typename Combiner>
+Signal<void(Args...), Combiner>::~Signal() {
+    // Destroyed behind the lock, since a slot can hold the last reference to anything.
+    Connections ended;
+    Threading::UniqueLock<Threading::IRecursiveLockable> lock(*lockable_);
+    ended.swap(connections_->items);
+    connections_->count = 0;
+    for (const auto& connection : ended) {
+        connection->markDisconnected();
+    }
+}
+
+template <typename... Args, typename Combiner>
+std::shared_ptr<IConnection> Signal<void(Args...), Combiner>::connect(
+    std::function<void(Args...)> slot, const Trackables& trackables) {
+    try {
+        auto connection = std::make_shared<Connection>(lockable_, changed_, connections_,
+                                                       std::move(slot), trackables);
+        Threading::UniqueLock<Threading::IRecursiveLockable> lock(*lockable_);
+        connections_->items.push_back(connection);
+        connections_->count = connections_->items.size();
+        return connection;
+    } catch (const std::bad_alloc&) {
+        throw GenICam::BadAllocException("Could not allocate connection.", __FILE__, __LINE__);
+    }
+}
+
+template <typename... Args, typename Combiner>
+std::size_t Signal<void(Args...), Combiner>::size() const {
+    Threading::UniqueLock<Threading::IRecursiveLockable> lock(*lockable_);
+    return connections_->items.size();
+}
+
+template <typename... Args, typename Combiner>
+void Signal<void(Args...), Combiner>::operator()(Args... args) const {
+    if (connections_->count.load(std::memory_order_acquire) != 0) {
+        // A slot may destroy this object, so nothing of it is used from here on.
+        emit(lockable_, connections_, args...);
+    }
+}
+
+template <typename... Args, typename Combiner>
+void Signal<void(Args...), Combiner>::emit(std::shared_ptr<Threading::IRecursiveLockable> lockable,
+                                           std::shared_ptr<ConnectionList> connections,
+                                           Args&... args) {
+    bool hasExpired = false;
+    typename Combiner::Results results;
+    Emission emission(getReady(*connections, *lockable, hasExpired));
+    while (!emission.isDone()) {
+        auto result = emission.callNext(args...);
+        if (result != nullptr) {
+            results.push_back(std::move(result));
+        } else {
+            hasExpired = true;
+        }
+    }
+    if (hasExpired) {
+        removeExpired(*connections, *lockable);
+    }
+    Combiner()(results);
+}
+
+template <typename... Args, typename Combiner>
+typename Signal<void(Args...), Combiner>::Connections Signal<void(Args...), Combiner>::getReady(
+    ConnectionList& list, Threading::IRecursiveLockable& lockable, bool& hasExpired) {
+    Connections ready;
+    Threading::UniqueLock<Threading::IRecursiveLockable> lock(lockable);
+    ready.reserve(list.items.size());
+    for (const auto& connection : list.items) {
+        if (connection->hasExpiredTrackable()) {
+            hasExpired = true;
+        } else if (connection->isReady()) {
+            connection->beginCall();
+            ready.push_back(connection);
+        }
+    }
+    return ready;
+}
+
+template <typename... Args, typename Combiner>
+void Signal<void(Args...), Combiner>::removeExpired(ConnectionList& list,
+                                                    Threading::IRecursiveLockable& lockable) {
+    Connections expired;
+    Threading::UniqueLock<Threading::IRecursiveLockable> lock(lockable);
+    const auto isLive = [](const auto& item) { return !item->hasExpiredTrackable(); };
+    const auto firstExpired = std::stable_partition(list.items.begin(), list.items.end(), isLive);
+    expired.assign(std::make_move_iterator(firstExpired),
+                   std::make_move_iterator(list.items.end()));
+    list.items.erase(firstExpired, list.items.end());
+    list.count = list.items.size();
+}
+
+}  // namespace Orlix::DataProcessing::Utils

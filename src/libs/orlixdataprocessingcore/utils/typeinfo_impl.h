@@ -1,0 +1,176 @@
+// Bodies of TypeInfo's templates: how a type names itself and enters the registry. Included by its
+// header only; every module compiles them for its own types.
+#pragma once
+
+#include <cstring>
+#include <exception>
+
+#include "gcbase/gcexception.h"
+#include "orlixdataprocessingcore/utils/typeinfo.h"
+
+namespace Orlix::DataProcessing::Utils {
+
+namespace Detail {
+
+// From "... [with T = Name]" of one compiler or "... [T = Name]" of the other to "Name".
+constexpr std::string_view cutTypeIdentifier(std::string_view signature) {
+    constexpr std::string_view mark = "T = ";
+    const std::size_t begin = signature.find(mark) + mark.size();
+    return signature.substr(begin, signature.size() - 1 - begin);
+}
+
+// Whether the base B lies at the start of a T; judged by an address that is never accessed.
+template <typename T, typename B>
+bool isPrimaryBase() {
+    alignas(T) static char place[sizeof(T)];
+    T* object = reinterpret_cast<T*>(place);
+    return reinterpret_cast<char*>(static_cast<B*>(object)) == place;
+}
+
+template <typename T, typename B>
+void* castToBase(void* object) {
+    return static_cast<B*>(static_cast<T*>(object));
+}
+
+}  // namespace Detail
+
+template <typename T>
+void TypeInfo::getTypeIdentifier(char* buffer, int* size) {
+    if (size == nullptr) {
+        throw GenICam::InvalidArgumentException("Passed size is null.", __FILE__, __LINE__);
+    }
+    constexpr std::string_view identifier = Detail::cutTypeIdentifier(__PRETTY_FUNCTION__);
+    constexpr int needed = static_cast<int>(identifier.size()) + 1;
+    if (buffer == nullptr) {
+        *size = needed;
+        return;
+    }
+    if (*size < needed) {
+        throw GenICam::InvalidArgumentException("Size is too small.", __FILE__, __LINE__);
+    }
+    std::memcpy(buffer, identifier.data(), identifier.size());
+    buffer[identifier.size()] = '\0';
+    *size = needed;
+}
+
+namespace Detail {
+
+template <typename T>
+gcstring getTypeIdentifierText() {
+    int size = 0;
+    TypeInfo::getTypeIdentifier<T>(nullptr, &size);
+    std::vector<char> text(static_cast<std::size_t>(size));
+    TypeInfo::getTypeIdentifier<T>(text.data(), &size);
+    return gcstring(text.data());
+}
+
+}  // namespace Detail
+
+template <typename T>
+ITypeRegistrationSlot* TypeInfo::getSlot() {
+    static ITypeRegistrationSlot* const slot =
+        getTypeRegistration().getSlot(Detail::getTypeIdentifierText<T>());
+    return slot;
+}
+
+template <typename T>
+TypeInfo TypeInfo::getTypeInfo(bool throwOnError) {
+    const ITypeRegistrationSlot* slot = getSlot<T>();
+    if (slot == nullptr) {
+        if (throwOnError) {
+            throw GenICam::RuntimeException("Could not get registered type.", __FILE__, __LINE__);
+        }
+        return TypeInfo();
+    }
+    const ITypeInfoData* data = slot->getData();
+    if (data == nullptr && throwOnError) {
+        throw GenICam::RuntimeException("The requested type is not registered.", __FILE__,
+                                        __LINE__);
+    }
+    return TypeInfo(data);
+}
+
+template <typename T>
+TypeInfo TypeInfo::getTypeInfo(const T* object, bool throwOnError) {
+    if (object == nullptr) {
+        throw GenICam::InvalidArgumentException("No object passed.", __FILE__, __LINE__);
+    }
+    return object->getTypeInfo(throwOnError);
+}
+
+template <typename T, typename Base>
+void TypeInfo::addBase(ITypeInfoData* data) {
+    if (data == nullptr) {
+        throw GenICam::InvalidArgumentException("No type info data passed.", __FILE__, __LINE__);
+    }
+    const ITypeRegistrationSlot* slot = getSlot<Base>();
+    if (slot == nullptr) {
+        throw GenICam::RuntimeException("Could not get registered type.", __FILE__, __LINE__);
+    }
+    const ITypeInfoData* baseData = slot->getData();
+    if (baseData == nullptr) {
+        throw GenICam::RuntimeException("Base type is not registered.", __FILE__, __LINE__);
+    }
+    // The record of the base holds the bases further up; type_cast walks on through it.
+    data->addBase(Detail::isPrimaryBase<T, Base>(), baseData, &Detail::castToBase<T, Base>);
+}
+
+template <typename T, typename... Bases>
+void TypeInfo::tryRegisterType(Factory factory, const Uuid* uuid) {
+    ITypeRegistrationSlot* slot = getSlot<T>();
+    if (slot == nullptr) {
+        throw GenICam::RuntimeException("Could not get registered type.", __FILE__, __LINE__);
+    }
+    ITypeInfoData* data = createTypeInfoData(Detail::getTypeIdentifierText<T>(), sizeof(T), factory,
+                                             uuid != nullptr ? uuid->getBytes().data() : nullptr);
+    if (data == nullptr) {
+        throw GenICam::RuntimeException("Could not create type info data.", __FILE__, __LINE__);
+    }
+    try {
+        (addBase<T, Bases>(data), ...);
+        if constexpr (requires { T::registerProperties(*data); }) {
+            T::registerProperties(*data);
+        }
+    } catch (...) {
+        destroyTypeInfoData(data);
+        throw;
+    }
+    slot->setData(data);
+}
+
+template <typename T, typename... Bases>
+bool TypeInfo::registerType(Factory factory, const Uuid* uuid) noexcept {
+    static const char place = 0;  // stands for the registration in a log line
+    try {
+        registerCoreTypes();
+        tryRegisterType<T, Bases...>(factory, uuid);
+        return true;
+    } catch (const GenICam::GenericException& exception) {
+        logRegistrationFailure(&place, exception.GetDescription());
+    } catch (const std::exception& exception) {
+        logRegistrationFailure(&place, exception.what());
+    } catch (...) {
+        logRegistrationFailure(&place, nullptr);
+    }
+    return false;
+}
+
+template <typename T>
+const T* object_cast(const IObject* object) {
+    if (object == nullptr) {
+        return nullptr;
+    }
+    return static_cast<const T*>(type_cast(object->getRawPointer(), object->getTypeInfo(false),
+                                           TypeInfo::getTypeInfo<T>(false)));
+}
+
+template <typename T>
+T* object_cast(IObject* object) {
+    if (object == nullptr) {
+        return nullptr;
+    }
+    return static_cast<T*>(type_cast(object->getRawPointer(), object->getTypeInfo(false),
+                                     TypeInfo::getTypeInfo<T>(false)));
+}
+
+}  // namespace Orlix::DataProcessing::Utils

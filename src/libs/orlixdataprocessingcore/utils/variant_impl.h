@@ -1,0 +1,184 @@
+// Bodies of Variant's templates; included by its header only.
+#pragma once
+
+#include <new>
+#include <type_traits>
+
+#include "gcbase/gcexception.h"
+#include "orlixdataprocessingcore/utils/cowptr.h"
+#include "orlixdataprocessingcore/utils/variant.h"
+
+namespace Orlix::DataProcessing::Utils {
+
+template <typename T>
+class Variant::DataWrapper final : public IDataWrapper {
+public:
+    // Copies or moves the value.
+    template <typename V>
+    DataWrapper(std::in_place_t, V&& value) : value_(makeValue(std::forward<V>(value))) {
+        type_ = getTypeOf(value_);
+        if (!value_.isValid()) {
+            throw GenICam::BadAllocException("Could not allocate data.", __FILE__, __LINE__);
+        }
+    }
+    // Shares the value.
+    explicit DataWrapper(COWPtr<T>&& value) : value_(std::move(value)) {
+        if (!value_.isValid()) {
+            throw GenICam::InvalidArgumentException("Invalid data pointer passed.", __FILE__,
+                                                    __LINE__);
+        }
+        type_ = getTypeOf(value_);
+    }
+
+    void addRef() noexcept override { count_.add(); }
+    void release() noexcept override {
+        if (count_.remove()) {
+            delete this;
+        }
+    }
+    std::uint64_t useCount() const noexcept override { return count_.get(); }
+    IDataWrapper* clone() const override { return new DataWrapper(value_, type_); }
+    const TypeInfo& getValueType() const noexcept override { return type_; }
+
+    const void* getPointer(const TypeInfo& type) const override {
+        return Detail::getPointerAs(value_.getConst(), type);
+    }
+    void* getWritablePointer(const TypeInfo& type) override {
+        // A type that doesn't fit is no reason for a copy.
+        return getPointer(type) == nullptr ? nullptr
+                                           : Detail::getPointerAs(value_.operator->(), type);
+    }
+    COWPtrBase::IObjectWrapper* getObjectWrapper() const noexcept override {
+        return value_.wrapper_;
+    }
+
+private:
+    DataWrapper(const COWPtr<T>& value, const TypeInfo& type) : value_(value), type_(type) {}
+
+    template <typename V>
+    static COWPtr<T> makeValue(V&& value) {
+        try {
+            return COWPtr<T>::make(std::forward<V>(value));
+        } catch (const std::bad_alloc&) {
+            return COWPtr<T>();
+        }
+    }
+    static TypeInfo getTypeOf(const COWPtr<T>& value) {
+        if (!value.isValid()) {
+            return TypeInfo();
+        }
+        const TypeInfo type = TypeInfo::getTypeInfo(value.getConst(), false);
+        if (!type.isValid()) {
+            throw GenICam::InvalidArgumentException("Type of passed data is not registered.",
+                                                    __FILE__, __LINE__);
+        }
+        return type;
+    }
+
+    Detail::ReferenceCount count_;
+    COWPtr<T> value_;
+    TypeInfo type_;
+};
+
+namespace Detail {
+
+// A wrapper that shares the value.
+template <typename T>
+Variant::IDataWrapper* makeDataWrapper(COWPtr<T>&& value) {
+    try {
+        return new Variant::DataWrapper<T>(std::move(value));
+    } catch (const std::bad_alloc&) {
+        throw GenICam::BadAllocException("Could not allocate data wrapper.", __FILE__, __LINE__);
+    }
+}
+
+}  // namespace Detail
+
+template <typename V>
+requires VariantValue<std::remove_cvref_t<V>> Variant::Variant(V&& value)
+    : wrapper_(new DataWrapper<std::remove_cvref_t<V>>(std::in_place, std::forward<V>(value))) {}
+
+template <VariantValue T>
+Variant::Variant(T* value) {
+    if (value == nullptr) {
+        throw GenICam::InvalidArgumentException("Invalid data pointer passed.", __FILE__, __LINE__);
+    }
+    wrapper_ = Detail::makeDataWrapper(COWPtr<std::remove_const_t<T>>(value));
+}
+
+template <typename T>
+Variant::Variant(COWPtr<T> value) : wrapper_(Detail::makeDataWrapper(std::move(value))) {}
+
+template <typename T>
+COWPtr<T> Variant::getCOW(bool throwOnError) const {
+    COWPtr<T> result;
+    if (wrapper_ == nullptr) {
+        if (throwOnError) {
+            throw GenICam::RuntimeException("Variant is not valid.", __FILE__, __LINE__);
+        }
+        return result;
+    }
+    const TypeInfo type = TypeInfo::getTypeInfo<T>(false);
+    const void* object = wrapper_->getPointer(type);
+    if (object != nullptr) {
+        COWPtrBase::IObjectWrapper* shared = wrapper_->getObjectWrapper();
+        shared->addRef();
+        // Writing goes through the handle, which clones a const object first.
+        auto* plain = static_cast<T*>(const_cast<void*>(object));
+        result = COWPtr<T>(shared, plain, wrapper_->getValueType() != type);
+    }
+    if (!result.isValid() && throwOnError) {
+        throw GenICam::RuntimeException("Could not cast variant data to requested type.", __FILE__,
+                                        __LINE__);
+    }
+    return result;
+}
+
+namespace Detail {
+
+// The type to ask a Variant for, or an invalid one.
+template <typename T>
+TypeInfo getRequestedType(bool throwOnError) {
+    const TypeInfo type = TypeInfo::getTypeInfo<T>(false);
+    if (!type.isValid() && throwOnError) {
+        throw GenICam::RuntimeException("Requested type is not registered.", __FILE__, __LINE__);
+    }
+    return type;
+}
+
+template <typename P>
+P* checkRequestedValue(P* value, bool throwOnError) {
+    if (value == nullptr && throwOnError) {
+        throw GenICam::RuntimeException("Could not cast variant value to requested type.", __FILE__,
+                                        __LINE__);
+    }
+    return value;
+}
+
+}  // namespace Detail
+
+template <typename T>
+const T* Variant::get(bool throwOnError) const {
+    const TypeInfo type = Detail::getRequestedType<T>(throwOnError);
+    if (!type.isValid()) {
+        return nullptr;
+    }
+    return Detail::checkRequestedValue(static_cast<const T*>(get(type, throwOnError)),
+                                       throwOnError);
+}
+
+template <typename T>
+T* Variant::get(bool throwOnError) {
+    const TypeInfo type = Detail::getRequestedType<T>(throwOnError);
+    if (!type.isValid()) {
+        return nullptr;
+    }
+    return Detail::checkRequestedValue(static_cast<T*>(get(type, throwOnError)), throwOnError);
+}
+
+template <VariantValue T>
+Variant Variant::createDefault() {
+    return Variant(COWPtr<T>::make());
+}
+
+}  // namespace Orlix::DataProcessing::Utils
