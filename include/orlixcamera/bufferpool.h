@@ -16,6 +16,7 @@ struct BufferPoolStatistics {
     std::uint64_t reuses = 0;       // buffers served from retained memory
     std::uint64_t evictions = 0;    // retained buffers given back to the system
     std::size_t usedBytes = 0;      // capacity of the buffers that somebody holds
+    std::size_t peakUsedBytes = 0;  // the most of them since the last ResetPeak
     std::size_t retainedBytes = 0;  // capacity of the buffers that wait for reuse
 };
 
@@ -46,6 +47,7 @@ public:
     void Trim();
 
     [[nodiscard]] BufferPoolStatistics GetStatistics() const;
+    void ResetPeak();
 
 private:
     BufferPool();

@@ -1,5 +1,6 @@
 #include "orlixcamera/bufferpool.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdlib>
@@ -127,6 +128,7 @@ struct BufferPool::Impl {
     BufferPoolStatistics statistics;
 
     Block* Take(const SizeClass& wanted);
+    void Use(std::size_t capacity);
     void Retire(Block* block) noexcept;
     Block* EvictDownTo(std::size_t limit) noexcept;
     Block* EvictOldest() noexcept;
@@ -171,13 +173,18 @@ struct KeepAlive {
 
 }  // namespace
 
+void BufferPool::Impl::Use(std::size_t capacity) {
+    statistics.usedBytes += capacity;
+    statistics.peakUsedBytes = std::max(statistics.peakUsedBytes, statistics.usedBytes);
+}
+
 Block* BufferPool::Impl::Take(const SizeClass& wanted) {
     {
         const std::scoped_lock lock(mutex);
         if (Block* block = free[wanted.index].PopNewest()) {
             ++statistics.reuses;
             statistics.retainedBytes -= wanted.capacity;
-            statistics.usedBytes += wanted.capacity;
+            Use(wanted.capacity);
             return block;
         }
     }
@@ -186,7 +193,7 @@ Block* BufferPool::Impl::Take(const SizeClass& wanted) {
     if (block != nullptr) {
         const std::scoped_lock lock(mutex);
         ++statistics.allocations;
-        statistics.usedBytes += wanted.capacity;
+        Use(wanted.capacity);
     }
     return block;
 }
@@ -291,6 +298,11 @@ void BufferPool::Trim() {
 BufferPoolStatistics BufferPool::GetStatistics() const {
     const std::scoped_lock lock(impl_->mutex);
     return impl_->statistics;
+}
+
+void BufferPool::ResetPeak() {
+    const std::scoped_lock lock(impl_->mutex);
+    impl_->statistics.peakUsedBytes = impl_->statistics.usedBytes;
 }
 
 }  // namespace Orlix

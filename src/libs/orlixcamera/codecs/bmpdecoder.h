@@ -1,0 +1,13 @@
+// BMP files, with a reader of our own: 1, 4, 8, 16, 24 and 32 bits, both row orders, colour masks,
+// palettes and run lengths.
+#pragma once
+
+#include "orlixcamera/codecs/decodedpicture.h"
+#include "orlixcamera/codecs/inputfile.h"
+
+namespace Orlix {
+
+// Any thread. Throws CodecError.
+[[nodiscard]] DecodedPicture decodeBmp(const InputFile& file);
+
+}  // namespace Orlix

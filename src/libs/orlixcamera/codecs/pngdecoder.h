@@ -1,0 +1,12 @@
+// PNG files through libspng: every colour type and depth, interlaced or not.
+#pragma once
+
+#include "orlixcamera/codecs/decodedpicture.h"
+#include "orlixcamera/codecs/inputfile.h"
+
+namespace Orlix {
+
+// Any thread. Throws CodecError; a checksum that is wrong and a missing end are errors.
+[[nodiscard]] DecodedPicture decodePng(const InputFile& file);
+
+}  // namespace Orlix

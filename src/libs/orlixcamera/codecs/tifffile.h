@@ -1,0 +1,64 @@
+// A TIFF file opened for reading through libtiff, with its errors kept apart from those of other
+// files, and the description of its first picture. Objects belong to one thread.
+#pragma once
+
+#include <tiffio.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "orlixcamera/codecs/inputfile.h"
+
+namespace Orlix {
+
+// What the tags tell about the picture, with the defaults of the format filled in.
+struct TiffLayout {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint16_t bits = 1;
+    std::uint16_t samples = 1;
+    std::uint16_t photometric = PHOTOMETRIC_MINISBLACK;
+    std::uint16_t planarConfig = PLANARCONFIG_CONTIG;
+    std::uint16_t compression = COMPRESSION_NONE;
+    std::uint16_t sampleFormat = SAMPLEFORMAT_UINT;
+    std::uint16_t orientation = ORIENTATION_TOPLEFT;
+    bool isTiled = false;
+
+    [[nodiscard]] bool IsPlanar() const {
+        return planarConfig == PLANARCONFIG_SEPARATE && samples > 1;
+    }
+};
+
+// Every function throws CodecError.
+class TiffFile {
+public:
+    // `file` must live longer than this object.
+    explicit TiffFile(const InputFile& file);
+    TiffFile(const TiffFile&) = delete;
+    TiffFile& operator=(const TiffFile&) = delete;
+
+    [[nodiscard]] TIFF* Handle() const { return handle_.get(); }
+    [[nodiscard]] std::uint64_t FileSize() const { return file_.Size(); }
+    [[nodiscard]] TiffLayout ReadLayout() const;
+
+    // Throws what libtiff complained about unless `isGood`; also if it only warned of damage.
+    void Check(bool isGood) const;
+
+private:
+    struct Close {
+        void operator()(TIFF* handle) const { TIFFClose(handle); }
+    };
+    struct Callbacks;
+
+    // The first complaint is the cause, later ones are its consequences.
+    void Keep(std::string text);
+
+    const InputFile& file_;
+    std::uint64_t position_ = 0;
+    std::string firstError_;
+    bool isDamaged_ = false;
+    std::unique_ptr<TIFF, Close> handle_;
+};
+
+}  // namespace Orlix

@@ -1,0 +1,154 @@
+#include <gtest/gtest.h>
+
+#include "orlixcamera/codecs/jpegfiles.h"
+#include "orlixcamera/codecs/testfiles.h"
+
+namespace Orlix::Test {
+namespace {
+
+constexpr std::uint32_t width = 45;
+constexpr std::uint32_t height = 37;
+
+// Soft slopes, so that the loss of the codec is small.
+Bytes slopes(std::size_t channels) {
+    Bytes pixels;
+    for (std::uint32_t y = 0; y < height; ++y) {
+        for (std::uint32_t x = 0; x < width; ++x) {
+            for (std::size_t i = 0; i < channels; ++i) {
+                const std::size_t value = 20 + 3 * x * (i % 2) + 4 * y * ((i + 1) % 2) + 10 * i;
+                pixels.push_back(static_cast<unsigned char>(value));
+            }
+        }
+    }
+    return pixels;
+}
+
+Bytes inverted(Bytes bytes) {
+    for (unsigned char& byte : bytes) {
+        byte = static_cast<unsigned char>(~byte);
+    }
+    return bytes;
+}
+
+// The light that inks of this coverage leave.
+Bytes lightOf(const Bytes& inks) {
+    Bytes light;
+    for (std::size_t i = 0; i < inks.size(); i += 4) {
+        for (std::size_t c = 0; c < 3; ++c) {
+            light.push_back(
+                static_cast<unsigned char>((255 - inks[i + c]) * (255 - inks[i + 3]) / 255));
+        }
+    }
+    return light;
+}
+
+class JpegDecoder : public testing::TestWithParam<bool> {
+protected:
+    void Check(JpegForm form, const Bytes& source, EPixelType pixelType, const Bytes& expected,
+               int tolerance) const {
+        form.width = width;
+        form.height = height;
+        form.isProgressive = GetParam();
+        const COrlixImage image = load(folder.Write("a.jpg", makeJpeg(form, source)));
+        EXPECT_EQ(image.GetPixelType(), pixelType);
+        EXPECT_EQ(image.GetWidth(), width);
+        EXPECT_EQ(image.GetHeight(), height);
+        expectNear(pixelsOf(image), expected, tolerance);
+    }
+
+    TemporaryFolder folder;
+};
+
+INSTANTIATE_TEST_SUITE_P(Baseline, JpegDecoder, testing::Values(false));
+INSTANTIATE_TEST_SUITE_P(Progressive, JpegDecoder, testing::Values(true));
+
+TEST_P(JpegDecoder, GrayIsMono8) {
+    Check({.colors = JpegColors::Gray}, slopes(1), PixelType_Mono8, slopes(1), 2);
+}
+
+TEST_P(JpegDecoder, YCbCrIsRgb8Packed) {
+    Check({}, slopes(3), PixelType_RGB8Packed, slopes(3), 4);
+}
+
+TEST_P(JpegDecoder, SubsampledChromaIsRgb8Packed) {
+    for (const int vertical : {1, 2}) {
+        Check({.horizontalSampling = 2, .verticalSampling = vertical}, slopes(3),
+              PixelType_RGB8Packed, slopes(3), 6);
+    }
+}
+
+TEST_P(JpegDecoder, RgbIsRgb8Packed) {
+    Check({.colors = JpegColors::Rgb}, slopes(3), PixelType_RGB8Packed, slopes(3), 3);
+}
+
+TEST_P(JpegDecoder, CmykOfAdobeIsStoredInverted) {
+    for (const JpegColors colors : {JpegColors::Cmyk, JpegColors::Ycck}) {
+        Check({.colors = colors}, inverted(slopes(4)), PixelType_RGB8Packed, lightOf(slopes(4)), 5);
+    }
+}
+
+TEST_P(JpegDecoder, CmykWithoutMarkerIsStoredAsInk) {
+    Check({.colors = JpegColors::Cmyk, .adobeMarker = AdobeMarker::LeftOut}, slopes(4),
+          PixelType_RGB8Packed, lightOf(slopes(4)), 5);
+}
+
+TEST_P(JpegDecoder, AFileThatEndsAnywhereIsTruncated) {
+    const Bytes whole =
+        makeJpeg({.width = width, .height = height, .isProgressive = GetParam()}, slopes(3));
+    for (std::size_t size = 3; size < whole.size(); size += size < 50 ? 1 : 11) {
+        const std::string path = folder.Write(
+            "cut.jpg", Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
+        EXPECT_EQ(loadError(path),
+                  "Cannot load JPEG image file '" + path + "': the file is truncated.");
+    }
+    const std::string path = folder.Write("cut.jpg", Bytes(whole.begin(), whole.end() - 1));
+    EXPECT_EQ(loadError(path),
+              "Cannot load JPEG image file '" + path + "': the file is truncated.");
+}
+
+TEST_P(JpegDecoder, AnEndMarkInTheMiddleIsAnError) {
+    Bytes bytes =
+        makeJpeg({.width = width, .height = height, .isProgressive = GetParam()}, slopes(3));
+    bytes.resize(bytes.size() * 3 / 4);
+    bytes.insert(bytes.end(), {0xFF, 0xD9});
+    const std::string path = folder.Write("a.jpg", bytes);
+    EXPECT_EQ(loadError(path).rfind("Cannot load JPEG image file '" + path + "': ", 0), 0U);
+}
+
+TEST_P(JpegDecoder, BytesBehindTheEndAreNoError) {
+    Bytes bytes =
+        makeJpeg({.width = width, .height = height, .isProgressive = GetParam()}, slopes(3));
+    bytes.resize(bytes.size() + 100);
+    EXPECT_EQ(load(folder.Write("a.jpg", bytes)).GetWidth(), width);
+}
+
+TEST(JpegDecoderBounds, AHeaderThatLiesAboutTheSizeAllocatesNothing) {
+    const TemporaryFolder folder;
+    Bytes bytes = makeJpeg({.width = 16, .height = 16, .colors = JpegColors::Gray}, Bytes(256));
+    for (std::size_t i = 2; i + 9 < bytes.size(); ++i) {
+        if (bytes[i] == 0xFF && bytes[i + 1] == 0xC0) {
+            bytes[i + 5] = bytes[i + 7] = 0xFF;  // the high bytes of height and width
+            break;
+        }
+    }
+    const std::string path = folder.Write("a.jpg", bytes);
+    EXPECT_EQ(loadError(path),
+              "Cannot load JPEG image file '" + path +
+                  "': the header tells a size of 65296 x 65296 pixels, more than a file of " +
+                  std::to_string(bytes.size()) + " bytes can hold.");
+}
+
+TEST(JpegDecoderBounds, ABlankPictureOfManyPixelsIsAccepted) {
+    const TemporaryFolder folder;
+    const JpegForm form{.width = 4000,
+                        .height = 3000,
+                        .horizontalSampling = 2,
+                        .verticalSampling = 2,
+                        .isProgressive = true};
+    const std::string path =
+        folder.Write("a.jpg", makeJpeg(form, Bytes(std::size_t{4000} * 3000 * 3, 128)));
+    EXPECT_EQ(load(path).GetWidth(), 4000U);
+}
+
+}  // namespace
+}  // namespace Orlix::Test

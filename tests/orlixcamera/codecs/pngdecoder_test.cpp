@@ -1,0 +1,231 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "orlixcamera/codecs/pngfiles.h"
+#include "orlixcamera/codecs/testfiles.h"
+
+namespace Orlix::Test {
+namespace {
+
+constexpr std::uint32_t width = 21;
+constexpr std::uint32_t height = 19;
+constexpr std::size_t pixels = std::size_t{width} * height;
+
+// Every case is run without and with interlacing.
+class PngDecoder : public testing::TestWithParam<bool> {
+protected:
+    [[nodiscard]] COrlixImage WriteAndLoad(PngForm form, const Bytes& rows) const {
+        form.width = width;
+        form.height = height;
+        form.isInterlaced = GetParam();
+        writePng(folder.File("a.png"), form, rows);
+        return load(folder.File("a.png"));
+    }
+
+    TemporaryFolder folder;
+};
+
+INSTANTIATE_TEST_SUITE_P(Plain, PngDecoder, testing::Values(false));
+INSTANTIATE_TEST_SUITE_P(Interlaced, PngDecoder, testing::Values(true));
+
+// Big-endian file samples as the 16-bit samples of the machine.
+Bytes toNative(const Bytes& bigEndian) {
+    std::vector<std::uint16_t> samples;
+    for (std::size_t i = 0; i < bigEndian.size(); i += 2) {
+        samples.push_back(static_cast<std::uint16_t>(bigEndian[i] << 8U | bigEndian[i + 1]));
+    }
+    return nativeBytes(samples);
+}
+
+// Keeps the first bytes of each group.
+Bytes keepOf(const Bytes& bytes, std::size_t group, std::size_t kept) {
+    Bytes result;
+    for (std::size_t i = 0; i < bytes.size(); i += group) {
+        result.insert(result.end(), bytes.begin() + static_cast<std::ptrdiff_t>(i),
+                      bytes.begin() + static_cast<std::ptrdiff_t>(i + kept));
+    }
+    return result;
+}
+
+// The samples of rows that are packed from the highest bit on.
+std::vector<unsigned> unpack(const Bytes& rows, unsigned bits) {
+    std::vector<unsigned> samples;
+    const std::size_t rowBytes = rows.size() / height;
+    for (std::size_t y = 0; y < height; ++y) {
+        for (std::size_t x = 0; x < width; ++x) {
+            const unsigned byte = rows[y * rowBytes + x * bits / 8];
+            samples.push_back((byte >> (8 - bits - x * bits % 8)) & ((1U << bits) - 1));
+        }
+    }
+    return samples;
+}
+
+TEST_P(PngDecoder, Gray8IsMono8) {
+    const Bytes rows = noise(pixels);
+    expectImage(WriteAndLoad({.colorType = 0}, rows), PixelType_Mono8, width, height, rows);
+}
+
+TEST_P(PngDecoder, Gray16IsMono16InTheOrderOfTheMachine) {
+    const Bytes rows = noise(pixels * 2);
+    expectImage(WriteAndLoad({.colorType = 0, .bits = 16}, rows), PixelType_Mono16, width, height,
+                toNative(rows));
+}
+
+TEST_P(PngDecoder, GrayOfFewBitsIsScaledToMono8) {
+    for (const unsigned bits : {1U, 2U, 4U}) {
+        const Bytes rows = noise(height * ((width * bits + 7) / 8));
+        Bytes expected;
+        for (const unsigned sample : unpack(rows, bits)) {
+            expected.push_back(static_cast<unsigned char>(sample * 255 / ((1U << bits) - 1)));
+        }
+        expectImage(WriteAndLoad({.colorType = 0, .bits = static_cast<int>(bits)}, rows),
+                    PixelType_Mono8, width, height, expected);
+    }
+}
+
+TEST_P(PngDecoder, Rgb8IsRgb8Packed) {
+    const Bytes rows = noise(pixels * 3);
+    expectImage(WriteAndLoad({.colorType = 2}, rows), PixelType_RGB8Packed, width, height, rows);
+}
+
+TEST_P(PngDecoder, Rgb16IsRgb16Packed) {
+    const Bytes rows = noise(pixels * 6);
+    expectImage(WriteAndLoad({.colorType = 2, .bits = 16}, rows), PixelType_RGB16Packed, width,
+                height, toNative(rows));
+}
+
+TEST_P(PngDecoder, Rgba8IsRgba8Packed) {
+    const Bytes rows = noise(pixels * 4);
+    expectImage(WriteAndLoad({.colorType = 6}, rows), PixelType_RGBA8Packed, width, height, rows);
+}
+
+TEST_P(PngDecoder, Rgba16KeepsItsDepthAndLosesItsAlpha) {
+    const Bytes rows = noise(pixels * 8);
+    expectImage(WriteAndLoad({.colorType = 6, .bits = 16}, rows), PixelType_RGB16Packed, width,
+                height, toNative(keepOf(rows, 8, 6)));
+}
+
+TEST_P(PngDecoder, GrayWithAlphaIsRgba8Packed) {
+    const Bytes rows = noise(pixels * 2);
+    Bytes expected;
+    for (std::size_t i = 0; i < rows.size(); i += 2) {
+        expected.insert(expected.end(), {rows[i], rows[i], rows[i], rows[i + 1]});
+    }
+    expectImage(WriteAndLoad({.colorType = 4}, rows), PixelType_RGBA8Packed, width, height,
+                expected);
+}
+
+TEST_P(PngDecoder, Gray16WithAlphaKeepsItsDepthAndLosesItsAlpha) {
+    const Bytes rows = noise(pixels * 4);
+    expectImage(WriteAndLoad({.colorType = 4, .bits = 16}, rows), PixelType_Mono16, width, height,
+                toNative(keepOf(rows, 4, 2)));
+}
+
+TEST_P(PngDecoder, PaletteIsRgb8PackedAndWithAlphaRgba8Packed) {
+    for (const unsigned bits : {1U, 2U, 4U, 8U}) {
+        PngForm form{.colorType = 3, .bits = static_cast<int>(bits)};
+        const Bytes colors = noise(3U << bits, 7);
+        for (std::size_t i = 0; i < colors.size(); i += 3) {
+            form.palette.push_back({colors[i], colors[i + 1], colors[i + 2]});
+        }
+        const Bytes rows = noise(height * ((width * bits + 7) / 8));
+        Bytes opaque;
+        Bytes transparent;
+        for (const unsigned index : unpack(rows, bits)) {
+            const auto& color = form.palette[index];
+            opaque.insert(opaque.end(), color.begin(), color.end());
+            transparent.insert(transparent.end(), color.begin(), color.end());
+            transparent.push_back(index == 1 ? 77 : 255);
+        }
+        expectImage(WriteAndLoad(form, rows), PixelType_RGB8Packed, width, height, opaque);
+        form.paletteAlpha = {255, 77};
+        expectImage(WriteAndLoad(form, rows), PixelType_RGBA8Packed, width, height, transparent);
+    }
+}
+
+TEST_P(PngDecoder, ATransparentValueOf8BitsBecomesAlpha) {
+    Bytes rows = noise(pixels);
+    rows[5] = 100;
+    Bytes expected;
+    for (const unsigned char gray : rows) {
+        const unsigned char alpha = gray == 100 ? 0 : 255;
+        expected.insert(expected.end(), {gray, gray, gray, alpha});
+    }
+    expectImage(WriteAndLoad({.colorType = 0, .transparentSample = 100}, rows),
+                PixelType_RGBA8Packed, width, height, expected);
+
+    Bytes colors = noise(pixels * 3);
+    std::fill_n(colors.begin() + 9, 3, static_cast<unsigned char>(100));
+    const COrlixImage image = WriteAndLoad({.colorType = 2, .transparentSample = 100}, colors);
+    EXPECT_EQ(image.GetPixelType(), PixelType_RGBA8Packed);
+    EXPECT_EQ(pixelsOf(image)[15], 0);
+    EXPECT_EQ(pixelsOf(image)[19], 255);
+}
+
+TEST_P(PngDecoder, ATransparentValueOf16BitsIsIgnored) {
+    const Bytes rows = noise(pixels * 2);
+    const int present = rows[0] << 8 | rows[1];
+    expectImage(WriteAndLoad({.colorType = 0, .bits = 16, .transparentSample = present}, rows),
+                PixelType_Mono16, width, height, toNative(rows));
+}
+
+TEST_P(PngDecoder, AFileThatEndsAnywhereIsTruncated) {
+    writePng(folder.File("whole.png"),
+             {.width = width, .height = height, .colorType = 2, .isInterlaced = GetParam()},
+             noise(pixels * 3));
+    const Bytes whole = readFile(folder.File("whole.png"));
+    for (std::size_t size = 8; size < whole.size(); size += size < 100 ? 1 : 37) {
+        const std::string path = folder.Write(
+            "cut.png", Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
+        EXPECT_EQ(loadError(path),
+                  "Cannot load PNG image file '" + path + "': the file is truncated.");
+    }
+    const std::string path = folder.Write("cut.png", Bytes(whole.begin(), whole.end() - 1));
+    EXPECT_EQ(loadError(path), "Cannot load PNG image file '" + path + "': the file is truncated.");
+}
+
+TEST_P(PngDecoder, AWrongChecksumIsAnError) {
+    writePng(folder.File("a.png"),
+             {.width = width, .height = height, .colorType = 2, .isInterlaced = GetParam()},
+             noise(pixels * 3));
+    Bytes bytes = readFile(folder.File("a.png"));
+    bytes[bytes.size() / 2] ^= 1U;
+    const std::string path = folder.Write("b.png", bytes);
+    EXPECT_EQ(loadError(path).rfind("Cannot load PNG image file '" + path + "': ", 0), 0U);
+}
+
+TEST(PngDecoderBounds, OneLargeDataChunkIsNoProblem) {
+    const TemporaryFolder folder;
+    const Bytes rows = noise(std::size_t{1500} * 1500 * 3);
+    writePng(folder.File("a.png"), {.width = 1500, .height = 1500, .colorType = 2}, rows);
+    expectImage(load(folder.File("a.png")), PixelType_RGB8Packed, 1500, 1500, rows);
+}
+
+TEST(PngDecoderBounds, AHeaderThatLiesAboutTheSizeAllocatesNothing) {
+    const TemporaryFolder folder;
+    writePng(folder.File("a.png"), {.width = 3, .height = 3, .colorType = 2}, noise(27));
+    Bytes bytes = readFile(folder.File("a.png"));
+    bytes[17] = 0x0F;  // a high byte of the width
+    bytes[21] = 0x0F;
+    // The checksum of the header has to fit.
+    const Bytes header(bytes.begin() + 12, bytes.begin() + 29);
+    std::uint32_t crc = 0xFFFFFFFF;
+    for (const unsigned char byte : header) {
+        crc ^= byte;
+        for (int i = 0; i < 8; ++i) {
+            crc = (crc >> 1U) ^ ((crc & 1U) != 0 ? 0xEDB88320U : 0U);
+        }
+    }
+    for (unsigned i = 0; i < 4; ++i) {
+        bytes[29 + i] = static_cast<unsigned char>(~crc >> (24 - 8 * i));
+    }
+    const std::string path = folder.Write("b.png", bytes);
+    EXPECT_EQ(loadError(path), "Cannot load PNG image file '" + path +
+                                   "': the header tells a size of 983043 x 983043 pixels, "
+                                   "more than a file of " +
+                                   std::to_string(bytes.size()) + " bytes can hold.");
+}
+
+}  // namespace
+}  // namespace Orlix::Test
