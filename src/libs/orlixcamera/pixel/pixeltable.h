@@ -39,9 +39,9 @@ struct PixelFormat {
     PixelLayout layout;
 };
 
-[[nodiscard]] std::span<const PixelFormat> AllPixelFormats() noexcept;
+[[nodiscard]] ORLIXCAMERA_API std::span<const PixelFormat> AllPixelFormats() noexcept;
 
 // Null for an unknown format.
-[[nodiscard]] const PixelFormat* FindPixelFormat(EPixelType pixelType) noexcept;
+[[nodiscard]] ORLIXCAMERA_API const PixelFormat* FindPixelFormat(EPixelType pixelType) noexcept;
 
 }  // namespace Orlix

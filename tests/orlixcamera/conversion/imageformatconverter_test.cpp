@@ -1,0 +1,413 @@
+#include "orlixcamera/imageformatconverter.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "gcbase/gcexception.h"
+#include "orlixcamera/bufferpool.h"
+#include "orlixcamera/conversion/referencepicture.h"
+#include "orlixcamera/orliximage.h"
+
+namespace Orlix::Test {
+namespace {
+
+using ::testing::ElementsAre;
+
+// The text of the exception of class E that a call throws.
+template <class E>
+std::string TextOf(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const E& error) {
+        return error.GetDescription();
+    }
+    return "no exception of the expected class";
+}
+
+std::vector<int> BytesOf(const COrlixImage& image) {
+    const auto* bytes = static_cast<const std::uint8_t*>(image.GetBuffer());
+    return {bytes, bytes + image.GetImageSize()};
+}
+
+// The bytes of a picture converted to a format.
+std::vector<int> Convert(const CImageFormatConverter& converter,
+                         const std::vector<std::uint8_t>& source, EPixelType type,
+                         std::uint32_t width, std::uint32_t height) {
+    COrlixImage image;
+    converter.Convert(image, source.data(), source.size(), type, width, height, 0,
+                      ImageOrientation_TopDown);
+    return BytesOf(image);
+}
+
+TEST(ImageFormatConverter, InitialParametersLeaveThePictureAsItIs) {
+    const CImageFormatConverter converter;
+    EXPECT_EQ(converter.OutputPixelFormat.GetValue(), PixelType_BGRA8Packed);
+    EXPECT_EQ(converter.OutputBitAlignment.GetValue(), OutputBitAlignment_LsbAligned);
+    EXPECT_EQ(converter.OutputPaddingX.GetValue(), 0);
+    EXPECT_EQ(converter.OutputOrientation.GetValue(), OutputOrientation_Unchanged);
+    EXPECT_EQ(converter.BayerBorder.GetValue(), BayerBorder_CopyInner);
+}
+
+TEST(ImageFormatConverter, MaxNumThreadsReachesFromOneToTheThreadsOfTheMachine) {
+    CImageFormatConverter converter;
+    EXPECT_EQ(converter.MaxNumThreads.GetMin(), 1);
+    EXPECT_EQ(converter.MaxNumThreads.GetMax(), std::max(1U, std::thread::hardware_concurrency()));
+    EXPECT_EQ(converter.MaxNumThreads.GetInc(), 1);
+    EXPECT_EQ(converter.MaxNumThreads.GetInfo(ParameterInfo_Name), "MaxNumThreads");
+    EXPECT_EQ(converter.MaxNumThreads.GetInfo(ParameterInfo_DisplayName), "Max Num Threads");
+    EXPECT_FALSE(converter.MaxNumThreads.GetInfo(ParameterInfo_ToolTip).empty());
+    EXPECT_FALSE(converter.MaxNumThreads.GetInfo(ParameterInfo_Description).empty());
+    EXPECT_THROW(converter.MaxNumThreads.SetValue(0), GenICam::OutOfRangeException);
+}
+
+TEST(ImageFormatConverter, OutputPixelFormatOffersElevenFormatsInOrder) {
+    const CImageFormatConverter converter;
+    std::vector<EPixelType> types;
+    for (const auto& entry : converter.OutputPixelFormat.GetEntries()) {
+        types.push_back(static_cast<EPixelType>(entry.value));
+    }
+    EXPECT_THAT(types, ::testing::ElementsAreArray(OutputTypes));
+}
+
+TEST(ImageFormatConverter, PaddingAndOrientationBelongToTheDestinationFormat) {
+    CImageFormatConverter converter;
+    converter.OutputPixelFormat.SetValue(PixelType_Mono8);
+    const auto has = [&](EPixelType type, std::size_t padding, EImageOrientation orientation) {
+        return converter.ImageHasDestinationFormat(type, padding, orientation);
+    };
+    EXPECT_TRUE(has(PixelType_Mono8, 0, ImageOrientation_TopDown));
+    EXPECT_TRUE(has(PixelType_Mono8, 0, ImageOrientation_BottomUp));
+    EXPECT_FALSE(has(PixelType_Mono8, 1, ImageOrientation_TopDown));
+    EXPECT_FALSE(has(PixelType_Mono16, 0, ImageOrientation_TopDown));
+    EXPECT_FALSE(has(PixelType_Undefined, 0, ImageOrientation_TopDown));
+    converter.OutputPaddingX.SetValue(1);
+    EXPECT_TRUE(has(PixelType_Mono8, 1, ImageOrientation_TopDown));
+    converter.OutputOrientation.SetValue(OutputOrientation_TopDown);
+    EXPECT_TRUE(has(PixelType_Mono8, 1, ImageOrientation_TopDown));
+    EXPECT_FALSE(has(PixelType_Mono8, 1, ImageOrientation_BottomUp));
+    converter.OutputOrientation.SetValue(OutputOrientation_BottomUp);
+    EXPECT_FALSE(has(PixelType_Mono8, 1, ImageOrientation_TopDown));
+}
+
+TEST(ImageFormatConverter, TheImageTellsItsFormSizeAndOrientation) {
+    CImageFormatConverter converter;
+    converter.OutputPixelFormat.SetValue(PixelType_RGB8Packed);
+    converter.OutputPaddingX.SetValue(2);
+    converter.OutputOrientation.SetValue(OutputOrientation_BottomUp);
+    COrlixImage image;
+    const std::array<std::uint8_t, 4> source{1, 2, 3, 4};
+    converter.Convert(image, source.data(), 4, PixelType_Mono8, 2, 2, 0, ImageOrientation_TopDown);
+    EXPECT_EQ(image.GetPixelType(), PixelType_RGB8Packed);
+    EXPECT_EQ(image.GetWidth(), 2U);
+    EXPECT_EQ(image.GetHeight(), 2U);
+    EXPECT_EQ(image.GetPaddingX(), 2U);
+    EXPECT_EQ(image.GetOrientation(), ImageOrientation_BottomUp);
+    EXPECT_THAT(BytesOf(image), ElementsAre(3, 3, 3, 4, 4, 4, 0, 0, 1, 1, 1, 2, 2, 2, 0, 0));
+}
+
+TEST(ImageFormatConverter, UnchangedKeepsTheOrientationOfTheSource) {
+    CImageFormatConverter converter;
+    converter.OutputPixelFormat.SetValue(PixelType_Mono8);
+    COrlixImage image;
+    const std::array<std::uint8_t, 2> source{1, 2};
+    converter.Convert(image, source.data(), 2, PixelType_Mono8, 1, 2, 0, ImageOrientation_BottomUp);
+    EXPECT_EQ(image.GetOrientation(), ImageOrientation_BottomUp);
+    EXPECT_THAT(BytesOf(image), ElementsAre(1, 2));
+}
+
+TEST(ImageFormatConverter, FewerBitsKeepTheMostSignificantOnes) {
+    CImageFormatConverter converter;
+    converter.OutputPixelFormat.SetValue(PixelType_Mono8);
+    for (const auto alignment : {OutputBitAlignment_LsbAligned, OutputBitAlignment_MsbAligned}) {
+        converter.OutputBitAlignment.SetValue(alignment);
+        EXPECT_THAT(Convert(converter, {0xFF, 0x12, 0x00, 0xFF}, PixelType_Mono16, 2, 1),
+                    ElementsAre(0x12, 0xFF));
+    }
+}
+
+TEST(ImageFormatConverter, MoreBitsKeepTheValueOrMoveItUp) {
+    CImageFormatConverter converter;
+    converter.OutputPixelFormat.SetValue(PixelType_Mono16);
+    EXPECT_THAT(Convert(converter, {0x12, 0xFF}, PixelType_Mono8, 2, 1),
+                ElementsAre(0x12, 0, 0xFF, 0));
+    converter.OutputBitAlignment.SetValue(OutputBitAlignment_MsbAligned);
+    EXPECT_THAT(Convert(converter, {0x12, 0xFF}, PixelType_Mono8, 2, 1),
+                ElementsAre(0, 0x12, 0, 0xFF));
+}
+
+TEST(ImageFormatConverter, AlphaOutOfNothingIsOpaqueAndAlphaThatIsThereStays) {
+    const CImageFormatConverter converter;
+    EXPECT_THAT(Convert(converter, {1, 2, 3}, PixelType_RGB8Packed, 1, 1),
+                ElementsAre(3, 2, 1, 255));
+    EXPECT_THAT(Convert(converter, {1, 2, 3, 4}, PixelType_RGBA8Packed, 1, 1),
+                ElementsAre(3, 2, 1, 4));
+}
+
+TEST(ImageFormatConverter, PrimariesHaveTheirWellKnownLumaAndChroma) {
+    CImageFormatConverter converter;
+    converter.OutputPixelFormat.SetValue(PixelType_YUV444Planar);
+    const std::vector<std::uint8_t> colours{255, 0,   0,   0,   255, 0, 0, 0,
+                                            255, 255, 255, 255, 0,   0, 0};
+    EXPECT_THAT(Convert(converter, colours, PixelType_RGB8Packed, 5, 1),
+                ElementsAre(76, 150, 29, 255, 0, 85, 44, 255, 128, 128, 255, 21, 107, 128, 128));
+}
+
+TEST(ImageFormatConverter, TheLastBlockOfAnOddEdgeRepeatsItsPixel) {
+    CImageFormatConverter converter;
+    converter.OutputPixelFormat.SetValue(PixelType_YUV420Planar);
+    // Grey but for the last pixel, which alone makes the last block.
+    std::vector<std::uint8_t> picture(3 * 3 * 3, 128);
+    picture[24] = 255;
+    picture[25] = 0;
+    picture[26] = 0;
+    const std::vector<int> bytes = Convert(converter, picture, PixelType_RGB8Packed, 3, 3);
+    EXPECT_EQ(bytes.size(), 9U + 4U + 4U);
+    EXPECT_EQ(bytes[12], 85);
+    EXPECT_EQ(bytes[16], 255);
+    EXPECT_EQ(bytes[9], 128);
+}
+
+// All colours there are, in one picture, against the formulas in double precision.
+class AllColours : public ::testing::Test {
+protected:
+    static constexpr std::uint32_t Side = 4096;
+
+    static std::vector<std::uint8_t> MakeColours() {
+        std::vector<std::uint8_t> colours(std::size_t{Side} * Side * 3);
+        for (std::size_t colour = 0; colour < colours.size() / 3; ++colour) {
+            colours[3 * colour] = static_cast<std::uint8_t>(colour >> 16U);
+            colours[3 * colour + 1] = static_cast<std::uint8_t>(colour >> 8U);
+            colours[3 * colour + 2] = static_cast<std::uint8_t>(colour);
+        }
+        return colours;
+    }
+
+    // Counts how often a byte is off, and fails if it ever is by more than 1.
+    static std::size_t CountOff(const std::uint8_t* bytes, const std::vector<std::uint8_t>& colours,
+                                double (*formula)(double r, double g, double b)) {
+        std::size_t off = 0;
+        int worst = 0;
+        for (std::size_t colour = 0; colour < colours.size() / 3; ++colour) {
+            const std::uint8_t* rgb = &colours[3 * colour];
+            const double exact = std::min(255.0, std::floor(formula(rgb[0], rgb[1], rgb[2]) + 0.5));
+            const int difference = std::abs(static_cast<int>(exact) - bytes[colour]);
+            off += difference != 0 ? 1 : 0;
+            worst = std::max(worst, difference);
+        }
+        EXPECT_LE(worst, 1);
+        return off;
+    }
+};
+
+double LumaFormula(double r, double g, double b) {
+    return 0.299 * r + 0.587 * g + 0.114 * b;
+}
+double BlueFormula(double r, double g, double b) {
+    return 128 + (b - LumaFormula(r, g, b)) / 1.772;
+}
+double RedFormula(double r, double g, double b) {
+    return 128 + (r - LumaFormula(r, g, b)) / 1.402;
+}
+
+TEST_F(AllColours, AreOffDoublePrecisionInFewerThanOneInAThousand) {
+    CImageFormatConverter converter;
+    converter.OutputPixelFormat.SetValue(PixelType_YUV444Planar);
+    const std::vector<std::uint8_t> colours = MakeColours();
+    COrlixImage image;
+    converter.Convert(image, colours.data(), colours.size(), PixelType_RGB8Packed, Side, Side, 0,
+                      ImageOrientation_TopDown);
+    const auto* bytes = static_cast<const std::uint8_t*>(image.GetBuffer());
+    constexpr std::size_t Pixels = std::size_t{Side} * Side;
+    EXPECT_LT(CountOff(bytes, colours, LumaFormula), Pixels / 1000);
+    EXPECT_LT(CountOff(bytes + Pixels, colours, BlueFormula), Pixels / 1000);
+    EXPECT_LT(CountOff(bytes + 2 * Pixels, colours, RedFormula), Pixels / 1000);
+}
+
+TEST_F(AllColours, HaveOneLumaInMono8AndInYuv) {
+    CImageFormatConverter converter;
+    const std::vector<std::uint8_t> colours = MakeColours();
+    std::array<COrlixImage, 2> images;
+    const std::array types{PixelType_Mono8, PixelType_YUV420Planar};
+    for (std::size_t index = 0; index < types.size(); ++index) {
+        converter.OutputPixelFormat.SetValue(types[index]);
+        converter.Convert(images[index], colours.data(), colours.size(), PixelType_RGB8Packed, Side,
+                          Side, 0, ImageOrientation_TopDown);
+    }
+    EXPECT_EQ(std::memcmp(images[0].GetBuffer(), images[1].GetBuffer(), images[0].GetImageSize()),
+              0);
+}
+
+TEST(ImageFormatConverter, ABufferThatIsTooSmallIsRefusedWithBothSizes) {
+    const CImageFormatConverter converter;
+    COrlixImage image;
+    const std::vector<std::uint8_t> source(164);
+    EXPECT_EQ(TextOf<GenICam::InvalidArgumentException>([&] {
+                  converter.Convert(image, source.data(), source.size(), PixelType_RGB8Packed, 10,
+                                    5, 3, ImageOrientation_TopDown);
+              }),
+              "Can't convert an image of 10 x 5 pixels in RGB8Packed with 3 bytes of padding a "
+              "line: its buffer has 164 bytes, but 165 are needed.");
+}
+
+TEST(ImageFormatConverter, ABufferThatIsLargerThanThePictureIsTaken) {
+    CImageFormatConverter converter;
+    converter.OutputPixelFormat.SetValue(PixelType_Mono8);
+    EXPECT_THAT(Convert(converter, {1, 2, 3, 4}, PixelType_Mono8, 2, 1), ElementsAre(1, 2));
+}
+
+TEST(ImageFormatConverter, AWidthOrHeightOfZeroIsRefused) {
+    const CImageFormatConverter converter;
+    COrlixImage image;
+    const std::uint8_t byte = 0;
+    const auto convert = [&](std::uint32_t width, std::uint32_t height) {
+        return TextOf<GenICam::InvalidArgumentException>([&] {
+            converter.Convert(image, &byte, 1, PixelType_Mono8, width, height, 0,
+                              ImageOrientation_TopDown);
+        });
+    };
+    EXPECT_EQ(convert(0, 1),
+              "Can't convert an image of 0 x 1 pixels in Mono8 with 0 bytes of padding a line: "
+              "width and height must be at least 1.");
+    EXPECT_EQ(convert(1, 0),
+              "Can't convert an image of 1 x 0 pixels in Mono8 with 0 bytes of padding a line: "
+              "width and height must be at least 1.");
+}
+
+TEST(ImageFormatConverter, AnUndefinedOrUnknownPixelTypeIsRefused) {
+    const CImageFormatConverter converter;
+    COrlixImage image;
+    const std::uint8_t byte = 0;
+    const auto convert = [&](EPixelType type) {
+        return TextOf<GenICam::InvalidArgumentException>(
+            [&] { converter.Convert(image, &byte, 1, type, 1, 1, 0, ImageOrientation_TopDown); });
+    };
+    EXPECT_EQ(convert(PixelType_Undefined),
+              "Can't convert an image of 1 x 1 pixels in an undefined pixel type with 0 bytes of "
+              "padding a line: a known pixel type is needed.");
+    EXPECT_EQ(convert(static_cast<EPixelType>(0x01083FFF)),
+              "Can't convert an image of 1 x 1 pixels in the unknown pixel type 0x1083FFF with 0 "
+              "bytes of padding a line: a known pixel type is needed.");
+}
+
+TEST(ImageFormatConverter, ANullPointerIsRefused) {
+    const CImageFormatConverter converter;
+    COrlixImage image;
+    EXPECT_THROW(
+        converter.Convert(image, nullptr, 1, PixelType_Mono8, 1, 1, 0, ImageOrientation_TopDown),
+        GenICam::InvalidArgumentException);
+    EXPECT_THROW(converter.Convert(image, COrlixImage()), GenICam::InvalidArgumentException);
+}
+
+TEST(ImageFormatConverter, APairWithoutAConversionIsRefusedWithTheFormatsThatWouldDo) {
+    CImageFormatConverter converter;
+    COrlixImage image;
+    const std::array<std::uint8_t, 16> bytes{};
+    const auto convert = [&] {
+        return TextOf<GenICam::InvalidArgumentException>([&] {
+            converter.Convert(image, bytes.data(), bytes.size(), PixelType_Coord3D_C32f, 1, 1, 0,
+                              ImageOrientation_TopDown);
+        });
+    };
+    EXPECT_FALSE(converter.IsSupportedInputFormat(PixelType_Coord3D_C32f));
+    EXPECT_TRUE(converter.IsSupportedInputFormat(PixelType_Mono16));
+    EXPECT_THAT(convert(), ::testing::StartsWith(
+                               "Can't convert an image from Coord3D_C32f to BGRA8Packed: the "
+                               "formats that can be converted to it are Mono8"));
+    converter.OutputPixelFormat.SetValue(PixelType_Mono10, false);
+    EXPECT_EQ(convert(),
+              "Can't convert an image from Coord3D_C32f to Mono10: it is no output format.");
+}
+
+TEST(ImageFormatConverter, ASizeThatOverflowsIsRefused) {
+    const CImageFormatConverter converter;
+    COrlixImage image;
+    const std::uint8_t byte = 0;
+    EXPECT_THROW(converter.Convert(image, &byte, 1, PixelType_RGB16Packed, 0xFFFFFFFF, 0xFFFFFFFF,
+                                   SIZE_MAX / 2, ImageOrientation_TopDown),
+                 GenICam::GenericException);
+}
+
+TEST(ImageFormatConverter, AFailureLeavesTheDestinationUntouched) {
+    const CImageFormatConverter converter;
+    COrlixImage image;
+    const std::uint8_t byte = 9;
+    converter.Convert(image, &byte, 1, PixelType_Mono8, 1, 1, 0, ImageOrientation_TopDown);
+    const void* const buffer = image.GetBuffer();
+    EXPECT_ANY_THROW(
+        converter.Convert(image, &byte, 1, PixelType_Mono16, 1, 1, 0, ImageOrientation_TopDown));
+    EXPECT_EQ(image.GetBuffer(), buffer);
+    EXPECT_EQ(image.GetPixelType(), PixelType_BGRA8Packed);
+    EXPECT_THAT(BytesOf(image), ElementsAre(9, 9, 9, 255));
+}
+
+TEST(ImageFormatConverter, AnImageIsConvertedIntoItself) {
+    const CImageFormatConverter converter;
+    COrlixImage image;
+    image.Reset(PixelType_Mono8, 2, 1);
+    std::memcpy(image.GetBuffer(), "\x05\x06", 2);
+    converter.Convert(image, image);
+    EXPECT_THAT(BytesOf(image), ElementsAre(5, 5, 5, 255, 6, 6, 6, 255));
+}
+
+TEST(ImageFormatConverter, ANegativePaddingSetWithoutVerificationIsRefused) {
+    CImageFormatConverter converter;
+    converter.OutputPaddingX.SetValue(-1, false);
+    COrlixImage image;
+    const std::uint8_t byte = 0;
+    EXPECT_EQ(TextOf<GenICam::OutOfRangeException>([&] {
+                  converter.Convert(image, &byte, 1, PixelType_Mono8, 1, 1, 0,
+                                    ImageOrientation_TopDown);
+              }),
+              "Can't convert an image: the parameter OutputPaddingX has the negative value -1.");
+}
+
+TEST(ImageFormatConverter, AStreamOfPicturesTakesNoMemoryFromTheSystem) {
+    const CImageFormatConverter converter;
+    const std::vector<std::uint8_t> source(640 * 480);
+    COrlixImage image;
+    const auto convert = [&] {
+        converter.Convert(image, source.data(), source.size(), PixelType_Mono8, 640, 480, 0,
+                          ImageOrientation_TopDown);
+    };
+    convert();
+    convert();
+    const std::uint64_t before = BufferPool::Instance().GetStatistics().allocations;
+    for (int frame = 0; frame < 10; ++frame) {
+        convert();
+    }
+    EXPECT_EQ(BufferPool::Instance().GetStatistics().allocations, before);
+}
+
+// What a node holds a lock for must not be mixed with other work of the same pool.
+TEST(ImageFormatConverter, SeveralThreadsMayConvertWithOneConverter) {
+    const CImageFormatConverter converter;
+    const Picture source = MakePicture(PixelType_RGB8Packed, 512, 301, 0, ImageOrientation_TopDown,
+                                       Content::Random, 1);
+    const Picture expected = ConvertByReference(
+        source,
+        {PixelType_BGRA8Packed, 0, ImageOrientation_TopDown, OutputBitAlignment_LsbAligned});
+    std::vector<std::jthread> threads;
+    std::array<bool, 4> equal{};
+    for (bool& result : equal) {
+        threads.emplace_back([&] {
+            COrlixImage image;
+            converter.Convert(image, source.bytes.data(), source.bytes.size(), source.pixelType,
+                              source.width, source.height, 0, ImageOrientation_TopDown);
+            result =
+                std::memcmp(image.GetBuffer(), expected.bytes.data(), expected.bytes.size()) == 0;
+        });
+    }
+    threads.clear();
+    EXPECT_THAT(equal, ::testing::Each(true));
+}
+
+}  // namespace
+}  // namespace Orlix::Test
