@@ -1,0 +1,146 @@
+#include "genapi/description.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <functional>
+
+namespace GenApi::Detail {
+
+namespace {
+
+struct KindRow {
+    std::string_view element;
+    ValueType value;
+    bool isRegister;
+    bool isFormula;
+};
+
+// In the order of Kind.
+constexpr std::array<KindRow, 18> kindTable = {{
+    {"Category", ValueType::none, false, false},
+    {"Integer", ValueType::integer, false, false},
+    {"IntReg", ValueType::integer, true, false},
+    {"MaskedIntReg", ValueType::integer, true, false},
+    {"IntSwissKnife", ValueType::integer, false, true},
+    {"IntConverter", ValueType::integer, false, true},
+    {"Float", ValueType::real, false, false},
+    {"FloatReg", ValueType::real, true, false},
+    {"SwissKnife", ValueType::real, false, true},
+    {"Converter", ValueType::real, false, true},
+    {"Boolean", ValueType::integer, false, false},
+    {"Enumeration", ValueType::integer, false, false},
+    {"EnumEntry", ValueType::integer, false, false},
+    {"Command", ValueType::integer, false, false},
+    {"String", ValueType::text, false, false},
+    {"StringReg", ValueType::text, true, false},
+    {"Register", ValueType::none, true, false},
+    {"Port", ValueType::none, false, false},
+}};
+
+const KindRow& rowOf(Kind kind) {
+    return kindTable[static_cast<std::size_t>(kind)];
+}
+
+}  // namespace
+
+ValueType valueTypeOf(Kind kind) {
+    return rowOf(kind).value;
+}
+bool isRegister(Kind kind) {
+    return rowOf(kind).isRegister;
+}
+bool isFormula(Kind kind) {
+    return rowOf(kind).isFormula;
+}
+std::string_view elementName(Kind kind) {
+    return rowOf(kind).element;
+}
+
+void NameIndex::reserve(std::size_t count) {
+    slots_.assign(std::bit_ceil(std::max<std::size_t>(count, 4) * 2), noNode);
+}
+
+std::size_t NameIndex::slotOf(std::string_view name, std::span<const Node> nodes,
+                              const std::string& texts) const {
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t slot = std::hash<std::string_view>()(name) & mask;
+    while (slots_[slot] != noNode) {
+        const Slice other = nodes[slots_[slot]].name;
+        if (std::string_view(texts).substr(other.begin, other.count) == name) {
+            break;
+        }
+        slot = (slot + 1) & mask;
+    }
+    return slot;
+}
+
+NodeId NameIndex::insert(std::string_view name, NodeId id, std::span<const Node> nodes,
+                         const std::string& texts) {
+    NodeId& place = slots_[slotOf(name, nodes, texts)];
+    const NodeId before = place;
+    if (before == noNode) {
+        place = id;
+    }
+    return before;
+}
+
+NodeId NameIndex::find(std::string_view name, std::span<const Node> nodes,
+                       const std::string& texts) const {
+    return slots_.empty() ? noNode : slots_[slotOf(name, nodes, texts)];
+}
+
+Description::~Description() {
+    for (std::size_t i = 0; closures_ != nullptr && i < nodes.size(); ++i) {
+        delete[] closures_[i].load(std::memory_order_relaxed);
+    }
+}
+
+void Description::prepareClosures() {
+    closures_ = std::make_unique<std::atomic<const NodeId*>[]>(nodes.size());
+}
+
+std::span<const NodeId> Description::closure(NodeId id) const {
+    std::atomic<const NodeId*>& place = closures_[id];
+    const NodeId* known = place.load(std::memory_order_acquire);
+    if (known == nullptr) {
+        std::unique_ptr<NodeId[]> computed = computeClosure(id);
+        if (place.compare_exchange_strong(known, computed.get(), std::memory_order_acq_rel)) {
+            known = computed.release();
+        }
+    }
+    return {known + 1, *known};
+}
+
+std::unique_ptr<NodeId[]> Description::computeClosure(NodeId id) const {
+    // Reverse post-order of a depth-first walk puts every node behind its causes. The walk keeps
+    // its own stack: a chain of dependants may be as long as the description.
+    struct Step {
+        NodeId node;
+        std::uint32_t next;
+    };
+    std::vector<bool> seen(nodes.size(), false);
+    std::vector<Step> path = {{id, 0}};
+    std::vector<NodeId> finished;
+    seen[id] = true;
+    while (!path.empty()) {
+        Step& step = path.back();
+        const Slice out = dependants[step.node];
+        if (step.next == out.count) {
+            finished.push_back(step.node);
+            path.pop_back();
+            continue;
+        }
+        const NodeId next = dependantLinks[out.begin + step.next++];
+        if (!seen[next]) {
+            seen[next] = true;
+            path.push_back({next, 0});
+        }
+    }
+    auto result = std::make_unique<NodeId[]>(finished.size() + 1);
+    result[0] = static_cast<NodeId>(finished.size());
+    std::reverse_copy(finished.begin(), finished.end(), result.get() + 1);
+    return result;
+}
+
+}  // namespace GenApi::Detail

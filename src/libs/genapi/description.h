@@ -1,0 +1,252 @@
+// The immutable form of a description, shared by all maps made from it: one table of nodes, with
+// 32-bit numbers for links and everything else in a few dense arrays beside it. Maps add values and
+// caches of their own. Any thread may read; the lists of dependants fill themselves safely.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "genapi/loadreport.h"
+#include "genapi/types.h"
+
+namespace GenApi::Detail {
+
+using NodeId = std::uint32_t;
+inline constexpr NodeId noNode = ~NodeId{0};
+inline constexpr std::uint32_t noSlot = ~std::uint32_t{0};
+
+enum class Kind : std::uint8_t {
+    category,
+    integer,
+    intReg,
+    maskedIntReg,
+    intSwissKnife,
+    intConverter,
+    floating,
+    floatReg,
+    swissKnife,
+    converter,
+    boolean,
+    enumeration,
+    enumEntry,
+    command,
+    string,
+    stringReg,
+    byteRegister,
+    port
+};
+
+// How a value comes out of a node of some kind.
+enum class ValueType : std::uint8_t { none, integer, real, text };
+
+// A slice of one of the description's arrays.
+struct Slice {
+    std::uint32_t begin = 0;
+    std::uint32_t count = 0;
+};
+
+// A number that stands in the description or is read from a node. `given` is false where the
+// description has neither.
+struct Number {
+    NodeId link = noNode;
+    bool given = false;
+    std::int64_t integer = 0;
+    double real = 0;
+};
+
+struct Node {
+    // What every access reads.
+    Kind kind{};
+    bool streamable = false;
+    bool deprecated = false;
+    bool feature = false;
+    bool standardNameSpace = false;
+    bool ownCaching = false;  // the description says so; inherited otherwise
+    std::uint8_t imposedAccess = RW;
+    std::uint8_t visibility = Beginner;
+    std::uint8_t representation = _UndefinedRepresentation;
+    std::uint8_t notation = _UndefinedEDisplayNotation;
+    std::int16_t precision = -1;
+    std::uint32_t detail = 0;     // index into the array of its kind
+    std::uint32_t held = noSlot;  // slot of a value that the map itself keeps
+    NodeId value = noNode;        // pValue
+    Slice implemented, available, locked;
+    // Set where the loader could not complete the node: it is not available, and this is why.
+    Slice broken;
+
+    // What a user asks for now and then.
+    Slice name, displayName, toolTip, description, unit, documentation;
+    Slice invalidators, selected, selecting, members;
+    NodeId alias = noNode;
+    NodeId castAlias = noNode;
+    NodeId error = noNode;
+    NodeId blockPolling = noNode;
+    std::int64_t pollingTime = -1;
+    std::uint64_t eventId = 0;
+    bool hasEventId = false;
+    std::uint32_t line = 0;
+};
+
+// Value tables of Integer and Float: the value of the entry whose index the index node has.
+struct IndexedNumber {
+    std::int64_t index = 0;
+    Number value;
+};
+
+// Integer and Float.
+struct NumberDetail {
+    Number value, minimum, maximum, increment;
+    Slice copiesBefore, copiesAfter;  // pValueCopy, written in file order around pValue
+    NodeId index = noNode;
+    Slice table;
+    Number fallback;
+};
+
+struct BooleanDetail {
+    Number value;
+    std::int64_t on = 1;
+    std::int64_t off = 0;
+};
+
+struct EnumerationDetail {
+    Number value;
+};
+
+struct EntryDetail {
+    NodeId enumeration = noNode;
+    Slice symbolic;
+    std::int64_t value = 0;
+    double numeric = 0;
+    bool selfClearing = false;
+};
+
+struct CommandDetail {
+    Number value;
+    Number command;
+};
+
+struct StringDetail {
+    Slice value;
+    bool given = false;
+};
+
+// One term of an address beyond the constants, which are summed up at load.
+struct AddressTerm {
+    enum class Scale : std::uint8_t { one, constant, node, length };
+    NodeId node = noNode;
+    Scale scale = Scale::one;
+    NodeId offsetNode = noNode;
+    std::int64_t offset = 0;
+};
+
+// Everything that lies at an address of a port.
+struct RegisterDetail {
+    NodeId port = noNode;
+    std::int64_t base = 0;
+    Slice terms;
+    Number length;
+    std::uint8_t access = RO;
+    std::uint8_t caching = WriteThrough;
+    bool bigEndian = false;
+    bool isSigned = false;
+    bool hasBits = false;
+    std::int16_t lsb = 0;
+    std::int16_t msb = 0;
+};
+
+struct PortDetail {
+    bool swapEndianess = false;
+    bool hasChunkId = false;
+    std::uint64_t chunkId = 0;
+    NodeId chunkIdNode = noNode;
+};
+
+// Hash index of the names; looked up by text only when a user asks.
+class NameIndex {
+public:
+    void reserve(std::size_t count);
+    // The node of that name before, or noNode and `id` takes the place.
+    NodeId insert(std::string_view name, NodeId id, std::span<const Node> nodes,
+                  const std::string& texts);
+    [[nodiscard]] NodeId find(std::string_view name, std::span<const Node> nodes,
+                              const std::string& texts) const;
+
+private:
+    [[nodiscard]] std::size_t slotOf(std::string_view name, std::span<const Node> nodes,
+                                     const std::string& texts) const;
+    std::vector<NodeId> slots_;
+};
+
+struct Description {
+    std::vector<Node> nodes;
+    std::vector<NumberDetail> numbers;
+    std::vector<BooleanDetail> booleans;
+    std::vector<EnumerationDetail> enumerations;
+    std::vector<EntryDetail> entries;
+    std::vector<CommandDetail> commands;
+    std::vector<StringDetail> strings;
+    std::vector<RegisterDetail> registers;
+    std::vector<NodeId> registerNodes;  // of each register detail, its node
+    std::vector<PortDetail> ports;
+    std::vector<NodeId> portNodes;
+    std::vector<NodeId> polled;
+
+    std::vector<NodeId> links;  // what the slices of nodes mean, but for names and texts
+    std::vector<AddressTerm> terms;
+    std::vector<IndexedNumber> indexed;
+    std::string texts;
+    NameIndex names;
+    std::uint32_t heldNumbers = 0;
+    std::uint32_t heldTexts = 0;
+
+    // Who has to be invalidated when a node is: a slice of `dependantLinks` for each node.
+    std::vector<Slice> dependants;
+    std::vector<NodeId> dependantLinks;
+    // What each node reads, the other way round; for reports.
+    std::vector<Slice> providers;
+    std::vector<NodeId> providerLinks;
+
+    std::string modelName, vendorName, toolTip, standardNameSpace, productGuid, versionGuid;
+    LoadReport report;
+
+    Description() = default;
+    Description(const Description&) = delete;
+    Description& operator=(const Description&) = delete;
+    ~Description();
+
+    [[nodiscard]] std::string_view text(Slice s) const {
+        return std::string_view(texts).substr(s.begin, s.count);
+    }
+    [[nodiscard]] std::string_view nameOf(NodeId id) const { return text(nodes[id].name); }
+    [[nodiscard]] std::span<const NodeId> list(Slice s) const {
+        return std::span(links).subspan(s.begin, s.count);
+    }
+    [[nodiscard]] NodeId find(std::string_view name) const {
+        return names.find(name, nodes, texts);
+    }
+
+    // The node itself and all that an invalidation of it reaches, causes before dependants.
+    // Computed on the first use and kept.
+    [[nodiscard]] std::span<const NodeId> closure(NodeId id) const;
+    // To be called once, when the nodes and their dependants are complete.
+    void prepareClosures();
+
+private:
+    [[nodiscard]] std::unique_ptr<NodeId[]> computeClosure(NodeId id) const;
+
+    // Each array begins with its length. Whoever stores first wins, so that no lock is needed.
+    mutable std::unique_ptr<std::atomic<const NodeId*>[]> closures_;
+};
+
+[[nodiscard]] ValueType valueTypeOf(Kind kind);
+[[nodiscard]] bool isRegister(Kind kind);
+[[nodiscard]] bool isFormula(Kind kind);
+// The name of the kind's element.
+[[nodiscard]] std::string_view elementName(Kind kind);
+
+}  // namespace GenApi::Detail

@@ -1,0 +1,309 @@
+// The engine of one map: values, caches and the rules of access on top of a shared description. It
+// knows no lock and no callback; NodeMap calls it under the map's lock and delivers what it
+// gathered as changed. Its errors name the node, the value, the range and the cause, while what a
+// port throws passes through untouched.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "genapi/description.h"
+#include "genapi/iport.h"
+
+namespace GenApi::Detail {
+
+enum class Ask { reading, writing };
+enum class Verify { no, yes };
+enum class CacheUse { allowed, ignored };
+
+// One thread at a time, but a port may call back into it from its Read and Write.
+class Engine {
+public:
+    explicit Engine(std::shared_ptr<const Description> description);
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+
+    [[nodiscard]] const Description& description() const { return *d_; }
+
+    // Begins a call from outside: what it may cost is bounded.
+    void begin() {
+        stepsLeft_ = maximumSteps;
+        mustTravel_ = false;
+    }
+
+    // ---- Access. The one function behind every report and every access. A question about reading
+    // leaves the locks alone.
+    [[nodiscard]] EAccessMode access(NodeId id, Ask ask);
+    // The same for a report: a node that can not be evaluated is not available. Only what a port
+    // throws comes through.
+    [[nodiscard]] EAccessMode report(NodeId id);
+    void requireReadable(NodeId id);
+    void requireWritable(NodeId id);
+    void imposeAccess(NodeId id, EAccessMode mode);
+
+    // ---- Values of nodes that were found readable.
+    [[nodiscard]] std::int64_t integer(NodeId id, CacheUse use = CacheUse::allowed);
+    [[nodiscard]] double real(NodeId id, CacheUse use = CacheUse::allowed);
+    [[nodiscard]] bool truth(NodeId id, CacheUse use = CacheUse::allowed);
+    [[nodiscard]] std::string text(NodeId id, CacheUse use = CacheUse::allowed);
+    // The entry that has the enumeration's value; noNode if none has.
+    [[nodiscard]] NodeId currentEntry(NodeId enumeration, CacheUse use = CacheUse::allowed);
+    [[nodiscard]] NodeId entryOf(NodeId enumeration, std::int64_t value);
+    [[nodiscard]] NodeId entryOf(NodeId enumeration, std::string_view symbolic) const;
+    [[nodiscard]] bool isDone(NodeId command);
+
+    // ---- Ranges.
+    [[nodiscard]] std::int64_t minimum(NodeId id);
+    [[nodiscard]] std::int64_t maximum(NodeId id);
+    [[nodiscard]] std::int64_t increment(NodeId id);
+    [[nodiscard]] double realMinimum(NodeId id);
+    [[nodiscard]] double realMaximum(NodeId id);
+    // 0 for none.
+    [[nodiscard]] double realIncrement(NodeId id);
+    [[nodiscard]] std::int64_t maximumLength(NodeId id);
+    void imposeMinimum(NodeId id, double value);
+    void imposeMaximum(NodeId id, double value);
+    void imposeMinimum(NodeId id, std::int64_t value);
+    void imposeMaximum(NodeId id, std::int64_t value);
+
+    // ---- Writing, checks of access and range included. Nothing is written if a check fails.
+    void setInteger(NodeId id, std::int64_t value, Verify verify);
+    void setReal(NodeId id, double value, Verify verify);
+    void setText(NodeId id, std::string_view value);
+    void setSymbolic(NodeId enumeration, std::string_view symbolic);
+    void execute(NodeId command);
+
+    // ---- The text view of any node with a value, checks of access included.
+    [[nodiscard]] std::string toText(NodeId id, CacheUse use);
+    void fromText(NodeId id, std::string_view text, Verify verify);
+
+    // ---- Registers.
+    [[nodiscard]] std::int64_t address(NodeId id);
+    [[nodiscard]] std::int64_t length(NodeId id);
+    void readBytes(NodeId id, std::span<std::uint8_t> bytes, CacheUse use);
+    void setBytes(NodeId id, std::span<const std::uint8_t> bytes);
+    [[nodiscard]] bool isCached(NodeId id);
+
+    // ---- Inherited along value links.
+    [[nodiscard]] ERepresentation representation(NodeId id) const;
+    [[nodiscard]] EDisplayNotation notation(NodeId id) const;
+    [[nodiscard]] std::int64_t precision(NodeId id) const;
+    [[nodiscard]] std::string_view unit(NodeId id) const;
+    [[nodiscard]] ECachingMode caching(NodeId id) const;
+
+    // ---- Invalidation. No port is touched.
+    void invalidate(NodeId id);
+    void invalidateAll();
+    void poll(std::int64_t milliseconds);
+
+    // ---- Ports. Null disconnects.
+    void connect(NodeId portNode, IPort* port);
+    [[nodiscard]] IPort* connected(NodeId portNode) const;
+    void readPort(NodeId portNode, void* buffer, std::int64_t address, std::int64_t length);
+    // A write past all registers, of which any may be meant.
+    void writeRaw(NodeId portNode, const void* buffer, std::int64_t address, std::int64_t length);
+    void writePort(NodeId portNode, const void* buffer, std::int64_t address, std::int64_t length);
+
+    // ---- Changes of watched nodes since the last take, each once, causes first.
+    void watch(NodeId id, bool watched) { nodes_[id].watched = watched; }
+    [[nodiscard]] bool hasChanges() const { return !changed_.empty(); }
+    [[nodiscard]] std::vector<NodeId> takeChanges();
+
+    // "Node 'NAME' REST"
+    [[nodiscard]] std::string says(NodeId id, std::string_view rest) const;
+
+private:
+    // What is being worked out for a node; meeting it again is a circle.
+    enum Busy : std::uint8_t {
+        busyReading = 1,
+        busyWriting = 2,
+        busyValue = 4,
+        busyMinimum = 8,
+        busyMaximum = 16,
+        busyIncrement = 32,
+        busyAddress = 64
+    };
+    enum class Implemented : std::uint8_t { unknown, yes, no };
+    enum class Denial : std::uint8_t {
+        none,
+        broken,
+        notImplemented,
+        notAvailable,
+        locked,
+        mode,
+        imposed,
+        notConnected,
+        link,
+        table
+    };
+
+    struct NodeState {
+        std::uint8_t busy = 0;
+        Implemented implemented = Implemented::unknown;
+        std::uint8_t imposedAccess = RW;
+        bool watched = false;
+        bool queued = false;
+        bool running = false;
+    };
+    struct RegisterState {
+        std::int64_t address = 0;
+        std::int64_t length = 0;
+        bool valid = false;
+        std::uint32_t place = 0;  // in the port's list of cached registers
+        std::array<std::uint8_t, 8> bytes{};
+        std::vector<std::uint8_t> longBytes;
+    };
+    struct PortState {
+        IPort* port = nullptr;
+        std::vector<std::uint32_t> cached;  // registers with valid bytes
+    };
+    union HeldNumber {
+        std::int64_t integer;
+        double real;
+    };
+    struct ImposedRange {
+        std::int64_t minimum, maximum;
+        double realMinimum, realMaximum;
+    };
+
+    static constexpr std::uint32_t maximumSteps = 2'000'000;
+    static constexpr int maximumDepth = 200;
+
+    // Marks a node busy for a scope, and counts depth and steps.
+    class Visit {
+    public:
+        Visit(Engine& engine, NodeId id, Busy what) : engine_(engine), id_(id), what_(what) {
+            NodeState& state = engine_.nodes_[id_];
+            if ((state.busy & what_) != 0 || engine_.depth_ >= maximumDepth ||
+                engine_.stepsLeft_ == 0) {
+                engine_.refuseVisit(id_, (state.busy & what_) != 0);
+            }
+            state.busy = static_cast<std::uint8_t>(state.busy | what_);
+            ++engine_.depth_;
+            --engine_.stepsLeft_;
+        }
+        ~Visit() {
+            NodeState& state = engine_.nodes_[id_];
+            state.busy = static_cast<std::uint8_t>(state.busy & ~what_);
+            --engine_.depth_;
+        }
+        Visit(const Visit&) = delete;
+        Visit& operator=(const Visit&) = delete;
+
+    private:
+        Engine& engine_;
+        NodeId id_;
+        Busy what_;
+    };
+
+    [[noreturn]] void refuseVisit(NodeId id, bool circle);
+
+    // engineaccess.cpp
+    [[nodiscard]] EAccessMode coreAccess(NodeId id, Ask ask);
+    [[nodiscard]] EAccessMode sourceAccess(NodeId id, Ask ask);
+    [[nodiscard]] EAccessMode numberAccess(NodeId id, Ask ask);
+    [[nodiscard]] EAccessMode registerAccess(NodeId id);
+    [[nodiscard]] EAccessMode portAccess(NodeId id);
+    [[nodiscard]] EAccessMode implementedAccess(NodeId id);
+    [[nodiscard]] bool rangesReadable(NodeId id);
+    [[nodiscard]] bool linkReadable(NodeId owner, NodeId link);
+    // The truth of a link, or nothing where it can not be read.
+    enum class Condition : std::uint8_t { no, yes, unreadable };
+    [[nodiscard]] Condition condition(NodeId link);
+    EAccessMode deny(NodeId id, Denial why, NodeId culprit, EAccessMode mode);
+    [[nodiscard]] std::string explainDenial() const;
+
+    // enginevalues.cpp
+    [[nodiscard]] std::int64_t linkedInteger(NodeId link, CacheUse use = CacheUse::allowed);
+    [[nodiscard]] double linkedReal(NodeId link, CacheUse use = CacheUse::allowed);
+    [[nodiscard]] std::int64_t integerOf(const Number& number);
+    [[nodiscard]] double realOf(const Number& number);
+    // Where an Integer or a Float has its value now, following its table.
+    [[nodiscard]] Number sourceOf(NodeId id);
+    [[nodiscard]] std::int64_t toInteger(NodeId id, double value) const;
+    [[nodiscard]] double realValue(NodeId id, CacheUse use);
+    [[nodiscard]] std::int64_t registerInteger(NodeId id, CacheUse use);
+
+    // engineranges.cpp
+    [[nodiscard]] std::int64_t registerMinimum(NodeId id);
+    [[nodiscard]] std::int64_t registerMaximum(NodeId id);
+    [[nodiscard]] ImposedRange& imposed(NodeId id);
+
+    // enginewrite.cpp: all checks first, down the whole chain, then the writes.
+    void checkInteger(NodeId id, std::int64_t value, Verify verify);
+    void checkReal(NodeId id, double value, Verify verify);
+    void checkRange(NodeId id, std::int64_t value);
+    void checkEntry(NodeId enumeration, std::int64_t value);
+    void checkText(NodeId id, std::string_view value);
+    void storeInteger(NodeId id, std::int64_t value);
+    void storeReal(NodeId id, double value);
+    void storeText(NodeId id, std::string_view value);
+    void storeRegisterInteger(NodeId id, std::int64_t value);
+    void checkErrorNode(NodeId id);
+    [[nodiscard]] std::vector<std::uint8_t> bytesOf(NodeId id, std::string_view text);
+    [[nodiscard]] NodeId nearestEntry(NodeId enumeration, double value);
+
+    // engineregisters.cpp
+    struct Field {
+        int shift;
+        int width;
+    };
+    [[nodiscard]] Field fieldOf(NodeId id, std::int64_t bytes) const;
+    void writeBytes(NodeId id, std::span<const std::uint8_t> bytes);
+    void keep(NodeId id, std::int64_t address, std::span<const std::uint8_t> bytes);
+    void dropBytes(std::uint32_t registerIndex);
+    void dropOverlapping(NodeId port, std::int64_t address, std::int64_t length);
+    // What a port throws must reach the caller; its calls back into the engine start clean.
+    template <typename Call>
+    void throughPort(Call call) {
+        const bool before = mustTravel_;
+        mustTravel_ = false;
+        try {
+            call();
+        } catch (...) {
+            mustTravel_ = true;
+            throw;
+        }
+        mustTravel_ = before;
+    }
+    void transfer(NodeId portNode, std::span<std::uint8_t> bytes, std::int64_t address);
+
+    // engine.cpp
+    void touch(NodeId id);
+    void dropClosureBytes(NodeId id);
+    [[nodiscard]] bool isPollable(NodeId id);
+
+    [[nodiscard]] const Node& node(NodeId id) const { return d_->nodes[id]; }
+    [[nodiscard]] const RegisterDetail& registerOf(NodeId id) const {
+        return d_->registers[node(id).detail];
+    }
+
+    std::shared_ptr<const Description> d_;
+    std::vector<NodeState> nodes_;
+    std::vector<RegisterState> registers_;
+    std::vector<PortState> ports_;
+    std::vector<HeldNumber> heldNumbers_;
+    std::vector<std::string> heldTexts_;
+    std::vector<std::int64_t> pollElapsed_;
+    std::unordered_map<NodeId, ImposedRange> imposedRanges_;
+    std::vector<NodeId> changed_;
+
+    std::uint32_t stepsLeft_ = maximumSteps;
+    int depth_ = 0;
+    // Grows with each invalidation, so that bytes read meanwhile are not kept.
+    std::uint64_t generation_ = 0;
+    // The exception under way comes from a port, or ends the call: no link may swallow it.
+    bool mustTravel_ = false;
+    struct {
+        NodeId node = noNode;
+        NodeId culprit = noNode;
+        Denial why = Denial::none;
+    } denial_;
+};
+
+}  // namespace GenApi::Detail

@@ -1,0 +1,157 @@
+// The text view of values. It knows no locale, and what it writes it reads back.
+#include <algorithm>
+#include <cctype>
+
+#include "genapi/engine.h"
+#include "genapi/engineerror.h"
+#include "genapi/numbertext.h"
+
+namespace GenApi::Detail {
+
+namespace {
+
+bool isWord(std::string_view text, std::string_view lowerCase) {
+    return text.size() == lowerCase.size() &&
+           std::equal(text.begin(), text.end(), lowerCase.begin(), [](char a, char b) {
+               return std::tolower(static_cast<unsigned char>(a)) == b;
+           });
+}
+
+std::optional<bool> parseTruth(std::string_view text) {
+    text = trim(text);
+    if (text == "1" || isWord(text, "true")) {
+        return true;
+    }
+    if (text == "0" || isWord(text, "false")) {
+        return false;
+    }
+    return std::nullopt;
+}
+
+std::string hexOf(std::span<const std::uint8_t> bytes) {
+    constexpr char digits[] = "0123456789ABCDEF";
+    std::string text("0x");
+    for (const std::uint8_t byte : bytes) {
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string Engine::toText(NodeId id, CacheUse use) {
+    const Node& self = node(id);
+    if (self.kind == Kind::command) {
+        return isDone(id) ? "1" : "0";
+    }
+    requireReadable(id);
+    switch (self.kind) {
+        case Kind::category:
+            return std::string(
+                d_->text(self.displayName.count != 0 ? self.displayName : self.name));
+        case Kind::boolean:
+            return truth(id, use) ? "1" : "0";
+        case Kind::enumEntry:
+            return std::string(d_->text(d_->entries[self.detail].symbolic));
+        case Kind::enumeration: {
+            const std::int64_t value = integer(id, use);
+            const NodeId entry = entryOf(id, value);
+            if (entry == noNode) {
+                GENAPI_THROW(OutOfRangeException,
+                             says(id, "has the value " + std::to_string(value) +
+                                          ", which none of its entries has."));
+            }
+            return std::string(d_->text(d_->entries[node(entry).detail].symbolic));
+        }
+        case Kind::string:
+        case Kind::stringReg:
+            return text(id, use);
+        case Kind::byteRegister: {
+            std::vector<std::uint8_t> bytes(static_cast<std::size_t>(length(id)));
+            readBytes(id, bytes, use);
+            return hexOf(bytes);
+        }
+        default:
+            break;
+    }
+    return valueTypeOf(self.kind) == ValueType::real
+               ? formatFloat(real(id, use), notation(id), precision(id))
+               : formatInteger(integer(id, use), representation(id));
+}
+
+void Engine::fromText(NodeId id, std::string_view text, Verify verify) {
+    const auto refuse = [&](const char* what) {
+        requireWritable(id);
+        GENAPI_THROW(InvalidArgumentException,
+                     says(id, "can not take '" + std::string(text) + "': it is no " + what + "."));
+    };
+    const Node& self = node(id);
+    switch (self.kind) {
+        case Kind::boolean:
+        case Kind::command: {
+            const auto truth = parseTruth(text);
+            if (!truth) {
+                refuse("truth value");
+            } else if (self.kind == Kind::boolean) {
+                setInteger(id, *truth ? 1 : 0, verify);
+            } else if (*truth) {
+                execute(id);
+            } else {
+                requireWritable(id);
+            }
+            return;
+        }
+        case Kind::enumeration:
+            setSymbolic(id, trim(text));
+            return;
+        case Kind::string:
+        case Kind::stringReg:
+            setText(id, text);
+            return;
+        case Kind::byteRegister:
+            setBytes(id, bytesOf(id, text));
+            return;
+        case Kind::category:
+        case Kind::enumEntry:
+            requireWritable(id);
+            return;
+        default:
+            break;
+    }
+    if (valueTypeOf(self.kind) == ValueType::real) {
+        const auto value = parseFloat(text);
+        if (!value) {
+            refuse("finite number");
+        } else {
+            setReal(id, *value, verify);
+        }
+        return;
+    }
+    const auto value = parseIntegerAs(text, representation(id));
+    if (!value) {
+        refuse("64-bit integer");
+    } else {
+        setInteger(id, *value, verify);
+    }
+}
+
+std::vector<std::uint8_t> Engine::bytesOf(NodeId id, std::string_view text) {
+    std::string_view digits = trim(text);
+    if (digits.substr(0, 2) == "0x" || digits.substr(0, 2) == "0X") {
+        digits.remove_prefix(2);
+    }
+    std::vector<std::uint8_t> bytes;
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        const auto byte = parseHex(digits.substr(i, 2));
+        if (!byte || digits.size() % 2 != 0) {
+            GENAPI_THROW(InvalidArgumentException,
+                         says(id, "can not take '" + std::string(text) +
+                                      "': it is no sequence of bytes in hexadecimal."));
+        }
+        bytes.push_back(static_cast<std::uint8_t>(*byte));
+    }
+    return bytes;
+}
+
+}  // namespace GenApi::Detail

@@ -1,0 +1,263 @@
+// Reading values. The caller has found the node readable; links beside the value chain are checked
+// here, each before it is read.
+#include <bit>
+#include <cmath>
+#include <cstring>
+
+#include "genapi/engine.h"
+#include "genapi/engineerror.h"
+
+namespace GenApi::Detail {
+
+namespace {
+
+// The bytes as an unsigned number.
+std::uint64_t assemble(std::span<const std::uint8_t> bytes, bool bigEndian) {
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        value = (value << 8) | bytes[bigEndian ? i : bytes.size() - 1 - i];
+    }
+    return value;
+}
+
+}  // namespace
+
+std::int64_t Engine::linkedInteger(NodeId link, CacheUse use) {
+    if (!IsReadable(coreAccess(link, Ask::reading))) {
+        GENAPI_THROW(AccessException, says(link, "is not readable" + explainDenial()));
+    }
+    return integer(link, use);
+}
+
+double Engine::linkedReal(NodeId link, CacheUse use) {
+    if (!IsReadable(coreAccess(link, Ask::reading))) {
+        GENAPI_THROW(AccessException, says(link, "is not readable" + explainDenial()));
+    }
+    return real(link, use);
+}
+
+std::int64_t Engine::integerOf(const Number& number) {
+    return number.link == noNode ? number.integer : linkedInteger(number.link);
+}
+
+double Engine::realOf(const Number& number) {
+    return number.link == noNode ? number.real : linkedReal(number.link);
+}
+
+std::int64_t Engine::toInteger(NodeId id, double value) const {
+    const double rounded = std::round(value);
+    if (!(rounded >= -0x1p63 && rounded < 0x1p63)) {
+        GENAPI_THROW(OutOfRangeException,
+                     says(id, "can not take " + std::to_string(value) + " as a 64-bit integer."));
+    }
+    return static_cast<std::int64_t>(rounded);
+}
+
+Number Engine::sourceOf(NodeId id) {
+    const NumberDetail& detail = d_->numbers[node(id).detail];
+    if (detail.index == noNode) {
+        Number source;
+        source.link = node(id).value;
+        source.given = source.link != noNode;
+        return source;
+    }
+    const std::int64_t index = linkedInteger(detail.index);
+    for (std::uint32_t i = 0; i < detail.table.count; ++i) {
+        const IndexedNumber& row = d_->indexed[detail.table.begin + i];
+        if (row.index == index) {
+            return row.value;
+        }
+    }
+    return detail.fallback;
+}
+
+std::int64_t Engine::integer(NodeId id, CacheUse use) {
+    const Visit visit(*this, id, busyValue);
+    const Node& self = node(id);
+    switch (self.kind) {
+        case Kind::integer: {
+            const Number source = sourceOf(id);
+            if (source.link != noNode) {
+                return integer(source.link, use);
+            }
+            return source.given ? source.integer : heldNumbers_[self.held].integer;
+        }
+        case Kind::enumeration:
+        case Kind::command:
+            return self.value != noNode ? integer(self.value, use)
+                                        : heldNumbers_[self.held].integer;
+        case Kind::boolean:
+            return truth(id, use) ? 1 : 0;
+        case Kind::enumEntry:
+            return d_->entries[self.detail].value;
+        case Kind::intReg:
+        case Kind::maskedIntReg:
+            return registerInteger(id, use);
+        case Kind::floating:
+        case Kind::floatReg: {
+            const double value = realValue(id, use);
+            return toInteger(id, value);
+        }
+        default:
+            GENAPI_THROW(RuntimeException, says(id, "has no number."));
+    }
+}
+
+double Engine::real(NodeId id, CacheUse use) {
+    if (valueTypeOf(node(id).kind) == ValueType::real) {
+        const Visit visit(*this, id, busyValue);
+        return realValue(id, use);
+    }
+    if (node(id).kind == Kind::enumeration) {
+        const NodeId entry = currentEntry(id, use);
+        if (entry != noNode) {
+            return d_->entries[node(entry).detail].numeric;
+        }
+    }
+    return static_cast<double>(integer(id, use));
+}
+
+double Engine::realValue(NodeId id, CacheUse use) {
+    const Node& self = node(id);
+    if (self.kind == Kind::floating) {
+        const Number source = sourceOf(id);
+        if (source.link != noNode) {
+            return real(source.link, use);
+        }
+        return source.given ? source.real : heldNumbers_[self.held].real;
+    }
+    std::array<std::uint8_t, 8> bytes{};
+    const auto count = static_cast<std::size_t>(length(id));
+    readBytes(id, std::span(bytes).first(count), use);
+    const std::uint64_t bits = assemble(std::span(bytes).first(count), registerOf(id).bigEndian);
+    return count == 4 ? static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(bits)))
+                      : std::bit_cast<double>(bits);
+}
+
+std::int64_t Engine::registerInteger(NodeId id, CacheUse use) {
+    std::array<std::uint8_t, 8> bytes{};
+    const std::int64_t count = length(id);
+    const auto used = std::span(bytes).first(static_cast<std::size_t>(count));
+    const Field field = fieldOf(id, count);
+    readBytes(id, used, use);
+    const RegisterDetail& detail = registerOf(id);
+    // The field moves to the top, and comes down again with its own sign or with zeros.
+    const std::uint64_t top = assemble(used, detail.bigEndian) << (64 - field.width - field.shift);
+    return detail.isSigned ? static_cast<std::int64_t>(top) >> (64 - field.width)
+                           : static_cast<std::int64_t>(top >> (64 - field.width));
+}
+
+bool Engine::truth(NodeId id, CacheUse use) {
+    const Node& self = node(id);
+    const BooleanDetail& detail = d_->booleans[self.detail];
+    const std::int64_t value =
+        self.value != noNode ? integer(self.value, use) : heldNumbers_[self.held].integer;
+    return value == detail.on;
+}
+
+std::string Engine::text(NodeId id, CacheUse use) {
+    const Visit visit(*this, id, busyValue);
+    const Node& self = node(id);
+    if (self.kind == Kind::string) {
+        return self.value != noNode ? text(self.value, use) : heldTexts_[self.held];
+    }
+    std::string bytes(static_cast<std::size_t>(length(id)), '\0');
+    readBytes(id, {reinterpret_cast<std::uint8_t*>(bytes.data()), bytes.size()}, use);
+    bytes.resize(::strnlen(bytes.data(), bytes.size()));
+    return bytes;
+}
+
+// Several entries may have one value: the first that can be chosen now, else the first.
+NodeId Engine::entryOf(NodeId enumeration, std::int64_t value) {
+    NodeId first = noNode;
+    for (const NodeId entry : d_->list(node(enumeration).members)) {
+        if (d_->entries[node(entry).detail].value != value) {
+            continue;
+        }
+        if (first == noNode) {
+            first = entry;
+        } else if (!IsReadable(coreAccess(first, Ask::reading)) &&
+                   IsReadable(coreAccess(entry, Ask::reading))) {
+            return entry;
+        }
+    }
+    return first;
+}
+
+NodeId Engine::entryOf(NodeId enumeration, std::string_view symbolic) const {
+    for (const NodeId entry : d_->list(node(enumeration).members)) {
+        if (d_->text(d_->entries[node(entry).detail].symbolic) == symbolic) {
+            return entry;
+        }
+    }
+    return noNode;
+}
+
+NodeId Engine::currentEntry(NodeId enumeration, CacheUse use) {
+    return entryOf(enumeration, integer(enumeration, use));
+}
+
+bool Engine::isDone(NodeId command) {
+    const Node& self = node(command);
+    bool done = true;
+    // Without anything to read there is nothing to wait for.
+    if (self.value != noNode && IsReadable(access(command, Ask::reading))) {
+        done =
+            integer(self.value, CacheUse::ignored) != integerOf(d_->commands[self.detail].command);
+    }
+    NodeState& state = nodes_[command];
+    if (done && state.running) {
+        state.running = false;
+        touch(command);
+    }
+    return done;
+}
+
+// ---- What a node inherits from where it takes its value.
+
+ERepresentation Engine::representation(NodeId id) const {
+    for (int depth = 0; id != noNode && depth < maximumDepth; ++depth, id = node(id).value) {
+        if (node(id).representation != _UndefinedRepresentation) {
+            return static_cast<ERepresentation>(node(id).representation);
+        }
+    }
+    return PureNumber;
+}
+
+EDisplayNotation Engine::notation(NodeId id) const {
+    for (int depth = 0; id != noNode && depth < maximumDepth; ++depth, id = node(id).value) {
+        if (node(id).notation != _UndefinedEDisplayNotation) {
+            return static_cast<EDisplayNotation>(node(id).notation);
+        }
+    }
+    return fnAutomatic;
+}
+
+std::int64_t Engine::precision(NodeId id) const {
+    constexpr std::int64_t usual = 6;
+    for (int depth = 0; id != noNode && depth < maximumDepth; ++depth, id = node(id).value) {
+        if (node(id).precision >= 0) {
+            return node(id).precision;
+        }
+    }
+    return usual;
+}
+
+std::string_view Engine::unit(NodeId id) const {
+    for (int depth = 0; id != noNode && depth < maximumDepth; ++depth, id = node(id).value) {
+        if (node(id).unit.count != 0) {
+            return d_->text(node(id).unit);
+        }
+    }
+    return {};
+}
+
+ECachingMode Engine::caching(NodeId id) const {
+    for (int depth = 0; node(id).value != noNode && depth < maximumDepth; ++depth) {
+        id = node(id).value;
+    }
+    return isRegister(node(id).kind) ? static_cast<ECachingMode>(registerOf(id).caching)
+                                     : WriteThrough;
+}
+
+}  // namespace GenApi::Detail

@@ -1,0 +1,489 @@
+// What the kinds of nodes have of their own: values, ranges, entries, registers.
+#include <algorithm>
+
+#include "genapi/nodebuilder.h"
+#include "genapi/numbertext.h"
+
+namespace GenApi::Detail {
+
+namespace {
+
+// A register longer than this is taken for noise.
+constexpr std::int64_t maximumRegisterLength = std::int64_t{64} * 1024 * 1024;
+
+template <typename Detail>
+std::uint32_t append(std::vector<Detail>& details, const Detail& detail) {
+    details.push_back(detail);
+    return static_cast<std::uint32_t>(details.size() - 1);
+}
+
+}  // namespace
+
+bool NodeBuilder::applyKind(Element element, pugi::xml_node child) {
+    switch (node_.kind) {
+        case Kind::integer:
+        case Kind::floating:
+            return applyNumber(element, child);
+        case Kind::boolean:
+            return applyBoolean(element, child);
+        case Kind::enumeration:
+            return applyEnumeration(element, child);
+        case Kind::enumEntry:
+            return applyEntry(element, child);
+        case Kind::command:
+            return applyCommand(element, child);
+        case Kind::string:
+            return applyString(element, child);
+        case Kind::port:
+            return applyPort(element, child);
+        case Kind::category:
+            if (element == Element::pFeature) {
+                looseLink(child, draft_.members);
+                return true;
+            }
+            return false;
+        default:
+            return isRegister(node_.kind) && applyRegister(element, child);
+    }
+}
+
+bool NodeBuilder::applyNumber(Element element, pugi::xml_node child) {
+    NumberDetail& detail = draft_.number;
+    switch (element) {
+        case Element::Value:
+            detail.value = number(child);
+            return true;
+        case Element::pValue:
+            node_.value = link(child, Wanted::number);
+            return true;
+        case Element::Min:
+            detail.minimum = number(child);
+            return true;
+        case Element::pMin:
+            detail.minimum = linkedNumber(child);
+            return true;
+        case Element::Max:
+            detail.maximum = number(child);
+            return true;
+        case Element::pMax:
+            detail.maximum = linkedNumber(child);
+            return true;
+        case Element::Inc:
+            detail.increment = number(child);
+            return true;
+        case Element::pInc:
+            detail.increment = linkedNumber(child);
+            return true;
+        case Element::pValueCopy: {
+            const NodeId copy = link(child, Wanted::number);
+            auto& list = node_.value == noNode ? draft_.copiesBefore : draft_.copiesAfter;
+            if (copy != noNode) {
+                list.push_back(copy);
+            }
+            return true;
+        }
+        case Element::AccessMode:
+            word(child, accessModeOf(textOf(child)),
+                 [&](EAccessMode mode) { node_.imposedAccess = std::uint8_t(mode); });
+            return true;
+        default:
+            return applyIndexed(element, child);
+    }
+}
+
+bool NodeBuilder::applyIndexed(Element element, pugi::xml_node child) {
+    NumberDetail& detail = draft_.number;
+    const auto add = [&](const Number& value) {
+        const auto index = parseInteger(child.attribute("Index").value());
+        if (!index) {
+            context_.drop(child, name_, "The attribute 'Index' is no integer.");
+            return;
+        }
+        draft_.indexed.push_back({*index, value});
+    };
+    switch (element) {
+        case Element::pIndex:
+            detail.index = link(child, Wanted::number);
+            return true;
+        case Element::ValueIndexed:
+            add(number(child));
+            return true;
+        case Element::pValueIndexed:
+            add(linkedNumber(child));
+            return true;
+        case Element::ValueDefault:
+            detail.fallback = number(child);
+            return true;
+        case Element::pValueDefault:
+            detail.fallback = linkedNumber(child);
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool NodeBuilder::applyBoolean(Element element, pugi::xml_node child) {
+    switch (element) {
+        case Element::Value: {
+            // Some write the words where a number is due.
+            const std::string text = textOf(child);
+            if (text == "true" || text == "false") {
+                draft_.boolean.value.given = true;
+                draft_.boolean.value.integer = text == "true" ? 1 : 0;
+            } else {
+                draft_.boolean.value = number(child);
+            }
+            return true;
+        }
+        case Element::pValue:
+            node_.value = link(child, Wanted::number);
+            return true;
+        case Element::OnValue:
+            draft_.boolean.on = integer(child);
+            return true;
+        case Element::OffValue:
+            draft_.boolean.off = integer(child);
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool NodeBuilder::applyEnumeration(Element element, pugi::xml_node child) {
+    switch (element) {
+        case Element::Value:
+            draft_.number.value = number(child);
+            return true;
+        case Element::pValue:
+            node_.value = link(child, Wanted::number);
+            return true;
+        case Element::EnumEntry:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool NodeBuilder::applyEntry(Element element, pugi::xml_node child) {
+    switch (element) {
+        case Element::Value:
+            draft_.entry.value = integer(child);
+            draft_.hasEntryValue = true;
+            return true;
+        case Element::NumericValue:
+            if (const auto value = parseFloat(textOf(child))) {
+                draft_.entry.numeric = *value;
+                draft_.hasNumeric = true;
+                return true;
+            }
+            context_.drop(child, name_, "'" + textOf(child) + "' is no finite number.");
+            return true;
+        case Element::Symbolic:
+            draft_.entry.symbolic = context_.store(textOf(child));
+            return true;
+        case Element::IsSelfClearing:
+            word(child, yesNoOf(textOf(child)), [&](bool yes) { draft_.entry.selfClearing = yes; });
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool NodeBuilder::applyCommand(Element element, pugi::xml_node child) {
+    switch (element) {
+        case Element::Value:
+            draft_.command.value = number(child);
+            return true;
+        case Element::pValue:
+            node_.value = link(child, Wanted::number);
+            return true;
+        case Element::CommandValue:
+            draft_.command.command = number(child);
+            return true;
+        case Element::pCommandValue:
+            draft_.command.command = linkedNumber(child);
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool NodeBuilder::applyString(Element element, pugi::xml_node child) {
+    switch (element) {
+        case Element::Value:
+            draft_.text.value = context_.store(rawTextOf(child));
+            draft_.text.given = true;
+            return true;
+        case Element::pValue:
+            node_.value = link(child, Wanted::text);
+            return true;
+        case Element::AccessMode:
+            word(child, accessModeOf(textOf(child)),
+                 [&](EAccessMode mode) { node_.imposedAccess = std::uint8_t(mode); });
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool NodeBuilder::applyRegister(Element element, pugi::xml_node child) {
+    RegisterDetail& detail = draft_.reg;
+    switch (element) {
+        case Element::Length:
+            detail.length.integer = integer(child);
+            detail.length.given = true;
+            return true;
+        case Element::pLength:
+            detail.length = linkedNumber(child);
+            return true;
+        case Element::pPort:
+            detail.port = link(child, Wanted::port);
+            return true;
+        case Element::AccessMode:
+            word(child, accessModeOf(textOf(child)), [&](EAccessMode mode) {
+                detail.access = std::uint8_t(mode);
+                draft_.hasAccess = true;
+            });
+            return true;
+        case Element::Cachable:
+            word(child, cachingOf(textOf(child)), [&](ECachingMode mode) {
+                detail.caching = std::uint8_t(mode);
+                node_.ownCaching = true;
+            });
+            return true;
+        default:
+            return applyAddress(element, child) || applyLayout(element, child);
+    }
+}
+
+bool NodeBuilder::applyAddress(Element element, pugi::xml_node child) {
+    AddressTerm term;
+    switch (element) {
+        case Element::Address:
+            // Addresses may use all 64 bits, so the sum wraps.
+            draft_.reg.base =
+                static_cast<std::int64_t>(static_cast<std::uint64_t>(draft_.reg.base) +
+                                          static_cast<std::uint64_t>(integer(child)));
+            return true;
+        case Element::pAddress:
+            term.node = link(child, Wanted::number);
+            break;
+        case Element::IntSwissKnife: {
+            const auto place = context_.inlineNodes.find(child.internal_object());
+            term.node = place == context_.inlineNodes.end() ? noNode : place->second;
+            if (term.node != noNode) {
+                context_.reads.push_back({term.node, id_});
+            } else {
+                setBroken("the formula of its address could not be loaded");
+            }
+            break;
+        }
+        case Element::pIndex: {
+            term.node = link(child, Wanted::number);
+            term.scale = AddressTerm::Scale::length;
+            if (const auto offset = child.attribute("Offset")) {
+                const auto value = parseInteger(offset.value());
+                term.scale = AddressTerm::Scale::constant;
+                term.offset = value.value_or(0);
+                if (!value) {
+                    setBroken("the attribute 'Offset' of its pIndex is no integer", child);
+                }
+            } else if (const auto node = child.attribute("pOffset")) {
+                term.scale = AddressTerm::Scale::node;
+                term.offsetNode = resolve(trim(node.value()));
+                if (term.offsetNode == noNode) {
+                    setBroken("the attribute 'pOffset' of its pIndex names a missing node", child);
+                } else {
+                    context_.reads.push_back({term.offsetNode, id_});
+                }
+            }
+            break;
+        }
+        default:
+            return false;
+    }
+    if (term.node != noNode) {
+        draft_.terms.push_back(term);
+    }
+    return true;
+}
+
+bool NodeBuilder::applyLayout(Element element, pugi::xml_node child) {
+    RegisterDetail& detail = draft_.reg;
+    const auto bit = [&] {
+        return static_cast<std::int16_t>(std::clamp<std::int64_t>(integer(child), -1, 1000));
+    };
+    switch (element) {
+        case Element::Sign:
+            word(child, signOf(textOf(child)),
+                 [&](ESign sign) { detail.isSigned = sign == Signed; });
+            return true;
+        case Element::Endianess:
+            word(child, endianessOf(textOf(child)), [&](EEndianess order) {
+                detail.bigEndian = order == BigEndian;
+                draft_.hasEndianess = true;
+            });
+            return true;
+        case Element::LSB:
+            detail.lsb = bit();
+            draft_.hasBitFirst = true;
+            return true;
+        case Element::MSB:
+            detail.msb = bit();
+            draft_.hasBitLast = true;
+            return true;
+        case Element::Bit:
+            detail.lsb = detail.msb = bit();
+            draft_.hasBitFirst = draft_.hasBitLast = true;
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool NodeBuilder::applyPort(Element element, pugi::xml_node child) {
+    switch (element) {
+        case Element::SwapEndianess:
+            word(child, yesNoOf(textOf(child)), [&](bool yes) { draft_.port.swapEndianess = yes; });
+            return true;
+        case Element::ChunkID:
+            if (const auto id = parseHex(textOf(child))) {
+                draft_.port.chunkId = *id;
+                draft_.port.hasChunkId = true;
+            } else {
+                context_.drop(child, name_, "'" + textOf(child) + "' is no hexadecimal number.");
+            }
+            return true;
+        case Element::pChunkID:
+            draft_.port.chunkIdNode = link(child, Wanted::number);
+            return true;
+        case Element::CacheChunkData:
+            return true;
+        default:
+            return false;
+    }
+}
+
+void NodeBuilder::holdNumber(const Number& value) {
+    if (node_.value != noNode) {
+        return;
+    }
+    if (!value.given) {
+        setBroken("it has neither a value nor a link to one");
+        return;
+    }
+    node_.held = d_.heldNumbers++;
+}
+
+void NodeBuilder::finishDetail(NodeId id, const PendingNode& pending) {
+    switch (node_.kind) {
+        case Kind::integer:
+        case Kind::floating:
+            finishNumber(node_.kind == Kind::floating);
+            break;
+        case Kind::boolean:
+            holdNumber(draft_.boolean.value);
+            node_.detail = append(d_.booleans, draft_.boolean);
+            break;
+        case Kind::enumeration:
+            holdNumber(draft_.number.value);
+            node_.detail = append(d_.enumerations, {draft_.number.value});
+            break;
+        case Kind::enumEntry:
+            finishEntry(id, pending);
+            break;
+        case Kind::command:
+            holdNumber(draft_.command.value);
+            if (!draft_.command.command.given) {
+                setBroken("it has neither CommandValue nor pCommandValue");
+            }
+            node_.detail = append(d_.commands, draft_.command);
+            break;
+        case Kind::string:
+            if (node_.value == noNode) {
+                node_.held = d_.heldTexts++;
+            }
+            node_.detail = append(d_.strings, draft_.text);
+            break;
+        case Kind::port:
+            d_.portNodes.push_back(id);
+            node_.detail = append(d_.ports, draft_.port);
+            break;
+        default:
+            if (isRegister(node_.kind)) {
+                finishRegister(id);
+            }
+    }
+}
+
+void NodeBuilder::finishNumber(bool isFloat) {
+    NumberDetail& detail = draft_.number;
+    if (detail.index == noNode) {
+        holdNumber(detail.value);
+    }
+    if (isFloat && node_.representation == HexNumber) {
+        node_.representation = _UndefinedRepresentation;
+    }
+    detail.copiesBefore = context_.store(draft_.copiesBefore);
+    detail.copiesAfter = context_.store(draft_.copiesAfter);
+    detail.table = {static_cast<std::uint32_t>(d_.indexed.size()),
+                    static_cast<std::uint32_t>(draft_.indexed.size())};
+    d_.indexed.insert(d_.indexed.end(), draft_.indexed.begin(), draft_.indexed.end());
+    node_.detail = append(d_.numbers, detail);
+}
+
+void NodeBuilder::finishEntry(NodeId id, const PendingNode& pending) {
+    EntryDetail& detail = draft_.entry;
+    detail.enumeration = pending.enumeration;
+    if (!draft_.hasEntryValue) {
+        setBroken("it has no Value");
+    }
+    if (!draft_.hasNumeric) {
+        detail.numeric = static_cast<double>(detail.value);
+    }
+    if (detail.symbolic.count == 0) {
+        detail.symbolic = context_.store(pending.element.attribute("Name").value());
+    }
+    // What may be chosen is part of the enumeration's state.
+    context_.reads.push_back({id, pending.enumeration});
+    node_.detail = append(d_.entries, detail);
+}
+
+void NodeBuilder::finishRegister(NodeId id) {
+    RegisterDetail& detail = draft_.reg;
+    const Kind kind = node_.kind;
+    if (detail.port == noNode) {
+        setBroken("it has no pPort");
+    }
+    if (!detail.length.given) {
+        setBroken("it has neither Length nor pLength");
+    }
+    if (detail.length.given && detail.length.link == noNode) {
+        const std::int64_t length = detail.length.integer;
+        const bool isFloat = kind == Kind::floatReg;
+        const bool isNumber = isFloat || kind == Kind::intReg || kind == Kind::maskedIntReg;
+        if (length < 1 || length > (isNumber ? 8 : maximumRegisterLength) ||
+            (isFloat && length != 4 && length != 8)) {
+            setBroken("its length of " + std::to_string(length) + " bytes is not possible");
+        }
+    }
+    if (kind == Kind::floatReg && !node_.ownCaching) {
+        detail.caching = WriteAround;
+    }
+    if (kind == Kind::maskedIntReg) {
+        detail.hasBits = draft_.hasBitFirst || draft_.hasBitLast;
+        if (!detail.hasBits) {
+            setBroken("it has neither Bit nor LSB and MSB");
+        }
+        // One end alone is a field of one bit.
+        detail.lsb = draft_.hasBitFirst ? detail.lsb : detail.msb;
+        detail.msb = draft_.hasBitLast ? detail.msb : detail.lsb;
+    }
+    detail.terms = {static_cast<std::uint32_t>(d_.terms.size()),
+                    static_cast<std::uint32_t>(draft_.terms.size())};
+    d_.terms.insert(d_.terms.end(), draft_.terms.begin(), draft_.terms.end());
+    node_.detail = append(d_.registers, detail);
+    d_.registerNodes.push_back(id);
+}
+
+}  // namespace GenApi::Detail
