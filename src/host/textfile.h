@@ -1,0 +1,30 @@
+// Whole text files. Failures are RuntimeException that names the file and the system's reason.
+#pragma once
+
+#include <string>
+
+namespace Orlix::Host {
+
+[[nodiscard]] std::string readTextFile(const std::string& path);
+
+// After a power cut or a full disk the file holds either the old or the new text. Permissions of a
+// file that is there stay; a symbolic link stays and its target is replaced.
+void replaceTextFile(const std::string& path, const std::string& text);
+
+// A file that grows line by line; each line is with the system when append returns. For one thread.
+class AppendFile {
+public:
+    // Empties a file that is there.
+    explicit AppendFile(std::string path);
+    ~AppendFile();
+    AppendFile(const AppendFile&) = delete;
+    AppendFile& operator=(const AppendFile&) = delete;
+
+    void append(const std::string& text);
+
+private:
+    std::string path_;
+    int file_;
+};
+
+}  // namespace Orlix::Host
