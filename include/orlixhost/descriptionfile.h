@@ -1,0 +1,38 @@
+// A GenICam description file as a live node map, on a port that is plain memory: to look at what a
+// camera offers without the camera.
+#pragma once
+
+#include <iosfwd>
+#include <memory>
+#include <string>
+
+#include "orlixhost/api.h"
+
+namespace GenApi {
+class INodeMap;
+}
+
+namespace Orlix::Host {
+
+// Owns the map and its port.
+class ORLIXHOST_API DescriptionFile {
+public:
+    // XML, or a ZIP archive with it. Throws RuntimeException that names the file and, for a
+    // description that is broken, line and column.
+    explicit DescriptionFile(const std::string& file);
+    ~DescriptionFile();
+    DescriptionFile(const DescriptionFile&) = delete;
+    DescriptionFile& operator=(const DescriptionFile&) = delete;
+
+    [[nodiscard]] GenApi::INodeMap& nodeMap() noexcept;
+
+    // The feature tree, and behind it what the loader dropped.
+    void print(std::ostream& out);
+    void printAsJson(std::ostream& out);
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace Orlix::Host

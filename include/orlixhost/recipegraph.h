@@ -1,0 +1,66 @@
+// A recipe with life in it: its nodes, made by packages and loaded with their settings, and the
+// graph that connects them.
+//
+// One thread builds and drives it. Nodes are loaded one after another, since a load changes the
+// process's current directory; it is put back after each. All failures are RuntimeException with
+// one line that begins with the recipe's name.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "orlixhost/api.h"
+#include "orlixhost/package.h"
+#include "orlixhost/recipe.h"
+
+namespace Orlix::DataProcessing::Core {
+class Graph;
+}
+
+namespace Orlix::Host {
+
+// A pin that no connection takes.
+struct OpenOutput {
+    std::string node;
+    std::string pin;
+    bool isImage = false;
+};
+
+class ORLIXHOST_API RecipeGraph {
+public:
+    // Creates the nodes and loads their settings. A key of the settings that its node neither reads
+    // nor writes is an error.
+    RecipeGraph(Recipe recipe, const PackageList& packages, const Package::PoolPointer& pool);
+    // Stops the graph and frees what is still allocated.
+    ~RecipeGraph();
+    RecipeGraph(const RecipeGraph&) = delete;
+    RecipeGraph& operator=(const RecipeGraph&) = delete;
+
+    // "Node.Parameter=Value"
+    void set(const std::string& assignment);
+    // Makes the connections and checks the whole. Once, after the last change of the parameters,
+    // since these decide which pins there are.
+    void connect();
+
+    [[nodiscard]] const Recipe& recipe() const noexcept { return recipe_; }
+    // In the recipe's order of nodes and the nodes' order of pins.
+    [[nodiscard]] std::vector<OpenOutput> openOutputs() const;
+    [[nodiscard]] DataProcessing::Core::Graph& graph() noexcept { return *graph_; }
+
+    // The recipe with the settings that the nodes have now, for a file in that folder.
+    [[nodiscard]] Recipe saved(const std::string& basePath) const;
+
+private:
+    void createNodes(const PackageList& packages, const Package::PoolPointer& pool);
+    void loadSettings(std::size_t index);
+    [[nodiscard]] std::size_t indexOf(const std::string& name) const;
+
+    Recipe recipe_;
+    std::vector<Package::NodePointer> nodes_;
+    std::vector<std::string> uuids_;
+    // Behind the nodes, so that it is destroyed first.
+    std::unique_ptr<DataProcessing::Core::Graph> graph_;
+};
+
+}  // namespace Orlix::Host

@@ -1,0 +1,47 @@
+// The host's end of an open output: counts its values and hands them to the writer.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+#include "host/outputwriter.h"
+#include "host/runstate.h"
+#include "orlixdataprocessingcore/core/outputsink.h"
+#include "orlixhost/runner.h"
+
+namespace Orlix::Host {
+
+// Called on the graph's threads; never blocks. Lives as long as the graph or the run needs it.
+class OutputTap final : public DataProcessing::Core::IOutputSink {
+public:
+    // The writer may be null. A limit of 0 is none; at the limit the run is asked to end.
+    OutputTap(std::size_t index, const OpenOutput& output, std::uint64_t limit,
+              std::shared_ptr<RunState> state, std::shared_ptr<OutputWriter> writer);
+
+    void put(const std::shared_ptr<DataProcessing::Core::IGraphUpdate>& update,
+             const DataProcessing::Utils::Variant& value) override;
+    void skip(const std::shared_ptr<DataProcessing::Core::IGraphUpdate>& update) override;
+    bool hasSpace() const override;
+    void setSpaceListener(
+        const std::weak_ptr<DataProcessing::Core::ISpaceListener>& listener) override;
+
+    void notifySpace();
+    [[nodiscard]] OutputReport report() const;
+
+private:
+    // The number of the value, 0 if it belongs no longer to the run.
+    std::uint64_t count(std::uint64_t update, bool hasError);
+
+    const std::size_t index_;
+    const std::uint64_t limit_;
+    const std::shared_ptr<RunState> state_;
+    const std::shared_ptr<OutputWriter> writer_;
+    mutable std::mutex mutex_;
+    OutputReport report_;
+    RunClock::time_point first_;
+    RunClock::time_point last_;
+    std::weak_ptr<DataProcessing::Core::ISpaceListener> listener_;
+};
+
+}  // namespace Orlix::Host

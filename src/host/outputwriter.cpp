@@ -1,0 +1,131 @@
+#include "host/outputwriter.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <thread>
+
+#include "host/jsontext.h"
+#include "host/message.h"
+#include "host/valuereader.h"
+#include "orlixcamera/imagefile.h"
+#include "orlixcamera/orliximage.h"
+#include "orlixdataprocessingcore/core/error.h"
+#include "orlixdataprocessingcore/core/image.h"
+
+namespace Orlix::Host {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Images are large: only as many as keep the threads busy.
+constexpr std::size_t imageCapacity = 16;
+constexpr std::size_t lineCapacity = 4096;
+
+std::string makeFolder(const std::string& folder) {
+    std::error_code failure;
+    fs::create_directories(folder, failure);
+    if (failure) {
+        fail(folder + ": can not make the folder: " + failure.message());
+    }
+    return folder;
+}
+
+// Encoding is the work here; half of the processors are left to the graph.
+std::size_t imageThreads() {
+    return std::clamp<std::size_t>(std::thread::hardware_concurrency() / 2, 1, 8);
+}
+
+bool hasPixels(const DataProcessing::Utils::Variant& value) {
+    const auto* image = imageOf(value);
+    return image != nullptr && !image->hasError(true) && image->isValid();
+}
+
+std::string fileNameOf(const OpenOutput& output) {
+    std::string name = output.node + "." + output.pin;
+    std::replace_if(
+        name.begin(), name.end(),
+        [](unsigned char character) { return character == '/' || character < 0x20; }, '_');
+    return name;
+}
+
+}  // namespace
+
+OutputWriter::OutputWriter(std::string folder, std::vector<OpenOutput> outputs,
+                           std::shared_ptr<RunState> state, std::function<void()> onSpace)
+    : folder_(makeFolder(folder)),
+      outputs_(std::move(outputs)),
+      state_(std::move(state)),
+      lines_((fs::path(folder_) / "values.jsonl").string()),
+      lineQueue_(
+          lineCapacity, 1, [this](const OutputValue& value) { writeLine(value); }, onSpace),
+      imageQueue_(
+          imageCapacity, imageThreads(), [this](const OutputValue& value) { writeImage(value); },
+          onSpace) {}
+
+OutputWriter::~OutputWriter() = default;
+
+void OutputWriter::add(OutputValue value) {
+    WriteQueue& queue = hasPixels(value.value) ? imageQueue_ : lineQueue_;
+    queue.add(std::move(value));
+}
+
+bool OutputWriter::hasSpace() const {
+    return lineQueue_.hasSpace() && imageQueue_.hasSpace();
+}
+
+std::size_t OutputWriter::waiting() const {
+    return lineQueue_.size() + imageQueue_.size();
+}
+
+std::size_t OutputWriter::capacity() const {
+    return lineCapacity + imageCapacity;
+}
+
+void OutputWriter::finish() {
+    lineQueue_.finish();
+    imageQueue_.finish();
+}
+
+std::string OutputWriter::imagePath(const OutputValue& value) const {
+    const EPixelType type = imageOf(value.value)->getPixelType();
+    const bool isPng = CImagePersistence::CanSave(ImageFileFormat_Png, type);
+    std::array<char, 32> number{};
+    std::snprintf(number.data(), number.size(), ".%06llu",
+                  static_cast<unsigned long long>(value.number));
+    const std::string name =
+        fileNameOf(outputs_[value.output]) + number.data() + (isPng ? ".png" : ".tif");
+    return (fs::path(folder_) / name).string();
+}
+
+void OutputWriter::writeImage(const OutputValue& value) {
+    if (!state_->failure().empty()) {
+        return;
+    }
+    try {
+        saveImage(GenICam::gcstring(imagePath(value)), imageOf(value.value)->getOrlixImage());
+    } catch (...) {
+        state_->fail(currentMessage());
+    }
+}
+
+void OutputWriter::writeLine(const OutputValue& value) {
+    if (!state_->failure().empty()) {
+        return;
+    }
+    const OpenOutput& output = outputs_[value.output];
+    try {
+        Json line = {{"node", output.node}, {"pin", output.pin}, {"update", value.update}};
+        if (const auto error = errorOf(value.value)) {
+            line["error"] = error->getDescription().str();
+        } else {
+            line["value"] = valueAsJson(value.value);
+        }
+        lines_.append(printJsonLine(line) + "\n");
+    } catch (...) {
+        state_->fail(currentMessage());
+    }
+}
+
+}  // namespace Orlix::Host

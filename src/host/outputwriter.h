@@ -1,0 +1,49 @@
+// Writes the values of a run's open outputs to a folder: images as one file each, everything else
+// and all errors as lines of values.jsonl. See docs/recipe-format.md for the names.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/runstate.h"
+#include "host/textfile.h"
+#include "host/writequeue.h"
+#include "orlixhost/recipegraph.h"
+
+namespace Orlix::Host {
+
+// Any thread may add values, and none of them waits for the disk. The first failure ends the run
+// through its state; what comes later is thrown away.
+class OutputWriter {
+public:
+    // Makes the folder if need be and empties values.jsonl. Throws RuntimeException that names what
+    // can not be made.
+    OutputWriter(std::string folder, std::vector<OpenOutput> outputs,
+                 std::shared_ptr<RunState> state, std::function<void()> onSpace);
+    ~OutputWriter();
+    OutputWriter(const OutputWriter&) = delete;
+    OutputWriter& operator=(const OutputWriter&) = delete;
+
+    void add(OutputValue value);
+    [[nodiscard]] bool hasSpace() const;
+    [[nodiscard]] std::size_t waiting() const;
+    [[nodiscard]] std::size_t capacity() const;
+    // Writes what waits; a failure is in the state.
+    void finish();
+
+private:
+    void writeImage(const OutputValue& value);
+    void writeLine(const OutputValue& value);
+    [[nodiscard]] std::string imagePath(const OutputValue& value) const;
+
+    std::string folder_;
+    std::vector<OpenOutput> outputs_;
+    std::shared_ptr<RunState> state_;
+    AppendFile lines_;
+    WriteQueue lineQueue_;
+    WriteQueue imageQueue_;
+};
+
+}  // namespace Orlix::Host

@@ -1,0 +1,183 @@
+#include "orlixhost/recipegraph.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "host/message.h"
+#include "host/settingsdocument.h"
+#include "orlixdataprocessingcore/core/image.h"
+#include "orlixdataprocessingcore/core/inode.h"
+#include "orlixdataprocessingcore/graph/graph.h"
+#include "orlixdataprocessingcore/utils/serializable.h"
+#include "orlixhost/jsonsettings.h"
+#include "orlixhost/nodeparameters.h"
+#include "orlixhost/parametertree.h"
+
+namespace Orlix::Host {
+namespace {
+
+namespace fs = std::filesystem;
+using DataProcessing::Core::INode;
+
+// Puts the current directory back, which a node's load may change for the whole process. Relative
+// paths of the command line keep their meaning.
+class CurrentDirectoryKeeper {
+public:
+    CurrentDirectoryKeeper() : path_(fs::current_path(failure_)) {}
+    ~CurrentDirectoryKeeper() {
+        std::error_code ignored;
+        fs::current_path(path_, ignored);
+    }
+    CurrentDirectoryKeeper(const CurrentDirectoryKeeper&) = delete;
+    CurrentDirectoryKeeper& operator=(const CurrentDirectoryKeeper&) = delete;
+
+private:
+    std::error_code failure_;
+    fs::path path_;
+};
+
+DataProcessing::Utils::ISerializable& serializableOf(INode& node) {
+    auto* serializable = dynamic_cast<DataProcessing::Utils::ISerializable*>(&node);
+    if (serializable == nullptr) {
+        fail("the node has no settings to load or save");
+    }
+    return *serializable;
+}
+
+// The store's own messages name the setting; those of the node mostly don't.
+std::string withSetting(const std::string& message, const JsonSettings& settings) {
+    const bool named = message.rfind("setting \"", 0) == 0 || settings.lastRead().empty();
+    return named ? message : "setting " + inQuotes(settings.lastRead()) + ": " + message;
+}
+
+std::string joinQuoted(const std::vector<std::string>& texts) {
+    std::string result;
+    for (const std::string& text : texts) {
+        result += (result.empty() ? "" : ", ") + inQuotes(text);
+    }
+    return result;
+}
+
+// What the node would have taken, for somebody who has mistyped a key.
+std::string knownSettings(const JsonSettings& loaded) {
+    std::vector<std::string> names;
+    for (const SettingsElements& path : loaded.document().read) {
+        if (path.size() == 1) {
+            names.push_back(pathText(path));
+        }
+    }
+    return names.empty() ? "; the node has no settings" : "; it has " + joinQuoted(names);
+}
+
+}  // namespace
+
+RecipeGraph::RecipeGraph(Recipe recipe, const PackageList& packages,
+                         const Package::PoolPointer& pool)
+    : recipe_(std::move(recipe)), graph_(std::make_unique<DataProcessing::Core::Graph>()) {
+    createNodes(packages, pool);
+    for (std::size_t i = 0; i < nodes_.size(); ++i) {
+        loadSettings(i);
+    }
+}
+
+RecipeGraph::~RecipeGraph() = default;
+
+void RecipeGraph::createNodes(const PackageList& packages, const Package::PoolPointer& pool) {
+    for (std::size_t i = 0; i < recipe_.nodes().size(); ++i) {
+        const RecipeNode& node = recipe_.nodes()[i];
+        withPlace(recipe_.placeOf(i), [&] {
+            const PackageList::Entry entry = packages.find(node.type, node.uuid);
+            nodes_.push_back(entry.package->createNode(*entry.module, pool));
+            uuids_.push_back(entry.module->uuid);
+            graph_->addNode(GenICam::gcstring(node.name), nodes_.back());
+        });
+    }
+}
+
+void RecipeGraph::loadSettings(std::size_t index) {
+    const std::string place = recipe_.placeOf(index);
+    const std::shared_ptr<JsonSettings> settings = recipe_.settings(index);
+    auto& serializable = withPlace(
+        place, [&]() -> auto& { return serializableOf(*nodes_[index]); });
+    try {
+        const CurrentDirectoryKeeper keeper;
+        serializable.loadSettings(settings);
+    } catch (...) {
+        fail(place + ": " + withSetting(currentMessage(), *settings));
+    }
+    const auto written = std::make_shared<JsonSettings>(recipe_.basePath());
+    withPlace(place, [&] { serializable.saveSettings(written); });
+    const std::vector<std::string> unknown = settings->unknownKeys(*written);
+    if (!unknown.empty()) {
+        fail(place + ": unknown setting " + joinQuoted(unknown) + knownSettings(*settings));
+    }
+}
+
+std::size_t RecipeGraph::indexOf(const std::string& name) const {
+    const auto& nodes = recipe_.nodes();
+    const auto found = std::find_if(nodes.begin(), nodes.end(),
+                                    [&](const RecipeNode& node) { return node.name == name; });
+    if (found == nodes.end()) {
+        fail(recipe_.source() + ": there is no node " + inQuotes(name));
+    }
+    return static_cast<std::size_t>(found - nodes.begin());
+}
+
+void RecipeGraph::set(const std::string& assignment) {
+    const std::size_t equals = assignment.find('=');
+    const std::size_t dot = assignment.find('.');
+    if (equals == std::string::npos || dot >= equals || dot == 0 || dot + 1 == equals) {
+        fail("--set " + assignment + ": expected NODE.PARAM=VALUE");
+    }
+    const std::size_t index = indexOf(assignment.substr(0, dot));
+    withPlace(recipe_.placeOf(index), [&] {
+        setParameter(vcellMapOf(*nodes_[index]), assignment.substr(dot + 1, equals - dot - 1),
+                     assignment.substr(equals + 1));
+    });
+}
+
+void RecipeGraph::connect() {
+    for (std::size_t i = 0; i < recipe_.connections().size(); ++i) {
+        const RecipeConnection& connection = recipe_.connections()[i];
+        withPlace(recipe_.source() + ": connections[" + std::to_string(i) + "]", [&] {
+            using GenICam::gcstring;
+            graph_->connect(gcstring(connection.fromNode), gcstring(connection.fromPin),
+                            gcstring(connection.toNode), gcstring(connection.toPin));
+        });
+    }
+    withPlace(recipe_.source(), [&] { graph_->validate(); });
+}
+
+std::vector<OpenOutput> RecipeGraph::openOutputs() const {
+    using DataProcessing::Core::Image;
+    using DataProcessing::Utils::TypeInfo;
+    const auto imageType = TypeInfo::getTypeInfo<Image>(true);
+    const auto& connections = recipe_.connections();
+    std::vector<OpenOutput> outputs;
+    for (std::size_t i = 0; i < nodes_.size(); ++i) {
+        const std::string& node = recipe_.nodes()[i].name;
+        for (const auto& descriptor : nodes_[i]->getOutputDescriptors()) {
+            const std::string pin = descriptor.name.str();
+            const bool isTaken =
+                std::any_of(connections.begin(), connections.end(), [&](const auto& connection) {
+                    return connection.fromNode == node && connection.fromPin == pin;
+                });
+            if (!isTaken) {
+                outputs.push_back({node, pin, descriptor.type == imageType});
+            }
+        }
+    }
+    return outputs;
+}
+
+Recipe RecipeGraph::saved(const std::string& basePath) const {
+    Recipe result = recipe_;
+    for (std::size_t i = 0; i < nodes_.size(); ++i) {
+        const auto settings = std::make_shared<JsonSettings>(basePath);
+        withPlace(recipe_.placeOf(i), [&] { serializableOf(*nodes_[i]).saveSettings(settings); });
+        result.setSettings(i, *settings, uuids_[i]);
+    }
+    return result;
+}
+
+}  // namespace Orlix::Host

@@ -1,0 +1,229 @@
+#include "orlixhost/runner.h"
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+
+#include "host/jsontext.h"
+#include "host/message.h"
+#include "host/outputtap.h"
+#include "host/outputwriter.h"
+#include "host/runstate.h"
+#include "orlixdataprocessingcore/core/error.h"
+#include "orlixdataprocessingcore/core/nodearguments.h"
+#include "orlixdataprocessingcore/core/string.h"
+#include "orlixdataprocessingcore/graph/graph.h"
+#include "orlixhost/recipegraph.h"
+
+namespace Orlix::Host {
+namespace {
+
+using DataProcessing::Core::Graph;
+using DataProcessing::Core::StopMode;
+using Seconds = std::chrono::duration<double>;
+
+constexpr std::chrono::milliseconds progressPeriod{200};
+// A deadline that no run reaches; far from the end of the clock's range.
+constexpr std::chrono::hours forever{24 * 365};
+
+RunClock::time_point after(RunClock::time_point start, const std::optional<double>& seconds) {
+    const Seconds bounded(std::min(seconds.value_or(1e9), Seconds(forever).count()));
+    return start + std::chrono::duration_cast<RunClock::duration>(bounded);
+}
+
+DataProcessing::Core::NodeArgumentCollection startArguments(const RunOptions& options) {
+    DataProcessing::Core::NodeArgumentCollection arguments;
+    for (const auto& [name, value] : options.arguments) {
+        const DataProcessing::Core::String text{GenICam::gcstring(value)};
+        arguments.setArgument(GenICam::gcstring(name), DataProcessing::Utils::Variant(text));
+    }
+    return arguments;
+}
+
+// The pin that counts: the first image, or else the first of all.
+std::size_t countedOutput(const std::vector<OpenOutput>& outputs) {
+    const auto image = std::find_if(outputs.begin(), outputs.end(),
+                                    [](const OpenOutput& output) { return output.isImage; });
+    return image == outputs.end() ? 0 : static_cast<std::size_t>(image - outputs.begin());
+}
+
+}  // namespace
+
+class Runner::Impl {
+public:
+    Impl(RecipeGraph& graph, RunOptions options)
+        : recipe_(graph),
+          options_(std::move(options)),
+          outputs_(graph.openOutputs()),
+          counted_(countedOutput(outputs_)) {
+        if (options_.frames && (outputs_.empty() || !outputs_[counted_].isImage)) {
+            fail(graph.recipe().source() + ": there is no open image output that --frames counts");
+        }
+        if (!options_.outFolder.empty()) {
+            makeWriter();
+        }
+        attachTaps();
+    }
+
+    void requestStop() { state_->requestStop(); }
+
+    RunReport run(const RunObserver& observer) {
+        RunReport report;
+        allocate();
+        if (!state_->isEnding()) {
+            report.seconds = runStarted(observer);
+        }
+        if (writer_ != nullptr) {
+            writer_->finish();
+        }
+        graph().freeResources();
+        const std::string failure = state_->failure();
+        if (!failure.empty()) {
+            fail(failure);
+        }
+        for (const auto& tap : *taps_) {
+            report.outputs.push_back(tap->report());
+        }
+        report.dropped = graph().statistics().droppedJobs;
+        return report;
+    }
+
+private:
+    using Taps = std::vector<std::shared_ptr<OutputTap>>;
+
+    Graph& graph() { return recipe_.graph(); }
+
+    void makeWriter() {
+        // The graph may hold a tap, and with it the writer, longer than this object lives.
+        const auto onSpace = [weakTaps = std::weak_ptr<Taps>(taps_)] {
+            const auto taps = weakTaps.lock();
+            for (std::size_t i = 0; taps != nullptr && i < taps->size(); ++i) {
+                (*taps)[i]->notifySpace();
+            }
+        };
+        // Absolute, since a node may change the current directory.
+        const std::string folder = std::filesystem::absolute(options_.outFolder).string();
+        writer_ = std::make_shared<OutputWriter>(folder, outputs_, state_, onSpace);
+    }
+
+    void attachTaps() {
+        for (std::size_t i = 0; i < outputs_.size(); ++i) {
+            const std::uint64_t limit = i == counted_ ? options_.frames.value_or(0) : 0;
+            taps_->push_back(std::make_shared<OutputTap>(i, outputs_[i], limit, state_, writer_));
+            graph().attachSink(GenICam::gcstring(outputs_[i].node),
+                               GenICam::gcstring(outputs_[i].pin), taps_->back());
+        }
+    }
+
+    void allocate() {
+        const auto errors = graph().allocateResources();
+        std::string texts;
+        for (const auto& error : errors) {
+            texts += (texts.empty() ? "" : "; ") + error->getDescription().str();
+        }
+        if (!errors.empty()) {
+            fail(recipe_.recipe().source() + ": can not allocate: " + texts);
+        }
+    }
+
+    double runStarted(const RunObserver& observer) {
+        try {
+            graph().start(startArguments(options_));
+        } catch (...) {
+            const std::string message = currentMessage();
+            graph().freeResources();
+            fail(recipe_.recipe().source() + ": can not start: " + message);
+        }
+        start_ = RunClock::now();
+        if (observer.onStarted) {
+            observer.onStarted();
+        }
+        watch(observer.onProgress);
+        const Seconds seconds = RunClock::now() - start_;
+        graph().stop(state_->failure().empty() ? StopMode::Drain : StopMode::Drop);
+        return seconds.count();
+    }
+
+    void watch(const std::function<void(const RunProgress&)>& onProgress) {
+        const auto end = after(start_, options_.seconds);
+        for (;;) {
+            auto deadline = std::min(end, idleDeadline());
+            if (onProgress) {
+                deadline = std::min(deadline, RunClock::now() + progressPeriod);
+            }
+            if (state_->waitUntil(deadline)) {
+                return;
+            }
+            const auto now = RunClock::now();
+            if (now >= end || now >= idleDeadline()) {
+                return;
+            }
+            if (onProgress) {
+                onProgress(progress());
+            }
+        }
+    }
+
+    // A writer that is at work holds the sources back: the run is not idle then.
+    [[nodiscard]] RunClock::time_point idleDeadline() const {
+        const bool isWriting = writer_ != nullptr && writer_->waiting() > 0;
+        const auto last = isWriting ? RunClock::now() : std::max(start_, state_->lastValue());
+        return after(last, options_.idle);
+    }
+
+    RunProgress progress() {
+        RunProgress progress;
+        progress.seconds = Seconds(RunClock::now() - start_).count();
+        for (std::size_t i = 0; i < taps_->size(); ++i) {
+            const OutputReport report = (*taps_)[i]->report();
+            progress.errors += report.errors;
+            if (i == counted_) {
+                progress.frames = report.frames;
+                progress.rate = report.rate;
+            }
+        }
+        for (const auto& connection : graph().statistics().connections) {
+            progress.queued += connection.queued;
+            progress.capacity += connection.capacity;
+        }
+        if (writer_ != nullptr) {
+            progress.queued += writer_->waiting();
+            progress.capacity += writer_->capacity();
+        }
+        return progress;
+    }
+
+    RecipeGraph& recipe_;
+    const RunOptions options_;
+    const std::vector<OpenOutput> outputs_;
+    const std::size_t counted_;
+    const std::shared_ptr<RunState> state_ = std::make_shared<RunState>();
+    std::shared_ptr<OutputWriter> writer_;
+    const std::shared_ptr<Taps> taps_ = std::make_shared<Taps>();
+    RunClock::time_point start_;
+};
+
+Runner::Runner(RecipeGraph& graph, RunOptions options)
+    : impl_(std::make_unique<Impl>(graph, std::move(options))) {}
+
+Runner::~Runner() = default;
+
+void Runner::requestStop() {
+    impl_->requestStop();
+}
+
+RunReport Runner::run(const RunObserver& observer) {
+    return impl_->run(observer);
+}
+
+std::string reportAsJson(const RunReport& report) {
+    Json outputs = Json::object();
+    for (const OutputReport& output : report.outputs) {
+        outputs[output.node + "." + output.pin] = {
+            {"frames", output.frames}, {"errors", output.errors}, {"rate", output.rate}};
+    }
+    return printJsonLine(
+        {{"outputs", outputs}, {"seconds", report.seconds}, {"dropped", report.dropped}});
+}
+
+}  // namespace Orlix::Host

@@ -1,0 +1,47 @@
+// What the threads of a run tell each other: that it shall end, why, and when the last value came.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <limits>
+#include <mutex>
+#include <string>
+
+namespace Orlix::Host {
+
+using RunClock = std::chrono::steady_clock;
+
+// All functions are safe from any thread.
+class RunState {
+public:
+    void requestStop() { end({}); }
+    // Ends the run with an error; the first one counts.
+    void fail(const std::string& message) { end(message); }
+    // True if the run shall end, false at the deadline.
+    [[nodiscard]] bool waitUntil(RunClock::time_point deadline);
+    [[nodiscard]] bool isEnding() const;
+    [[nodiscard]] std::string failure() const;
+
+    void noteValue() noexcept { lastValue_ = RunClock::now().time_since_epoch().count(); }
+    [[nodiscard]] RunClock::time_point lastValue() const noexcept {
+        return RunClock::time_point(RunClock::duration(lastValue_.load()));
+    }
+
+    // Updates behind this one belong no longer to the run.
+    void setLastUpdate(std::uint64_t number) noexcept { lastUpdate_ = number; }
+    [[nodiscard]] bool takes(std::uint64_t update) const noexcept { return update <= lastUpdate_; }
+
+private:
+    void end(const std::string& failure);
+
+    mutable std::mutex mutex_;
+    std::condition_variable changed_;
+    bool ending_ = false;
+    std::string failure_;
+    std::atomic<RunClock::rep> lastValue_{0};
+    std::atomic<std::uint64_t> lastUpdate_{std::numeric_limits<std::uint64_t>::max()};
+};
+
+}  // namespace Orlix::Host

@@ -1,0 +1,58 @@
+// A bounded queue of values to be written, with the threads that write them.
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "orlixdataprocessingcore/utils/variant.h"
+
+namespace Orlix::Host {
+
+struct OutputValue {
+    std::size_t output = 0;    // index of the pin
+    std::uint64_t number = 0;  // of the value on its pin, from 1
+    std::uint64_t update = 0;
+    DataProcessing::Utils::Variant value;
+};
+
+// With one thread values are written in the order in which they came. add() never blocks: whoever
+// adds asks hasSpace() first; what is added in spite of a false is kept all the same.
+class WriteQueue {
+public:
+    using Work = std::function<void(const OutputValue&)>;
+
+    // The work must not throw. onSpace is called, with no lock held, when a full queue has room
+    // again.
+    WriteQueue(std::size_t capacity, std::size_t threads, Work work, std::function<void()> onSpace);
+    ~WriteQueue();
+    WriteQueue(const WriteQueue&) = delete;
+    WriteQueue& operator=(const WriteQueue&) = delete;
+
+    void add(OutputValue value);
+    [[nodiscard]] bool hasSpace() const;
+    // Values that wait or are being written.
+    [[nodiscard]] std::size_t size() const;
+    // Writes what waits and ends the threads.
+    void finish();
+
+private:
+    void writeValues();
+
+    const std::size_t capacity_;
+    const Work work_;
+    const std::function<void()> onSpace_;
+    mutable std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<OutputValue> waiting_;
+    std::size_t busy_ = 0;
+    bool finishing_ = false;
+    std::vector<std::thread> threads_;
+};
+
+}  // namespace Orlix::Host
