@@ -1,0 +1,46 @@
+// The commands of the program. Each throws for a failure; main prints the one message.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "orlixhost/package.h"
+#include "orlixhost/runner.h"
+
+namespace Orlix::App {
+
+class Console;
+
+enum class Format { Text, Json };
+
+struct CommonOptions {
+    // Packages in place of the one beside the program.
+    std::vector<std::string> packages;
+    bool verbose = false;
+};
+
+struct RunCommandOptions {
+    std::string recipe;
+    std::vector<std::string> sets;
+    std::vector<std::string> arguments;
+    std::int64_t emulatedCameras = 0;
+    Format format = Format::Text;
+    bool quiet = false;
+    Host::RunOptions run;
+};
+
+[[nodiscard]] Host::PackageList loadPackages(const CommonOptions& options);
+
+void showCatalog(const CommonOptions& options, Format format);
+void showParameters(const CommonOptions& options, const std::string& type, Format format);
+void showNodeMap(const std::string& file, Format format);
+void showDevices(Format format);
+void validateRecipe(const CommonOptions& options, const std::string& recipe,
+                    const std::vector<std::string>& sets);
+void saveRecipe(const CommonOptions& options, const std::string& recipe, const std::string& target,
+                const std::vector<std::string>& sets);
+void runRecipe(const CommonOptions& options, RunCommandOptions command, Console& console);
+
+}  // namespace Orlix::App

@@ -1,0 +1,41 @@
+// What the program writes to stderr: log lines of all modules and the live line of a run, without
+// one tearing the other.
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace Orlix::App {
+
+// One object for the life of the program; its functions are safe from any thread.
+//
+// Until start() the log is held back: what a command fails with is in its one message, and a log
+// line of the same failure would only repeat it. A command that succeeds shows what was held.
+class Console {
+public:
+    enum class LogMode { HoldBack, ShowAtOnce };
+
+    explicit Console(LogMode mode);
+    ~Console();
+    Console(const Console&) = delete;
+    Console& operator=(const Console&) = delete;
+
+    // Shows the lines that were held back and from now on every line as it comes.
+    void start();
+    // Replaces the live line; an empty text removes it.
+    void showLiveLine(const std::string& text);
+    [[nodiscard]] static bool isTerminal();
+    // The one message of a failed command.
+    void showError(const std::string& message);
+
+private:
+    void addLogLine(std::string line);
+
+    std::mutex mutex_;
+    LogMode mode_;
+    std::vector<std::string> held_;
+    bool hasLiveLine_ = false;
+};
+
+}  // namespace Orlix::App

@@ -1,0 +1,193 @@
+// The program orlix: reads the command line, runs one command, and turns every failure into one
+// message on stderr and exit code 1. It keeps the "C" locale, so that numbers read the same
+// everywhere.
+#include <CLI/CLI.hpp>
+#include <cmath>
+#include <functional>
+#include <iostream>
+
+#include "commands.h"
+#include "console.h"
+#include "gcbase/gcexception.h"
+#include "orlixdataprocessingcore/utils/log.h"
+
+namespace Orlix::App {
+namespace {
+
+// The command that the command line asks for, with its options.
+struct CommandLine {
+    CommonOptions common;
+    RunCommandOptions run;
+    std::string recipe;
+    std::string target;
+    std::string type;
+    std::string file;
+    std::vector<std::string> sets;
+    bool json = false;
+    std::function<void(Console&)> command;
+
+    [[nodiscard]] Format format() const { return json ? Format::Json : Format::Text; }
+};
+
+std::string positiveSeconds(const std::string& text) {
+    double value = 0;
+    const bool isNumber = CLI::detail::lexical_cast(text, value);
+    return isNumber && std::isfinite(value) && value > 0
+               ? std::string()
+               : "expected a number of seconds above 0, found \"" + text + "\"";
+}
+
+std::string positiveCount(const std::string& text) {
+    const bool isCount = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+    return isCount && text.find_first_not_of('0') != std::string::npos
+               ? std::string()
+               : "expected a whole number above 0, found \"" + text + "\"";
+}
+
+CLI::App* addCommand(CLI::App& app, CommandLine& line, const char* name, const char* description,
+                     std::function<void(Console&)> command) {
+    CLI::App* result = app.add_subcommand(name, description);
+    result
+        ->add_option("--package", line.common.packages,
+                     "Package of nodes to load in place of the one beside the program")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    result->add_flag("--verbose", line.common.verbose,
+                     "Show log lines as they come, also those for debugging");
+    result->callback([&line, command = std::move(command)] { line.command = command; });
+    return result;
+}
+
+void addSets(CLI::App* command, std::vector<std::string>& sets) {
+    command->add_option("--set", sets, "Set a parameter; may be repeated")
+        ->type_name("NODE.PARAM=VALUE")
+        ->allow_extra_args(false);
+}
+
+void addInspectCommands(CLI::App& app, CommandLine& line) {
+    auto* catalog = addCommand(app, line, "catalog", "List the nodes of the package",
+                               [&](Console&) { showCatalog(line.common, line.format()); });
+    catalog->add_flag("--json", line.json, "Print the package's own document");
+
+    auto* params = addCommand(app, line, "params", "Print the parameters of a node", [&](Console&) {
+        showParameters(line.common, line.type, line.format());
+    });
+    params->add_option("NODE", line.type, "Type of the node, as in the catalog")->required();
+    params->add_flag("--json", line.json, "Print JSON");
+
+    auto* nodemap =
+        addCommand(app, line, "nodemap", "Print the feature tree of a GenICam description",
+                   [&](Console&) { showNodeMap(line.file, line.format()); });
+    nodemap->add_option("FILE", line.file, "Description, as XML or zipped")->required();
+    nodemap->add_flag("--json", line.json, "Print JSON");
+
+    auto* devices = addCommand(app, line, "devices", "List the cameras that can be used",
+                               [&](Console&) { showDevices(line.format()); });
+    devices->add_flag("--json", line.json, "Print JSON");
+}
+
+void addRecipeCommands(CLI::App& app, CommandLine& line) {
+    auto* validate =
+        addCommand(app, line, "validate", "Check a recipe without running it",
+                   [&](Console&) { validateRecipe(line.common, line.recipe, line.sets); });
+    validate->add_option("RECIPE", line.recipe, "Recipe file")->required();
+    addSets(validate, line.sets);
+
+    auto* save =
+        addCommand(app, line, "save", "Load a recipe into its nodes and save it anew",
+                   [&](Console&) { saveRecipe(line.common, line.recipe, line.target, line.sets); });
+    save->add_option("RECIPE", line.recipe, "Recipe file")->required();
+    save->add_option("-o,--output", line.target, "File to write; it is replaced as a whole")
+        ->type_name("FILE")
+        ->required();
+    addSets(save, line.sets);
+}
+
+void addRunCommand(CLI::App& app, CommandLine& line) {
+    RunCommandOptions& options = line.run;
+    auto* run = addCommand(app, line, "run", "Run a recipe, until Ctrl-C if nothing else ends it",
+                           [&](Console& console) {
+                               options.format = line.format();
+                               runRecipe(line.common, options, console);
+                           });
+    run->add_option("RECIPE", options.recipe, "Recipe file")->required();
+    addSets(run, options.sets);
+    run->add_option("--arg", options.arguments, "Start argument; may be repeated")
+        ->type_name("NAME=VALUE")
+        ->allow_extra_args(false);
+    run->add_option("--frames", options.run.frames,
+                    "End after N values on the first open image output")
+        ->type_name("N")
+        ->check(positiveCount);
+    run->add_option("--seconds", options.run.seconds, "End after S seconds")
+        ->type_name("S")
+        ->check(positiveSeconds);
+    run->add_option("--idle", options.run.idle, "End when no value has come for S seconds")
+        ->type_name("S")
+        ->check(positiveSeconds);
+    run->add_option("--out", options.run.outFolder,
+                    "Write the values of all open outputs to a folder")
+        ->type_name("DIR");
+    run->add_option("--emulated-cameras", options.emulatedCameras,
+                    "Number of emulated cameras; this version has none")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber);
+    run->add_flag("--json", line.json, "Print the result as one JSON object, the last line");
+    run->add_flag("--quiet", options.quiet, "No live line and no summary");
+}
+
+// Standard output may be a file on a full disk.
+void flushOutput() {
+    std::cout.flush();
+    if (!std::cout || std::fflush(stdout) != 0) {
+        throw GenICam::RuntimeException("can not write to standard output", __FILE__, __LINE__);
+    }
+}
+
+int execute(const CommandLine& line) {
+    using DataProcessing::Utils::Severitiy;
+    if (line.common.verbose) {
+        DataProcessing::Utils::setLogLevel(Severitiy::Debug);
+    }
+    Console console(line.common.verbose ? Console::LogMode::ShowAtOnce
+                                        : Console::LogMode::HoldBack);
+    try {
+        line.command(console);
+        flushOutput();
+        console.start();
+        return 0;
+    } catch (const GenICam::GenericException& error) {
+        console.showError(error.GetDescription());
+    } catch (const std::exception& error) {
+        console.showError(error.what());
+    } catch (...) {
+        console.showError("an exception of an unknown class");
+    }
+    return 1;
+}
+
+int run(int argc, char** argv) {
+    CLI::App app("Runs recipes of image processing nodes", "orlix");
+    app.require_subcommand(1);
+    app.fallthrough(false);
+    CommandLine line;
+    addInspectCommands(app, line);
+    addRecipeCommands(app, line);
+    addRunCommand(app, line);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& success) {
+        return app.exit(success);
+    } catch (const CLI::ParseError& error) {
+        std::cerr << "orlix: " << error.what() << "\n";
+        return 1;
+    }
+    return execute(line);
+}
+
+}  // namespace
+}  // namespace Orlix::App
+
+int main(int argc, char** argv) {
+    return Orlix::App::run(argc, argv);
+}

@@ -1,0 +1,83 @@
+// The command run: a recipe from its start to its orderly end.
+#include <cstdio>
+#include <iostream>
+
+#include "commands.h"
+#include "console.h"
+#include "gcbase/gcexception.h"
+#include "orlixhost/recipegraph.h"
+#include "orlixhost/resourcepool.h"
+#include "signalwatch.h"
+
+namespace Orlix::App {
+namespace {
+
+[[noreturn]] void fail(const std::string& message) {
+    throw GenICam::RuntimeException(message.c_str(), __FILE__, __LINE__);
+}
+
+void addArguments(const std::vector<std::string>& texts, Host::RunOptions& options) {
+    for (const std::string& text : texts) {
+        const std::size_t equals = text.find('=');
+        if (equals == std::string::npos || equals == 0) {
+            fail("--arg " + text + ": expected NAME=VALUE");
+        }
+        options.arguments.emplace_back(text.substr(0, equals), text.substr(equals + 1));
+    }
+}
+
+std::string liveLine(const Host::RunProgress& progress) {
+    char text[160];
+    std::snprintf(
+        text, sizeof text, "%8.1f s  %llu frames  %.1f /s  %llu errors  queues %zu of %zu",
+        progress.seconds, static_cast<unsigned long long>(progress.frames), progress.rate,
+        static_cast<unsigned long long>(progress.errors), progress.queued, progress.capacity);
+    return text;
+}
+
+void printReport(const Host::RunReport& report) {
+    for (const Host::OutputReport& output : report.outputs) {
+        std::printf("%s.%s: %llu frames, %llu errors, %.2f /s\n", output.node.c_str(),
+                    output.pin.c_str(), static_cast<unsigned long long>(output.frames),
+                    static_cast<unsigned long long>(output.errors), output.rate);
+    }
+    std::printf("%.3f s, %llu dropped\n", report.seconds,
+                static_cast<unsigned long long>(report.dropped));
+}
+
+}  // namespace
+
+void runRecipe(const CommonOptions& options, RunCommandOptions command, Console& console) {
+    if (command.emulatedCameras > 0) {
+        fail("--emulated-cameras " + std::to_string(command.emulatedCameras) +
+             ": this version has no emulated cameras");
+    }
+    addArguments(command.arguments, command.run);
+    SignalWatch signals;
+    Host::RecipeGraph graph(Host::Recipe::load(command.recipe), loadPackages(options),
+                            Host::createResourcePool());
+    for (const std::string& assignment : command.sets) {
+        graph.set(assignment);
+    }
+    graph.connect();
+    Host::Runner runner(graph, command.run);
+    signals.onSignal([&runner] { runner.requestStop(); });
+
+    Host::RunObserver observer;
+    observer.onStarted = [&console] { console.start(); };
+    if (Console::isTerminal() && !command.quiet) {
+        observer.onProgress = [&console](const Host::RunProgress& progress) {
+            console.showLiveLine(liveLine(progress));
+        };
+    }
+    const Host::RunReport report = runner.run(observer);
+    signals.onSignal({});
+    console.showLiveLine({});
+    if (command.format == Format::Json) {
+        std::cout << Host::reportAsJson(report) << "\n";
+    } else if (!command.quiet) {
+        printReport(report);
+    }
+}
+
+}  // namespace Orlix::App
