@@ -9,15 +9,11 @@
 #include <cstdint>
 #include <memory>
 
-#include "orlixcamera/pixeltype.h"
+#include "orlixcamera/orliximage.h"
 #include "orlixdataprocessingcore/api.h"
 #include "orlixdataprocessingcore/core/value.h"
 #include "orlixdataprocessingcore/utils/typeinfo.h"
 #include "orlixdataprocessingcore/utils/variant.h"
-
-namespace Orlix {
-class COrlixImage;
-}
 
 namespace Orlix::DataProcessing::Core {
 
@@ -33,14 +29,14 @@ public:
     Image();
     // Shares the pixels of an image that keeps its memory alive; copies them, into a buffer of the
     // provider, if the caller only lent the memory (a user buffer) or `forceCopy` says so. The
-    // provider is kept for later copies; without one, the buffers come from the heap's pool.
+    // provider is kept for later copies; without one, buffers come from Orlix::BufferPool.
     Image(const Orlix::COrlixImage& image, const std::shared_ptr<IBufferProvider>& provider,
           bool forceCopy);
     explicit Image(const std::shared_ptr<IError>& error);
-    Image(const Image&);
-    Image(Image&&) noexcept;
-    Image& operator=(const Image&);
-    Image& operator=(Image&&) noexcept;
+    Image(const Image&) = default;
+    Image(Image&&) noexcept = default;
+    Image& operator=(const Image&) = default;
+    Image& operator=(Image&&) noexcept = default;
     ~Image() override;
 
     bool hasError(bool includeElements) const override;
@@ -48,20 +44,21 @@ public:
     void setError(const std::shared_ptr<IError>& error) override;
 
     // Whether there are pixels. Without, the type is undefined, sizes are 0, the data is null.
-    [[nodiscard]] bool isValid() const noexcept;
-    [[nodiscard]] EPixelType getPixelType() const noexcept;
-    [[nodiscard]] std::uint32_t getWidth() const noexcept;
-    [[nodiscard]] std::uint32_t getHeight() const noexcept;
+    [[nodiscard]] bool isValid() const noexcept { return image_.IsValid(); }
+    [[nodiscard]] EPixelType getPixelType() const noexcept { return image_.GetPixelType(); }
+    [[nodiscard]] std::uint32_t getWidth() const noexcept { return image_.GetWidth(); }
+    [[nodiscard]] std::uint32_t getHeight() const noexcept { return image_.GetHeight(); }
     // In bytes: all of the image, and behind the pixels of each line.
-    [[nodiscard]] std::uint64_t getImageSize() const noexcept;
-    [[nodiscard]] std::uint64_t getLinePadding() const noexcept;
-    [[nodiscard]] const void* getDataConst() const noexcept;
+    [[nodiscard]] std::uint64_t getImageSize() const noexcept { return image_.GetImageSize(); }
+    [[nodiscard]] std::uint64_t getLinePadding() const noexcept { return image_.GetPaddingX(); }
+    [[nodiscard]] const void* getDataConst() const noexcept { return image_.GetBuffer(); }
 
     // Writable pixels, private to this image from now on. Null without pixels.
     [[nodiscard]] void* getData();
 
-    // A handle that shares the pixels, for encoders and converters; only for reading.
-    [[nodiscard]] const Orlix::COrlixImage& getOrlixImage() const noexcept;
+    // The handle of the pixels, for encoders and converters; only for reading. A copy of it makes
+    // the pixels shared.
+    [[nodiscard]] const Orlix::COrlixImage& getOrlixImage() const noexcept { return image_; }
 
     // The properties "Width", "Height", "PixelType", "ImageSize" and "LinePadding", read-only.
     static void registerProperties(Utils::ITypeInfoData& data);
@@ -70,7 +67,7 @@ private:
     void copyPixels(const Orlix::COrlixImage& source);
 
     ErrorState error_;
-    std::shared_ptr<Orlix::COrlixImage> image_;
+    Orlix::COrlixImage image_;
     std::shared_ptr<IBufferProvider> provider_;
 };
 

@@ -1,0 +1,8 @@
+#include "orlixdataprocessingcore/utils/cowptr.h"
+
+namespace Orlix::DataProcessing::Utils {
+
+COWPtrBase::~COWPtrBase() = default;
+COWPtrBase::IObjectWrapper::~IObjectWrapper() = default;
+
+}  // namespace Orlix::DataProcessing::Utils

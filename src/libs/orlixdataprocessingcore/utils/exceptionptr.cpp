@@ -1,0 +1,18 @@
+#include "orlixdataprocessingcore/utils/exceptionptr.h"
+
+#include "gcbase/gcexception.h"
+
+namespace Orlix::DataProcessing::Utils {
+
+ExceptionPtr getCurrentException() noexcept {
+    return ExceptionPtr(std::current_exception());
+}
+
+void rethrowException(ExceptionPtr exception) {
+    if (exception == nullptr) {
+        throw GenICam::RuntimeException("Invalid exception pointer passed.", __FILE__, __LINE__);
+    }
+    std::rethrow_exception(exception.get());
+}
+
+}  // namespace Orlix::DataProcessing::Utils

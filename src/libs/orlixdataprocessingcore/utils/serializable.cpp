@@ -1,0 +1,7 @@
+#include "orlixdataprocessingcore/utils/serializable.h"
+
+namespace Orlix::DataProcessing::Utils {
+
+ISerializable::~ISerializable() = default;
+
+}  // namespace Orlix::DataProcessing::Utils
