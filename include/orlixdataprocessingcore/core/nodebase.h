@@ -115,6 +115,8 @@ protected:
     [[nodiscard]] Impl& impl() const noexcept { return *impl_; }
 
 private:
+    friend class NodeDriver;
+
     std::shared_ptr<Impl> impl_;
 };
 

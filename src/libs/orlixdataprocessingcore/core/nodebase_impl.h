@@ -1,0 +1,136 @@
+// The inside of every node: its pins, its state, its jobs. What a node class overrides is called
+// through the owner, always with the node's lock free.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "orlixdataprocessingcore/core/inputpins.h"
+#include "orlixdataprocessingcore/core/jobqueue.h"
+#include "orlixdataprocessingcore/core/lazysignal.h"
+#include "orlixdataprocessingcore/core/nodebase.h"
+#include "orlixdataprocessingcore/core/nodeerrors.h"
+#include "orlixdataprocessingcore/core/outputpins.h"
+#include "orlixdataprocessingcore/core/propertybindings.h"
+#include "orlixdataprocessingcore/core/spacegate.h"
+
+namespace Orlix::DataProcessing::Core {
+
+class SimpleNode;
+
+// Lives as long as its node and a little longer where a sink still holds it as its listener.
+// The node's lock is taken by start() alone, for the moment in which the state leaves Stopped.
+class NodeBase::Impl final : public ISpaceListener, public std::enable_shared_from_this<Impl> {
+public:
+    Impl(NodeBase& owner, const std::shared_ptr<IResourcePool>& pool);
+    ~Impl() override;
+
+    // Life
+    void setLock(const std::shared_ptr<Threading::IRecursiveLockable>& lock);
+    [[nodiscard]] std::vector<std::shared_ptr<IError>> allocate();
+    void free();
+    void start(const NodeArgumentCollection& arguments);
+    void stop();
+    void cleanup();
+    [[nodiscard]] NodeState state() const noexcept { return state_.load(); }
+
+    // Jobs of a driver
+    [[nodiscard]] bool canExecute() const;
+    [[nodiscard]] StartExecutionResult execute(const JobProvider& provider);
+    // A job of this update will not come: tells the sinks. Only by whoever calls execute().
+    void skip(const std::shared_ptr<IGraphUpdate>& update);
+    [[nodiscard]] JobResults runSimple(const std::shared_ptr<IGraphUpdate>& update,
+                                       PinValues&& values, SimpleNode& node);
+
+    // Jobs of a source
+    [[nodiscard]] bool waitUntilSpaceAvailable();
+    void createJob(SourceJob&& job);
+
+    void abort(const std::shared_ptr<IGraphUpdate>& update);
+    void onSpaceAvailable() override;
+
+    [[nodiscard]] bool hasSourceJobs() const { return !jobs_.isIdle(); }
+    [[nodiscard]] std::uint64_t failedJobs() const noexcept {
+        return failedJobs_.load(std::memory_order_relaxed);
+    }
+
+    InputPins inputs;
+    OutputPins outputs;
+    PropertyBindings bindings;
+    NodeErrors errors;
+    std::shared_ptr<IResourcePool> pool;
+    std::shared_ptr<Threading::IRecursiveLockable> lock;
+
+    LazySignal<void()> inputsChanged;
+    LazySignal<void()> outputsChanged;
+    LazySignal<void(const gcstring&)> autoResetChanged;
+    LazySignal<void()> stateChanged;
+    LazySignal<void()> canExecuteChanged;
+    LazySignal<void(const std::shared_ptr<IGraphUpdate>&)> executionStarted;
+    LazySignal<void(const std::shared_ptr<IGraphUpdate>&, const FinishedValues&)>
+        executionFinishing;
+    LazySignal<void(const std::shared_ptr<IGraphUpdate>&)> executionFinished;
+    LazySignal<void()> settingsChanged;
+
+private:
+    class ExecutionScope;
+    // Whether a job of a source may still leave when the node has stopped meanwhile.
+    enum class Admission { WhileRunning, Granted };
+
+    void leaveStopped();
+    void setState(NodeState state);
+    void failStart();
+    void endRun();
+    void waitForExecution();
+    void openForJobs();
+    void closeForJobs();
+
+    void afterExecution();
+
+    [[nodiscard]] const OutputRoutes& renewRoutes();
+    void runJob(const std::shared_ptr<IGraphUpdate>& update, PinValues&& values);
+    void keepSpare(JobResults&& results);
+    void runSourceJob(SourceJob&& job, Admission admission);
+    [[nodiscard]] JobResults makeResults(SourceJob& job);
+    void announce(const std::shared_ptr<IGraphUpdate>& update, PinValues& values);
+    void deliver(const OutputRoutes& routes, const std::shared_ptr<IGraphUpdate>& update,
+                 const PinValues& values);
+    [[nodiscard]] std::shared_ptr<IError> reportCurrentException();
+    [[nodiscard]] bool takeAborted(const IGraphUpdate& update);
+
+    NodeBase& owner_;
+    std::atomic<NodeState> state_{NodeState::Stopped};
+    std::atomic<bool> stopRequested_{false};  // while starting
+    bool lockIsSet_ = false;
+    std::atomic<bool> allocated_{false};
+    std::atomic<bool> allocationFailed_{false};
+
+    // One execution at a time. Whoever has set the flag owns the fields below it.
+    std::atomic<bool> executing_{false};
+    std::atomic<std::thread::id> executor_{};
+    std::atomic<bool> refused_{false};  // another thread has found the node busy
+    std::shared_ptr<const OutputRoutes> routes_;
+    std::uint64_t routesVersion_ = 0;
+    PinValues spareInputs_;  // map nodes that the next job uses again
+    JobResults::node_type spareResult_;
+
+    std::mutex executionMutex_;
+    std::condition_variable executionEnded_;
+
+    // Sources may create jobs on several threads: every output sees them in one order.
+    std::mutex deliveryMutex_;
+    bool acceptsJobs_ = false;  // under deliveryMutex_
+    SpaceGate space_;
+    JobQueue jobs_;
+
+    std::mutex abortMutex_;
+    std::vector<std::uint64_t> aborted_;  // sequence numbers
+    std::atomic<bool> anyAborted_{false};
+    std::atomic<std::uint64_t> failedJobs_{0};
+};
+
+}  // namespace Orlix::DataProcessing::Core

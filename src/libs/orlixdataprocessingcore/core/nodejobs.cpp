@@ -1,0 +1,312 @@
+// The jobs of a node: those that a driver gives it, and those that a source makes.
+#include <algorithm>
+
+#include "gcbase/gcexception.h"
+#include "orlixdataprocessingcore/core/errorvalue.h"
+#include "orlixdataprocessingcore/core/graphupdate.h"
+#include "orlixdataprocessingcore/core/nodebase_impl.h"
+#include "orlixdataprocessingcore/core/nodelog.h"
+#include "orlixdataprocessingcore/core/simplenode.h"
+#include "orlixdataprocessingcore/utils/catchladder.h"
+
+namespace Orlix::DataProcessing::Core {
+
+namespace {
+
+// Aborts that are remembered for updates that have not come yet.
+constexpr std::size_t longestAbortList = 1024;
+
+void resetAll(PinValues& values) noexcept {
+    for (auto& entry : values) {
+        entry.second.reset();
+    }
+}
+
+void fillWithError(PinValues& values, const OutputRoutes& routes,
+                   const std::shared_ptr<IError>& error) {
+    for (const OutputRoute& route : routes.routes) {
+        values.insert_or_assign(route.pin, makeErrorValue(route.type, error));
+    }
+}
+
+// Calls `handle` with the results of one job by ascending update.
+template <typename Handle>
+void forEachInOrder(JobResults& results, const Handle& handle) {
+    if (results.size() == 1) {
+        handle(results.begin()->first, results.begin()->second);
+        return;
+    }
+    std::vector<JobResults::value_type*> ordered;
+    for (auto& entry : results) {
+        ordered.push_back(&entry);
+    }
+    std::sort(ordered.begin(), ordered.end(), [](const auto* a, const auto* b) {
+        return a->first->getSequenceNumber() < b->first->getSequenceNumber();
+    });
+    for (auto* entry : ordered) {
+        handle(entry->first, entry->second);
+    }
+}
+
+}  // namespace
+
+// Makes the calling thread the one that executes, if there is none.
+class NodeBase::Impl::ExecutionScope {
+public:
+    explicit ExecutionScope(Impl& node) : node_(node), taken_(!node.executing_.exchange(true)) {
+        if (!taken_) {
+            // Either the other thread sees this and fires the signal, or it has ended by now.
+            node_.refused_ = true;
+            taken_ = !node.executing_.exchange(true);
+        }
+        if (taken_) {
+            node_.executor_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+        }
+    }
+    ~ExecutionScope() {
+        if (taken_) {
+            node_.executor_.store({}, std::memory_order_relaxed);
+            node_.executing_.store(false);
+            node_.afterExecution();
+        }
+    }
+    ExecutionScope(const ExecutionScope&) = delete;
+    ExecutionScope& operator=(const ExecutionScope&) = delete;
+
+    [[nodiscard]] bool taken() const noexcept { return taken_; }
+
+private:
+    Impl& node_;
+    bool taken_;
+};
+
+void NodeBase::Impl::afterExecution() {
+    // Either this sees that the node is being stopped, or the stop sees the flag cleared.
+    if (state_ != NodeState::Running) {
+        std::lock_guard guard(executionMutex_);
+        executionEnded_.notify_all();
+    } else if (refused_ && refused_.exchange(false)) {
+        canExecuteChanged.emit();
+    }
+}
+
+bool NodeBase::Impl::canExecute() const {
+    return state_ == NodeState::Running && !executing_ && outputs.routes()->hasSpace();
+}
+
+StartExecutionResult NodeBase::Impl::execute(const JobProvider& provider) {
+    const ExecutionScope scope(*this);
+    if (!scope.taken()) {
+        return StartExecutionResult::Busy;
+    }
+    if (state_ != NodeState::Running) {
+        return StartExecutionResult::NotRunning;
+    }
+    if (!renewRoutes().hasSpace()) {
+        return StartExecutionResult::Busy;
+    }
+    std::shared_ptr<IGraphUpdate> update;
+    PinValues values = std::move(spareInputs_);
+    if (!provider(update, values)) {
+        spareInputs_ = std::move(values);
+        return StartExecutionResult::NoJob;
+    }
+    if (!update) {
+        throw GenICam::InvalidArgumentException("The job has no update.", __FILE__, __LINE__);
+    }
+    executionStarted.emit(update);
+    runJob(update, std::move(values));
+    executionFinished.emit(update);
+    return StartExecutionResult::Executed;
+}
+
+const OutputRoutes& NodeBase::Impl::renewRoutes() {
+    const std::uint64_t version = outputs.version();
+    if (version != routesVersion_) {
+        routes_ = outputs.routes();
+        routesVersion_ = version;
+    }
+    return *routes_;
+}
+
+void NodeBase::Impl::runJob(const std::shared_ptr<IGraphUpdate>& update, PinValues&& values) {
+    if (takeAborted(*update)) {
+        routes_->skip(update);
+        return;
+    }
+    JobResults results;
+    try {
+        results = owner_.run(update, std::move(values));
+        errors.setJobError(nullptr);
+    } catch (...) {
+        fillWithError(results[update], *routes_, reportCurrentException());
+    }
+    if (owner_.isForwardingUpdates()) {
+        results.try_emplace(update);  // an update that comes in leaves again, if only with skips
+    }
+    forEachInOrder(results, [this](const auto& resultUpdate, PinValues& resultValues) {
+        announce(resultUpdate, resultValues);
+        deliver(*routes_, resultUpdate, resultValues);
+    });
+    keepSpare(std::move(results));
+}
+
+JobResults NodeBase::Impl::runSimple(const std::shared_ptr<IGraphUpdate>& update,
+                                     PinValues&& values, SimpleNode& node) {
+    // Whatever happens, the properties and the spare map hold on to no value afterwards.
+    struct Release {
+        Impl& impl;
+        PinValues& values;
+        ~Release() {
+            impl.bindings.release();
+            resetAll(values);
+            impl.spareInputs_ = std::move(values);
+        }
+    };
+    const Release release{*this, values};
+    bindings.prepare(values);
+    node.execute();
+
+    JobResults results;
+    if (spareResult_.empty()) {
+        bindings.collect(results[update]);
+    } else {
+        spareResult_.key() = update;
+        bindings.collect(spareResult_.mapped());
+        results.insert(std::move(spareResult_));
+    }
+    return results;
+}
+
+void NodeBase::Impl::keepSpare(JobResults&& results) {
+    if (results.size() == 1) {
+        spareResult_ = results.extract(results.begin());
+        spareResult_.key().reset();
+        resetAll(spareResult_.mapped());
+    }
+}
+
+void NodeBase::Impl::skip(const std::shared_ptr<IGraphUpdate>& update) {
+    outputs.routes()->skip(update);
+}
+
+void NodeBase::Impl::deliver(const OutputRoutes& routes,
+                             const std::shared_ptr<IGraphUpdate>& update, const PinValues& values) {
+    if (takeAborted(*update)) {
+        routes.skip(update);
+    } else {
+        routes.deliver(update, values);
+    }
+}
+
+// The slots may replace a value before it leaves.
+void NodeBase::Impl::announce(const std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
+    if (!executionFinishing.isUsed()) {
+        return;
+    }
+    FinishedValues finished;
+    for (auto& [pin, value] : values) {
+        finished.emplace(pin, std::make_shared<Utils::Variant>(std::move(value)));
+    }
+    executionFinishing.emit(update, finished);
+    for (auto& [pin, value] : values) {
+        value = *finished[pin];
+    }
+}
+
+std::shared_ptr<IError> NodeBase::Impl::reportCurrentException() {
+    auto error = Utils::makeErrorOfCurrentException(
+        "Unknown exception caught while executing a job.", __FILE__, __LINE__);
+    Utils::createLogEntry(Utils::Severitiy::Error, nodeLogCategory(),
+                          "Node %p: Job failed. Message: %s", static_cast<const void*>(&owner_),
+                          error->getDescription().c_str());
+    failedJobs_.fetch_add(1, std::memory_order_relaxed);
+    errors.setJobError(error);
+    return error;
+}
+
+bool NodeBase::Impl::waitUntilSpaceAvailable() {
+    return space_.wait([this] {
+        const auto routes = outputs.routes();
+        return routes->hasSpace() && jobs_.hasSpace(routes->smallestJobCount);
+    });
+}
+
+void NodeBase::Impl::createJob(SourceJob&& job) {
+    if (!job.update) {
+        throw GenICam::InvalidArgumentException("No update passed.", __FILE__, __LINE__);
+    }
+    if (!job.function && jobs_.isIdle()) {
+        runSourceJob(std::move(job), Admission::WhileRunning);
+        return;
+    }
+    std::lock_guard guard(deliveryMutex_);
+    if (acceptsJobs_) {
+        jobs_.push(std::move(job));
+    }
+}
+
+void NodeBase::Impl::runSourceJob(SourceJob&& job, Admission admission) {
+    executionStarted.emit(job.update);
+    JobResults results = makeResults(job);
+    const auto routes = outputs.routes();
+    forEachInOrder(results, [&](const auto& update, PinValues& values) {
+        announce(update, values);
+        std::lock_guard guard(deliveryMutex_);
+        if (acceptsJobs_ || admission == Admission::Granted) {
+            deliver(*routes, update, values);
+        }
+    });
+    executionFinished.emit(job.update);
+}
+
+JobResults NodeBase::Impl::makeResults(SourceJob& job) {
+    JobResults results;
+    if (!job.function) {
+        results.emplace(job.update, std::move(job.values));
+        return results;
+    }
+    try {
+        results = job.function(job.update, std::move(job.values));
+        errors.setJobError(nullptr);
+    } catch (...) {
+        fillWithError(results[job.update], *outputs.routes(), reportCurrentException());
+    }
+    results.try_emplace(job.update);
+    return results;
+}
+
+void NodeBase::Impl::abort(const std::shared_ptr<IGraphUpdate>& update) {
+    if (!update) {
+        throw GenICam::InvalidArgumentException("No update passed.", __FILE__, __LINE__);
+    }
+    std::lock_guard guard(abortMutex_);
+    if (aborted_.size() == longestAbortList) {
+        aborted_.erase(aborted_.begin());
+    }
+    aborted_.push_back(update->getSequenceNumber());
+    anyAborted_ = true;
+}
+
+bool NodeBase::Impl::takeAborted(const IGraphUpdate& update) {
+    if (!anyAborted_) {
+        return false;
+    }
+    std::lock_guard guard(abortMutex_);
+    const auto found = std::find(aborted_.begin(), aborted_.end(), update.getSequenceNumber());
+    if (found == aborted_.end()) {
+        return false;
+    }
+    aborted_.erase(found);
+    anyAborted_ = !aborted_.empty();
+    return true;
+}
+
+void NodeBase::Impl::onSpaceAvailable() {
+    space_.notify();
+    if (state_ == NodeState::Running) {
+        canExecuteChanged.emit();
+    }
+}
+
+}  // namespace Orlix::DataProcessing::Core

@@ -1,0 +1,211 @@
+#include "orlixdataprocessingcore/core/outputpins.h"
+
+#include <algorithm>
+#include <string>
+
+#include "gcbase/gcexception.h"
+#include "orlixdataprocessingcore/core/nodelog.h"
+
+namespace Orlix::DataProcessing::Core {
+
+namespace {
+
+class OutputHandle final : public IHandle {};
+
+template <typename Call>
+void callSink(const OutputRoute& route, const Call& call) {
+    for (const auto& sink : route.sinks) {
+        guarded(sink.get(), "delivering to a sink", [&] { call(*sink); });
+    }
+}
+
+std::string inQuotes(const gcstring& name) {
+    return "\"" + name.str() + "\"";
+}
+
+}  // namespace
+
+bool OutputRoutes::hasSpace() const {
+    for (const OutputRoute& route : routes) {
+        for (const auto& sink : route.sinks) {
+            if (!sink->hasSpace()) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+void OutputRoutes::deliver(const std::shared_ptr<IGraphUpdate>& update,
+                           const PinValues& values) const {
+    auto value = values.begin();
+    for (const OutputRoute& route : routes) {
+        // Both sides ascend by name, so one walk finds every pin.
+        while (value != values.end() && value->first < route.pin) {
+            ++value;
+        }
+        const bool named = value != values.end() && value->first == route.pin;
+        if (named && value->second.isValid()) {
+            callSink(route, [&](IOutputSink& sink) { sink.put(update, value->second); });
+        } else {
+            callSink(route, [&](IOutputSink& sink) { sink.skip(update); });
+        }
+    }
+}
+
+void OutputRoutes::skip(const std::shared_ptr<IGraphUpdate>& update) const {
+    for (const OutputRoute& route : routes) {
+        callSink(route, [&](IOutputSink& sink) { sink.skip(update); });
+    }
+}
+
+OutputPins::OutputPins() : routes_(std::make_shared<OutputRoutes>()) {}
+
+void OutputPins::add(const OutputDescriptor& descriptor) {
+    std::lock_guard guard(mutex_);
+    const auto same = [&](const Pin& pin) { return pin.descriptor.name == descriptor.name; };
+    if (descriptor.name.empty() || std::any_of(pins_.begin(), pins_.end(), same)) {
+        throw GenICam::InvalidArgumentException(
+            ("Output " + inQuotes(descriptor.name) + " can't be made: the name is taken or empty.")
+                .c_str(),
+            __FILE__, __LINE__);
+    }
+    pins_.push_back(Pin{descriptor, {}});
+    rebuildRoutes();
+}
+
+void OutputPins::remove(const gcstring& name) {
+    std::vector<Attachment> detached;
+    {
+        std::lock_guard guard(mutex_);
+        const auto pin = find(name);
+        detached = std::move(pin->attachments);
+        pins_.erase(pin);
+        rebuildRoutes();
+    }
+    for (const Attachment& attachment : detached) {
+        attachment.sink->setSpaceListener({});
+    }
+}
+
+std::vector<OutputDescriptor> OutputPins::descriptors() const {
+    std::lock_guard guard(mutex_);
+    std::vector<OutputDescriptor> result;
+    result.reserve(pins_.size());
+    for (const Pin& pin : pins_) {
+        result.push_back(pin.descriptor);
+    }
+    return result;
+}
+
+std::shared_ptr<IHandle> OutputPins::attach(const gcstring& name,
+                                            const std::shared_ptr<IOutputSink>& sink,
+                                            const std::weak_ptr<ISpaceListener>& listener) {
+    if (!sink) {
+        throw GenICam::InvalidArgumentException(
+            ("No sink passed for output " + inQuotes(name) + ".").c_str(), __FILE__, __LINE__);
+    }
+    {
+        std::lock_guard guard(mutex_);
+        static_cast<void>(find(name));
+    }
+    // Before the first value, since a sink may be full at once. Sinks are called with no lock held.
+    sink->setSpaceListener(listener);
+    std::lock_guard guard(mutex_);
+    auto handle = std::make_shared<OutputHandle>();
+    find(name)->attachments.push_back({handle, sink});
+    rebuildRoutes();
+    return handle;
+}
+
+void OutputPins::detach(const std::shared_ptr<IHandle>& handle) {
+    std::shared_ptr<IOutputSink> sink;
+    {
+        std::lock_guard guard(mutex_);
+        for (Pin& pin : pins_) {
+            const auto found =
+                std::find_if(pin.attachments.begin(), pin.attachments.end(),
+                             [&](const Attachment& entry) { return entry.handle == handle; });
+            if (found != pin.attachments.end()) {
+                sink = std::move(found->sink);
+                pin.attachments.erase(found);
+                break;
+            }
+        }
+        if (!sink) {
+            throw GenICam::InvalidArgumentException("The handle is of no attached sink of this node.",
+                                           __FILE__, __LINE__);
+        }
+        rebuildRoutes();
+        if (holds(sink)) {
+            return;  // it reads another pin of this node and still needs its listener
+        }
+    }
+    sink->setSpaceListener({});
+}
+
+void OutputPins::detachAll() {
+    std::vector<Attachment> detached;
+    {
+        std::lock_guard guard(mutex_);
+        for (Pin& pin : pins_) {
+            std::move(pin.attachments.begin(), pin.attachments.end(), std::back_inserter(detached));
+            pin.attachments.clear();
+        }
+        rebuildRoutes();
+    }
+    for (const Attachment& attachment : detached) {
+        attachment.sink->setSpaceListener({});
+    }
+}
+
+bool OutputPins::isAttached(const std::shared_ptr<IHandle>& handle) const {
+    std::lock_guard guard(mutex_);
+    return handle && std::any_of(pins_.begin(), pins_.end(), [&](const Pin& pin) {
+               return std::any_of(
+                   pin.attachments.begin(), pin.attachments.end(),
+                   [&](const Attachment& attachment) { return attachment.handle == handle; });
+           });
+}
+
+std::shared_ptr<const OutputRoutes> OutputPins::routes() const {
+    std::lock_guard guard(mutex_);
+    return routes_;
+}
+
+std::vector<OutputPins::Pin>::iterator OutputPins::find(const gcstring& name) {
+    const auto pin = std::find_if(pins_.begin(), pins_.end(), [&](const Pin& candidate) {
+        return candidate.descriptor.name == name;
+    });
+    if (pin == pins_.end()) {
+        throw GenICam::InvalidArgumentException(("There is no output " + inQuotes(name) + ".").c_str(),
+                                       __FILE__, __LINE__);
+    }
+    return pin;
+}
+
+bool OutputPins::holds(const std::shared_ptr<IOutputSink>& sink) const {
+    return std::any_of(pins_.begin(), pins_.end(), [&](const Pin& pin) {
+        return std::any_of(pin.attachments.begin(), pin.attachments.end(),
+                           [&](const Attachment& attachment) { return attachment.sink == sink; });
+    });
+}
+
+void OutputPins::rebuildRoutes() {
+    auto table = std::make_shared<OutputRoutes>();
+    table->routes.reserve(pins_.size());
+    for (const Pin& pin : pins_) {
+        OutputRoute route{pin.descriptor.name, pin.descriptor.type, {}};
+        for (const Attachment& attachment : pin.attachments) {
+            route.sinks.push_back(attachment.sink);
+        }
+        table->routes.push_back(std::move(route));
+        table->smallestJobCount = std::min(table->smallestJobCount, pin.descriptor.maxJobCount);
+    }
+    std::sort(table->routes.begin(), table->routes.end(),
+              [](const OutputRoute& a, const OutputRoute& b) { return a.pin < b.pin; });
+    routes_ = std::move(table);
+    version_.fetch_add(1, std::memory_order_release);
+}
+
+}  // namespace Orlix::DataProcessing::Core

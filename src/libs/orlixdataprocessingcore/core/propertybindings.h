@@ -1,0 +1,50 @@
+// Ties the pins of a node that runs once per job to its properties.
+#pragma once
+
+#include <vector>
+
+#include "orlixdataprocessingcore/core/inode.h"
+
+namespace Orlix::DataProcessing::Utils {
+class IProperty;
+class IResettableProperty;
+}  // namespace Orlix::DataProcessing::Utils
+
+namespace Orlix::DataProcessing::Core {
+
+// Owned by the node. The tables change only while no job runs; the properties belong to the node
+// class and must outlive their bindings.
+class PropertyBindings {
+public:
+    void bindInput(const gcstring& pin, Utils::IProperty& property,
+                   const Utils::Variant& defaultValue);
+    void bindOutput(const gcstring& pin, Utils::IResettableProperty& property);
+    void unbindInput(const gcstring& pin);
+    void unbindOutput(const gcstring& pin);
+    void clear();
+
+    // Every input property gets its value, or its default; every output property is reset.
+    void prepare(const PinValues& values) const;
+    // Moves the outputs that were set into `values`, whose other entries become invalid.
+    void collect(PinValues& values) const;
+    // Lets go of what the properties hold, so that no buffer waits in a node for the next job.
+    void release() const noexcept;
+
+private:
+    struct Input {
+        gcstring pin;
+        Utils::IProperty* property;
+        Utils::IResettableProperty* resettable;  // the same one, if it can be reset
+        Utils::Variant defaultValue;
+    };
+    struct Output {
+        gcstring pin;
+        Utils::IResettableProperty* property;
+    };
+
+    // Both by ascending name, as the values of a job are.
+    std::vector<Input> inputs_;
+    std::vector<Output> outputs_;
+};
+
+}  // namespace Orlix::DataProcessing::Core
