@@ -102,16 +102,16 @@ Signal<void(Args...), Combiner>::Connection::Connection(
       trackables_(trackables) {
     using GenICam::InvalidArgumentException;
     if (lockable_ == nullptr) {
-        throw InvalidArgumentException("No lockable passed.", __FILE__, __LINE__);
+        throw GenICam::InvalidArgumentException("No lockable passed.", __FILE__, __LINE__);
     }
     if (changed_ == nullptr) {
-        throw InvalidArgumentException("No condition variable passed.", __FILE__, __LINE__);
+        throw GenICam::InvalidArgumentException("No condition variable passed.", __FILE__, __LINE__);
     }
     if (connections == nullptr) {
-        throw InvalidArgumentException("No connection list passed.", __FILE__, __LINE__);
+        throw GenICam::InvalidArgumentException("No connection list passed.", __FILE__, __LINE__);
     }
     if (!slot_) {
-        throw InvalidArgumentException("No valid function passed.", __FILE__, __LINE__);
+        throw GenICam::InvalidArgumentException("No valid function passed.", __FILE__, __LINE__);
     }
     for (const auto& trackable : trackables_) {
         // An expired reference still differs from one that never referred to anything.

@@ -1,0 +1,74 @@
+// The way of values from one output to one input: a sink of the producing node, a queue of the
+// consuming one.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+#include "orlixdataprocessingcore/core/inode.h"
+#include "orlixdataprocessingcore/core/outputsink.h"
+#include "orlixdataprocessingcore/graph/valuering.h"
+
+namespace Orlix::DataProcessing::Core {
+
+class GraphNode;
+
+// Both ends of the way, as the names that a user knows.
+struct ConnectionEnds {
+    gcstring fromNode;
+    gcstring fromPin;
+    gcstring toNode;
+    gcstring toPin;
+};
+
+// Shared by the graph and the producing node. The queue is guarded by the join of the consumer,
+// which the connection keeps alive, because a delivery may come in while the graph goes away.
+class Connection final : public IOutputSink {
+public:
+    Connection(ConnectionEnds ends, std::shared_ptr<GraphNode> from, std::shared_ptr<GraphNode> to,
+               bool needed, std::size_t capacity);
+
+    void put(const std::shared_ptr<IGraphUpdate>& update, const Utils::Variant& value) override;
+    void skip(const std::shared_ptr<IGraphUpdate>& update) override;
+    [[nodiscard]] bool hasSpace() const override;
+    void setSpaceListener(const std::weak_ptr<ISpaceListener>& listener) override;
+
+    [[nodiscard]] const ConnectionEnds& ends() const noexcept { return ends_; }
+    [[nodiscard]] const GraphNode* from() const noexcept { return from_.get(); }
+    [[nodiscard]] const GraphNode* to() const noexcept { return to_.get(); }
+    // Whether the consumer can't run without a value here.
+    [[nodiscard]] bool isNeeded() const noexcept { return needed_; }
+    [[nodiscard]] std::size_t capacity() const noexcept { return capacity_; }
+
+    // With no limit every value is welcome, so that a run can be brought to its end.
+    void setUnlimited(bool unlimited) noexcept { unlimited_ = unlimited; }
+
+    // For the join, under its lock.
+    ValueRing ring;
+    Utils::Variant lastValue;     // of an input that keeps it
+    std::uint64_t delivered = 0;  // values since the start of the run
+    bool keepsLastValue = false;
+    void publishSize() noexcept { size_.store(ring.size()); }
+
+    // For the join, after it has taken from the ring and released its lock.
+    void tellSpace();
+
+private:
+    const ConnectionEnds ends_;
+    const std::shared_ptr<GraphNode> from_;
+    const std::shared_ptr<GraphNode> to_;
+    const bool needed_;
+    const std::size_t capacity_;
+    // A producer that was held back goes on when so few are left: waking it for every single value
+    // would cost more than the value.
+    const std::size_t lowMark_;
+
+    std::atomic<std::size_t> size_{0};  // of the ring, for those who don't hold the lock
+    std::atomic<bool> unlimited_{false};
+    mutable std::atomic<bool> starved_{false};  // somebody has been refused
+    std::mutex listenerMutex_;
+    std::weak_ptr<ISpaceListener> listener_;
+};
+
+}  // namespace Orlix::DataProcessing::Core

@@ -1,0 +1,249 @@
+// How a graph is built. How it runs is in graphrun.cpp.
+#include "orlixdataprocessingcore/graph/graph_impl.h"
+
+#include <algorithm>
+#include <string>
+
+#include "gcbase/gcexception.h"
+#include "orlixdataprocessingcore/core/nodelog.h"
+
+namespace Orlix::DataProcessing::Core {
+
+namespace {
+
+std::string placeOf(const gcstring& node, const gcstring& pin) {
+    return "\"" + node.str() + "." + pin.str() + "\"";
+}
+
+[[noreturn]] void refuse(const std::string& text) {
+    throw GenICam::InvalidArgumentException(text.c_str(), __FILE__, __LINE__);
+}
+
+template <typename Descriptor>
+const Descriptor* findPin(const std::vector<Descriptor>& pins, const gcstring& name) {
+    const auto found = std::find_if(pins.begin(), pins.end(),
+                                    [&](const Descriptor& pin) { return pin.name == name; });
+    return found == pins.end() ? nullptr : &*found;
+}
+
+OutputDescriptor outputOf(const GraphNode& node, const gcstring& pin) {
+    const auto pins = node.node().getOutputDescriptors();
+    const auto* const found = findPin(pins, pin);
+    if (found == nullptr) {
+        refuse("There is no output " + placeOf(node.name(), pin) + ".");
+    }
+    return *found;
+}
+
+InputDescriptor inputOf(const GraphNode& node, const gcstring& pin) {
+    const auto pins = node.node().getInputDescriptors();
+    const auto* const found = findPin(pins, pin);
+    if (found == nullptr) {
+        refuse("There is no input " + placeOf(node.name(), pin) + ".");
+    }
+    return *found;
+}
+
+}  // namespace
+
+Graph::Impl::Impl(const GraphOptions& options) : capacity_(options.connectionCapacity) {
+    if (capacity_ == 0) {
+        refuse("The connections of a graph need a capacity of at least 1.");
+    }
+}
+
+Graph::Impl::~Impl() {
+    guarded(this, "stopping a graph", [&] { stop(StopMode::Drop); });
+    guarded(this, "freeing the resources of a graph", [&] { freeResources(); });
+    for (const Link& link : links_) {
+        guarded(this, "taking a connection apart", [&] {
+            INode& from = find(link.connection->ends().fromNode)->node();
+            INode& to = find(link.connection->ends().toNode)->node();
+            if (from.isOutputSinkAttached(link.output)) {
+                from.detachOutputSink(link.output);
+            }
+            if (to.isConfigured(link.input)) {
+                to.unconfigureInputType(link.input);
+            }
+        });
+    }
+    for (const Reader& reader : readers_) {
+        guarded(this, "detaching a sink", [&] {
+            if (reader.node->node().isOutputSinkAttached(reader.output)) {
+                reader.node->node().detachOutputSink(reader.output);
+            }
+        });
+    }
+    // Slots that still run must end before the nodes that they wake.
+    for (Member& member : members_) {
+        member.canExecute.reset();
+        member.autoReset.reset();
+    }
+    activity_->waitUntilIdle();
+}
+
+void Graph::Impl::checkStopped(const char* what) const {
+    if (running_) {
+        throw GenICam::RuntimeException(
+            (std::string(what) + " is not possible while the graph runs.").c_str(), __FILE__,
+            __LINE__);
+    }
+}
+
+void Graph::Impl::addNode(const gcstring& name, const std::shared_ptr<INode>& node) {
+    checkStopped("Adding a node");
+    if (name.empty() || !node) {
+        refuse("A node of a graph needs a name and must not be null.");
+    }
+    for (const Member& member : members_) {
+        if (member.node->name() == name) {
+            refuse("There is a node \"" + name.str() + "\" already.");
+        }
+    }
+    Member member{std::make_shared<GraphNode>(name, node, activity_), {}, {}, 0};
+    observe(member);
+    std::lock_guard guard(listMutex_);
+    members_.push_back(std::move(member));
+}
+
+void Graph::Impl::observe(Member& member) {
+    GraphNode* const node = member.node.get();
+    const Utils::Trackables trackables{member.node};
+    member.canExecute.set(
+        node->node().getCanExecuteSignal()->connect([node] { node->wake(); }, trackables), true);
+    member.autoReset.set(
+        node->node().getAutoResetChangedSignal()->connect(
+            [this, node](const gcstring& pin) { refreshAutoReset(*node, pin); }, trackables),
+        true);
+}
+
+const std::shared_ptr<GraphNode>& Graph::Impl::find(const gcstring& name) const {
+    for (const Member& member : members_) {
+        if (member.node->name() == name) {
+            return member.node;
+        }
+    }
+    refuse("There is no node \"" + name.str() + "\".");
+}
+
+void Graph::Impl::connect(const ConnectionEnds& ends) {
+    checkStopped("Connecting");
+    const std::shared_ptr<GraphNode>& from = find(ends.fromNode);
+    const std::shared_ptr<GraphNode>& to = find(ends.toNode);
+    const OutputDescriptor output = outputOf(*from, ends.fromPin);
+    const InputDescriptor input = inputOf(*to, ends.toPin);
+    const std::string place =
+        placeOf(ends.fromNode, ends.fromPin) + " to " + placeOf(ends.toNode, ends.toPin);
+    if (!to->node().canConfigure(ends.toPin)) {
+        refuse("Can't connect " + place + ": the input is taken.");
+    }
+    if (!output.type.canConvert(input.type)) {
+        refuse("Can't connect " + place + ": an output of type \"" +
+               output.type.getIdentifier().str() + "\" doesn't fit an input of type \"" +
+               input.type.getIdentifier().str() + "\".");
+    }
+    if (reaches(*to, *from, connections())) {
+        refuse("Can't connect " + place + ": the connection would close a cycle.");
+    }
+    const std::size_t capacity = static_cast<std::size_t>(std::max<std::uint64_t>(
+        1, std::min({std::uint64_t{capacity_}, output.maxJobCount, input.maxJobCount})));
+    Link link;
+    link.connection = std::make_shared<Connection>(ends, from, to, !input.optional, capacity);
+    link.connection->keepsLastValue = !to->node().isAutoResetEnabled(ends.toPin);
+    link.input = to->node().configureInputType(ends.toPin, output.type);
+    try {
+        link.output = from->node().attachOutputSink(ends.fromPin, link.connection);
+    } catch (...) {
+        to->node().unconfigureInputType(link.input);
+        throw;
+    }
+    std::lock_guard guard(listMutex_);
+    from->connectOutput(link.connection);
+    to->connectInput(*link.connection);
+    links_.push_back(std::move(link));
+}
+
+void Graph::Impl::attachSink(const gcstring& node, const gcstring& pin,
+                             const std::shared_ptr<IOutputSink>& sink) {
+    checkStopped("Attaching a sink");
+    if (!sink) {
+        refuse("No sink passed for " + placeOf(node, pin) + ".");
+    }
+    const std::shared_ptr<GraphNode>& from = find(node);
+    static_cast<void>(outputOf(*from, pin));
+    Reader reader{from, pin, std::make_shared<GraphSink>(sink), nullptr};
+    reader.output = from->node().attachOutputSink(pin, reader.sink);
+    from->connectOutput(reader.sink);
+    readers_.push_back(std::move(reader));
+}
+
+void Graph::Impl::validate() const {
+    for (const auto& node : nodes()) {
+        checkInputs(*node);
+    }
+    checkJoins(nodes(), connections());
+}
+
+void Graph::Impl::checkInputs(const GraphNode& node) const {
+    for (const InputDescriptor& input : node.node().getInputDescriptors()) {
+        if (!input.optional && node.node().canConfigure(input.name)) {
+            throw GenICam::RuntimeException(
+                ("The input " + placeOf(node.name(), input.name) + " has to be connected.").c_str(),
+                __FILE__, __LINE__);
+        }
+    }
+}
+
+// A node may have remade its pins since they were connected.
+void Graph::Impl::renewAttachments() {
+    for (Link& link : links_) {
+        const ConnectionEnds& ends = link.connection->ends();
+        const std::shared_ptr<GraphNode>& from = find(ends.fromNode);
+        if (!from->node().isOutputSinkAttached(link.output)) {
+            static_cast<void>(outputOf(*from, ends.fromPin));
+            link.output = from->node().attachOutputSink(ends.fromPin, link.connection);
+        }
+    }
+    for (Reader& reader : readers_) {
+        if (!reader.node->node().isOutputSinkAttached(reader.output)) {
+            static_cast<void>(outputOf(*reader.node, reader.pin));
+            reader.output = reader.node->node().attachOutputSink(reader.pin, reader.sink);
+        }
+    }
+}
+
+void Graph::Impl::refreshAutoReset(const GraphNode& node, const gcstring& pin) {
+    std::shared_ptr<Connection> changed;
+    {
+        std::lock_guard guard(listMutex_);
+        for (const Link& link : links_) {
+            if (link.connection->to() == &node && link.connection->ends().toPin == pin) {
+                changed = link.connection;
+            }
+        }
+    }
+    if (changed) {
+        const auto& consumer = find(changed->ends().toNode);
+        consumer->setKeepsLastValue(*changed, !node.node().isAutoResetEnabled(pin));
+    }
+}
+
+GraphNodes Graph::Impl::nodes() const {
+    std::lock_guard guard(listMutex_);
+    GraphNodes result;
+    for (const Member& member : members_) {
+        result.push_back(member.node);
+    }
+    return result;
+}
+
+Connections Graph::Impl::connections() const {
+    std::lock_guard guard(listMutex_);
+    Connections result;
+    for (const Link& link : links_) {
+        result.push_back(link.connection);
+    }
+    return result;
+}
+
+}  // namespace Orlix::DataProcessing::Core

@@ -1,0 +1,85 @@
+// The inside of a graph: its nodes and connections, and the run that they are in.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "orlixdataprocessingcore/graph/connection.h"
+#include "orlixdataprocessingcore/graph/graph.h"
+#include "orlixdataprocessingcore/graph/graphactivity.h"
+#include "orlixdataprocessingcore/graph/graphnode.h"
+#include "orlixdataprocessingcore/graph/graphsink.h"
+#include "orlixdataprocessingcore/graph/topology.h"
+
+namespace Orlix::DataProcessing::Core {
+
+// One thread builds and drives it; the lists are locked for the sake of statistics() alone.
+class Graph::Impl {
+public:
+    explicit Impl(const GraphOptions& options);
+    ~Impl();
+
+    // Building
+    void addNode(const gcstring& name, const std::shared_ptr<INode>& node);
+    [[nodiscard]] const std::shared_ptr<GraphNode>& find(const gcstring& name) const;
+    void connect(const ConnectionEnds& ends);
+    void attachSink(const gcstring& node, const gcstring& pin,
+                    const std::shared_ptr<IOutputSink>& sink);
+    void validate() const;
+
+    // Running
+    [[nodiscard]] std::vector<std::shared_ptr<IError>> allocateResources();
+    void freeResources();
+    void start(const NodeArgumentCollection& arguments);
+    void stop(StopMode mode);
+    [[nodiscard]] bool isRunning() const { return running_; }
+    [[nodiscard]] bool isIdle() const;
+    [[nodiscard]] GraphStatistics statistics() const;
+
+private:
+    struct Link {
+        std::shared_ptr<Connection> connection;
+        std::shared_ptr<IHandle> output;
+        std::shared_ptr<IHandle> input;
+    };
+    struct Reader {
+        std::shared_ptr<GraphNode> node;
+        gcstring pin;
+        std::shared_ptr<GraphSink> sink;
+        std::shared_ptr<IHandle> output;
+    };
+    struct Member {
+        std::shared_ptr<GraphNode> node;
+        Utils::ScopedConnection canExecute;
+        Utils::ScopedConnection autoReset;
+        std::uint64_t failedBefore = 0;
+    };
+
+    void checkStopped(const char* what) const;
+    void observe(Member& member);
+    void checkInputs(const GraphNode& node) const;
+    void renewAttachments();
+    void refreshAutoReset(const GraphNode& node, const gcstring& pin);
+
+    void openJoins();
+    void closeJoins();
+    void setUnlimited(bool unlimited);
+    void stopNodes(const GraphNodes& nodes, std::exception_ptr& failure);
+    void drain();
+
+    [[nodiscard]] GraphNodes nodes() const;
+    [[nodiscard]] Connections connections() const;
+
+    const std::size_t capacity_;
+    const std::shared_ptr<GraphActivity> activity_ = std::make_shared<GraphActivity>();
+    mutable std::mutex listMutex_;
+    std::vector<Member> members_;
+    std::vector<Link> links_;
+    std::vector<Reader> readers_;
+    GraphNodes allocated_;
+    std::atomic<bool> running_{false};
+};
+
+}  // namespace Orlix::DataProcessing::Core

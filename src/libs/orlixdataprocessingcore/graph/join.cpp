@@ -1,0 +1,283 @@
+#include "orlixdataprocessingcore/graph/join.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "orlixdataprocessingcore/graph/connection.h"
+
+namespace Orlix::DataProcessing::Core {
+
+namespace {
+
+void putInto(PinValues& values, PinValues::iterator& place, const gcstring& pin,
+             Utils::Variant&& value) {
+    // The map comes back with the pins of the last job, in the order of the connections.
+    while (place != values.end() && place->first < pin) {
+        ++place;
+    }
+    if (place == values.end() || place->first != pin) {
+        place = values.emplace_hint(place, pin, Utils::Variant());
+    }
+    place->second = std::move(value);
+}
+
+void resetAll(PinValues& values) noexcept {
+    for (auto& entry : values) {
+        entry.second.reset();
+    }
+}
+
+}  // namespace
+
+void Join::add(Connection& connection) {
+    std::lock_guard guard(mutex_);
+    const auto position = std::lower_bound(
+        connections_.begin(), connections_.end(), &connection,
+        [](const Connection* a, const Connection* b) { return a->ends().toPin < b->ends().toPin; });
+    connections_.insert(position, &connection);
+    countQueues();
+}
+
+bool Join::isQueue(const Connection& connection) const noexcept {
+    return !connection.keepsLastValue || anyUpdateDecides_;
+}
+
+void Join::countQueues() {
+    const auto count = std::count_if(connections_.begin(), connections_.end(),
+                                     [](const Connection* c) { return !c->keepsLastValue; });
+    queues_ = static_cast<std::size_t>(count);
+    anyUpdateDecides_ = queues_ == 0;
+}
+
+bool Join::arrive(Connection& connection, const std::shared_ptr<IGraphUpdate>& update,
+                  const Utils::Variant& value) {
+    Utils::Variant replaced;  // ends after the lock has been released: it may be foreign code
+    std::lock_guard guard(mutex_);
+    if (state_ == State::Closed) {
+        counters_.dropped += value.isValid() ? 1U : 0U;
+        return false;
+    }
+    connection.delivered += value.isValid() ? 1U : 0U;
+    if (!isQueue(connection)) {
+        if (value.isValid()) {
+            replaced = std::move(connection.lastValue);
+            connection.lastValue = value;
+        }
+        return false;
+    }
+    connection.ring.push(update, value);
+    connection.publishSize();
+    return scheduleIfDecided();
+}
+
+bool Join::scheduleIfDecided() {
+    if (state_ != State::Idle || decide() == Decision::None) {
+        return false;
+    }
+    state_ = State::Scheduled;
+    return true;
+}
+
+// Looks at the oldest update that any queue holds.
+Join::Decision Join::decide() {
+    std::uint64_t oldest = std::numeric_limits<std::uint64_t>::max();
+    std::size_t holders = 0;
+    std::size_t filled = 0;
+    for (Connection* const connection : connections_) {
+        if (!isQueue(*connection) || connection->ring.empty()) {
+            continue;
+        }
+        ++filled;
+        const std::uint64_t head = connection->ring.front().sequenceNumber;
+        if (head < oldest) {
+            oldest = head;
+            holders = 0;
+        }
+        holders += head == oldest ? 1U : 0U;
+    }
+    decided_ = oldest;
+    if (holders != 0 && (holders == queues_ || anyUpdateDecides_)) {
+        return Decision::Complete;
+    }
+    // A queue whose head is a later update has gone past this one.
+    return filled > holders ? Decision::Incomplete : Decision::None;
+}
+
+Taken Join::take(std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
+    Taken taken = Taken::Nothing;
+    {
+        std::lock_guard guard(mutex_);
+        const Decision decision = decide();
+        if (decision == Decision::None || state_ == State::Closed) {
+            return Taken::Nothing;
+        }
+        taken = popSet(decision, update, values);
+    }
+    if (taken == Taken::Skipped) {
+        resetAll(values);
+    }
+    tellSpace();
+    return taken;
+}
+
+// Moves the decided set out of the queues. The lock is held; the values end with the map.
+Taken Join::popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
+    bool anyValue = false;
+    bool missing = decision == Decision::Incomplete;
+    auto place = values.begin();
+    for (Connection* const connection : connections_) {
+        Utils::Variant value;
+        if (isQueue(*connection) && !connection->ring.empty() &&
+            connection->ring.front().sequenceNumber == decided_) {
+            WaitingValue waiting = connection->ring.pop();
+            connection->publishSize();
+            update = std::move(waiting.update);
+            value = std::move(waiting.value);
+            anyValue = anyValue || value.isValid();
+        }
+        if (connection->keepsLastValue) {
+            if (value.isValid()) {
+                std::swap(connection->lastValue, value);
+            }
+            value = connection->lastValue;
+        }
+        missing = missing || (connection->isNeeded() && !value.isValid());
+        putInto(values, place, connection->ends().toPin, std::move(value));
+    }
+    if (anyValue && !missing) {
+        ++counters_.jobs;
+        return Taken::Job;
+    }
+    counters_.dropped += anyValue ? 1U : 0U;
+    return Taken::Skipped;
+}
+
+Taken Join::drop(std::shared_ptr<IGraphUpdate>& update) {
+    PinValues values;
+    Taken taken = Taken::Nothing;
+    {
+        std::lock_guard guard(mutex_);
+        const Decision decision = decide();
+        if (decision == Decision::None || state_ == State::Closed) {
+            return Taken::Nothing;
+        }
+        taken = popSet(decision, update, values);
+        if (taken == Taken::Job) {
+            --counters_.jobs;
+            ++counters_.dropped;
+        }
+    }
+    tellSpace();
+    return Taken::Skipped;
+}
+
+void Join::tellSpace() {
+    for (Connection* const connection : connections_) {
+        connection->tellSpace();
+    }
+}
+
+bool Join::retire() {
+    std::lock_guard guard(mutex_);
+    if (state_ == State::Closed) {
+        return true;
+    }
+    if (decide() != Decision::None) {
+        return false;
+    }
+    state_ = State::Idle;
+    return true;
+}
+
+bool Join::block() {
+    std::lock_guard guard(mutex_);
+    if (state_ == State::Closed) {
+        return true;
+    }
+    if (std::exchange(woken_, false)) {
+        return false;
+    }
+    state_ = State::Blocked;
+    return true;
+}
+
+bool Join::wake() {
+    std::lock_guard guard(mutex_);
+    if (state_ == State::Scheduled) {
+        woken_ = true;
+    }
+    if (state_ != State::Blocked) {
+        return false;
+    }
+    state_ = State::Scheduled;
+    return true;
+}
+
+void Join::open() {
+    std::lock_guard guard(mutex_);
+    for (Connection* const connection : connections_) {
+        connection->ring.reserve(connection->capacity());
+        connection->delivered = 0;
+    }
+    counters_ = {};
+    woken_ = false;
+    state_ = State::Idle;
+}
+
+void Join::close() {
+    std::vector<Utils::Variant> dropped;  // ends after the lock has been released
+    {
+        std::lock_guard guard(mutex_);
+        for (Connection* const connection : connections_) {
+            while (!connection->ring.empty()) {
+                WaitingValue waiting = connection->ring.pop();
+                counters_.dropped += waiting.value.isValid() ? 1U : 0U;
+                dropped.push_back(std::move(waiting.value));
+            }
+            dropped.push_back(std::exchange(connection->lastValue, Utils::Variant()));
+            connection->publishSize();
+        }
+        state_ = State::Closed;
+    }
+    tellSpace();
+}
+
+bool Join::setKeepsLastValue(Connection& connection, bool keeps) {
+    std::vector<Utils::Variant> replaced;  // ends after the lock has been released
+    std::lock_guard guard(mutex_);
+    connection.keepsLastValue = keeps;
+    countQueues();
+    for (Connection* const each : connections_) {
+        while (!isQueue(*each) && !each->ring.empty()) {
+            WaitingValue waiting = each->ring.pop();
+            if (waiting.value.isValid()) {
+                replaced.push_back(std::exchange(each->lastValue, std::move(waiting.value)));
+            }
+        }
+        each->publishSize();
+    }
+    return scheduleIfDecided();
+}
+
+JoinCounters Join::counters() const {
+    std::lock_guard guard(mutex_);
+    return counters_;
+}
+
+bool Join::isEmpty() const {
+    std::lock_guard guard(mutex_);
+    return std::all_of(connections_.begin(), connections_.end(),
+                       [](const Connection* connection) { return connection->ring.empty(); });
+}
+
+std::size_t Join::queued(const Connection& connection) const {
+    std::lock_guard guard(mutex_);
+    return connection.ring.size();
+}
+
+std::uint64_t Join::delivered(const Connection& connection) const {
+    std::lock_guard guard(mutex_);
+    return connection.delivered;
+}
+
+}  // namespace Orlix::DataProcessing::Core
