@@ -24,6 +24,8 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 std::string TemporaryFolder::Write(const std::string& name, const Bytes& bytes) const {
+    // A new file and not the old one cut to nothing, which some file systems write to disk at once.
+    std::filesystem::remove(File(name));
     std::ofstream file(File(name), std::ios::binary);
     file.write(reinterpret_cast<const char*>(bytes.data()),
                static_cast<std::streamsize>(bytes.size()));
