@@ -2,6 +2,7 @@
 // Open nodemapfactory.h first, then inodemap.h and inode.h.
 #pragma once
 
+#include "gcbase/gcexception.h"
 #include "genapi/loadreport.h"
 #include "genapi/memoryport.h"
 #include "genapi/nodemapfactory.h"

@@ -1,0 +1,140 @@
+// Text that is broken or meant to hurt: one clear refusal with the place, never a crash or a hang.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "genapi/testmap.h"
+
+using namespace GenApiTest;
+using testing::HasSubstr;
+
+namespace {
+
+std::string refusal(const std::string& text) {
+    return errorOf<GenICam::RuntimeException>([&] { (void)load(text); });
+}
+
+}  // namespace
+
+TEST(Hostile, TextThatIsNotWellFormedIsRefusedWithThePlace) {
+    struct Row {
+        const char* text;
+        const char* error;
+    };
+    const std::vector<Row> rows = {
+        {"", "line 1, column 1: not well-formed, the text is empty"},
+        {"hello", "line 1, column 1: not well-formed, text stands outside"},
+        {"<a><b></a></b>", "line 1, column 7: not well-formed, the end tag 'a' closes nothing"},
+        {"<a>\n<b>\n</b>", "line 1, column 2: not well-formed, the element 'a' is not closed"},
+        {"<a>x & y</a>", "line 1, column 6: not well-formed, '&' begins no known reference"},
+        {"<a>x &foo; y</a>", "column 6: not well-formed, '&' begins no known reference"},
+        {"<a>1 < 2</a>", "column 7: not well-formed, '<' is not followed by a name"},
+        {"<a b='1' b='2'/>", "the attribute 'b' is given twice"},
+        {"<a b='<'/>", "'<' stands in an attribute's value"},
+        {"<a b=1/>", "the value of 'b' is not in quotes"},
+        {"<a b='1/>", "an attribute's value has no end"},
+        {"<a><!-- x</a>", "a comment has no end"},
+        {"<a><![CDATA[ x</a>", "a CDATA section has no end"},
+        {"<a/><b/>", "a second root element 'b'"},
+        {"<a>\x01</a>", "a control character"},
+        {"<a>&#0;</a>", "begins no known reference"},
+        {"<a", "the tag 'a' has no end"},
+        {"\xFF\xFE<\0a", "the text is in UTF-16"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_THAT(refusal(row.text), HasSubstr(row.error)) << row.text;
+    }
+}
+
+TEST(Hostile, AnotherRootIsNoDescription) {
+    EXPECT_EQ(refusal("<html/>"),
+              "Node map description, line 1, column 2: the root element is 'html'; a description's "
+              "is 'RegisterDescription'.");
+}
+
+TEST(Hostile, Rule12EntitiesAreRefused) {
+    EXPECT_THAT(refusal("<!DOCTYPE a [<!ENTITY x \"y\">]><a>&x;</a>"),
+                HasSubstr("a document type with declarations (entities) is refused."));
+}
+
+TEST(Hostile, Rule12DepthIsBounded) {
+    std::string text;
+    for (int i = 0; i < 100000; ++i) {
+        text += "<Group>";
+    }
+    EXPECT_THAT(refusal(document(text)), HasSubstr("elements are nested deeper than 256."));
+}
+
+TEST(Hostile, CompressedTextIsRefused) {
+    CNodeMapFactory factory(ContentType_ZippedXml, "PK", 2);
+    EXPECT_EQ(errorOf<GenICam::RuntimeException>([&] { (void)factory.CreateNodeMap(); }),
+              "Node map description: the text is compressed; unpack it first.");
+    EXPECT_THROW(CNodeMapFactory(ContentType_Xml, nullptr, 5), GenICam::InvalidArgumentException);
+}
+
+TEST(Hostile, Rule11AValueCircleEndsWithAnErrorOfThatRead) {
+    TestMap t(
+        "<Integer Name=\"A\"><pValue>B</pValue></Integer>"
+        "<Integer Name=\"B\"><pValue>A</pValue></Integer>"
+        "<Integer Name=\"Self\"><pValue>Self</pValue></Integer>");
+    EXPECT_EQ(errorOf<GenICam::RuntimeException>([&] { (void)t.integer("A")->GetValue(); }),
+              "Node 'A' can not be evaluated: its links lead in a circle back to it.");
+    EXPECT_THROW((void)t.integer("Self")->GetValue(), GenICam::RuntimeException);
+    EXPECT_THROW(t.integer("A")->SetValue(1), GenICam::RuntimeException);
+    EXPECT_THROW((void)t.integer("A")->GetMin(), GenICam::RuntimeException);
+    EXPECT_EQ(t.mode("A"), NA);
+    t.node("A")->InvalidateNode();
+    EXPECT_EQ(t.integer("A")->GetRepresentation(), PureNumber);
+}
+
+TEST(Hostile, Rule11AnAccessCircleMakesTheNodesNotAvailable) {
+    TestMap t(
+        "<Integer Name=\"A\"><Value>1</Value><pIsAvailable>B</pIsAvailable></Integer>"
+        "<Integer Name=\"B\"><Value>1</Value><pIsAvailable>A</pIsAvailable></Integer>");
+    EXPECT_EQ(t.mode("A"), NA);
+    EXPECT_EQ(t.mode("B"), NA);
+}
+
+TEST(Hostile, Rule11AnEndlessChainIsCutOff) {
+    std::string nodes;
+    for (int i = 0; i < 5000; ++i) {
+        nodes += "<Integer Name=\"N" + std::to_string(i) + "\"><pValue>N" + std::to_string(i + 1) +
+                 "</pValue></Integer>";
+    }
+    TestMap t(nodes + "<Integer Name=\"N5000\"><Value>1</Value></Integer>");
+    EXPECT_THAT(errorOf<GenICam::RuntimeException>([&] { (void)t.integer("N0")->GetValue(); }),
+                HasSubstr("its links are deeper than 200."));
+    EXPECT_EQ(t.integer("N4900")->GetValue(), 1);
+    t.integer("N5000")->SetValue(2);
+    EXPECT_EQ(t.integer("N4990")->GetValue(), 2);
+}
+
+TEST(Hostile, ATreeOfLinksThatDoublesAtEachLevelIsCutOff) {
+    std::string nodes;
+    for (int i = 0; i < 60; ++i) {
+        const std::string next = "N" + std::to_string(i + 1);
+        nodes += "<Integer Name=\"N" + std::to_string(i) + "\"><Value>1</Value><pIsAvailable>" +
+                 next + "</pIsAvailable><pIsAvailable>" + next + "</pIsAvailable></Integer>";
+    }
+    TestMap t(nodes + "<Integer Name=\"N60\"><Value>1</Value></Integer>");
+    EXPECT_THAT(errorOf<GenICam::RuntimeException>([&] { (void)t.integer("N0")->GetValue(); }),
+                HasSubstr("steps through the description."));
+    EXPECT_EQ(t.integer("N55")->GetValue(), 1);
+}
+
+TEST(Hostile, RemarksAreBounded) {
+    std::string nodes;
+    for (int i = 0; i < 3000; ++i) {
+        nodes += "<Wonder/>";
+    }
+    TestMap t(nodes);
+    EXPECT_EQ(t.remarks().size(), 1000U);
+    EXPECT_EQ(t.map->GetLoadReport().notListed, 2000U);
+}
+
+TEST(Hostile, EveryCutOfADescriptionIsRefusedOrLoads) {
+    const std::string text =
+        document("<Integer Name=\"A\"><Value>1</Value></Integer><!-- c --><Port Name=\"P\"/>");
+    for (std::size_t length = 0; length < text.size() - 2; ++length) {
+        EXPECT_THROW((void)load(text.substr(0, length)), GenICam::RuntimeException) << length;
+    }
+}
