@@ -257,15 +257,31 @@ TEST_P(AdapterWithABadDescription, RaisesAndKeepsTheMapBefore) {
     }
 }
 
-TEST_P(AdapterWithABadDescription, KeepsTheEmptyMapAndCanBeMended) {
+TEST_P(AdapterWithABadDescription, RaisesAndKeepsTheEmptyMap) {
     TestTree tree;
-    const auto bad = badPort(GetParam());
-    tree.adapter.addParameter(bad);
+    tree.adapter.addParameter(badPort(GetParam()));
     EXPECT_THROW(tree.create(), GenICam::GenericException);
     EXPECT_EQ(tree.adapter.getNodeMap()->GetNumNodes(), 0U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, AdapterWithABadDescription, testing::Values("name", "markup"));
+
+TEST(Adapter, AfterABadDescriptionTheNextGoodOneIsTaken) {
+    for (const char* portName : {"", "SharedPort"}) {
+        TestTree tree;
+        tree.create("Former");
+        const gcstring badTip = "a <tip";
+        const gcstring goodTip = "a &lt;tip &amp; more";
+        tree.adapter.addParameter(std::make_shared<StatusPort>("", 8, "Status", "", badTip, "",
+                                                               "Expert", true, true, false, false));
+        EXPECT_THROW(tree.create(portName), GenICam::GenericException);
+        tree.adapter.addParameter(std::make_shared<StatusPort>("", 8, "Status", "", goodTip, "",
+                                                               "Expert", true, true, false, false));
+        GenApi::INodeMap* nodeMap = tree.create(portName);
+        EXPECT_EQ(nodeMap->GetNode("Status")->GetToolTip(), "a <tip & more");
+        EXPECT_EQ(integerValue(nodeMap, "Speed"), 10);
+    }
+}
 
 TEST(Adapter, AfterTheAdapterThePortsLiveOnUnobserved) {
     for (const char* portName : {"", "SharedPort"}) {

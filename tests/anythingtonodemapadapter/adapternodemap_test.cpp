@@ -302,7 +302,6 @@ TEST_P(AdapterNodeMap, AChangedSelectorReachesWhatItSelects) {
     EXPECT_THAT(changed, ElementsAre("Path"));
 }
 
-// A setter that changes another parameter of its node, as a selector does.
 TEST_P(AdapterNodeMap, ACallbackMayWriteAnotherParameter) {
     GenApi::Register(node("Enabled"),
                      [this](GenApi::INode*) { tree.status->writeValue("toggled", false); });
@@ -310,6 +309,41 @@ TEST_P(AdapterNodeMap, ACallbackMayWriteAnotherParameter) {
     GenApi::CBooleanPtr(node("Enabled"))->SetValue(false);
     EXPECT_THAT(changed, Contains("Status"));
     EXPECT_EQ(string("Status")->GetValue(), "toggled");
+}
+
+// A node whose selector switches the text that it shows, and tells both ports while the map writes.
+class Shelf {
+public:
+    std::uint64_t getSelector() const { return selector; }
+    void setSelector(std::uint64_t value) {
+        const GenApi::AutoLock guard(lock);
+        selector = value;
+        title->writeValue(value == 0 ? "none" : "a book", false);
+        selectorPort->notify();
+    }
+
+    GenApi::CLock lock;
+    std::uint64_t selector = 0;
+    std::shared_ptr<StatusPort> title = makeStatus({true, false, true, false});
+    std::shared_ptr<IntegerParameterPortBase> selectorPort;
+};
+
+TEST_P(AdapterNodeMap, ASetterMayTellOtherPortsWhileTheMapWrites) {
+    Shelf shelf;
+    shelf.selectorPort = std::make_shared<
+        IntegerParameterPortRelay<std::uint64_t, Shelf, &Shelf::getSelector, &Shelf::setSelector>>(
+        shelf, "Selector", "", "", "", "Beginner", true, true, true, true, 0, 9, 1, "Linear");
+    CAnythingToNodeMapAdapter adapter;
+    adapter.addParameter(shelf.selectorPort);
+    adapter.addParameter(shelf.title);
+    adapter.addDependency("Selector", "Selected", "Status");
+    adapter.createNodeMap(&shelf.lock, GetParam(), "");
+    nodeMap = adapter.getNodeMap();
+    watch("Selector");
+    watch("Status");
+    integer("Selector")->SetValue(1);
+    EXPECT_THAT(changed, testing::UnorderedElementsAre("Selector", "Status"));
+    EXPECT_EQ(string("Status")->GetValue(), "a book");
 }
 
 TEST_P(AdapterNodeMap, AnExceptionOfASetterLeavesTheLockFree) {

@@ -88,6 +88,19 @@ TEST_F(MultiParameterPortDemultiplexer, APortThatMovedInADescriptionLeavesItsOwn
     EXPECT_EQ(demultiplexer.find(0x30, 8)->port, nullptr);
 }
 
+TEST_F(MultiParameterPortDemultiplexer, APortThatWasNeverAddedClearsTheRecordAroundItsRange) {
+    Detail::CBooleanNodeMapPort stranger(makeEnabled(owner), 0);
+    std::ostringstream out;
+    std::int64_t address = 0x10;
+    stranger.generateAndRecord(out, false, "All", "", address);
+    demultiplexer.add(speed);
+    demultiplexer.add(enabled);
+    demultiplexer.sort();
+    demultiplexer.remove(stranger);
+    EXPECT_EQ(demultiplexer.find(0, 8)->port, nullptr);
+    EXPECT_EQ(demultiplexer.find(0x30, 8)->port, &enabled);
+}
+
 TEST_F(MultiParameterPortDemultiplexer, StartsAnewWhenCleared) {
     demultiplexer.add(speed);
     demultiplexer.sort();
