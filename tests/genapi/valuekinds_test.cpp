@@ -230,5 +230,5 @@ TEST(ErrorLink, Rule60AnErrorCodeAfterAWriteThrowsWithTheEntrysTexts) {
     t.integer("A")->SetValue(2);
     t.port.poke(0, 4);
     EXPECT_EQ(errorOf<GenICam::RuntimeException>([&] { t.integer("A")->SetValue(3); }),
-              "Node 'A' was written, and 'Fault' reports the error 4 (Too hot): Let it cool..");
+              "Node 'A' was written, and 'Fault' reports the error 4 (Too hot): Let it cool.");
 }

@@ -359,8 +359,11 @@ void Engine::checkErrorNode(NodeId id) {
             what += d_->text(node(entry).toolTip);
         }
     }
+    if (what.back() != '.') {
+        what += '.';
+    }
     GENAPI_THROW(RuntimeException, says(id, "was written, and '" + std::string(d_->nameOf(error)) +
-                                                "' reports the error " + what + "."));
+                                                "' reports the error " + what));
 }
 
 }  // namespace GenApi::Detail
