@@ -1,8 +1,5 @@
 #include "orlixdataprocessingcore/threading/scheduler.h"
 
-#include <oneapi/tbb/global_control.h>
-#include <oneapi/tbb/task_arena.h>
-
 #include <algorithm>
 #include <thread>
 #include <utility>
@@ -32,26 +29,6 @@ struct Scheduler::Worker {
 
 thread_local Scheduler::Worker* Scheduler::Worker::current = nullptr;
 
-// The worker library. All places of the arena are for workers; the process-wide limit, which counts
-// the main thread too, has to allow for them.
-class Scheduler::Threads {
-public:
-    explicit Threads(std::size_t count)
-        : limit_(tbb::global_control::max_allowed_parallelism, count + 1),
-          arena_(static_cast<int>(count), 0) {}
-
-    void startOne() {
-        arena_.enqueue([] {
-            // A worker that waits for a parallel loop inside an item must not begin another item.
-            tbb::this_task_arena::isolate([] { instance().work(); });
-        });
-    }
-
-private:
-    tbb::global_control limit_;
-    tbb::task_arena arena_;
-};
-
 Scheduler& Scheduler::instance() {
     // Never destroyed: items may still be under way while the process ends.
     static Scheduler* const scheduler = new Scheduler();
@@ -59,7 +36,8 @@ Scheduler& Scheduler::instance() {
 }
 
 Scheduler::Scheduler()
-    : workerLimit_(chooseWorkerLimit()), threads_(new Threads(chooseWorkerLimit())) {}
+    : workerLimit_(chooseWorkerLimit()),
+      threads_(new WorkerThreads(workerLimit_, [] { instance().work(); })) {}
 
 void Scheduler::schedule(IReadyItem& item, const IReadyItem* producer) {
     Worker* const worker = Worker::current;

@@ -7,6 +7,8 @@
 #include <deque>
 #include <mutex>
 
+#include "orlixdataprocessingcore/threading/workerthreads.h"
+
 namespace Orlix::DataProcessing::Threading {
 
 // Work of which there is one piece at a time: the owner schedules it when it becomes ready, and not
@@ -54,8 +56,7 @@ private:
     std::mutex mutex_;
     std::deque<IReadyItem*> ready_;
     std::size_t workers_ = 0;  // that are running or asked for
-    class Threads;
-    Threads* threads_;
+    WorkerThreads* const threads_;
 };
 
 }  // namespace Orlix::DataProcessing::Threading
