@@ -1,61 +1,10 @@
 #include "genapi/description.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <functional>
 
 namespace GenApi::Detail {
-
-namespace {
-
-struct KindRow {
-    std::string_view element;
-    ValueType value;
-    bool isRegister;
-    bool isFormula;
-};
-
-// In the order of Kind.
-constexpr std::array<KindRow, 18> kindTable = {{
-    {"Category", ValueType::none, false, false},
-    {"Integer", ValueType::integer, false, false},
-    {"IntReg", ValueType::integer, true, false},
-    {"MaskedIntReg", ValueType::integer, true, false},
-    {"IntSwissKnife", ValueType::integer, false, true},
-    {"IntConverter", ValueType::integer, false, true},
-    {"Float", ValueType::real, false, false},
-    {"FloatReg", ValueType::real, true, false},
-    {"SwissKnife", ValueType::real, false, true},
-    {"Converter", ValueType::real, false, true},
-    {"Boolean", ValueType::integer, false, false},
-    {"Enumeration", ValueType::integer, false, false},
-    {"EnumEntry", ValueType::integer, false, false},
-    {"Command", ValueType::integer, false, false},
-    {"String", ValueType::text, false, false},
-    {"StringReg", ValueType::text, true, false},
-    {"Register", ValueType::none, true, false},
-    {"Port", ValueType::none, false, false},
-}};
-
-const KindRow& rowOf(Kind kind) {
-    return kindTable[static_cast<std::size_t>(kind)];
-}
-
-}  // namespace
-
-ValueType valueTypeOf(Kind kind) {
-    return rowOf(kind).value;
-}
-bool isRegister(Kind kind) {
-    return rowOf(kind).isRegister;
-}
-bool isFormula(Kind kind) {
-    return rowOf(kind).isFormula;
-}
-std::string_view elementName(Kind kind) {
-    return rowOf(kind).element;
-}
 
 void NameIndex::reserve(std::size_t count) {
     slots_.assign(std::bit_ceil(std::max<std::size_t>(count, 4) * 2), noNode);

@@ -3,6 +3,7 @@
 // caches of their own. Any thread may read; the lists of dependants fill themselves safely.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -66,6 +67,8 @@ struct Node {
     bool deprecated = false;
     bool feature = false;
     bool standardNameSpace = false;
+    // No condition of its own decides the access, and nothing is imposed.
+    bool unconditional = false;
     bool ownCaching = false;  // the description says so; inherited otherwise
     std::uint8_t imposedAccess = RW;
     std::uint8_t visibility = Beginner;
@@ -152,6 +155,7 @@ struct RegisterDetail {
     Number length;
     std::uint8_t access = RO;
     std::uint8_t caching = WriteThrough;
+    bool fixedPlace = false;  // address and length are constants
     bool bigEndian = false;
     bool isSigned = false;
     bool hasBits = false;
@@ -243,10 +247,50 @@ private:
     mutable std::unique_ptr<std::atomic<const NodeId*>[]> closures_;
 };
 
-[[nodiscard]] ValueType valueTypeOf(Kind kind);
-[[nodiscard]] bool isRegister(Kind kind);
-[[nodiscard]] bool isFormula(Kind kind);
+struct KindRow {
+    std::string_view element;
+    ValueType value;
+    bool isRegister;
+    bool isFormula;
+};
+
+// In the order of Kind.
+inline constexpr std::array<KindRow, 18> kindTable = {{
+    {"Category", ValueType::none, false, false},
+    {"Integer", ValueType::integer, false, false},
+    {"IntReg", ValueType::integer, true, false},
+    {"MaskedIntReg", ValueType::integer, true, false},
+    {"IntSwissKnife", ValueType::integer, false, true},
+    {"IntConverter", ValueType::integer, false, true},
+    {"Float", ValueType::real, false, false},
+    {"FloatReg", ValueType::real, true, false},
+    {"SwissKnife", ValueType::real, false, true},
+    {"Converter", ValueType::real, false, true},
+    {"Boolean", ValueType::integer, false, false},
+    {"Enumeration", ValueType::integer, false, false},
+    {"EnumEntry", ValueType::integer, false, false},
+    {"Command", ValueType::integer, false, false},
+    {"String", ValueType::text, false, false},
+    {"StringReg", ValueType::text, true, false},
+    {"Register", ValueType::none, true, false},
+    {"Port", ValueType::none, false, false},
+}};
+
+[[nodiscard]] inline const KindRow& rowOf(Kind kind) {
+    return kindTable[static_cast<std::size_t>(kind)];
+}
+[[nodiscard]] inline ValueType valueTypeOf(Kind kind) {
+    return rowOf(kind).value;
+}
+[[nodiscard]] inline bool isRegister(Kind kind) {
+    return rowOf(kind).isRegister;
+}
+[[nodiscard]] inline bool isFormula(Kind kind) {
+    return rowOf(kind).isFormula;
+}
 // The name of the kind's element.
-[[nodiscard]] std::string_view elementName(Kind kind);
+[[nodiscard]] inline std::string_view elementName(Kind kind) {
+    return rowOf(kind).element;
+}
 
 }  // namespace GenApi::Detail

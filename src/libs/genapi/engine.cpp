@@ -179,8 +179,4 @@ void Engine::connect(NodeId portNode, IPort* port) {
     }
 }
 
-IPort* Engine::connected(NodeId portNode) const {
-    return ports_[node(portNode).detail].port;
-}
-
 }  // namespace GenApi::Detail

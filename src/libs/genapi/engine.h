@@ -103,7 +103,9 @@ public:
 
     // ---- Ports. Null disconnects.
     void connect(NodeId portNode, IPort* port);
-    [[nodiscard]] IPort* connected(NodeId portNode) const;
+    [[nodiscard]] IPort* connected(NodeId portNode) const {
+        return ports_[node(portNode).detail].port;
+    }
     void readPort(NodeId portNode, void* buffer, std::int64_t address, std::int64_t length);
     // A write past all registers, of which any may be meant.
     void writeRaw(NodeId portNode, const void* buffer, std::int64_t address, std::int64_t length);
@@ -205,6 +207,7 @@ private:
 
     // engineaccess.cpp
     [[nodiscard]] EAccessMode coreAccess(NodeId id, Ask ask);
+    [[nodiscard]] EAccessMode conditionalAccess(NodeId id, Ask ask);
     [[nodiscard]] EAccessMode sourceAccess(NodeId id, Ask ask);
     [[nodiscard]] EAccessMode numberAccess(NodeId id, Ask ask);
     [[nodiscard]] EAccessMode registerAccess(NodeId id);
@@ -279,6 +282,9 @@ private:
     [[nodiscard]] bool isPollable(NodeId id);
 
     [[nodiscard]] const Node& node(NodeId id) const { return d_->nodes[id]; }
+    [[nodiscard]] bool isUnconditional(NodeId id) const {
+        return node(id).unconditional && nodes_[id].imposedAccess == RW;
+    }
     [[nodiscard]] const RegisterDetail& registerOf(NodeId id) const {
         return d_->registers[node(id).detail];
     }

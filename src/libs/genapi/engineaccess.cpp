@@ -94,6 +94,19 @@ std::string Engine::explainDenial() const {
 }
 
 EAccessMode Engine::coreAccess(NodeId id, Ask ask) {
+    // Most nodes are registers at a fixed place that only their port decides about.
+    if (isUnconditional(id) && isRegister(node(id).kind)) {
+        const RegisterDetail& detail = registerOf(id);
+        if (detail.fixedPlace && isUnconditional(detail.port)) {
+            const EAccessMode port = portAccess(detail.port);
+            return IsAvailable(port) ? Combine(static_cast<EAccessMode>(detail.access), port)
+                                     : port;
+        }
+    }
+    return conditionalAccess(id, ask);
+}
+
+EAccessMode Engine::conditionalAccess(NodeId id, Ask ask) {
     const Visit visit(*this, id, ask == Ask::reading ? busyReading : busyWriting);
     const Node& self = node(id);
     if (self.broken.count != 0) {

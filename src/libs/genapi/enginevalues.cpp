@@ -13,11 +13,10 @@ namespace {
 
 // The bytes as an unsigned number.
 std::uint64_t assemble(std::span<const std::uint8_t> bytes, bool bigEndian) {
+    static_assert(std::endian::native == std::endian::little);
     std::uint64_t value = 0;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        value = (value << 8) | bytes[bigEndian ? i : bytes.size() - 1 - i];
-    }
-    return value;
+    std::memcpy(&value, bytes.data(), bytes.size());
+    return bigEndian ? __builtin_bswap64(value) >> (64 - 8 * bytes.size()) : value;
 }
 
 }  // namespace
@@ -72,6 +71,11 @@ Number Engine::sourceOf(NodeId id) {
 }
 
 std::int64_t Engine::integer(NodeId id, CacheUse use) {
+    const Kind kind = node(id).kind;
+    if ((kind == Kind::intReg || kind == Kind::maskedIntReg) && registerOf(id).fixedPlace) {
+        // It reads no other node, so it can be in no circle.
+        return registerInteger(id, use);
+    }
     const Visit visit(*this, id, busyValue);
     const Node& self = node(id);
     switch (self.kind) {

@@ -29,9 +29,8 @@ void forEachPage(std::uint64_t pageSize, std::int64_t address, std::int64_t leng
 CMemoryPort::CMemoryPort(std::int64_t size, std::int64_t limit)
     : limit_(std::max<std::int64_t>(limit, 0)) {
     const std::int64_t first = std::clamp<std::int64_t>(size, 0, limit_);
-    forEachPage(pageSize, 0, first, [&](std::uint64_t number, auto, auto, auto) {
-        page(number, 0, first);
-    });
+    forEachPage(pageSize, 0, first,
+                [&](std::uint64_t number, auto, auto, auto) { page(number, 0, first); });
 }
 
 std::int64_t CMemoryPort::GetSize() const {
@@ -68,26 +67,26 @@ CMemoryPort::Page& CMemoryPort::page(std::uint64_t number, std::int64_t address,
 void CMemoryPort::Read(void* pBuffer, std::int64_t Address, std::int64_t Length) {
     check("reading", Address, Length);
     auto* out = static_cast<std::uint8_t*>(pBuffer);
-    forEachPage(pageSize, Address, Length,
-                [&](std::uint64_t number, std::uint64_t offset, std::uint64_t done,
-                    std::uint64_t count) {
-                    const auto known = pages_.find(number);
-                    if (known == pages_.end()) {
-                        std::memset(out + done, 0, count);
-                    } else {
-                        std::memcpy(out + done, known->second->data() + offset, count);
-                    }
-                });
+    forEachPage(
+        pageSize, Address, Length,
+        [&](std::uint64_t number, std::uint64_t offset, std::uint64_t done, std::uint64_t count) {
+            const auto known = pages_.find(number);
+            if (known == pages_.end()) {
+                std::memset(out + done, 0, count);
+            } else {
+                std::memcpy(out + done, known->second->data() + offset, count);
+            }
+        });
 }
 
 void CMemoryPort::Write(const void* pBuffer, std::int64_t Address, std::int64_t Length) {
     check("writing", Address, Length);
     const auto* in = static_cast<const std::uint8_t*>(pBuffer);
-    forEachPage(pageSize, Address, Length,
-                [&](std::uint64_t number, std::uint64_t offset, std::uint64_t done,
-                    std::uint64_t count) {
-                    std::memcpy(page(number, Address, Length).data() + offset, in + done, count);
-                });
+    forEachPage(
+        pageSize, Address, Length,
+        [&](std::uint64_t number, std::uint64_t offset, std::uint64_t done, std::uint64_t count) {
+            std::memcpy(page(number, Address, Length).data() + offset, in + done, count);
+        });
 }
 
 }  // namespace GenApi

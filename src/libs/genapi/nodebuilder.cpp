@@ -274,6 +274,9 @@ void NodeBuilder::finish(NodeId id, const PendingNode& pending) {
     }
     node_.members = context_.store(draft_.members);
     node_.broken = context_.store(draft_.broken);
+    node_.unconditional = draft_.implemented.empty() && draft_.available.empty() &&
+                          draft_.locked.empty() && draft_.broken.empty() &&
+                          node_.imposedAccess == RW;
     node_.standardNameSpace =
         std::string_view(pending.element.attribute("NameSpace").value()) == "Standard";
     if (node_.pollingTime > 0) {

@@ -482,6 +482,7 @@ void NodeBuilder::finishRegister(NodeId id) {
     detail.terms = {static_cast<std::uint32_t>(d_.terms.size()),
                     static_cast<std::uint32_t>(draft_.terms.size())};
     d_.terms.insert(d_.terms.end(), draft_.terms.begin(), draft_.terms.end());
+    detail.fixedPlace = draft_.terms.empty() && detail.length.link == noNode;
     node_.detail = append(d_.registers, detail);
     d_.registerNodes.push_back(id);
 }
