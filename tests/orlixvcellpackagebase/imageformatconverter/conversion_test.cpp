@@ -1,0 +1,152 @@
+// Jobs of ImageFormatConverter, driven as a graph drives them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "imageformatconverter/imageformatconverter.h"
+#include "orlixcamera/copycounter.h"
+#include "orlixcamera/orliximage.h"
+#include "orlixdataprocessingcore/core/errors.h"
+#include "orlixdataprocessingcore/core/handle.h"
+#include "orlixdataprocessingcore/core/nodearguments.h"
+#include "orlixdataprocessingcore/core/services.h"
+#include "support/recordingsink.h"
+#include "support/texts.h"
+
+namespace Plugin::OrlixVCellPackageBase {
+namespace {
+
+namespace Core = Orlix::DataProcessing::Core;
+namespace Utils = Orlix::DataProcessing::Utils;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+Core::Image makeImage(Orlix::EPixelType type, std::size_t padding = 0) {
+    Orlix::COrlixImage image;
+    image.Reset(type, 4, 2, padding);
+    std::memset(image.GetBuffer(), 100, image.GetImageSize());
+    return {image, nullptr, false};
+}
+
+class Conversion : public testing::Test {
+protected:
+    Conversion() {
+        node.setOutputPixelFormat(Orlix::PixelType_Mono8);
+        input = node.configureInputType("Image", Utils::TypeInfo::getTypeInfo<Core::Image>(true));
+        output = node.attachOutputSink("Image", sink);
+        node.start(Core::NodeArgumentCollection());
+    }
+    ~Conversion() override { node.stop(); }
+
+    // One job; returns the image that came out.
+    Utils::COWPtr<Core::Image> run(const Utils::Variant& value) {
+        const auto result = node.startExecution(
+            [&](std::shared_ptr<Core::IGraphUpdate>& update, Core::PinValues& values) {
+                update = Core::getDefaultUpdateFactory()->createUpdate(&node, nullptr);
+                values["Image"] = value;
+                return true;
+            });
+        EXPECT_EQ(result, Core::StartExecutionResult::Executed);
+        return sink->values().back().getCOW<Core::Image>(true);
+    }
+
+    ImageFormatConverter node{nullptr};
+    const std::shared_ptr<RecordingSink> sink = std::make_shared<RecordingSink>();
+    std::shared_ptr<Core::IHandle> input;
+    std::shared_ptr<Core::IHandle> output;
+};
+
+TEST_F(Conversion, ImageThatHasTheFormIsForwardedItself) {
+    const auto image = Utils::COWPtr<Core::Image>::make(makeImage(Orlix::PixelType_Mono8));
+    const auto copiesBefore = Orlix::PixelCopyCounter::Read();
+    const auto result = run(image);
+    EXPECT_EQ(result.getConst(), image.getConst());
+    EXPECT_EQ(Orlix::PixelCopyCounter::Read(), copiesBefore);
+}
+
+TEST_F(Conversion, OtherPixelFormatIsConverted) {
+    const auto result = run(Utils::Variant(makeImage(Orlix::PixelType_RGB8Packed)));
+    EXPECT_EQ(result.getConst()->getPixelType(), Orlix::PixelType_Mono8);
+    EXPECT_EQ(result.getConst()->getWidth(), 4U);
+    EXPECT_EQ(result.getConst()->getHeight(), 2U);
+    EXPECT_EQ(static_cast<const unsigned char*>(result.getConst()->getDataConst())[0], 100);
+}
+
+TEST_F(Conversion, OtherLinePaddingIsConvertedAlsoInTheSamePixelFormat) {
+    const auto image = Utils::COWPtr<Core::Image>::make(makeImage(Orlix::PixelType_Mono8, 3));
+    const auto result = run(image);
+    EXPECT_NE(result.getConst(), image.getConst());
+    EXPECT_EQ(result.getConst()->getLinePadding(), 0U);
+    node.setOutputPaddingX(3);
+    EXPECT_EQ(run(image).getConst(), image.getConst());
+}
+
+TEST_F(Conversion, OrientationThatTurnsTheImageOverIsAConversion) {
+    const auto image = Utils::COWPtr<Core::Image>::make(makeImage(Orlix::PixelType_Mono8));
+    node.setOutputOrientationEnums(Orlix::OutputOrientation_BottomUp);
+    EXPECT_NE(run(image).getConst(), image.getConst());
+    node.setOutputOrientationEnums(Orlix::OutputOrientation_TopDown);
+    EXPECT_EQ(run(image).getConst(), image.getConst());
+}
+
+TEST_F(Conversion, InputErrorTravelsOnOneLevelDeeper) {
+    const auto cause =
+        std::make_shared<Core::InvalidValueError>("It broke.", Utils::DateTime::now());
+    const Utils::LogCapture capture;
+    const auto result = run(Utils::Variant(Core::Image(cause)));
+    ASSERT_TRUE(result.getConst()->hasError(true));
+    const auto error = result.getConst()->getError(true);
+    EXPECT_EQ(error->getDescription(), "Input image is invalid.");
+    EXPECT_EQ(error->getName(), "InvalidValueError");
+    EXPECT_THAT(error->getParentErrors(), ElementsAre(cause));
+    EXPECT_THAT(getLines(capture, "orlix.dataprocessing.vcell.ImageFormatConverter"),
+                ElementsAre("4 ImageFormatConverter " + toText(&node) +
+                            ": Input image has an error. Description: \"It broke.\""));
+    EXPECT_FALSE(node.hasError());
+}
+
+TEST_F(Conversion, ChangeOfTheFormatTakesEffectAtTheNextJob) {
+    const Utils::Variant image(makeImage(Orlix::PixelType_Mono8));
+    EXPECT_EQ(run(image).getConst()->getPixelType(), Orlix::PixelType_Mono8);
+    node.setOutputPixelFormat(Orlix::PixelType_BGRA8Packed);
+    EXPECT_EQ(run(image).getConst()->getPixelType(), Orlix::PixelType_BGRA8Packed);
+}
+
+TEST_F(Conversion, ImageThatCanNotBeConvertedFailsItsJobOnly) {
+    const auto failed = run(Utils::Variant(Core::Image()));
+    EXPECT_TRUE(failed.getConst()->hasError(true));
+    EXPECT_TRUE(node.hasError());
+    const auto good = run(Utils::Variant(makeImage(Orlix::PixelType_Mono8)));
+    EXPECT_FALSE(good.getConst()->hasError(true));
+    EXPECT_FALSE(node.hasError());
+}
+
+TEST_F(Conversion, ConvertedImageIsNotCopied) {
+    const Utils::Variant image(makeImage(Orlix::PixelType_RGB8Packed));
+    const auto copiesBefore = Orlix::PixelCopyCounter::Read();
+    static_cast<void>(run(image));
+    EXPECT_EQ(Orlix::PixelCopyCounter::Read(), copiesBefore);
+}
+
+TEST_F(Conversion, SettersAndJobsOnTwoThreadsDoNotMeet) {
+    const Utils::Variant image(makeImage(Orlix::PixelType_RGB8Packed));
+    std::thread setter([this] {
+        for (int i = 0; i < 200; ++i) {
+            node.setOutputPaddingX(i % 5);
+            node.setOutputPixelFormat(i % 2 == 0 ? Orlix::PixelType_Mono8
+                                                 : Orlix::PixelType_BGR8Packed);
+        }
+    });
+    for (int i = 0; i < 200; ++i) {
+        EXPECT_FALSE(run(image).getConst()->hasError(true));
+    }
+    setter.join();
+}
+
+}  // namespace
+}  // namespace Plugin::OrlixVCellPackageBase

@@ -1,0 +1,75 @@
+// An output sink that keeps what it gets. All members may be called from any thread.
+#pragma once
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "orlixdataprocessingcore/core/graphupdate.h"
+#include "orlixdataprocessingcore/core/inode.h"
+#include "orlixdataprocessingcore/core/outputsink.h"
+#include "orlixdataprocessingcore/utils/variant.h"
+
+namespace Plugin::OrlixVCellPackageBase {
+
+class RecordingSink final : public Orlix::DataProcessing::Core::IOutputSink {
+public:
+    using Update = std::shared_ptr<Orlix::DataProcessing::Core::IGraphUpdate>;
+    using Variant = Orlix::DataProcessing::Utils::Variant;
+
+    void put(const Update& update, const Variant& value) override {
+        const std::lock_guard guard(mutex_);
+        updates_.push_back(update);
+        values_.push_back(value);
+        changed_.notify_all();
+    }
+    void skip(const Update& update) override { static_cast<void>(update); }
+
+    [[nodiscard]] bool hasSpace() const override {
+        const std::lock_guard guard(mutex_);
+        return hasSpace_;
+    }
+    void setSpaceListener(
+        const std::weak_ptr<Orlix::DataProcessing::Core::ISpaceListener>& listener) override {
+        const std::lock_guard guard(mutex_);
+        listener_ = listener;
+    }
+
+    void setSpace(bool hasSpace) {
+        std::shared_ptr<Orlix::DataProcessing::Core::ISpaceListener> listener;
+        {
+            const std::lock_guard guard(mutex_);
+            hasSpace_ = hasSpace;
+            listener = listener_.lock();
+        }
+        if (hasSpace && listener != nullptr) {
+            listener->onSpaceAvailable();
+        }
+    }
+
+    void waitForCount(std::size_t count) {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [&] { return values_.size() >= count; });
+    }
+
+    [[nodiscard]] std::vector<Variant> values() const {
+        const std::lock_guard guard(mutex_);
+        return values_;
+    }
+    [[nodiscard]] std::vector<Update> updates() const {
+        const std::lock_guard guard(mutex_);
+        return updates_;
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::condition_variable changed_;
+    bool hasSpace_ = true;
+    std::weak_ptr<Orlix::DataProcessing::Core::ISpaceListener> listener_;
+    std::vector<Update> updates_;
+    std::vector<Variant> values_;
+};
+
+}  // namespace Plugin::OrlixVCellPackageBase

@@ -1,0 +1,41 @@
+// What tests compare: log lines and exceptions as plain texts.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "gcbase/gcexception.h"
+#include "orlixdataprocessingcore/utils/log.h"
+
+namespace Plugin::OrlixVCellPackageBase {
+
+// The lines of one category, each as "<severity> <text>".
+inline std::vector<std::string> getLines(const Orlix::DataProcessing::Utils::LogCapture& capture,
+                                         const char* category) {
+    std::vector<std::string> lines;
+    for (const auto& line : capture.getLines(category)) {
+        lines.push_back(std::to_string(static_cast<int>(line.severity)) + " " + line.text.c_str());
+    }
+    return lines;
+}
+
+// An address as the log shows it.
+inline std::string toText(const void* address) {
+    char text[32];
+    std::snprintf(text, sizeof(text), "%p", address);
+    return text;
+}
+
+// The description of the exception of class E that the call throws; "no exception" without one.
+template <typename E, typename Call>
+std::string getFailure(Call call) {
+    try {
+        call();
+        return "no exception";
+    } catch (const E& exception) {
+        return exception.GetDescription();
+    }
+}
+
+}  // namespace Plugin::OrlixVCellPackageBase
