@@ -252,7 +252,9 @@ BufferPool& BufferPool::Instance() {
 }
 
 std::shared_ptr<void> BufferPool::Allocate(std::size_t size) {
-    if (size > std::numeric_limits<std::size_t>::max() / 4) {
+    // The system need not be asked for more than a process can address.
+    constexpr std::size_t addressSpace = std::size_t{1} << 47U;
+    if (size > addressSpace) {
         throwNoMemory(size);
     }
     Block* block = impl_->Take(classify(size));
