@@ -103,7 +103,8 @@ private:
     static tmsize_t Read(thandle_t handle, void* data, tmsize_t size);
     static tmsize_t Write(thandle_t handle, void* data, tmsize_t size);
     static toff_t Seek(thandle_t handle, toff_t offset, int origin);
-    static int Error(TIFF*, void* self, const char*, const char* format, va_list arguments);
+    [[gnu::format(printf, 4, 0)]] static int Error(TIFF*, void* self, const char*,
+                                                   const char* format, va_list arguments);
 
     const COrlixImageBase& image_;
     OutputFile& file_;

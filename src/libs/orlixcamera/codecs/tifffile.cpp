@@ -42,14 +42,15 @@ struct TiffFile::Callbacks {
 
     static toff_t Size(thandle_t handle) { return Of(handle).file_.Size(); }
 
-    static int Error(TIFF*, void* user, const char*, const char* format, va_list arguments) {
+    [[gnu::format(printf, 4, 0)]] static int Error(TIFF*, void* user, const char*,
+                                                   const char* format, va_list arguments) {
         Of(user).Keep(Format(format, arguments));
         return 1;
     }
 
     // The JPEG codec paints over missing data and only warns of it.
-    static int Warning(TIFF*, void* user, const char* module, const char* format,
-                       va_list arguments) {
+    [[gnu::format(printf, 4, 0)]] static int Warning(TIFF*, void* user, const char* module,
+                                                     const char* format, va_list arguments) {
         if (module == nullptr || std::string_view(module) != "JPEGLib") {
             return 1;
         }
@@ -64,7 +65,7 @@ struct TiffFile::Callbacks {
         return 1;
     }
 
-    static std::string Format(const char* format, va_list arguments) {
+    [[gnu::format(printf, 1, 0)]] static std::string Format(const char* format, va_list arguments) {
         std::array<char, 500> text{};
         std::vsnprintf(text.data(), text.size(), format, arguments);
         return text.data();

@@ -24,7 +24,7 @@ namespace Orlix {
 using GenICam::gcstring;
 using GenICam::InvalidArgumentException;
 using GenICam::RuntimeException;
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 namespace {
 
