@@ -245,6 +245,27 @@ TEST_F(AllColours, HaveOneLumaInMono8AndInYuv) {
               0);
 }
 
+// Blue is chosen so that each luma in turn is just reached (250 more) and just missed (57 more).
+TEST(ImageFormatConverter, LumaOf16BitsIsExactAtEveryBoundary) {
+    Picture source{PixelType_RGB16Packed, 65536, 2, 0, ImageOrientation_TopDown, {}};
+    for (const std::uint32_t distance : {250U, 57U}) {
+        for (std::uint32_t grey = 0; grey < 65536; ++grey) {
+            for (const std::uint32_t value : {grey, grey, std::min(65535U, grey + distance)}) {
+                source.bytes.push_back(static_cast<std::uint8_t>(value));
+                source.bytes.push_back(static_cast<std::uint8_t>(value >> 8U));
+            }
+        }
+    }
+    CImageFormatConverter converter;
+    converter.OutputPixelFormat.SetValue(PixelType_Mono16);
+    COrlixImage image;
+    converter.Convert(image, source.bytes.data(), source.bytes.size(), source.pixelType,
+                      source.width, source.height, 0, ImageOrientation_TopDown);
+    const Picture expected = ConvertByReference(
+        source, {PixelType_Mono16, 0, ImageOrientation_TopDown, OutputBitAlignment_LsbAligned});
+    EXPECT_EQ(std::memcmp(image.GetBuffer(), expected.bytes.data(), expected.bytes.size()), 0);
+}
+
 TEST(ImageFormatConverter, ABufferThatIsTooSmallIsRefusedWithBothSizes) {
     const CImageFormatConverter converter;
     COrlixImage image;

@@ -1,4 +1,4 @@
-// Kernels from any format to 8-bit colour.
+// Kernels to 8-bit colour that do more than move bytes.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "orlixcamera/conversion/colourkernels.cpp"
 #include <hwy/foreach_target.h>

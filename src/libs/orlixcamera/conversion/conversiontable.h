@@ -9,7 +9,7 @@
 namespace Orlix {
 
 // Null for a pair without a row.
-[[nodiscard]] ORLIXCAMERA_API ConversionKernel FindConversionKernel(EPixelType source,
-                                                    EPixelType destination) noexcept;
+[[nodiscard]] ORLIXCAMERA_API ConversionKernel
+FindConversionKernel(EPixelType source, EPixelType destination) noexcept;
 
 }  // namespace Orlix

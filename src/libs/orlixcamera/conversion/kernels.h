@@ -8,21 +8,24 @@ namespace Orlix {
 
 // Pairs by the file that holds them. KERNEL is used with two names and makes one kernel of them.
 
-// colourkernels.cpp: 8-bit colour
+// swizzlekernels.cpp: 8-bit pixels whose bytes only change places
+#define ORLIX_SWIZZLE_KERNELS(KERNEL) \
+    KERNEL(Rgb8, Bgra8)               \
+    KERNEL(Rgb8, Bgr8)                \
+    KERNEL(Bgr8, Bgra8)               \
+    KERNEL(Rgba8, Bgra8)              \
+    KERNEL(Rgba8, Bgr8)               \
+    KERNEL(Rgba8, Rgb8)
+
+// colourkernels.cpp: other 8-bit colour
 #define ORLIX_COLOUR_KERNELS(KERNEL) \
     KERNEL(Mono8, Bgra8)             \
     KERNEL(Mono8, Rgb8)              \
     KERNEL(Mono16, Bgra8)            \
     KERNEL(Mono16, Rgb8)             \
     KERNEL(Mono16, Rgb8Planar)       \
-    KERNEL(Rgb8, Bgra8)              \
-    KERNEL(Rgb8, Bgr8)               \
     KERNEL(Rgb8, Rgb8Planar)         \
-    KERNEL(Bgr8, Bgra8)              \
     KERNEL(Bgr8, Rgb8Planar)         \
-    KERNEL(Rgba8, Bgra8)             \
-    KERNEL(Rgba8, Bgr8)              \
-    KERNEL(Rgba8, Rgb8)              \
     KERNEL(Rgba8, Rgb8Planar)        \
     KERNEL(Bgra8, Rgb8Planar)        \
     KERNEL(Rgb16, Bgra8)             \
@@ -96,6 +99,7 @@ namespace Orlix {
 
 #define ORLIX_DECLARE_KERNEL(Source, Destination) \
     void Source##To##Destination(const ConversionJob& job, std::uint32_t first, std::uint32_t end);
+ORLIX_SWIZZLE_KERNELS(ORLIX_DECLARE_KERNEL)
 ORLIX_COLOUR_KERNELS(ORLIX_DECLARE_KERNEL)
 ORLIX_WIDE_KERNELS(ORLIX_DECLARE_KERNEL)
 ORLIX_LUMA_KERNELS(ORLIX_DECLARE_KERNEL)

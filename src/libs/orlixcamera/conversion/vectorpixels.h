@@ -101,6 +101,30 @@ HWY_INLINE V16 LoadWords(const std::uint8_t* from) {
     return hn::BitCast(D16(), hn::LoadU(D8(), from));
 }
 
+// Triples of words. The vector instructions take them from and to any byte; their emulation needs
+// them aligned, as the language does.
+HWY_INLINE Colour<V16> LoadWordTriples(const std::uint8_t* from) {
+    V16 r, g, b;
+#if HWY_TARGET == HWY_EMU128
+    HWY_ALIGN std::uint16_t words[3 * hn::MaxLanes(D16())];
+    std::memcpy(words, from, sizeof(words));
+#else
+    const auto* words = reinterpret_cast<const std::uint16_t*>(from);
+#endif
+    hn::LoadInterleaved3(D16(), words, r, g, b);
+    return {r, g, b};
+}
+
+HWY_INLINE void StoreWordTriples(V16 first, V16 second, V16 third, std::uint8_t* to) {
+#if HWY_TARGET == HWY_EMU128
+    HWY_ALIGN std::uint16_t words[3 * hn::MaxLanes(D16())];
+    hn::StoreInterleaved3(first, second, third, D16(), words);
+    std::memcpy(to, words, sizeof(words));
+#else
+    hn::StoreInterleaved3(first, second, third, D16(), reinterpret_cast<std::uint16_t*>(to));
+#endif
+}
+
 struct Mono8 {
     static constexpr std::size_t Bytes = 1;
     static ORLIX_VECTOR_FUNCTION Grey<V8> Load(const std::uint8_t* from, int) {
@@ -183,10 +207,7 @@ struct Rgb16 {
                 Narrow(low.b, high.b, shift)};
     }
     static ORLIX_VECTOR_FUNCTION Colour<V16> LoadWide(const std::uint8_t* from, int) {
-        V16 r, g, b;
-        // Only unaligned instructions follow, so the type's alignment is not relied on.
-        hn::LoadInterleaved3(D16(), reinterpret_cast<const std::uint16_t*>(from), r, g, b);
-        return {r, g, b};
+        return LoadWordTriples(from);
     }
 };
 

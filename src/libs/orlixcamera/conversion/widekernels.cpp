@@ -37,9 +37,7 @@ struct ToRgb16 {
     static constexpr std::size_t Planes = 1;
     template <class Pixel>
     static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
-        // Only unaligned instructions follow, so the type's alignment is not relied on.
-        hn::StoreInterleaved3(Red(pixel), Green(pixel), Blue(pixel), D16(),
-                              reinterpret_cast<std::uint16_t*>(to[0]));
+        StoreWordTriples(Red(pixel), Green(pixel), Blue(pixel), to[0]);
     }
 };
 
