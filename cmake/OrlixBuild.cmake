@@ -21,16 +21,14 @@ target_compile_options(orlix_build INTERFACE
   # Source paths in exceptions and log lines read src/..., wherever the tree lies.
   -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast
-  -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference -Wformat=2 -Wimplicit-fallthrough
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2 -Wimplicit-fallthrough
   -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(orlix_build INTERFACE -Wduplicated-cond -Wlogical-op)
 endif()
 if(ORLIX_SANITIZE)
   target_compile_options(orlix_build INTERFACE
-    -fsanitize=${ORLIX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all
-    # The sanitizers' instrumentation makes the compiler see null paths that are not there.
-    -Wno-null-dereference)
+    -fsanitize=${ORLIX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   target_link_options(orlix_build INTERFACE -fsanitize=${ORLIX_SANITIZE})
 endif()
 
