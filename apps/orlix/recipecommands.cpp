@@ -1,6 +1,7 @@
 // The commands that work on a recipe without running it: validate and save.
 #include <filesystem>
 #include <iostream>
+#include <utility>
 
 #include "commands.h"
 #include "orlixhost/recipe.h"
@@ -11,8 +12,8 @@ namespace Orlix::App {
 
 void validateRecipe(const CommonOptions& options, const std::string& recipe,
                     const std::vector<std::string>& sets) {
-    Host::RecipeGraph graph(Host::Recipe::load(recipe), loadPackages(options),
-                            Host::createResourcePool());
+    Host::Recipe loaded = Host::Recipe::load(recipe);
+    Host::RecipeGraph graph(std::move(loaded), loadPackages(options), Host::createResourcePool());
     for (const std::string& assignment : sets) {
         graph.set(assignment);
     }
@@ -29,8 +30,8 @@ void saveRecipe(const CommonOptions& options, const std::string& recipe, const s
                 const std::vector<std::string>& sets) {
     // Made absolute first, since a node's load may change the current directory.
     const std::filesystem::path file = std::filesystem::absolute(target).lexically_normal();
-    Host::RecipeGraph graph(Host::Recipe::load(recipe), loadPackages(options),
-                            Host::createResourcePool());
+    Host::Recipe loaded = Host::Recipe::load(recipe);
+    Host::RecipeGraph graph(std::move(loaded), loadPackages(options), Host::createResourcePool());
     for (const std::string& assignment : sets) {
         graph.set(assignment);
     }

@@ -1,6 +1,7 @@
 // The command run: a recipe from its start to its orderly end.
 #include <cstdio>
 #include <iostream>
+#include <utility>
 
 #include "commands.h"
 #include "console.h"
@@ -54,8 +55,8 @@ void runRecipe(const CommonOptions& options, RunCommandOptions command, Console&
     }
     addArguments(command.arguments, command.run);
     SignalWatch signals;
-    Host::RecipeGraph graph(Host::Recipe::load(command.recipe), loadPackages(options),
-                            Host::createResourcePool());
+    Host::Recipe loaded = Host::Recipe::load(command.recipe);
+    Host::RecipeGraph graph(std::move(loaded), loadPackages(options), Host::createResourcePool());
     for (const std::string& assignment : command.sets) {
         graph.set(assignment);
     }

@@ -16,6 +16,7 @@
 
 namespace Orlix::DataProcessing::Core {
 class Graph;
+class NodeArgumentCollection;
 }
 
 namespace Orlix::Host {
@@ -48,12 +49,17 @@ public:
     [[nodiscard]] std::vector<OpenOutput> openOutputs() const;
     [[nodiscard]] DataProcessing::Core::Graph& graph() noexcept { return *graph_; }
 
+    // Starts the graph. Throws RuntimeException that names the node that could not start, with its
+    // text parameters; the graph is stopped then.
+    void start(const DataProcessing::Core::NodeArgumentCollection& arguments);
+
     // The recipe with the settings that the nodes have now, for a file in that folder.
     [[nodiscard]] Recipe saved(const std::string& basePath) const;
 
 private:
     void createNodes(const PackageList& packages, const Package::PoolPointer& pool);
     void loadSettings(std::size_t index);
+    [[nodiscard]] std::string startedPlace(std::size_t index) const;
     [[nodiscard]] std::size_t indexOf(const std::string& name) const;
 
     Recipe recipe_;

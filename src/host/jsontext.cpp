@@ -51,12 +51,19 @@ std::string placeOf(const std::string& text, std::size_t byte) {
     return std::to_string(line) + ":" + std::to_string(column);
 }
 
-// The parser's own text without its prefix of identifier and place.
+// The parser's own text without its identifier and place, and without the last characters that it
+// has read: the place says where they are.
 std::string reasonOf(const Json::exception& error) {
-    const std::string text = error.what();
+    std::string text = error.what();
     const std::size_t place = text.find(", column ");
     const std::size_t start = text.find(": ", place == std::string::npos ? 0 : place);
-    return start == std::string::npos ? text : text.substr(start + 2);
+    text.erase(0, start == std::string::npos ? 0 : start + 2);
+    const std::size_t lastRead = text.find("; last read: '");
+    const std::size_t end = text.rfind('\'', text.rfind("; expected "));
+    if (lastRead != std::string::npos && end != std::string::npos && end > lastRead) {
+        text.erase(lastRead, end + 1 - lastRead);
+    }
+    return text;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "host/message.h"
 #include "host/settingsdocument.h"
+#include "host/startwatch.h"
 #include "orlixdataprocessingcore/core/image.h"
 #include "orlixdataprocessingcore/core/inode.h"
 #include "orlixdataprocessingcore/graph/graph.h"
@@ -111,6 +112,34 @@ void RecipeGraph::loadSettings(std::size_t index) {
     if (!unknown.empty()) {
         fail(place + ": unknown setting " + joinQuoted(unknown) + knownSettings(*settings));
     }
+}
+
+void RecipeGraph::start(const DataProcessing::Core::NodeArgumentCollection& arguments) {
+    const StartWatch watch(nodes_);
+    try {
+        graph_->start(arguments);
+    } catch (...) {
+        const std::string message = currentMessage();
+        const std::size_t failed = watch.failedNode();
+        fail((failed < nodes_.size() ? startedPlace(failed) : recipe_.source()) +
+             ": can not start: " + message);
+    }
+}
+
+// With the node's texts, which mostly say where it looks: the message of the node itself has none.
+std::string RecipeGraph::startedPlace(std::size_t index) const {
+    std::string texts;
+    try {
+        for (const Parameter& parameter : readParameters(vcellMapOf(*nodes_[index]))) {
+            if (parameter.kind == "String" && !parameter.text.empty()) {
+                texts +=
+                    (texts.empty() ? "" : ", ") + parameter.name + " = " + inQuotes(parameter.text);
+            }
+        }
+    } catch (...) {
+        // A node without parameters has nothing to add to its message.
+    }
+    return recipe_.placeOf(index) + (texts.empty() ? "" : " (" + texts + ")");
 }
 
 std::size_t RecipeGraph::indexOf(const std::string& name) const {

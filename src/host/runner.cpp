@@ -128,11 +128,10 @@ private:
 
     double runStarted(const RunObserver& observer) {
         try {
-            graph().start(startArguments(options_));
+            recipe_.start(startArguments(options_));
         } catch (...) {
-            const std::string message = currentMessage();
             graph().freeResources();
-            fail(recipe_.recipe().source() + ": can not start: " + message);
+            throw;
         }
         start_ = RunClock::now();
         if (observer.onStarted) {
