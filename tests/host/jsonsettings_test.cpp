@@ -11,7 +11,7 @@ namespace Orlix::Host {
 namespace {
 
 using Path = JsonSettings::Path;
-using Test::messageOf;
+using Testing::messageOf;
 
 Path path(const char* key) {
     return Path(gcstring(key));

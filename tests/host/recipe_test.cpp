@@ -11,9 +11,9 @@
 namespace Orlix::Host {
 namespace {
 
-using Test::messageOf;
-using Test::readFile;
-using Test::TemporaryFolder;
+using Testing::messageOf;
+using Testing::readFile;
+using Testing::TemporaryFolder;
 
 constexpr const char* loaderUuid = "4f2b72dc-294b-4503-885a-6b73d26eb6d7";
 

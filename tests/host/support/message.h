@@ -5,7 +5,7 @@
 
 #include "gcbase/gcexception.h"
 
-namespace Orlix::Host::Test {
+namespace Orlix::Host::Testing {
 
 template <typename Call>
 std::string messageOf(const Call& call) {
@@ -17,4 +17,4 @@ std::string messageOf(const Call& call) {
     return "nothing was thrown";
 }
 
-}  // namespace Orlix::Host::Test
+}  // namespace Orlix::Host::Testing

@@ -10,7 +10,7 @@
 #include <csignal>
 #include <stdexcept>
 
-namespace Orlix::Host::Test {
+namespace Orlix::Host::Testing {
 namespace {
 
 struct Pipe {
@@ -78,6 +78,14 @@ void Program::sendSignal(int number) const {
     ::kill(child_, number);
 }
 
+std::string Program::readErrorLine() {
+    std::string line;
+    for (char next = 0; ::read(err_, &next, 1) == 1 && next != '\n';) {
+        line += next;
+    }
+    return line;
+}
+
 ProgramResult Program::wait() {
     ProgramResult result;
     std::array<pollfd, 2> sources = {{{out_, POLLIN, 0}, {err_, POLLIN, 0}}};
@@ -113,4 +121,4 @@ ProgramResult runOrlix(const std::vector<std::string>& arguments, const std::str
     return Program(orlixFile(), arguments, folder).wait();
 }
 
-}  // namespace Orlix::Host::Test
+}  // namespace Orlix::Host::Testing

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace Orlix::Host::Test {
+namespace Orlix::Host::Testing {
 
 struct ProgramResult {
     int exitCode = -1;  // 128 + number for a child that a signal has ended
@@ -25,6 +25,8 @@ public:
     Program& operator=(const Program&) = delete;
 
     void sendSignal(int number) const;
+    // Blocks until the child has written a whole line to standard error. The line is taken out.
+    [[nodiscard]] std::string readErrorLine();
     // Reads both outputs to their end, then waits for the child.
     [[nodiscard]] ProgramResult wait();
 
@@ -41,4 +43,4 @@ private:
 // The package of this build.
 [[nodiscard]] std::string packageFile();
 
-}  // namespace Orlix::Host::Test
+}  // namespace Orlix::Host::Testing

@@ -6,12 +6,12 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-namespace Orlix::Host::Test {
+namespace Orlix::Host::Testing {
 
 class TemporaryFolder {
 public:
@@ -55,7 +55,9 @@ private:
 
 inline std::string readFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
 }
 
-}  // namespace Orlix::Host::Test
+}  // namespace Orlix::Host::Testing

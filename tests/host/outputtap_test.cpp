@@ -1,0 +1,100 @@
+#include "host/outputtap.h"
+
+#include <gtest/gtest.h>
+
+#include "orlixdataprocessingcore/core/errors.h"
+#include "orlixdataprocessingcore/core/graphupdate.h"
+#include "orlixdataprocessingcore/core/integer.h"
+#include "orlixdataprocessingcore/core/services.h"
+
+namespace Orlix::Host {
+namespace {
+
+using namespace DataProcessing::Core;
+using DataProcessing::Utils::Variant;
+
+class OutputTapTest : public testing::Test {
+protected:
+    [[nodiscard]] static std::shared_ptr<IGraphUpdate> nextUpdate() {
+        return getDefaultUpdateFactory()->createUpdate(nullptr, nullptr);
+    }
+
+    std::shared_ptr<RunState> state_ = std::make_shared<RunState>();
+    OutputTap tap_{0, {"Node", "Pin", false}, 2, state_, nullptr};
+    OutputTap other_{1, {"Node", "Other", false}, 0, state_, nullptr};
+    Variant good_{Integer(1)};
+    Variant bad_{Integer(std::static_pointer_cast<IError>(
+        std::make_shared<InvalidValueError>("Bad.", DateTime::now())))};
+};
+
+TEST_F(OutputTapTest, ValueWithAnErrorCountsAsFrameAndAsError) {
+    tap_.put(nextUpdate(), bad_);
+    EXPECT_EQ(tap_.report().node, "Node");
+    EXPECT_EQ(tap_.report().pin, "Pin");
+    EXPECT_EQ(tap_.report().frames, 1U);
+    EXPECT_EQ(tap_.report().errors, 1U);
+    EXPECT_EQ(tap_.report().rate, 0);
+}
+
+TEST_F(OutputTapTest, LimitEndsTheRun) {
+    tap_.put(nextUpdate(), good_);
+    EXPECT_FALSE(state_->isEnding());
+    tap_.put(nextUpdate(), good_);
+    EXPECT_TRUE(state_->isEnding());
+    EXPECT_EQ(state_->failure(), "");
+}
+
+TEST_F(OutputTapTest, UpdatesBehindTheLimitBelongNoLongerToTheRun) {
+    const auto first = nextUpdate();
+    const auto second = nextUpdate();
+    const auto third = nextUpdate();
+    tap_.put(first, good_);
+    tap_.put(second, good_);
+    tap_.put(third, good_);
+    EXPECT_EQ(tap_.report().frames, 2U);
+    other_.put(second, good_);
+    other_.put(third, good_);
+    EXPECT_EQ(other_.report().frames, 1U);
+}
+
+TEST_F(OutputTapTest, SkipIsNoValue) {
+    tap_.skip(nextUpdate());
+    EXPECT_EQ(tap_.report().frames, 0U);
+}
+
+class Listener : public ISpaceListener {
+public:
+    void onSpaceAvailable() override { ++calls; }
+    int calls = 0;
+};
+
+TEST_F(OutputTapTest, TellsItsListenerOfSpaceAsLongAsItLives) {
+    auto listener = std::make_shared<Listener>();
+    tap_.setSpaceListener(listener);
+    tap_.notifySpace();
+    EXPECT_EQ(listener->calls, 1);
+    listener.reset();
+    tap_.notifySpace();
+}
+
+TEST_F(OutputTapTest, WithoutAWriterThereIsAlwaysSpace) {
+    EXPECT_TRUE(tap_.hasSpace());
+}
+
+TEST(RunState, FirstFailureCounts) {
+    RunState state;
+    state.fail("one");
+    state.fail("two");
+    state.requestStop();
+    EXPECT_TRUE(state.isEnding());
+    EXPECT_EQ(state.failure(), "one");
+    EXPECT_TRUE(state.waitUntil(RunClock::now()));
+}
+
+TEST(RunState, DeadlineEndsTheWait) {
+    RunState state;
+    EXPECT_FALSE(state.waitUntil(RunClock::now()));
+}
+
+}  // namespace
+}  // namespace Orlix::Host

@@ -1,0 +1,92 @@
+#include "host/writequeue.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <mutex>
+#include <set>
+
+#include "orlixdataprocessingcore/core/integer.h"
+
+namespace Orlix::Host {
+namespace {
+
+OutputValue valueOf(std::uint64_t number) {
+    return {0, number, number,
+            DataProcessing::Utils::Variant(DataProcessing::Core::Integer(number))};
+}
+
+TEST(WriteQueue, OneThreadWritesInTheOrderOfAddition) {
+    std::vector<std::uint64_t> written;
+    WriteQueue queue(
+        4, 1, [&](const OutputValue& value) { written.push_back(value.number); }, [] {});
+    for (std::uint64_t i = 1; i <= 100; ++i) {
+        queue.add(valueOf(i));
+    }
+    queue.finish();
+    ASSERT_EQ(written.size(), 100U);
+    for (std::uint64_t i = 0; i < 100; ++i) {
+        EXPECT_EQ(written[i], i + 1);
+    }
+}
+
+TEST(WriteQueue, FullQueueHasNoSpaceAndTellsWhenItHasAgain) {
+    std::promise<void> started;
+    std::promise<void> release;
+    std::promise<void> space;
+    auto released = release.get_future().share();
+    std::atomic<int> spaceCalls{0};
+    WriteQueue queue(
+        2, 1,
+        [&](const OutputValue& value) {
+            if (value.number == 1) {
+                started.set_value();
+                released.wait();
+            }
+        },
+        [&] {
+            if (spaceCalls++ == 0) {
+                space.set_value();
+            }
+        });
+    queue.add(valueOf(1));
+    started.get_future().wait();
+    EXPECT_TRUE(queue.hasSpace());
+    queue.add(valueOf(2));
+    EXPECT_TRUE(queue.hasSpace());
+    queue.add(valueOf(3));
+    EXPECT_FALSE(queue.hasSpace());
+    EXPECT_EQ(queue.size(), 3U);
+    queue.add(valueOf(4));
+    EXPECT_FALSE(queue.hasSpace());
+    EXPECT_EQ(spaceCalls, 0);
+    release.set_value();
+    space.get_future().wait();
+    queue.finish();
+    EXPECT_TRUE(queue.hasSpace());
+    EXPECT_EQ(queue.size(), 0U);
+    EXPECT_EQ(spaceCalls, 1);
+}
+
+TEST(WriteQueue, SeveralThreadsWriteEveryValueOnce) {
+    std::mutex mutex;
+    std::multiset<std::uint64_t> written;
+    {
+        WriteQueue queue(
+            8, 4,
+            [&](const OutputValue& value) {
+                const std::lock_guard lock(mutex);
+                written.insert(value.number);
+            },
+            [] {});
+        for (std::uint64_t i = 1; i <= 1000; ++i) {
+            queue.add(valueOf(i));
+        }
+    }
+    EXPECT_EQ(written.size(), 1000U);
+    EXPECT_EQ(std::set<std::uint64_t>(written.begin(), written.end()).size(), 1000U);
+}
+
+}  // namespace
+}  // namespace Orlix::Host
