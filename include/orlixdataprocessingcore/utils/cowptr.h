@@ -97,6 +97,11 @@ public:
     // A new object, in one allocation with its count.
     template <typename... Args>
     [[nodiscard]] static COWPtr make(Args&&... args);
+    // Takes over a reference to a control object and the address of its object as a T; `casted`
+    // tells that this came from getPointer.
+    [[nodiscard]] static COWPtr adopt(IObjectWrapper* wrapper, T* object, bool casted) noexcept {
+        return COWPtr(wrapper, object, casted);
+    }
 
     TypeInfo getTypeInfo(bool throwOnError) const override;
     const void* getRawPointer() const override { return this; }
@@ -129,7 +134,6 @@ private:
     template <typename>
     friend class COWPtr;
 
-    // Takes over a reference.
     COWPtr(IObjectWrapper* wrapper, T* object, bool casted) noexcept
         : wrapper_(wrapper), object_(object), casted_(casted) {}
     [[nodiscard]] T* getPointerOf(const IObjectWrapper::Clone& clone) const;

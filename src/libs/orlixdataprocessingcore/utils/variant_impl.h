@@ -125,7 +125,7 @@ COWPtr<T> Variant::getCOW(bool throwOnError) const {
         shared->addRef();
         // Writing goes through the handle, which clones a const object first.
         auto* plain = static_cast<T*>(const_cast<void*>(object));
-        result = COWPtr<T>(shared, plain, wrapper_->getValueType() != type);
+        result = COWPtr<T>::adopt(shared, plain, wrapper_->getValueType() != type);
     }
     if (!result.isValid() && throwOnError) {
         throw GenICam::RuntimeException("Could not cast variant data to requested type.", __FILE__,

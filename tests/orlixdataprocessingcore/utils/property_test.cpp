@@ -1,0 +1,131 @@
+#include "orlixdataprocessingcore/utils/property.h"
+
+#include <gtest/gtest.h>
+
+#include "orlixdataprocessingcore/core/float.h"
+#include "orlixdataprocessingcore/core/image.h"
+#include "orlixdataprocessingcore/core/integer.h"
+#include "orlixdataprocessingcore/core/string.h"
+#include "orlixdataprocessingcore/expectthrow.h"
+
+namespace {
+
+using namespace Orlix::DataProcessing::Core;
+using namespace Orlix::DataProcessing::Utils;
+using GenICam::InvalidArgumentException;
+using GenICam::PropertyException;
+using GenICam::RuntimeException;
+using Orlix::Test::expectThrow;
+
+constexpr const char* resetted = "Property is resetted.";
+
+TEST(ResettableProperty, AFreshOneIsResetted) {
+    ResettableProperty<Image> property;
+    EXPECT_FALSE(property.isSet());
+    const auto thrown =
+        expectThrow<PropertyException>([&] { static_cast<void>(property.getValue()); }, resetted);
+    EXPECT_EQ(thrown.sourceFile, "src/libs/orlixdataprocessingcore/utils/property_impl.h");
+    expectThrow<PropertyException>([&] { static_cast<void>(property.takeValue()); }, resetted);
+    expectThrow<PropertyException>([&] { static_cast<void>(property.getVariant()); }, resetted);
+    expectThrow<PropertyException>([&] { static_cast<void>(property.takeVariant()); }, resetted);
+    EXPECT_EQ(property.getValueType().getIdentifier(), "Orlix::DataProcessing::Core::Image");
+}
+
+TEST(ResettableProperty, SharesItsValue) {
+    ResettableProperty<Integer> property;
+    const auto value = COWPtr<Integer>::make(5);
+    property.setValue(value);
+    EXPECT_TRUE(property.isSet());
+    EXPECT_TRUE(property.getValue() == value);
+    EXPECT_TRUE(property.takeValue() == value);
+    EXPECT_TRUE(property.isSet()) << "it does not reset on get";
+}
+
+TEST(ResettableProperty, TakenWithResetOnGetItIsEmptyAndTheValueWritableInPlace) {
+    ResettableProperty<Integer> property(true);
+    property.setValue(std::make_unique<Integer>(5));
+    const Integer* address = property.getValue().getConst();
+    COWPtr<Integer> taken = property.takeValue();
+    EXPECT_FALSE(property.isSet());
+    expectThrow<PropertyException>([&] { static_cast<void>(property.getValue()); }, resetted);
+    taken->set(std::int64_t{6});
+    EXPECT_EQ(taken.getConst(), address) << "no clone";
+}
+
+TEST(ResettableProperty, ResetEmptiesIt) {
+    ResettableProperty<Integer> property;
+    property.setValue(Integer(5));
+    property.reset();
+    EXPECT_FALSE(property.isSet());
+}
+
+TEST(ResettableProperty, RefusesNullValues) {
+    ResettableProperty<Integer> property;
+    const char* text = "Invalid value pointer passed.";
+    const Integer* null = nullptr;
+    expectThrow<InvalidArgumentException>([&] { property.setValue(null); }, text);
+    expectThrow<InvalidArgumentException>([&] { property.setValue(std::unique_ptr<Integer>()); },
+                                          text);
+    expectThrow<InvalidArgumentException>([&] { property.setValue(COWPtr<Integer>()); }, text);
+}
+
+TEST(ResettableProperty, CopyingForwardsTheValueOrTheResetState) {
+    ResettableProperty<Integer> input;
+    ResettableProperty<Integer> output;
+    input.setValue(Integer(5));
+    output = input;
+    EXPECT_TRUE(output.getValue() == input.getValue());
+    const auto& same = output;
+    output = same;
+    EXPECT_TRUE(output.isSet());
+    input.reset();
+    output = input;
+    EXPECT_FALSE(output.isSet());
+}
+
+TEST(ResettableProperty, SetVariantSharesTheValueOfTheVariant) {
+    ResettableProperty<Integer> property;
+    const auto value = COWPtr<Integer>::make(5);
+    IProperty& seen = property;
+    seen.setVariant("", Variant(value));
+    EXPECT_TRUE(property.getValue() == value);
+    EXPECT_TRUE(property.getVariant().getCOW<Integer>(true) == value);
+}
+
+TEST(ResettableProperty, SetVariantRefusesInvalidAndForeignValues) {
+    ResettableProperty<Integer> property;
+    expectThrow<InvalidArgumentException>([&] { property.setVariant("", Variant()); },
+                                          "Invalid variant passed.");
+    expectThrow<RuntimeException>([&] { property.setVariant("", Variant(Float(1.0))); },
+                                  "Could not cast variant data to requested type.");
+    EXPECT_FALSE(property.isSet());
+}
+
+TEST(ResettableProperty, ASubpropertyOfAResettedOneCannotBeSet) {
+    ResettableProperty<Integer> property;
+    expectThrow<RuntimeException>([&] { property.setVariant("Value", Variant(Integer(1))); },
+                                  "Cannot set a subproperty of a resetted property.");
+}
+
+TEST(ResettableProperty, ASubpropertyIsSetOnAPrivateCopy) {
+    ResettableProperty<String> property;
+    const auto value = COWPtr<String>::make("old");
+    property.setValue(value);
+    property.setVariant("Value", Variant(String("new")));
+    EXPECT_EQ(property.getValue().getConst()->get(), "new");
+    EXPECT_EQ(value->get(), "old");
+    EXPECT_EQ(property.getVariant("Value").getCOW<String>(true).getConst()->get(), "new");
+}
+
+TEST(ResettableProperty, UnknownSubpropertiesAreNamed) {
+    ResettableProperty<String> property;
+    property.setValue(String("x"));
+    expectThrow<RuntimeException>([&] { property.setVariant("Nope", Variant(String("y"))); },
+                                  "Type \"Orlix::DataProcessing::Core::String\" has no property "
+                                  "\"Nope\".");
+    expectThrow<InvalidArgumentException>(
+        [&] { property.setVariant("Value.", Variant(String("y"))); },
+        "Property path \"Value.\" has an empty element.");
+}
+
+}  // namespace

@@ -1,0 +1,511 @@
+#include "orlixdataprocessingcore/utils/signal.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "gcbase/gcstring.h"
+#include "orlixdataprocessingcore/expectthrow.h"
+#include "orlixdataprocessingcore/threading/recursiveclock.h"
+#include "orlixdataprocessingcore/utils/log.h"
+
+namespace {
+
+using namespace Orlix::DataProcessing::Utils;
+using namespace Orlix::DataProcessing::Threading;
+using GenICam::gcstring;
+using GenICam::InvalidArgumentException;
+using Orlix::Test::expectThrow;
+
+constexpr const char* category = "orlix.dataprocessing.utils.SlotCombiner";
+
+TEST(Signal, CallsItsSlotsInOrder) {
+    Signal<void()> signal;
+    std::string calls;
+    signal.connect([&] { calls += 'a'; });
+    signal.connect([&] { calls += 'b'; });
+    EXPECT_EQ(signal.size(), 2U);
+    EXPECT_FALSE(signal.empty());
+    signal();
+    EXPECT_EQ(calls, "ab");
+}
+
+TEST(Signal, PassesItsArguments) {
+    Signal<void(const gcstring&, int)> signal;
+    gcstring seen;
+    int number = 0;
+    signal.connect([&](const gcstring& text, int value) {
+        seen = text;
+        number = value;
+    });
+    signal("pin", 3);
+    EXPECT_EQ(seen, "pin");
+    EXPECT_EQ(number, 3);
+}
+
+TEST(Signal, RefusesANullLockable) {
+    const auto thrown = expectThrow<InvalidArgumentException>(
+        [] { Signal<void()> signal(nullptr); }, "No lockable passed.");
+    EXPECT_EQ(thrown.sourceFile, "src/libs/orlixdataprocessingcore/utils/signal_impl.h");
+}
+
+TEST(Signal, AConnectionChecksWhatItIsGivenInOrder) {
+    using Connection = Signal<void()>::Connection;
+    using List = Signal<void()>::ConnectionList;
+    const auto lockable = std::make_shared<RecursiveCLock>();
+    const auto changed = std::make_shared<ConditionVariableAny>();
+    const auto list = std::make_shared<List>();
+    expectThrow<InvalidArgumentException>(
+        [] { Connection connection(nullptr, nullptr, nullptr, {}, {}); }, "No lockable passed.");
+    expectThrow<InvalidArgumentException>(
+        [&] { Connection connection(lockable, nullptr, nullptr, {}, {}); },
+        "No condition variable passed.");
+    expectThrow<InvalidArgumentException>(
+        [&] { Connection connection(lockable, changed, nullptr, {}, {}); },
+        "No connection list passed.");
+    expectThrow<InvalidArgumentException>(
+        [&] { Connection connection(lockable, changed, list, {}, {}); },
+        "No valid function passed.");
+    expectThrow<GenICam::BadAllocException>(
+        [&] {
+            Connection connection(
+                lockable, changed, list, [] {}, Trackables{std::weak_ptr<const void>()});
+        },
+        "Invalid trackable object passed.");
+}
+
+TEST(Signal, ASlotThatThrowsLogsAWarningAndTheNextStillRuns) {
+    LogCapture capture;
+    Signal<void()> signal;
+    int calls = 0;
+    signal.connect([] { throw GenICam::RuntimeException("Slot failed.", "f.cpp", 1); });
+    signal.connect([] { throw std::out_of_range("far out"); });
+    signal.connect([] { throw 7; });
+    signal.connect([&] { ++calls; });
+    signal();
+    EXPECT_EQ(calls, 1);
+    const auto lines = capture.getLines(category);
+    ASSERT_EQ(lines.size(), 3U);
+    const auto getText = [&](std::size_t i) {
+        const std::string text = lines[i].text.str();
+        EXPECT_EQ(text.rfind("SlotCombiner 0x", 0), 0U) << text;
+        return text.substr(text.find(": "));
+    };
+    EXPECT_EQ(getText(0), ": Exception caught while invoking a slot. Message: Slot failed.");
+    EXPECT_EQ(getText(1), ": Exception caught while invoking a slot. Message: far out");
+    EXPECT_EQ(getText(2), ": Unknown exception caught while invoking a slot.");
+    EXPECT_EQ(lines[0].severity, Severitiy::Warning);
+}
+
+// Keeps the results of the last emission.
+struct KeepingCombiner {
+    using Results = VoidCombiner::Results;
+    static inline Results* last = nullptr;
+    void operator()(Results& results) const { last->swap(results); }
+};
+
+TEST(Signal, TheCombinerGetsTheResultsInOrder) {
+    LogCapture capture;
+    KeepingCombiner::Results results;
+    KeepingCombiner::last = &results;
+    Signal<void(), KeepingCombiner> signal;
+    signal.connect([] {});
+    signal.connect([] { throw std::range_error("bad"); });
+    signal();
+    ASSERT_EQ(results.size(), 2U);
+    EXPECT_FALSE(results[0]->hasException());
+    EXPECT_TRUE(results[1]->hasException());
+    EXPECT_THROW(results[1]->get(), std::range_error);
+}
+
+TEST(Signal, ASlotWithAnExpiredTrackableIsNotCalledAndIsDropped) {
+    Signal<void()> signal;
+    auto object = std::make_shared<int>(1);
+    int calls = 0;
+    const auto connection = signal.connect([&] { ++calls; }, Trackables{object});
+    signal();
+    EXPECT_EQ(calls, 1);
+    EXPECT_FALSE(connection->hasExpiredTrackable());
+    object.reset();
+    EXPECT_TRUE(connection->hasExpiredTrackable());
+    signal();
+    EXPECT_EQ(calls, 1);
+    EXPECT_TRUE(signal.empty());
+}
+
+TEST(Signal, ATrackableLivesThroughTheCall) {
+    Signal<void()> signal;
+    auto object = std::make_shared<int>(1);
+    bool isAlive = false;
+    signal.connect(
+        [&] {
+            const std::weak_ptr<int> seen(object);
+            object.reset();
+            isAlive = !seen.expired();
+        },
+        Trackables{object});
+    signal();
+    EXPECT_TRUE(isAlive);
+}
+
+TEST(Signal, ADisconnectedSlotIsNotCalled) {
+    Signal<void()> signal;
+    int calls = 0;
+    const auto connection = signal.connect([&] { ++calls; });
+    EXPECT_TRUE(connection->isConnected());
+    connection->disconnect();
+    connection->disconnect();
+    EXPECT_FALSE(connection->isConnected());
+    signal();
+    EXPECT_EQ(calls, 0);
+    EXPECT_TRUE(signal.empty());
+}
+
+TEST(Signal, ABlockedSlotIsNotCalledUntilUnblocked) {
+    Signal<void()> signal;
+    int calls = 0;
+    const auto connection = signal.connect([&] { ++calls; });
+    connection->setBlocked(false, false);
+    EXPECT_FALSE(connection->isEnabled());
+    signal();
+    EXPECT_EQ(calls, 0);
+    connection->setBlocked(true, false);
+    EXPECT_TRUE(connection->isEnabled());
+    signal();
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(Signal, ItsEndDisconnectsItsSlots) {
+    std::optional<Signal<void()>> signal(std::in_place);
+    const auto connection = signal->connect([] {});
+    signal.reset();
+    EXPECT_FALSE(connection->isConnected());
+    EXPECT_NO_THROW(connection->disconnect());
+    EXPECT_NO_THROW(connection->setBlocked(false, true));
+}
+
+TEST(Signal, ASlotMayConnectAndDisconnect) {
+    Signal<void()> signal;
+    std::string calls;
+    std::shared_ptr<IConnection> second;
+    signal.connect([&] {
+        calls += 'a';
+        second->disconnect();
+        signal.connect([&] { calls += 'c'; });
+    });
+    second = signal.connect([&] { calls += 'b'; });
+    signal();
+    EXPECT_EQ(calls, "a") << "disconnected before its turn, connected after the start";
+    EXPECT_EQ(signal.size(), 2U);
+}
+
+TEST(Signal, ASlotMayDestroyTheSignal) {
+    std::optional<Signal<void()>> signal(std::in_place);
+    std::string calls;
+    signal->connect([&] {
+        calls += 'a';
+        signal.reset();
+    });
+    signal->connect([&] { calls += 'b'; });
+    (*signal)();
+    EXPECT_EQ(calls, "a");
+}
+
+TEST(Signal, SlotsRunWithoutItsLock) {
+    const auto lockable = std::make_shared<RecursiveCLock>();
+    Signal<void()> signal(lockable);
+    bool isFree = false;
+    signal.connect([&] {
+        isFree = std::async(std::launch::async, [&] {
+                     const bool taken = lockable->tryLock();
+                     if (taken) {
+                         lockable->unlock();
+                     }
+                     return taken;
+                 }).get();
+    });
+    signal();
+    EXPECT_TRUE(isFree);
+}
+
+TEST(Signal, WhatASlotHoldsIsDestroyedWithoutItsLock) {
+    const auto lockable = std::make_shared<RecursiveCLock>();
+    struct Probe {
+        std::shared_ptr<RecursiveCLock> lockable;
+        bool* isFree;
+        ~Probe() {
+            *isFree = std::async(std::launch::async, [this] {
+                          const bool taken = lockable->tryLock();
+                          if (taken) {
+                              lockable->unlock();
+                          }
+                          return taken;
+                      }).get();
+        }
+    };
+    bool isFreeAtDisconnect = false;
+    bool isFreeAtEnd = false;
+    {
+        Signal<void()> signal(lockable);
+        auto first = std::make_shared<Probe>(lockable, &isFreeAtDisconnect);
+        auto second = std::make_shared<Probe>(lockable, &isFreeAtEnd);
+        signal.connect([held = std::move(first)] {})->disconnect();
+        signal.connect([held = std::move(second)] {});
+    }
+    EXPECT_TRUE(isFreeAtDisconnect);
+    EXPECT_TRUE(isFreeAtEnd);
+}
+
+// A slot that another thread runs, up to the point that the test lets it go on.
+class SlowSlot {
+public:
+    void operator()() {
+        entered_.set_value();
+        released_.get_future().wait();
+        isDone = true;
+    }
+    void waitUntilEntered() { entered_.get_future().wait(); }
+    void release() { released_.set_value(); }
+    std::atomic<bool> isDone{false};
+
+private:
+    std::promise<void> entered_;
+    std::promise<void> released_;
+};
+
+TEST(Signal, BlockingWaitsForRunningCallsOfOtherThreads) {
+    Signal<void()> signal;
+    SlowSlot slot;
+    const auto connection = signal.connect([&] { slot(); });
+    std::thread emitter([&] { signal(); });
+    slot.waitUntilEntered();
+    std::thread releaser([&] { slot.release(); });
+    connection->setBlocked(false, true);
+    EXPECT_TRUE(slot.isDone);
+    emitter.join();
+    releaser.join();
+}
+
+TEST(Signal, BlockingWithoutWaitingReturnsWhileACallRuns) {
+    Signal<void()> signal;
+    SlowSlot slot;
+    const auto connection = signal.connect([&] { slot(); });
+    std::thread emitter([&] { signal(); });
+    slot.waitUntilEntered();
+    connection->setBlocked(false, false);
+    EXPECT_FALSE(connection->isEnabled());
+    EXPECT_FALSE(slot.isDone);
+    slot.release();
+    emitter.join();
+}
+
+// Tells when a thread first waits on it.
+class NoticingLock : public IRecursiveLockable {
+public:
+    void lock() override { lock_.lock(); }
+    bool tryLock() override { return lock_.tryLock(); }
+    void unlock() override { lock_.unlock(); }
+    unsigned int releaseAll() override {
+        notice();
+        return lock_.releaseAll();
+    }
+    void reacquire(unsigned int depth) override { lock_.reacquire(depth); }
+
+    void notice() {
+        std::call_once(once_, [this] { noticed_.set_value(); });
+    }
+    void waitUntilNoticed() { noticed_.get_future().wait(); }
+
+private:
+    RecursiveCLock lock_;
+    std::once_flag once_;
+    std::promise<void> noticed_;
+};
+
+TEST(Signal, ACallCountsAsRunningFromTheMomentItsConnectionIsCopied) {
+    const auto lockable = std::make_shared<NoticingLock>();
+    Signal<void()> signal(lockable);
+    SlowSlot first;
+    signal.connect([&] { first(); });
+    const auto second = signal.connect([] {});
+    std::thread emitter([&] { signal(); });
+    // The second connection is copied by now, though its turn comes later.
+    first.waitUntilEntered();
+    std::thread blocker([&] {
+        second->setBlocked(false, true);
+        EXPECT_TRUE(first.isDone) << "returned before the emission got past the slot";
+        lockable->notice();
+    });
+    lockable->waitUntilNoticed();
+    first.release();
+    blocker.join();
+    emitter.join();
+}
+
+TEST(Signal, TheWaitGivesTheOwnersLockUp) {
+    const auto lockable = std::make_shared<RecursiveCLock>();
+    Signal<void()> signal(lockable);
+    std::promise<void> entered;
+    std::atomic<bool> isDone{false};
+    const auto connection = signal.connect([&] {
+        entered.set_value();
+        // The owner holds this lock while it waits for this call.
+        UniqueLock<IRecursiveLockable> lock(*lockable);
+        isDone = true;
+    });
+    std::thread emitter;
+    {
+        UniqueLock<IRecursiveLockable> lock(*lockable);
+        UniqueLock<IRecursiveLockable> again(*lockable);
+        emitter = std::thread([&] { signal(); });
+        // Let the emitter copy the connection, which takes the lock.
+        lock.unlock();
+        again.unlock();
+        entered.get_future().wait();
+        lock.lock();
+        again.lock();
+        connection->setBlocked(false, true);
+        EXPECT_TRUE(isDone);
+    }
+    emitter.join();
+}
+
+TEST(Signal, UnblockWaitsForABlockingThatIsUnderWay) {
+    Signal<void()> signal;
+    SlowSlot slot;
+    std::atomic<bool> isRunning{true};
+    const auto connection = signal.connect([&] {
+        if (isRunning) {
+            slot();
+        }
+    });
+    std::thread emitter([&] { signal(); });
+    slot.waitUntilEntered();
+    std::thread blocker([&] { connection->setBlocked(false, true); });
+    std::thread unblocker([&] {
+        slot.release();
+        connection->setBlocked(true, false);
+    });
+    emitter.join();
+    blocker.join();
+    unblocker.join();
+    isRunning = false;
+    connection->setBlocked(true, false);
+    EXPECT_TRUE(connection->isEnabled());
+}
+
+TEST(Signal, ASlotThatBlocksItsOwnConnectionDoesNotWaitForItself) {
+    Signal<void()> signal;
+    std::shared_ptr<IConnection> connection;
+    int calls = 0;
+    connection = signal.connect([&] {
+        ++calls;
+        connection->setBlocked(false, true);
+    });
+    signal();
+    signal();
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(Signal, ASlotThatBlocksALaterOneOfTheSameEmissionIsNotStuck) {
+    Signal<void()> signal;
+    std::shared_ptr<IConnection> later;
+    int calls = 0;
+    signal.connect([&] { later->setBlocked(false, true); });
+    later = signal.connect([&] { ++calls; });
+    signal();
+    EXPECT_EQ(calls, 0);
+}
+
+TEST(Signal, ManyThreadsEmitConnectAndBlockAtOnce) {
+    Signal<void(int)> signal;
+    std::atomic<int> calls{0};
+    std::atomic<bool> stop{false};
+    const auto emit = [&] {
+        while (!stop) {
+            signal(1);
+        }
+    };
+    std::thread first(emit);
+    std::thread second(emit);
+    for (int i = 0; i < 300; ++i) {
+        bool isAlive = true;
+        ScopedConnection connection(signal.connect([&](int value) {
+            EXPECT_TRUE(isAlive);
+            calls += value;
+        }),
+                                    true);
+        connection.get()->setBlocked(false, true);
+        connection.get()->setBlocked(true, false);
+        connection.reset();
+        isAlive = false;
+    }
+    stop = true;
+    first.join();
+    second.join();
+    EXPECT_TRUE(signal.empty());
+}
+
+TEST(ScopedConnection, DisconnectsAtItsEnd) {
+    Signal<void()> signal;
+    int calls = 0;
+    {
+        ScopedConnection scoped;
+        scoped.set(signal.connect([&] { ++calls; }), false);
+        signal();
+    }
+    signal();
+    EXPECT_EQ(calls, 1);
+    EXPECT_TRUE(signal.empty());
+}
+
+TEST(ScopedConnection, SettingAnotherConnectionEndsTheFirst) {
+    Signal<void()> signal;
+    std::string calls;
+    ScopedConnection scoped;
+    scoped.set(signal.connect([&] { calls += 'a'; }), true);
+    scoped.set(signal.connect([&] { calls += 'b'; }), true);
+    signal();
+    EXPECT_EQ(calls, "b");
+    ScopedConnection other(std::move(scoped));
+    EXPECT_EQ(signal.size(), 1U);
+    other = ScopedConnection();
+    EXPECT_TRUE(signal.empty());
+}
+
+TEST(ScopedConnection, WithTrueItsEndWaitsForRunningCalls) {
+    Signal<void()> signal;
+    SlowSlot slot;
+    std::optional<ScopedConnection> scoped(std::in_place);
+    scoped->set(signal.connect([&] { slot(); }), true);
+    std::thread emitter([&] { signal(); });
+    slot.waitUntilEntered();
+    std::thread releaser([&] { slot.release(); });
+    scoped.reset();
+    EXPECT_TRUE(slot.isDone);
+    emitter.join();
+    releaser.join();
+}
+
+TEST(ScopedConnection, EndedByItsOwnSlotItDoesNotWait) {
+    Signal<void()> signal;
+    std::optional<ScopedConnection> scoped(std::in_place);
+    int calls = 0;
+    scoped->set(signal.connect([&] {
+        ++calls;
+        scoped.reset();
+    }),
+                true);
+    signal();
+    signal();
+    EXPECT_EQ(calls, 1);
+}
+
+}  // namespace

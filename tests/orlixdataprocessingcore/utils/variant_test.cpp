@@ -1,0 +1,183 @@
+#include "orlixdataprocessingcore/utils/variant.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <utility>
+
+#include "orlixdataprocessingcore/core/float.h"
+#include "orlixdataprocessingcore/core/integer.h"
+#include "orlixdataprocessingcore/core/string.h"
+#include "orlixdataprocessingcore/expectthrow.h"
+
+namespace {
+
+using namespace Orlix::DataProcessing::Core;
+using namespace Orlix::DataProcessing::Utils;
+using GenICam::InvalidArgumentException;
+using GenICam::RuntimeException;
+using Orlix::Test::expectThrow;
+
+constexpr const char* sourceFile = "src/libs/orlixdataprocessingcore/utils/variant_impl.h";
+
+// Tells of a type that is never registered.
+class Unregistered : public Orlix::DataProcessing::Utils::IObject {
+    ORLIX_OBJECT(Unregistered)
+};
+
+// A value class of a module, with Integer as its base.
+class Percent : public Integer {
+    ORLIX_OBJECT(Percent)
+public:
+    Percent() = default;
+    explicit Percent(int value) : Integer(value) {}
+};
+ORLIX_REGISTER_VALUE_TYPE(Percent, Integer)
+
+TEST(Variant, WithoutAValueIsInvalid) {
+    Variant value;
+    EXPECT_FALSE(value.isValid());
+    EXPECT_FALSE(value.getValueType().isValid());
+    EXPECT_EQ(value.get<Integer>(false), nullptr);
+    EXPECT_FALSE(value.getCOW<Integer>(false).isValid());
+    const auto thrown = expectThrow<RuntimeException>(
+        [&] { static_cast<void>(value.getCOW<Integer>(true)); }, "Variant is not valid.");
+    EXPECT_EQ(thrown.sourceFile, sourceFile);
+    expectThrow<RuntimeException>([&] { static_cast<void>(value.get<Integer>(true)); },
+                                  "Variant is not valid.");
+}
+
+TEST(Variant, HoldsACopyOfAValue) {
+    const Integer integer(5);
+    const Variant value(integer);
+    ASSERT_TRUE(value.isValid());
+    EXPECT_EQ(value.get<Integer>(true)->get(), 5);
+    EXPECT_NE(value.get<Integer>(true), &integer);
+    EXPECT_TRUE(value.getValueType() == TypeInfo::getTypeInfo<Integer>(true));
+}
+
+TEST(Variant, SharesTheValueOfAHandle) {
+    const auto handle = COWPtr<Integer>::make(5);
+    const Variant value(handle);
+    EXPECT_EQ(value.get<Integer>(true), handle.getConst());
+    EXPECT_TRUE(value.getCOW<Integer>(true) == handle);
+}
+
+TEST(Variant, TakesOwnershipOfAPointer) {
+    auto* integer = new Integer(5);
+    const Variant value(integer);
+    EXPECT_EQ(value.get<Integer>(true), integer);
+}
+
+TEST(Variant, RefusesNullPointers) {
+    Integer* null = nullptr;
+    expectThrow<InvalidArgumentException>([&] { Variant value(null); },
+                                          "Invalid data pointer passed.");
+    const auto thrown = expectThrow<InvalidArgumentException>(
+        [&] { Variant value{COWPtr<Integer>()}; }, "Invalid data pointer passed.");
+    EXPECT_EQ(thrown.sourceFile, sourceFile);
+}
+
+TEST(Variant, RefusesValuesOfUnregisteredTypes) {
+    expectThrow<InvalidArgumentException>([] { Variant value{Unregistered()}; },
+                                          "Type of passed data is not registered.");
+    expectThrow<InvalidArgumentException>([] { Variant value(new Unregistered()); },
+                                          "Type of passed data is not registered.");
+}
+
+TEST(Variant, AskedForAnUnregisteredTypeSaysSo) {
+    const Variant value(Integer(5));
+    EXPECT_EQ(value.get<Unregistered>(false), nullptr);
+    expectThrow<RuntimeException>([&] { static_cast<void>(value.get<Unregistered>(true)); },
+                                  "Requested type is not registered.");
+}
+
+TEST(Variant, AskedForAnotherTypeSaysSo) {
+    Variant value(Integer(5));
+    EXPECT_EQ(std::as_const(value).get<Float>(false), nullptr);
+    EXPECT_EQ(value.get<Float>(false), nullptr);
+    expectThrow<RuntimeException>([&] { static_cast<void>(value.get<Float>(true)); },
+                                  "Could not cast variant value to requested type.");
+    EXPECT_FALSE(value.getCOW<Float>(false).isValid());
+    expectThrow<RuntimeException>([&] { static_cast<void>(value.getCOW<Float>(true)); },
+                                  "Could not cast variant data to requested type.");
+}
+
+TEST(Variant, GivesItsValueAsABase) {
+    Variant value(Percent(50));
+    EXPECT_EQ(value.get<Integer>(true)->get(), 50);
+    EXPECT_FALSE(value.get<IValue>(true)->hasError(false));
+    COWPtr<IValue> base = value.getCOW<IValue>(true);
+    EXPECT_TRUE(base->getTypeInfo(true) == TypeInfo::getTypeInfo<Percent>(true));
+    COWPtr<Integer> integer = value.getCOW<Integer>(true);
+    integer->set(std::int64_t{60});
+    EXPECT_TRUE(integer->getTypeInfo(true) == TypeInfo::getTypeInfo<Percent>(true))
+        << "the clone is cast again, not sliced";
+    EXPECT_EQ(value.get<Integer>(true)->get(), 50);
+}
+
+TEST(Variant, CopiesShareUntilOneIsWritten) {
+    Variant first(Integer(1));
+    Variant second(first);
+    EXPECT_EQ(std::as_const(first).get<Integer>(true), std::as_const(second).get<Integer>(true));
+    second.get<Integer>(true)->set(std::int64_t{2});
+    EXPECT_EQ(std::as_const(first).get<Integer>(true)->get(), 1);
+    EXPECT_EQ(std::as_const(second).get<Integer>(true)->get(), 2);
+}
+
+TEST(Variant, WritingLeavesTheHandlesOfOthersAlone) {
+    Variant value(Integer(1));
+    const auto handle = value.getCOW<Integer>(true);
+    value.get<Integer>(true)->set(std::int64_t{2});
+    EXPECT_EQ(handle->get(), 1);
+    EXPECT_EQ(value.get<Integer>(true)->get(), 2);
+}
+
+TEST(Variant, AskingForTheWrongTypeCopiesNothing) {
+    const auto handle = COWPtr<Integer>::make(1);
+    Variant value(handle);
+    Variant copy(value);
+    EXPECT_EQ(copy.get<String>(false), nullptr);
+    EXPECT_EQ(std::as_const(copy).get<Integer>(true), handle.getConst());
+}
+
+TEST(Variant, AHandleThatIsLeftAloneWritesInPlace) {
+    Variant value(Integer(1));
+    Variant copy(value);
+    COWPtr<Integer> handle = value.getCOW<Integer>(true);
+    const Integer* address = handle.getConst();
+    value.reset();
+    copy.reset();
+    handle->set(std::int64_t{2});
+    EXPECT_EQ(handle.getConst(), address);
+}
+
+TEST(Variant, MovingLeavesNothingBehind) {
+    Variant first(Integer(1));
+    const Integer* address = std::as_const(first).get<Integer>(true);
+    Variant second(std::move(first));
+    EXPECT_FALSE(first.isValid());  // NOLINT: that is the point
+    EXPECT_EQ(std::as_const(second).get<Integer>(true), address);
+    first = std::move(second);
+    const auto& same = first;
+    first = same;
+    EXPECT_EQ(std::as_const(first).get<Integer>(true), address);
+}
+
+TEST(Variant, CopiesLiveOnSeveralThreads) {
+    const Variant original(Integer(1));
+    const auto work = [](Variant own) {
+        for (int i = 0; i < 500; ++i) {
+            Variant copy(own);
+            copy.get<Integer>(true)->set(std::int64_t{i});
+            EXPECT_EQ(std::as_const(own).get<Integer>(true)->get(), 1);
+        }
+    };
+    std::thread first(work, original);
+    std::thread second(work, original);
+    first.join();
+    second.join();
+    EXPECT_EQ(original.get<Integer>(true)->get(), 1);
+}
+
+}  // namespace
