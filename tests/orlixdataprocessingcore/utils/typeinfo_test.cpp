@@ -92,6 +92,22 @@ TEST(TypeInfo, TheIdentifierIsTheFullNameOfTheType) {
               "Orlix::DataProcessing::Utils::COWPtr<std::vector<" + integerText + "> >");
 }
 
+template <typename T>
+std::string getIdentifierInATemplate(const T*) {
+    return []<typename U>(const U*) { return getIdentifier<U>(); }(static_cast<T*>(nullptr));
+}
+
+TEST(TypeInfo, TheIdentifierOfAContainerIsTheSameEverywhere) {
+    const std::vector<Integer> plain;
+    const COWPtr<std::vector<Float>> handle;
+    EXPECT_EQ(getIdentifier<std::vector<Integer>>(), "std::vector<" + integerText + ">");
+    EXPECT_EQ(getIdentifierInATemplate(&plain), getIdentifier<std::vector<Integer>>());
+    EXPECT_EQ(getIdentifierInATemplate(&handle), getIdentifier<COWPtr<std::vector<Float>>>());
+    const std::vector<std::vector<Float>> nested;
+    EXPECT_EQ(getIdentifierInATemplate(&nested),
+              "std::vector<std::vector<Orlix::DataProcessing::Core::Float> >");
+}
+
 TEST(TypeInfo, TheQueryFormStoresTheNeededSizeAndNoText) {
     int size = -1;
     TypeInfo::getTypeIdentifier<Integer>(nullptr, &size);

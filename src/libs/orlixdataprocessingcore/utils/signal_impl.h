@@ -100,12 +100,12 @@ Signal<void(Args...), Combiner>::Connection::Connection(
       connections_(connections),
       slot_(std::move(slot)),
       trackables_(trackables) {
-    using GenICam::InvalidArgumentException;
     if (lockable_ == nullptr) {
         throw GenICam::InvalidArgumentException("No lockable passed.", __FILE__, __LINE__);
     }
     if (changed_ == nullptr) {
-        throw GenICam::InvalidArgumentException("No condition variable passed.", __FILE__, __LINE__);
+        throw GenICam::InvalidArgumentException("No condition variable passed.", __FILE__,
+                                                __LINE__);
     }
     if (connections == nullptr) {
         throw GenICam::InvalidArgumentException("No connection list passed.", __FILE__, __LINE__);

@@ -19,6 +19,44 @@ constexpr std::string_view cutTypeIdentifier(std::string_view signature) {
     return signature.substr(begin, signature.size() - 1 - begin);
 }
 
+// The end of a template argument list that starts behind `begin`: its closing bracket.
+constexpr std::size_t findClosingBracket(std::string_view text, std::size_t begin) {
+    std::size_t depth = 1;
+    while (depth != 0) {
+        depth += text[begin] == '<' ? 1U : 0U;
+        depth -= text[begin] == '>' ? 1U : 0U;
+        ++begin;
+    }
+    return begin - 1;
+}
+
+// An identifier in one spelling. Compilers differ in "> >" and ">>", and even one compiler writes
+// the default allocator of a container in one place and leaves it out in another: here brackets
+// are kept apart, and the allocator is left out.
+template <std::size_t Capacity>
+struct TypeIdentifier {
+    constexpr explicit TypeIdentifier(std::string_view name) {
+        constexpr std::string_view allocator = ", std::allocator<";
+        for (std::size_t i = 0; i < name.size(); ++i) {
+            if (name.substr(i).starts_with(allocator)) {
+                i = findClosingBracket(name, i + allocator.size());
+            } else if (!name.substr(i).starts_with(" >")) {
+                append(name[i]);
+            }
+        }
+    }
+    constexpr void append(char character) {
+        if (character == '>' && size != 0 && text[size - 1] == '>') {
+            text[size++] = ' ';
+        }
+        text[size++] = character;
+    }
+
+    // With room for its terminator and, at the worst, a blank for each character.
+    char text[2 * Capacity + 1]{};
+    std::size_t size = 0;
+};
+
 // Whether the base B lies at the start of a T; judged by an address that is never accessed.
 template <typename T, typename B>
 bool isPrimaryBase() {
@@ -39,8 +77,9 @@ void TypeInfo::getTypeIdentifier(char* buffer, int* size) {
     if (size == nullptr) {
         throw GenICam::InvalidArgumentException("Passed size is null.", __FILE__, __LINE__);
     }
-    constexpr std::string_view identifier = Detail::cutTypeIdentifier(__PRETTY_FUNCTION__);
-    constexpr int needed = static_cast<int>(identifier.size()) + 1;
+    constexpr std::string_view name = Detail::cutTypeIdentifier(__PRETTY_FUNCTION__);
+    static constexpr Detail::TypeIdentifier<name.size()> identifier(name);
+    constexpr int needed = static_cast<int>(identifier.size) + 1;
     if (buffer == nullptr) {
         *size = needed;
         return;
@@ -48,8 +87,7 @@ void TypeInfo::getTypeIdentifier(char* buffer, int* size) {
     if (*size < needed) {
         throw GenICam::InvalidArgumentException("Size is too small.", __FILE__, __LINE__);
     }
-    std::memcpy(buffer, identifier.data(), identifier.size());
-    buffer[identifier.size()] = '\0';
+    std::memcpy(buffer, identifier.text, identifier.size + 1);
     *size = needed;
 }
 
