@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "genapi/formula.h"
 #include "genapi/loadreport.h"
 #include "genapi/types.h"
 
@@ -163,6 +164,25 @@ struct RegisterDetail {
     std::int16_t msb = 0;
 };
 
+// What a name in a formula stands for.
+struct FormulaVariable {
+    enum class Member : std::uint8_t { value, minimum, maximum, increment, entry };
+    NodeId node = noNode;
+    Member member = Member::value;
+    NodeId entry = noNode;
+};
+
+enum class Slope : std::uint8_t { increasing, decreasing, varying, automatic };
+
+// SwissKnife and Converter with their integer kin.
+struct FormulaDetail {
+    Slice variables;
+    Program read;   // Formula, or FormulaFrom with the argument TO
+    Program write;  // FormulaTo with the argument FROM
+    Slope slope = Slope::automatic;
+    bool isLinear = false;
+};
+
 struct PortDetail {
     bool swapEndianess = false;
     bool hasChunkId = false;
@@ -198,6 +218,8 @@ struct Description {
     std::vector<NodeId> registerNodes;  // of each register detail, its node
     std::vector<PortDetail> ports;
     std::vector<NodeId> portNodes;
+    std::vector<FormulaDetail> formulas;
+    std::vector<FormulaVariable> variables;
     std::vector<NodeId> polled;
 
     std::vector<NodeId> links;  // what the slices of nodes mean, but for names and texts

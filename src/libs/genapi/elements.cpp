@@ -154,6 +154,11 @@ constexpr std::array<Word<ESign>, 2> signWords = {{{"Signed", Signed}, {"Unsigne
 constexpr std::array<Word<EEndianess>, 2> endianessWords = {
     {{"LittleEndian", LittleEndian}, {"BigEndian", BigEndian}}};
 
+constexpr std::array<Word<Slope>, 4> slopeWords = {{{"Increasing", Slope::increasing},
+                                                    {"Decreasing", Slope::decreasing},
+                                                    {"Varying", Slope::varying},
+                                                    {"Automatic", Slope::automatic}}};
+
 }  // namespace
 
 std::optional<Element> elementOf(std::string_view name) {
@@ -192,5 +197,7 @@ std::optional<ESign> signOf(std::string_view word) {
 std::optional<EEndianess> endianessOf(std::string_view word) {
     return find(endianessWords, word);
 }
+
+std::optional<Slope> slopeOf(std::string_view word) { return find(slopeWords, word); }
 
 }  // namespace GenApi::Detail

@@ -106,5 +106,6 @@ enum class Element : std::uint8_t {
 [[nodiscard]] std::optional<bool> yesNoOf(std::string_view word);
 [[nodiscard]] std::optional<ESign> signOf(std::string_view word);
 [[nodiscard]] std::optional<EEndianess> endianessOf(std::string_view word);
+[[nodiscard]] std::optional<Slope> slopeOf(std::string_view word);
 
 }  // namespace GenApi::Detail

@@ -232,6 +232,29 @@ private:
     [[nodiscard]] double realValue(NodeId id, CacheUse use);
     [[nodiscard]] std::int64_t registerInteger(NodeId id, CacheUse use);
 
+    // engineformula.cpp
+    [[nodiscard]] EAccessMode formulaAccess(NodeId id, Ask ask);
+    [[nodiscard]] FormulaNumber formulaValue(NodeId id, CacheUse use);
+    [[nodiscard]] FormulaNumber targetValue(NodeId id, CacheUse use);
+    [[nodiscard]] FormulaNumber evaluate(NodeId id, const Program& program, FormulaNumber argument);
+    [[nodiscard]] FormulaNumber run(NodeId id, const Program& program, FormulaNumber argument,
+                                    std::size_t frame);
+    [[nodiscard]] FormulaNumber variableValue(const FormulaVariable& variable);
+    // What a converter's target would be given for a value.
+    [[nodiscard]] FormulaNumber converted(NodeId id, FormulaNumber value);
+    void checkConverted(NodeId id, FormulaNumber value, Verify verify);
+    void storeConverted(NodeId id, FormulaNumber value);
+    [[nodiscard]] std::int64_t convertedInteger(NodeId id, FormulaNumber result) const;
+    [[nodiscard]] std::int64_t integerResult(NodeId id, FormulaNumber value) const;
+    // The ends of a converter's range, lower first; an end that its target does not have is none.
+    struct ConvertedRange {
+        FormulaNumber minimum, maximum;
+    };
+    [[nodiscard]] ConvertedRange convertedRange(NodeId id);
+    [[nodiscard]] bool isFalling(NodeId id, bool hasLow, FormulaNumber fromLow, bool hasHigh,
+                                 FormulaNumber fromHigh, FormulaNumber low, FormulaNumber high);
+    [[nodiscard]] FormulaNumber convertedIncrement(NodeId id);
+
     // engineranges.cpp
     [[nodiscard]] std::int64_t registerMinimum(NodeId id);
     [[nodiscard]] std::int64_t registerMaximum(NodeId id);
@@ -298,6 +321,10 @@ private:
     std::vector<std::int64_t> pollElapsed_;
     std::unordered_map<NodeId, ImposedRange> imposedRanges_;
     std::vector<NodeId> changed_;
+    // Variables and intermediate results of the formulas being worked out, one behind the other.
+    std::vector<FormulaNumber> formulaStack_;
+    std::vector<bool> formulaKnown_;
+    std::size_t formulaTop_ = 0;
 
     std::uint32_t stepsLeft_ = maximumSteps;
     int depth_ = 0;

@@ -210,6 +210,9 @@ EAccessMode Engine::sourceAccess(NodeId id, Ask ask) {
     if (isRegister(self.kind)) {
         return registerAccess(id);
     }
+    if (isFormula(self.kind)) {
+        return formulaAccess(id, ask);
+    }
     return self.value == noNode ? RW : coreAccess(self.value, ask);
 }
 

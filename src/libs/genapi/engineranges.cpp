@@ -116,10 +116,13 @@ std::int64_t Engine::maximum(NodeId id) {
 }
 
 std::int64_t Engine::increment(NodeId id) {
-    if (node(id).kind != Kind::integer) {
+    if (node(id).kind != Kind::integer && node(id).kind != Kind::intConverter) {
         return 1;
     }
     const Visit visit(*this, id, busyIncrement);
+    if (node(id).kind == Kind::intConverter) {
+        return convertedIncrement(id).integer;
+    }
     const NumberDetail& detail = d_->numbers[node(id).detail];
     if (detail.increment.given) {
         return integerOf(detail.increment);
@@ -153,6 +156,8 @@ double Engine::realMinimum(NodeId id) {
         } else if (const Number source = sourceOf(id); source.link != noNode) {
             result = realMinimum(source.link);
         }
+    } else if (node(id).kind == Kind::converter) {
+        result = convertedRange(id).minimum.asReal();
     } else if (node(id).kind == Kind::floatReg && length(id) == 4) {
         result = -static_cast<double>(std::numeric_limits<float>::max());
     }
@@ -172,6 +177,8 @@ double Engine::realMaximum(NodeId id) {
         } else if (const Number source = sourceOf(id); source.link != noNode) {
             result = realMaximum(source.link);
         }
+    } else if (node(id).kind == Kind::converter) {
+        result = convertedRange(id).maximum.asReal();
     } else if (node(id).kind == Kind::floatReg && length(id) == 4) {
         result = static_cast<double>(std::numeric_limits<float>::max());
     }
@@ -182,10 +189,13 @@ double Engine::realIncrement(NodeId id) {
     if (valueTypeOf(node(id).kind) == ValueType::integer) {
         return static_cast<double>(increment(id));
     }
-    if (node(id).kind != Kind::floating) {
+    if (node(id).kind != Kind::floating && node(id).kind != Kind::converter) {
         return 0;
     }
     const Visit visit(*this, id, busyIncrement);
+    if (node(id).kind == Kind::converter) {
+        return convertedIncrement(id).real;
+    }
     const NumberDetail& detail = d_->numbers[node(id).detail];
     if (detail.increment.given) {
         return realOf(detail.increment);

@@ -97,11 +97,14 @@ std::int64_t Engine::integer(NodeId id, CacheUse use) {
         case Kind::intReg:
         case Kind::maskedIntReg:
             return registerInteger(id, use);
+        case Kind::intSwissKnife:
+        case Kind::intConverter:
+            return integerResult(id, formulaValue(id, use));
         case Kind::floating:
-        case Kind::floatReg: {
-            const double value = realValue(id, use);
-            return toInteger(id, value);
-        }
+        case Kind::floatReg:
+        case Kind::swissKnife:
+        case Kind::converter:
+            return toInteger(id, realValue(id, use));
         default:
             GENAPI_THROW(RuntimeException, says(id, "has no number."));
     }
@@ -129,6 +132,9 @@ double Engine::realValue(NodeId id, CacheUse use) {
             return real(source.link, use);
         }
         return source.given ? source.real : heldNumbers_[self.held].real;
+    }
+    if (isFormula(self.kind)) {
+        return formulaValue(id, use).asReal();
     }
     std::array<std::uint8_t, 8> bytes{};
     const auto count = static_cast<std::size_t>(length(id));

@@ -166,7 +166,9 @@ void Engine::checkInteger(NodeId id, std::int64_t value, Verify verify) {
         }
         return;
     }
-    if (self.value != noNode) {
+    if (self.kind == Kind::intConverter) {
+        checkConverted(id, FormulaNumber::of(value), verify);
+    } else if (self.value != noNode) {
         checkInteger(self.value, value, verify);
     }
 }
@@ -198,6 +200,8 @@ void Engine::checkReal(NodeId id, double value, Verify verify) {
         if (const Number source = sourceOf(id); source.link != noNode) {
             checkReal(source.link, value, verify);
         }
+    } else if (self.kind == Kind::converter) {
+        checkConverted(id, FormulaNumber::of(value), verify);
     }
 }
 
@@ -292,7 +296,9 @@ void Engine::storeReal(NodeId id, double value) {
         writeBytes(id, used);
         return;
     }
-    if (const Number source = sourceOf(id); source.link != noNode) {
+    if (self.kind == Kind::converter) {
+        storeConverted(id, FormulaNumber::of(value));
+    } else if (const Number source = sourceOf(id); source.link != noNode) {
         storeReal(source.link, value);
     } else {
         heldNumbers_[self.held].real = value;

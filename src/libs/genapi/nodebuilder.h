@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "genapi/elements.h"
+#include "genapi/formulacompiler.h"
 #include "genapi/loadcontext.h"
 
 namespace GenApi::Detail {
@@ -39,6 +40,11 @@ private:
         PortDetail port;
         std::vector<NodeId> implemented, available, locked, invalidators, selected, members;
         std::vector<NodeId> copiesBefore, copiesAfter;
+        FormulaDetail formula;
+        std::string readText, writeText;
+        std::vector<NamedText> constants, expressions;
+        std::vector<std::string> variableNames;
+        std::vector<FormulaVariable> variables;
         std::vector<AddressTerm> terms;
         std::vector<IndexedNumber> indexed;
         bool hasEntryValue = false;
@@ -68,11 +74,19 @@ private:
     bool applyAddress(Element element, pugi::xml_node child);
     bool applyLayout(Element element, pugi::xml_node child);
     bool applyPort(Element element, pugi::xml_node child);
+    bool applyFormula(Element element, pugi::xml_node child);
+    bool applyConverter(Element element, pugi::xml_node child);
+    void addVariable(pugi::xml_node child);
+    std::optional<std::uint32_t> variableIndex(std::string_view name);
+    // The member that a suffix of a name asks for; false for an unknown one.
+    bool chooseMember(std::string_view suffix, FormulaVariable& variable) const;
 
     void finish(NodeId id, const PendingNode& pending);
     void finishDetail(NodeId id, const PendingNode& pending);
     void finishNumber(bool isFloat);
     void finishRegister(NodeId id);
+    void finishFormula();
+    [[nodiscard]] Program compile(const std::string& text, std::string_view argument);
     void finishEntry(NodeId id, const PendingNode& pending);
     void holdNumber(const Number& value);
     // The node stays in the map but is not available; `where` is the element to blame.

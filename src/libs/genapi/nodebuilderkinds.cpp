@@ -43,7 +43,8 @@ bool NodeBuilder::applyKind(Element element, pugi::xml_node child) {
             }
             return false;
         default:
-            return isRegister(node_.kind) && applyRegister(element, child);
+            return isFormula(node_.kind) ? applyFormula(element, child)
+                                         : applyRegister(element, child);
     }
 }
 
@@ -412,6 +413,8 @@ void NodeBuilder::finishDetail(NodeId id, const PendingNode& pending) {
         default:
             if (isRegister(node_.kind)) {
                 finishRegister(id);
+            } else if (isFormula(node_.kind)) {
+                finishFormula();
             }
     }
 }
