@@ -61,31 +61,31 @@ namespace Orlix::DataProcessing::Utils {
                                  static_cast<unsigned int>(orlixLine));                           \
     } while (false)
 
-// Behind a try block: logs at severity 4 whatever is thrown, and then runs `handler`, a statement
-// that may use makeErrorOfCurrentException. DOING is a literal such as "grabbing an image"; the
-// lines end in "Exception caught while <DOING>. Message: ..." and "Unknown exception caught while
-// <DOING>.".
+// Behind a try block: logs at severity 4 whatever is thrown, and then runs the last argument, a
+// statement that may use makeErrorOfCurrentException. DOING is a literal such as "grabbing an
+// image"; the lines end in "Exception caught while <DOING>. Message: ..." and "Unknown exception
+// caught while <DOING>.".
 //
 //     try { ... } ORLIX_CATCH_LADDER(getCatIdCamera(), "Camera", this, "grabbing an image", {})
-#define ORLIX_CATCH_LADDER(category, CLASS, object, DOING, handler)             \
+#define ORLIX_CATCH_LADDER(category, CLASS, object, DOING, ...)                 \
     catch (const GenICam::GenericException& orlixException) {                   \
         Orlix::DataProcessing::Utils::createLogEntry(                           \
             Orlix::DataProcessing::Utils::Severitiy::Warning, category,         \
             CLASS " %p: Exception caught while " DOING ". Message: %s",         \
             static_cast<const void*>(object), orlixException.GetDescription()); \
-        handler;                                                                \
+        __VA_ARGS__;                                                            \
     }                                                                           \
     catch (const std::exception& orlixException) {                              \
         Orlix::DataProcessing::Utils::createLogEntry(                           \
             Orlix::DataProcessing::Utils::Severitiy::Warning, category,         \
             CLASS " %p: Exception caught while " DOING ". Message: %s",         \
             static_cast<const void*>(object), orlixException.what());           \
-        handler;                                                                \
+        __VA_ARGS__;                                                            \
     }                                                                           \
     catch (...) {                                                               \
         Orlix::DataProcessing::Utils::createLogEntry(                           \
             Orlix::DataProcessing::Utils::Severitiy::Warning, category,         \
             CLASS " %p: Unknown exception caught while " DOING ".",             \
             static_cast<const void*>(object));                                  \
-        handler;                                                                \
+        __VA_ARGS__;                                                            \
     }

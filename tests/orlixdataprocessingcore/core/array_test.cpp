@@ -25,6 +25,16 @@ std::int64_t getNumber(const IArray& array, std::size_t index) {
     return element.get<Integer>(true)->get();
 }
 
+// An element class derived from that of another array.
+class Count : public Integer {
+    ORLIX_OBJECT(Count)
+public:
+    Count() = default;
+    explicit Count(int value) : Integer(value) {}
+};
+ORLIX_REGISTER_VALUE_TYPE(Count, Integer)
+ORLIX_REGISTER_VALUE_TYPE(Array<Count>, IArray)
+
 TEST(Array, ReadsAndWritesElementsAsVariants) {
     Array<Integer> array = makeNumbers();
     EXPECT_EQ(array.getSize(), 3U);
@@ -119,6 +129,18 @@ TEST(Array, AssignmentFromAnotherElementTypeIsRefused) {
         [&] { numbers.assign(texts); },
         "Data in the given array is not compatible with this array.");
     EXPECT_EQ(numbers.getSize(), 3U);
+}
+
+TEST(Array, AssignmentFromADerivedElementTypeCopiesTheElements) {
+    Array<Integer> numbers = makeNumbers();
+    const Array<Count> counts({Count(7), Count(8)});
+    numbers.assign(counts);
+    EXPECT_EQ(numbers.getSize(), 2U);
+    EXPECT_EQ(getNumber(numbers, 1), 8);
+    Array<Count> derived;
+    expectThrow<InvalidArgumentException>(
+        [&] { derived.assign(numbers); },
+        "Data in the given array is not compatible with this array.");
 }
 
 TEST(Array, TellsOfTheErrorsOfItsElementsWhenAsked) {

@@ -75,9 +75,9 @@ private:
         return type;
     }
 
-    Detail::ReferenceCount count_;
     COWPtr<T> value_;
-    TypeInfo type_;
+    TypeInfo type_;  // of the value's dynamic class
+    Detail::ReferenceCount count_;
 };
 
 namespace Detail {
