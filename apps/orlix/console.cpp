@@ -3,7 +3,9 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <mutex>
 #include <utility>
+#include <vector>
 
 #include "orlixdataprocessingcore/utils/log.h"
 
@@ -38,10 +40,28 @@ void write(const std::string& text) {
 
 }  // namespace
 
-Console::Console(LogMode mode) : mode_(mode) {
-    DataProcessing::Utils::setLogSink([this](const LogLine& line) {
-        addLogLine(std::string(nameOf(line.severity)) + ": " + line.category.str() + ": " +
-                   line.text.str() + "\n");
+struct Console::State {
+    void addLogLine(std::string line) {
+        const std::lock_guard lock(mutex);
+        if (mode == LogMode::ShowAtOnce) {
+            write((hasLiveLine ? clearLine : "") + line);
+            hasLiveLine = false;
+        } else if (held.size() < maxHeldLines) {
+            held.push_back(std::move(line));
+        }
+    }
+
+    std::mutex mutex;
+    LogMode mode = LogMode::HoldBack;
+    std::vector<std::string> held;
+    bool hasLiveLine = false;
+};
+
+Console::Console(LogMode mode) : state_(std::make_shared<State>()) {
+    state_->mode = mode;
+    DataProcessing::Utils::setLogSink([state = state_](const LogLine& line) {
+        state->addLogLine(std::string(nameOf(line.severity)) + ": " + line.category.str() + ": " +
+                          line.text.str() + "\n");
     });
 }
 
@@ -50,32 +70,22 @@ Console::~Console() {
     showLiveLine({});
 }
 
-void Console::addLogLine(std::string line) {
-    const std::lock_guard lock(mutex_);
-    if (mode_ == LogMode::ShowAtOnce) {
-        write((hasLiveLine_ ? clearLine : "") + line);
-        hasLiveLine_ = false;
-    } else if (held_.size() < maxHeldLines) {
-        held_.push_back(std::move(line));
-    }
-}
-
 void Console::start() {
-    const std::lock_guard lock(mutex_);
-    mode_ = LogMode::ShowAtOnce;
-    for (const std::string& line : held_) {
+    const std::lock_guard lock(state_->mutex);
+    state_->mode = LogMode::ShowAtOnce;
+    for (const std::string& line : state_->held) {
         write(line);
     }
-    held_.clear();
+    state_->held.clear();
 }
 
 void Console::showLiveLine(const std::string& text) {
-    const std::lock_guard lock(mutex_);
-    if (hasLiveLine_ || !text.empty()) {
+    const std::lock_guard lock(state_->mutex);
+    if (state_->hasLiveLine || !text.empty()) {
         write(clearLine + text);
         std::fflush(stderr);
     }
-    hasLiveLine_ = !text.empty();
+    state_->hasLiveLine = !text.empty();
 }
 
 bool Console::isTerminal() {
@@ -84,7 +94,7 @@ bool Console::isTerminal() {
 
 void Console::showError(const std::string& message) {
     showLiveLine({});
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(state_->mutex);
     write("orlix: " + message + "\n");
 }
 

@@ -2,9 +2,8 @@
 // one tearing the other.
 #pragma once
 
-#include <mutex>
+#include <memory>
 #include <string>
-#include <vector>
 
 namespace Orlix::App {
 
@@ -30,12 +29,10 @@ public:
     void showError(const std::string& message);
 
 private:
-    void addLogLine(std::string line);
+    struct State;
 
-    std::mutex mutex_;
-    LogMode mode_;
-    std::vector<std::string> held_;
-    bool hasLiveLine_ = false;
+    // Shared with the sink, which a line in flight may reach after the end of this object.
+    std::shared_ptr<State> state_;
 };
 
 }  // namespace Orlix::App

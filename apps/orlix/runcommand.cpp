@@ -1,4 +1,5 @@
 // The command run: a recipe from its start to its orderly end.
+#include <csignal>
 #include <cstdio>
 #include <iostream>
 #include <utility>
@@ -54,6 +55,10 @@ void runRecipe(const CommonOptions& options, RunCommandOptions command, Console&
              ": this version has no emulated cameras");
     }
     addArguments(command.arguments, command.run);
+    // A reader that has gone, or a limit on the size of files, is an error of a write and ends the
+    // run in order.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     SignalWatch signals;
     Host::Recipe loaded = Host::Recipe::load(command.recipe);
     Host::RecipeGraph graph(std::move(loaded), loadPackages(options), Host::createResourcePool());

@@ -23,13 +23,14 @@ namespace fs = std::filesystem;
 constexpr std::size_t imageCapacity = 16;
 constexpr std::size_t lineCapacity = 4096;
 
-std::string makeFolder(const std::string& folder) {
+// Whether the folder is new.
+bool makeFolder(const std::string& folder) {
     std::error_code failure;
-    fs::create_directories(folder, failure);
+    const bool isNew = fs::create_directories(folder, failure);
     if (failure) {
         fail(folder + ": can not make the folder: " + failure.message());
     }
-    return folder;
+    return isNew;
 }
 
 // Encoding is the work here; half of the processors are left to the graph.
@@ -54,10 +55,10 @@ std::string fileNameOf(const OpenOutput& output) {
 
 OutputWriter::OutputWriter(std::string folder, std::vector<OpenOutput> outputs,
                            std::shared_ptr<RunState> state, std::function<void()> onSpace)
-    : folder_(makeFolder(folder)),
+    : folder_(std::move(folder)),
+      hasMadeFolder_(makeFolder(folder_)),
       outputs_(std::move(outputs)),
       state_(std::move(state)),
-      lines_((fs::path(folder_) / "values.jsonl").string()),
       lineQueue_(
           lineCapacity, 1, [this](const OutputValue& value) { writeLine(value); }, onSpace),
       imageQueue_(
@@ -86,6 +87,26 @@ std::size_t OutputWriter::capacity() const {
 void OutputWriter::finish() {
     lineQueue_.finish();
     imageQueue_.finish();
+    if (state_->failure().empty()) {
+        try {
+            openLines();
+        } catch (...) {
+            state_->fail(currentMessage());
+        }
+    }
+}
+
+void OutputWriter::discard() {
+    if (hasMadeFolder_) {
+        std::error_code ignored;
+        fs::remove(folder_, ignored);
+    }
+}
+
+void OutputWriter::openLines() {
+    if (lines_ == nullptr) {
+        lines_ = std::make_unique<AppendFile>((fs::path(folder_) / "values.jsonl").string());
+    }
 }
 
 std::string OutputWriter::imagePath(const OutputValue& value) const {
@@ -122,7 +143,8 @@ void OutputWriter::writeLine(const OutputValue& value) {
         } else {
             line["value"] = valueAsJson(value.value);
         }
-        lines_.append(printJsonLine(line) + "\n");
+        openLines();
+        lines_->append(printJsonLine(line) + "\n");
     } catch (...) {
         state_->fail(currentMessage());
     }

@@ -18,8 +18,9 @@ namespace Orlix::Host {
 // through its state; what comes later is thrown away.
 class OutputWriter {
 public:
-    // Makes the folder if need be and empties values.jsonl. Throws RuntimeException that names what
-    // can not be made.
+    // Makes the folder if need be; throws RuntimeException that names it if it can not be made.
+    // Files are made with the first value, so that a run that does not start leaves those of an
+    // earlier one alone.
     OutputWriter(std::string folder, std::vector<OpenOutput> outputs,
                  std::shared_ptr<RunState> state, std::function<void()> onSpace);
     ~OutputWriter();
@@ -32,16 +33,21 @@ public:
     [[nodiscard]] std::size_t capacity() const;
     // Writes what waits; a failure is in the state.
     void finish();
+    // In place of finish() when there was no run: removes the folder if it was made for that run.
+    void discard();
 
 private:
     void writeImage(const OutputValue& value);
     void writeLine(const OutputValue& value);
+    // Makes values.jsonl, empty.
+    void openLines();
     [[nodiscard]] std::string imagePath(const OutputValue& value) const;
 
     std::string folder_;
+    bool hasMadeFolder_;
     std::vector<OpenOutput> outputs_;
     std::shared_ptr<RunState> state_;
-    AppendFile lines_;
+    std::unique_ptr<AppendFile> lines_;
     WriteQueue lineQueue_;
     WriteQueue imageQueue_;
 };

@@ -44,7 +44,11 @@ std::string valueText(const Parameter& parameter) {
     std::string text;
     if (isSet(parameter.value)) {
         text = " = ";
-        text += parameter.kind == "String" ? inQuotes(parameter.text) : parameter.text;
+        if (parameter.kind == "String") {
+            text += inQuotes(parameter.text);
+        } else {
+            text += parameter.kind == "Boolean" ? parameterText(parameter.value) : parameter.text;
+        }
     }
     if (!parameter.unit.empty()) {
         text += " " + parameter.unit;

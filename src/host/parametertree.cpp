@@ -1,7 +1,7 @@
 #include "orlixhost/parametertree.h"
 
-#include <algorithm>
 #include <functional>
+#include <set>
 
 #include "genapi/inodemap.h"
 #include "genapi/pointer.h"
@@ -168,14 +168,18 @@ private:
     Parameter result_;
 };
 
-// Walks the categories from the outside in; one that contains itself is entered once.
+// Deeper than any camera's tree; a hostile one must not use up the stack.
+constexpr std::size_t maxDepth = 100;
+
+// Walks the categories from the outside in. Each is entered once, under the first one that has it,
+// so that categories which contain each other come to an end.
 class TreeWalk {
 public:
     explicit TreeWalk(std::function<void(GenApi::INode&, const std::string&)> visitor)
         : visitor_(std::move(visitor)) {}
 
-    void visit(GenApi::ICategory& category, const std::string& path) {
-        open_.push_back(&category);
+    void visit(GenApi::ICategory& category, const std::string& path, std::size_t depth = 0) {
+        entered_.insert(&category);
         GenApi::FeatureList_t features;
         category.GetFeatures(features);
         for (GenApi::IValue* feature : features) {
@@ -183,16 +187,18 @@ public:
             auto* inner = dynamic_cast<GenApi::ICategory*>(node);
             if (inner == nullptr) {
                 visitor_(*node, path);
-            } else if (std::find(open_.begin(), open_.end(), inner) == open_.end()) {
-                visit(*inner, path + "/" + node->GetDisplayName().str());
+            } else if (entered_.count(inner) == 0) {
+                if (depth == maxDepth) {
+                    fail("the categories are nested deeper than 100 levels");
+                }
+                visit(*inner, path + "/" + node->GetDisplayName().str(), depth + 1);
             }
         }
-        open_.pop_back();
     }
 
 private:
     std::function<void(GenApi::INode&, const std::string&)> visitor_;
-    std::vector<GenApi::ICategory*> open_;
+    std::set<const GenApi::ICategory*> entered_;
 };
 
 std::string join(const std::vector<std::string>& texts) {

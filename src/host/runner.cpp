@@ -69,10 +69,15 @@ public:
 
     RunReport run(const RunObserver& observer) {
         RunReport report;
-        allocate();
-        if (!state_->isEnding()) {
-            report.seconds = runStarted(observer);
+        try {
+            begin();
+        } catch (...) {
+            if (writer_ != nullptr) {
+                writer_->discard();
+            }
+            throw;
         }
+        report.seconds = watchUntilEnd(observer);
         if (writer_ != nullptr) {
             writer_->finish();
         }
@@ -126,7 +131,8 @@ private:
         }
     }
 
-    double runStarted(const RunObserver& observer) {
+    void begin() {
+        allocate();
         try {
             recipe_.start(startArguments(options_));
         } catch (...) {
@@ -134,6 +140,9 @@ private:
             throw;
         }
         start_ = RunClock::now();
+    }
+
+    double watchUntilEnd(const RunObserver& observer) {
         if (observer.onStarted) {
             observer.onStarted();
         }

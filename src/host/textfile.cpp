@@ -16,6 +16,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Far above any recipe or description; a device that never ends must not fill the memory.
+constexpr std::size_t maxTextSize = std::size_t{256} * 1024 * 1024;
+
 [[noreturn]] void failWithErrno(const std::string& path, const std::string& what) {
     const int code = errno;
     fail(path + ": " + what + ": " + std::generic_category().message(code));
@@ -114,6 +117,9 @@ std::string readTextFile(const std::string& path) {
         }
         if (count > 0) {
             text.append(block.data(), static_cast<std::size_t>(count));
+            if (text.size() > maxTextSize) {
+                fail(path + ": can not read: is larger than 256 MiB");
+            }
         } else if (errno != EINTR) {
             failWithErrno(path, "can not read");
         }

@@ -310,6 +310,40 @@ TEST_F(BadFolder, FullDiskEndsTheRun) {
                   (folder_ / "out/values.jsonl") + ": can not write: No space left on device");
 }
 
+TEST_F(BadFolder, FileThatCanNotGrowEndsTheRun) {
+    // The shell limits the size of files to nothing.
+    const std::string command = "ulimit -f 0; exec \"$0\" run \"$1\" --package \"$2\" --out \"$3\"";
+    expectFailure(Program("/bin/sh", {"-c", command, orlixFile(), recipe_, testPackage("testnodes"),
+                                      folder_ / "out"})
+                      .wait(),
+                  (folder_ / "out/values.jsonl") + ": can not write: File too large");
+}
+
+TEST_F(BadFolder, ImageThatCanNotBeWrittenEndsTheRunAndIsNamed) {
+    writePictures(folder_, "images", 1);
+    const std::string recipe =
+        writeReplayRecipe(folder_, R"("sourcePath": "images", "runContinuously": true)");
+    std::filesystem::create_directories(folder_ / "out/Converter.Image.000001.png/blocked");
+    const ProgramResult result = runOrlix({"run", recipe, "--out", folder_ / "out"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(linesOf(result.err).size(), 1U) << result.err;
+    EXPECT_NE(result.err.find(folder_ / "out/Converter.Image.000001.png"), std::string::npos)
+        << result.err;
+}
+
+TEST_F(BadFolder, RunThatDoesNotStartMakesNone) {
+    const std::string recipe = writeReplayRecipe(folder_, "");
+    EXPECT_EQ(runOrlix({"run", recipe, "--out", folder_ / "out"}).exitCode, 1);
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "out"));
+}
+
+TEST_F(BadFolder, RunThatDoesNotStartLeavesEarlierResultsAlone) {
+    const std::string recipe = writeReplayRecipe(folder_, "");
+    folder_.write("out/values.jsonl", "earlier\n");
+    EXPECT_EQ(runOrlix({"run", recipe, "--out", folder_ / "out"}).exitCode, 1);
+    EXPECT_EQ(readFile(folder_ / "out/values.jsonl"), "earlier\n");
+}
+
 TEST_F(BadFolder, SaveThatFailsLeavesNothingBehind) {
     const std::vector<std::string> before = folder_.list();
     expectFailure(runWithTestNodes({"save", recipe_, "-o", folder_ / "none/r.json"}),

@@ -60,6 +60,9 @@ TEST(ParamsCommand, TextHasALineForEachParameter) {
         result.out.find("  FramesPerSecond = 1  (Integer, RW, Beginner)  [1 .. 500, inc 1]\n"),
         std::string::npos)
         << result.out;
+    EXPECT_NE(result.out.find("  RunContinuously = false  (Boolean, RW, Beginner)\n"),
+              std::string::npos)
+        << result.out;
 }
 
 TEST(ParamsCommand, UnknownTypeIsNamed) {
@@ -132,6 +135,22 @@ TEST_F(NodemapCommand, FileThatIsNotWellFormedIsOneErrorWithItsPlace) {
     EXPECT_EQ(result.err.find("orlix: " + file + ": "), 0U) << result.err;
     EXPECT_NE(result.err.find("line 2"), std::string::npos) << result.err;
     EXPECT_NE(result.err.find("column"), std::string::npos) << result.err;
+}
+
+TEST_F(NodemapCommand, CategoriesThatContainEachOtherComeToAnEnd) {
+    const std::string file = folder_.write(
+        "camera.xml", R"(<RegisterDescription ModelName="M" VendorName="V" StandardNameSpace="None"
+  SchemaMajorVersion="1" SchemaMinorVersion="1" SchemaSubMinorVersion="0" MajorVersion="1"
+  MinorVersion="0" SubMinorVersion="0" ProductGuid="1" VersionGuid="1"
+  xmlns="http://www.genicam.org/GenApi/Version_1_1">
+  <Category Name="Root"><pFeature>A</pFeature><pFeature>B</pFeature></Category>
+  <Category Name="A"><pFeature>B</pFeature></Category>
+  <Category Name="B"><pFeature>A</pFeature><pFeature>Gain</pFeature></Category>
+  <Integer Name="Gain"><Value>1</Value></Integer></RegisterDescription>)");
+    const ProgramResult result = runOrlix({"nodemap", file});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out.find("Root/A/B\n  Gain = 1  (Integer, "), 0U) << result.out;
+    EXPECT_EQ(result.out.find("  Gain = ", 20), std::string::npos) << result.out;
 }
 
 TEST_F(NodemapCommand, MissingFileIsNamed) {
