@@ -109,6 +109,7 @@ struct NumberDetail {
     NodeId index = noNode;
     Slice table;
     Number fallback;
+    Slice validValues;  // ValidValueSet, ascending
 };
 
 struct BooleanDetail {
@@ -225,6 +226,7 @@ struct Description {
     std::vector<NodeId> links;  // what the slices of nodes mean, but for names and texts
     std::vector<AddressTerm> terms;
     std::vector<IndexedNumber> indexed;
+    std::vector<Number> validValues;
     std::string texts;
     NameIndex names;
     std::uint32_t heldNumbers = 0;

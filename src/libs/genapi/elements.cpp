@@ -198,6 +198,8 @@ std::optional<EEndianess> endianessOf(std::string_view word) {
     return find(endianessWords, word);
 }
 
-std::optional<Slope> slopeOf(std::string_view word) { return find(slopeWords, word); }
+std::optional<Slope> slopeOf(std::string_view word) {
+    return find(slopeWords, word);
+}
 
 }  // namespace GenApi::Detail

@@ -65,6 +65,9 @@ public:
     [[nodiscard]] double realMaximum(NodeId id);
     // 0 for none.
     [[nodiscard]] double realIncrement(NodeId id);
+    // The only values that may be written, ascending; empty where the increment decides.
+    [[nodiscard]] std::vector<std::int64_t> validIntegers(NodeId id);
+    [[nodiscard]] std::vector<double> validReals(NodeId id);
     [[nodiscard]] std::int64_t maximumLength(NodeId id);
     void imposeMinimum(NodeId id, double value);
     void imposeMaximum(NodeId id, double value);
@@ -254,11 +257,13 @@ private:
     [[nodiscard]] bool isFalling(NodeId id, bool hasLow, FormulaNumber fromLow, bool hasHigh,
                                  FormulaNumber fromHigh, FormulaNumber low, FormulaNumber high);
     [[nodiscard]] FormulaNumber convertedIncrement(NodeId id);
+    [[nodiscard]] std::vector<FormulaNumber> validValues(NodeId id);
 
     // engineranges.cpp
     [[nodiscard]] std::int64_t registerMinimum(NodeId id);
     [[nodiscard]] std::int64_t registerMaximum(NodeId id);
     [[nodiscard]] ImposedRange& imposed(NodeId id);
+    [[nodiscard]] const ImposedRange* imposedOn(NodeId id) const;
 
     // enginewrite.cpp: all checks first, down the whole chain, then the writes.
     void checkInteger(NodeId id, std::int64_t value, Verify verify);

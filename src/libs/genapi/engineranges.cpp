@@ -28,6 +28,14 @@ Engine::ImposedRange& Engine::imposed(NodeId id) {
         .first->second;
 }
 
+const Engine::ImposedRange* Engine::imposedOn(NodeId id) const {
+    if (imposedRanges_.empty()) {
+        return nullptr;
+    }
+    const auto place = imposedRanges_.find(id);
+    return place == imposedRanges_.end() ? nullptr : &place->second;
+}
+
 void Engine::imposeMinimum(NodeId id, std::int64_t value) {
     imposed(id).minimum = std::max(imposed(id).minimum, value);
     touch(id);
@@ -53,6 +61,8 @@ std::int64_t Engine::minimum(NodeId id) {
             const NumberDetail& detail = d_->numbers[node(id).detail];
             if (detail.minimum.given) {
                 result = integerOf(detail.minimum);
+            } else if (detail.validValues.count != 0) {
+                result = d_->validValues[detail.validValues.begin].integer;
             } else if (const Number source = sourceOf(id); source.link != noNode) {
                 result = minimum(source.link);
             }
@@ -70,14 +80,20 @@ std::int64_t Engine::minimum(NodeId id) {
         case Kind::maskedIntReg:
             result = registerMinimum(id);
             break;
+        case Kind::intConverter:
+            result = integerResult(id, convertedRange(id).minimum);
+            break;
         case Kind::floating:
         case Kind::floatReg:
+        case Kind::swissKnife:
+        case Kind::converter:
             result = clampToInteger(realMinimum(id));
             break;
         default:
             break;
     }
-    return imposedRanges_.empty() ? result : std::max(result, imposed(id).minimum);
+    const ImposedRange* narrowed = imposedOn(id);
+    return narrowed == nullptr ? result : std::max(result, narrowed->minimum);
 }
 
 std::int64_t Engine::maximum(NodeId id) {
@@ -88,6 +104,9 @@ std::int64_t Engine::maximum(NodeId id) {
             const NumberDetail& detail = d_->numbers[node(id).detail];
             if (detail.maximum.given) {
                 result = integerOf(detail.maximum);
+            } else if (detail.validValues.count != 0) {
+                result = d_->validValues[detail.validValues.begin + detail.validValues.count - 1]
+                             .integer;
             } else if (const Number source = sourceOf(id); source.link != noNode) {
                 result = maximum(source.link);
             }
@@ -105,14 +124,20 @@ std::int64_t Engine::maximum(NodeId id) {
         case Kind::maskedIntReg:
             result = registerMaximum(id);
             break;
+        case Kind::intConverter:
+            result = integerResult(id, convertedRange(id).maximum);
+            break;
         case Kind::floating:
         case Kind::floatReg:
+        case Kind::swissKnife:
+        case Kind::converter:
             result = clampToInteger(realMaximum(id));
             break;
         default:
             break;
     }
-    return imposedRanges_.empty() ? result : std::min(result, imposed(id).maximum);
+    const ImposedRange* narrowed = imposedOn(id);
+    return narrowed == nullptr ? result : std::min(result, narrowed->maximum);
 }
 
 std::int64_t Engine::increment(NodeId id) {
@@ -153,15 +178,23 @@ double Engine::realMinimum(NodeId id) {
         const NumberDetail& detail = d_->numbers[node(id).detail];
         if (detail.minimum.given) {
             result = realOf(detail.minimum);
+        } else if (detail.validValues.count != 0) {
+            result = d_->validValues[detail.validValues.begin].real;
         } else if (const Number source = sourceOf(id); source.link != noNode) {
             result = realMinimum(source.link);
+        }
+        for (const Slice list : {detail.copiesBefore, detail.copiesAfter}) {
+            for (const NodeId copy : d_->list(list)) {
+                result = std::max(result, realMinimum(copy));
+            }
         }
     } else if (node(id).kind == Kind::converter) {
         result = convertedRange(id).minimum.asReal();
     } else if (node(id).kind == Kind::floatReg && length(id) == 4) {
         result = -static_cast<double>(std::numeric_limits<float>::max());
     }
-    return imposedRanges_.empty() ? result : std::max(result, imposed(id).realMinimum);
+    const ImposedRange* narrowed = imposedOn(id);
+    return narrowed == nullptr ? result : std::max(result, narrowed->realMinimum);
 }
 
 double Engine::realMaximum(NodeId id) {
@@ -174,15 +207,23 @@ double Engine::realMaximum(NodeId id) {
         const NumberDetail& detail = d_->numbers[node(id).detail];
         if (detail.maximum.given) {
             result = realOf(detail.maximum);
+        } else if (detail.validValues.count != 0) {
+            result = d_->validValues[detail.validValues.begin + detail.validValues.count - 1].real;
         } else if (const Number source = sourceOf(id); source.link != noNode) {
             result = realMaximum(source.link);
+        }
+        for (const Slice list : {detail.copiesBefore, detail.copiesAfter}) {
+            for (const NodeId copy : d_->list(list)) {
+                result = std::min(result, realMaximum(copy));
+            }
         }
     } else if (node(id).kind == Kind::converter) {
         result = convertedRange(id).maximum.asReal();
     } else if (node(id).kind == Kind::floatReg && length(id) == 4) {
         result = static_cast<double>(std::numeric_limits<float>::max());
     }
-    return imposedRanges_.empty() ? result : std::min(result, imposed(id).realMaximum);
+    const ImposedRange* narrowed = imposedOn(id);
+    return narrowed == nullptr ? result : std::min(result, narrowed->realMaximum);
 }
 
 double Engine::realIncrement(NodeId id) {
@@ -202,6 +243,50 @@ double Engine::realIncrement(NodeId id) {
     }
     const Number source = sourceOf(id);
     return source.link != noNode ? realIncrement(source.link) : 0;
+}
+
+// As the node has them, or its target, through converters on the way.
+std::vector<FormulaNumber> Engine::validValues(NodeId id) {
+    const Visit visit(*this, id, busyIncrement);
+    const Node& self = node(id);
+    std::vector<FormulaNumber> values;
+    if (self.kind == Kind::integer || self.kind == Kind::floating) {
+        const Slice own = d_->numbers[self.detail].validValues;
+        for (std::uint32_t i = 0; i < own.count; ++i) {
+            const Number& value = d_->validValues[own.begin + i];
+            values.push_back(self.kind == Kind::integer ? FormulaNumber::of(value.integer)
+                                                        : FormulaNumber::of(value.real));
+        }
+        if (values.empty()) {
+            const Number source = sourceOf(id);
+            return source.link == noNode ? values : validValues(source.link);
+        }
+    } else if (self.kind == Kind::intConverter || self.kind == Kind::converter) {
+        values = validValues(self.value);
+        for (FormulaNumber& value : values) {
+            value = evaluate(id, d_->formulas[self.detail].read, value);
+        }
+        std::sort(values.begin(), values.end(), [](FormulaNumber a, FormulaNumber b) {
+            return a.isReal || b.isReal ? a.asReal() < b.asReal() : a.integer < b.integer;
+        });
+    }
+    return values;
+}
+
+std::vector<std::int64_t> Engine::validIntegers(NodeId id) {
+    std::vector<std::int64_t> result;
+    for (const FormulaNumber value : validValues(id)) {
+        result.push_back(integerResult(id, value));
+    }
+    return result;
+}
+
+std::vector<double> Engine::validReals(NodeId id) {
+    std::vector<double> result;
+    for (const FormulaNumber value : validValues(id)) {
+        result.push_back(value.asReal());
+    }
+    return result;
 }
 
 std::int64_t Engine::maximumLength(NodeId id) {

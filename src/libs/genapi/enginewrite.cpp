@@ -109,6 +109,13 @@ void Engine::checkRange(NodeId id, std::int64_t value) {
                      says(id, "can not take " + std::to_string(value) + ": its range is " +
                                   rangeText(low, high) + "."));
     }
+    if (const auto valid = validIntegers(id); !valid.empty()) {
+        if (!std::binary_search(valid.begin(), valid.end(), value)) {
+            GENAPI_THROW(OutOfRangeException, says(id, "can not take " + std::to_string(value) +
+                                                           ": it is none of its valid values."));
+        }
+        return;
+    }
     const std::int64_t step = increment(id);
     // The distance from the minimum always fits an unsigned number.
     const std::uint64_t distance =
@@ -195,8 +202,19 @@ void Engine::checkReal(NodeId id, double value, Verify verify) {
                 says(id, "can not take " + formatFloatExactly(value) + ": its range is " +
                              formatFloatExactly(low) + " to " + formatFloatExactly(high) + "."));
         }
+        const auto valid = validReals(id);
+        if (!valid.empty() && !std::binary_search(valid.begin(), valid.end(), value)) {
+            GENAPI_THROW(OutOfRangeException, says(id, "can not take " + formatFloatExactly(value) +
+                                                           ": it is none of its valid values."));
+        }
     }
     if (self.kind == Kind::floating) {
+        const NumberDetail& detail = d_->numbers[self.detail];
+        for (const Slice list : {detail.copiesBefore, detail.copiesAfter}) {
+            for (const NodeId copy : d_->list(list)) {
+                checkReal(copy, value, verify);
+            }
+        }
         if (const Number source = sourceOf(id); source.link != noNode) {
             checkReal(source.link, value, verify);
         }
@@ -259,8 +277,12 @@ void Engine::storeInteger(NodeId id, std::int64_t value) {
             return;
         case Kind::floating:
         case Kind::floatReg:
+        case Kind::converter:
             storeReal(id, static_cast<double>(value));
             return;
+        case Kind::intConverter:
+            storeConverted(id, FormulaNumber::of(value));
+            break;
         case Kind::boolean: {
             const BooleanDetail& detail = d_->booleans[self.detail];
             value = value != 0 ? detail.on : detail.off;
@@ -298,10 +320,20 @@ void Engine::storeReal(NodeId id, double value) {
     }
     if (self.kind == Kind::converter) {
         storeConverted(id, FormulaNumber::of(value));
-    } else if (const Number source = sourceOf(id); source.link != noNode) {
+        touch(id);
+        return;
+    }
+    const NumberDetail& detail = d_->numbers[self.detail];
+    for (const NodeId copy : d_->list(detail.copiesBefore)) {
+        storeReal(copy, value);
+    }
+    if (const Number source = sourceOf(id); source.link != noNode) {
         storeReal(source.link, value);
     } else {
         heldNumbers_[self.held].real = value;
+    }
+    for (const NodeId copy : d_->list(detail.copiesAfter)) {
+        storeReal(copy, value);
     }
     touch(id);
 }

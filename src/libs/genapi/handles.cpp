@@ -73,8 +73,13 @@ public:
         const Call call(map());
         return engine().increment(id());
     }
-    [[nodiscard]] EIncMode GetIncMode() override { return fixedIncrement; }
-    [[nodiscard]] int64_autovector_t GetListOfValidValues() override { return {}; }
+    [[nodiscard]] EIncMode GetIncMode() override {
+        return GetListOfValidValues().empty() ? fixedIncrement : listIncrement;
+    }
+    [[nodiscard]] int64_autovector_t GetListOfValidValues() override {
+        const Call call(map());
+        return engine().validIntegers(id());
+    }
     [[nodiscard]] ERepresentation GetRepresentation() override {
         return engine().representation(id());
     }
@@ -114,7 +119,12 @@ public:
         const Call call(map());
         return engine().realIncrement(id()) != 0;
     }
-    [[nodiscard]] EIncMode GetIncMode() override { return HasInc() ? fixedIncrement : noIncrement; }
+    [[nodiscard]] EIncMode GetIncMode() override {
+        if (!GetListOfValidValues().empty()) {
+            return listIncrement;
+        }
+        return HasInc() ? fixedIncrement : noIncrement;
+    }
     [[nodiscard]] double GetInc() override {
         const Call call(map());
         const double increment = engine().realIncrement(id());
@@ -123,7 +133,10 @@ public:
         }
         return increment;
     }
-    [[nodiscard]] double_autovector_t GetListOfValidValues() override { return {}; }
+    [[nodiscard]] double_autovector_t GetListOfValidValues() override {
+        const Call call(map());
+        return engine().validReals(id());
+    }
     [[nodiscard]] ERepresentation GetRepresentation() override {
         return engine().representation(id());
     }

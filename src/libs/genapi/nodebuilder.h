@@ -47,6 +47,7 @@ private:
         std::vector<FormulaVariable> variables;
         std::vector<AddressTerm> terms;
         std::vector<IndexedNumber> indexed;
+        std::vector<Number> validValues;
         bool hasEntryValue = false;
         bool hasNumeric = false;
         bool hasBitFirst = false;
@@ -65,6 +66,7 @@ private:
     bool applyKind(Element element, pugi::xml_node child);
     bool applyNumber(Element element, pugi::xml_node child);
     bool applyIndexed(Element element, pugi::xml_node child);
+    void applyValidValues(pugi::xml_node child);
     bool applyBoolean(Element element, pugi::xml_node child);
     bool applyEnumeration(Element element, pugi::xml_node child);
     bool applyEntry(Element element, pugi::xml_node child);

@@ -106,6 +106,9 @@ bool NodeBuilder::applyIndexed(Element element, pugi::xml_node child) {
         case Element::pIndex:
             detail.index = link(child, Wanted::number);
             return true;
+        case Element::ValidValueSet:
+            applyValidValues(child);
+            return true;
         case Element::ValueIndexed:
             add(number(child));
             return true;
@@ -121,6 +124,31 @@ bool NodeBuilder::applyIndexed(Element element, pugi::xml_node child) {
         default:
             return false;
     }
+}
+
+// Numbers between semicolons.
+void NodeBuilder::applyValidValues(pugi::xml_node child) {
+    const std::string text = textOf(child);
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find(';', begin), text.size());
+        const std::string_view part = trim(std::string_view(text).substr(begin, end - begin));
+        begin = end + 1;
+        if (part.empty()) {
+            continue;
+        }
+        const auto whole = parseInteger(part);
+        const auto real = parseFloat(part);
+        if (!real || (node_.kind == Kind::integer && !whole)) {
+            setBroken("its valid value '" + std::string(part) + "' is no number", child);
+            return;
+        }
+        draft_.validValues.push_back({noNode, true, whole.value_or(0), *real});
+    }
+    const bool isReal = node_.kind == Kind::floating;
+    std::sort(draft_.validValues.begin(), draft_.validValues.end(),
+              [isReal](const Number& a, const Number& b) {
+                  return isReal ? a.real < b.real : a.integer < b.integer;
+              });
 }
 
 bool NodeBuilder::applyBoolean(Element element, pugi::xml_node child) {
@@ -432,6 +460,10 @@ void NodeBuilder::finishNumber(bool isFloat) {
     detail.table = {static_cast<std::uint32_t>(d_.indexed.size()),
                     static_cast<std::uint32_t>(draft_.indexed.size())};
     d_.indexed.insert(d_.indexed.end(), draft_.indexed.begin(), draft_.indexed.end());
+    detail.validValues = {static_cast<std::uint32_t>(d_.validValues.size()),
+                          static_cast<std::uint32_t>(draft_.validValues.size())};
+    d_.validValues.insert(d_.validValues.end(), draft_.validValues.begin(),
+                          draft_.validValues.end());
     node_.detail = append(d_.numbers, detail);
 }
 
