@@ -2,6 +2,7 @@
 // header only; every module compiles them for its own types.
 #pragma once
 
+#include <atomic>
 #include <cstring>
 #include <exception>
 
@@ -113,6 +114,12 @@ ITypeRegistrationSlot* TypeInfo::getSlot() {
 
 template <typename T>
 TypeInfo TypeInfo::getTypeInfo(bool throwOnError) {
+    // Data never changes once it is there, so the way to it is gone only until it is found: values
+    // are asked for their type several times per frame.
+    static std::atomic<const ITypeInfoData*> known{nullptr};
+    if (const ITypeInfoData* data = known.load(std::memory_order_acquire)) {
+        return TypeInfo(data);
+    }
     const ITypeRegistrationSlot* slot = getSlot<T>();
     if (slot == nullptr) {
         if (throwOnError) {
@@ -125,6 +132,7 @@ TypeInfo TypeInfo::getTypeInfo(bool throwOnError) {
         throw GenICam::RuntimeException("The requested type is not registered.", __FILE__,
                                         __LINE__);
     }
+    known.store(data, std::memory_order_release);
     return TypeInfo(data);
 }
 

@@ -41,12 +41,13 @@ public:
     const TypeInfo& getValueType() const noexcept override { return type_; }
 
     const void* getPointer(const TypeInfo& type) const override {
-        return Detail::getPointerAs(value_.getConst(), type);
+        return type_cast(value_.getConst()->getRawPointer(), type_, type);
     }
     void* getWritablePointer(const TypeInfo& type) override {
         // A type that doesn't fit is no reason for a copy.
-        return getPointer(type) == nullptr ? nullptr
-                                           : Detail::getPointerAs(value_.operator->(), type);
+        return getPointer(type) == nullptr
+                   ? nullptr
+                   : type_cast(value_.operator->()->getRawPointer(), type_, type);
     }
     COWPtrBase::IObjectWrapper* getObjectWrapper() const noexcept override {
         return value_.wrapper_;
