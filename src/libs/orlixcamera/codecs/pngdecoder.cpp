@@ -32,39 +32,47 @@ struct Target {
     std::size_t keptBytes = 0;
 };
 
-Target chooseTarget(const spng_ihdr& header, bool hasTransparency) {
-    const bool isDeep = header.bit_depth == 16;
-    switch (header.color_type) {
-        case SPNG_COLOR_TYPE_GRAYSCALE:
-            if (isDeep) {
-                return {PixelType_Mono16, SPNG_FMT_PNG, 0};
-            }
-            break;
-        case SPNG_COLOR_TYPE_GRAYSCALE_ALPHA:
-            if (isDeep) {
-                return {PixelType_Mono16, SPNG_FMT_PNG, 0, 2};
-            }
-            return {PixelType_RGBA8Packed, SPNG_FMT_RGBA8, 0};
-        case SPNG_COLOR_TYPE_TRUECOLOR:
-            if (isDeep) {
-                return {PixelType_RGB16Packed, SPNG_FMT_PNG, 0};
-            }
-            break;
-        case SPNG_COLOR_TYPE_TRUECOLOR_ALPHA:
-            if (isDeep) {
-                return {PixelType_RGB16Packed, SPNG_FMT_PNG, 0, 6};
-            }
-            return {PixelType_RGBA8Packed, SPNG_FMT_RGBA8, 0};
-        default:
-            break;
+struct Rule {
+    int colorType;
+    bool isDeep;
+    bool isTransparent;  // by a colour or palette entries that are, not by samples
+    Target target;
+};
+
+constexpr int gray = SPNG_COLOR_TYPE_GRAYSCALE;
+constexpr int grayAlpha = SPNG_COLOR_TYPE_GRAYSCALE_ALPHA;
+constexpr int color = SPNG_COLOR_TYPE_TRUECOLOR;
+constexpr int colorAlpha = SPNG_COLOR_TYPE_TRUECOLOR_ALPHA;
+constexpr int palette = SPNG_COLOR_TYPE_INDEXED;
+
+constexpr Target transparent8 = {PixelType_RGBA8Packed, SPNG_FMT_RGBA8, SPNG_DECODE_TRNS};
+
+constexpr std::array<Rule, 14> rules = {{
+    {gray, false, false, {PixelType_Mono8, SPNG_FMT_G8, 0}},
+    {gray, false, true, transparent8},
+    {gray, true, false, {PixelType_Mono16, SPNG_FMT_PNG, 0}},
+    {gray, true, true, {PixelType_Mono16, SPNG_FMT_PNG, 0}},
+    {grayAlpha, false, false, {PixelType_RGBA8Packed, SPNG_FMT_RGBA8, 0}},
+    {grayAlpha, true, false, {PixelType_Mono16, SPNG_FMT_PNG, 0, 2}},
+    {color, false, false, {PixelType_RGB8Packed, SPNG_FMT_RGB8, 0}},
+    {color, false, true, transparent8},
+    {color, true, false, {PixelType_RGB16Packed, SPNG_FMT_PNG, 0}},
+    {color, true, true, {PixelType_RGB16Packed, SPNG_FMT_PNG, 0}},
+    {colorAlpha, false, false, {PixelType_RGBA8Packed, SPNG_FMT_RGBA8, 0}},
+    {colorAlpha, true, false, {PixelType_RGB16Packed, SPNG_FMT_PNG, 0, 6}},
+    {palette, false, false, {PixelType_RGB8Packed, SPNG_FMT_RGB8, 0}},
+    {palette, false, true, transparent8},
+}};
+
+Target chooseTarget(const spng_ihdr& header, bool isTransparent) {
+    const auto* rule = std::find_if(rules.begin(), rules.end(), [&](const Rule& known) {
+        return known.colorType == header.color_type && known.isDeep == (header.bit_depth == 16) &&
+               known.isTransparent == isTransparent;
+    });
+    if (rule == rules.end()) {
+        throw CodecError("colour type " + std::to_string(header.color_type) + " is not supported");
     }
-    if (hasTransparency) {
-        return {PixelType_RGBA8Packed, SPNG_FMT_RGBA8, SPNG_DECODE_TRNS};
-    }
-    if (header.color_type == SPNG_COLOR_TYPE_GRAYSCALE) {
-        return {PixelType_Mono8, SPNG_FMT_G8, 0};
-    }
-    return {PixelType_RGB8Packed, SPNG_FMT_RGB8, 0};
+    return rule->target;
 }
 
 std::uint64_t bitsPerPixel(const spng_ihdr& header) {
@@ -121,8 +129,6 @@ PngDecoder::PngDecoder(const InputFile& file)
     constexpr std::size_t smallestLimit = std::size_t{1} << 20U;
     const std::size_t limit = std::min<std::size_t>(std::max(smallestLimit, fileSize_), INT32_MAX);
     Check(spng_set_chunk_limits(context_.get(), limit, 2 * limit));
-    // A damaged comment does not spoil the picture.
-    Check(spng_set_crc_action(context_.get(), SPNG_CRC_ERROR, SPNG_CRC_DISCARD));
     Check(spng_set_png_stream(context_.get(), &PngDecoder::ReadBytes, this));
 }
 
