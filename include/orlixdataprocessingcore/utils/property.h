@@ -1,12 +1,12 @@
 // A typed holder of a value with reflection by Variant: a node's input or output of one job.
-// Values go in and out as COWPtr handles, so nothing is copied that nobody writes to. Each
-// property has its own mutex; all operations are safe from any thread.
+// Values go in and out as COWPtr handles, so nothing is copied that nobody writes to. A property
+// belongs to one thread at a time, which for those of a node is the thread that runs its job: a
+// lock for every access would cost more than all the rest of a short job.
 #pragma once
 
 #include <memory>
 
 #include "orlixdataprocessingcore/api.h"
-#include "orlixdataprocessingcore/threading/recursivemutex.h"
 #include "orlixdataprocessingcore/utils/cowptr.h"
 #include "orlixdataprocessingcore/utils/typeinfo.h"
 #include "orlixdataprocessingcore/utils/variant.h"
@@ -43,6 +43,8 @@ public:
     virtual void reset() = 0;
     // The value, which the property keeps only if it is not made to reset on get.
     [[nodiscard]] virtual Variant takeVariant() = 0;
+    // The value, which the property lets go of in any case. An invalid Variant if there is none.
+    [[nodiscard]] virtual Variant moveVariant() = 0;
 };
 
 template <typename T>
@@ -73,17 +75,17 @@ template <typename T>
 class ResettableProperty final : public IResettablePropertyT<T> {
 public:
     explicit ResettableProperty(bool resetOnGet = false) : resetOnGet_(resetOnGet) {}
-    // Copying shares the value, or resets this property as the other one is. The two locks are
-    // never held together.
+    // Copying shares the value, or resets this property as the other one is.
     ResettableProperty(const ResettableProperty& other);
     ResettableProperty& operator=(const ResettableProperty& other);
 
     TypeInfo getValueType() const override { return TypeInfo::getTypeInfo<T>(false); }
-    bool isSet() const override;
+    bool isSet() const override { return value_.isValid(); }
     Variant getVariant(const gcstring& path = gcstring()) const override;
     void setVariant(const gcstring& path, const Variant& value) override;
     void reset() override;
     Variant takeVariant() override;
+    Variant moveVariant() override;
 
     COWPtr<T> getValue() const override;
     COWPtr<T> takeValue() override;
@@ -93,12 +95,10 @@ public:
     void setValue(const T& value) override { setValue(&value); }
 
 private:
-    [[nodiscard]] COWPtr<T> share() const;
     void setSubproperty(const gcstring& path, const Variant& value);
 
     COWPtr<T> value_;  // empty in the reset state
     bool resetOnGet_;
-    mutable Threading::RecursiveMutex mutex_;
 };
 
 }  // namespace Orlix::DataProcessing::Utils

@@ -38,16 +38,16 @@ public:
     template <typename T>
     Variant(COWPtr<T> value);  // NOLINT: a handle is as good as its Variant
 
-    Variant(const Variant& other) noexcept;
+    inline Variant(const Variant& other) noexcept;
     Variant(Variant&& other) noexcept : wrapper_(std::exchange(other.wrapper_, nullptr)) {}
-    Variant& operator=(const Variant& other) noexcept;
-    Variant& operator=(Variant&& other) noexcept;
-    ~Variant();
+    inline Variant& operator=(const Variant& other) noexcept;
+    inline Variant& operator=(Variant&& other) noexcept;
+    inline ~Variant();
 
     [[nodiscard]] bool isValid() const noexcept { return wrapper_ != nullptr; }
     // The dynamic type of the value; invalid without one.
     [[nodiscard]] TypeInfo getValueType() const;
-    void reset() noexcept;
+    inline void reset() noexcept;
 
     // The value as the given type: null if there is none or it is no such type. With throwOnError,
     // a Variant without value throws. The non-const form makes the value private first.

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "gcbase/gcexception.h"
-#include "orlixdataprocessingcore/threading/uniquelock.h"
 #include "orlixdataprocessingcore/utils/property.h"
 #include "orlixdataprocessingcore/utils/propertyinfo.h"
 
@@ -12,43 +11,25 @@ namespace Orlix::DataProcessing::Utils {
 
 template <typename T>
 ResettableProperty<T>::ResettableProperty(const ResettableProperty& other)
-    : value_(other.share()), resetOnGet_(other.resetOnGet_) {}
+    : value_(other.value_), resetOnGet_(other.resetOnGet_) {}
 
 template <typename T>
 ResettableProperty<T>& ResettableProperty<T>::operator=(const ResettableProperty& other) {
-    if (this != &other) {
-        COWPtr<T> value = other.share();
-        Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
-        std::swap(value_, value);
-    }
+    COWPtr<T> value = other.value_;
+    std::swap(value_, value);
     return *this;
-}
-
-// The value or an empty handle.
-template <typename T>
-COWPtr<T> ResettableProperty<T>::share() const {
-    Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
-    return value_;
-}
-
-template <typename T>
-bool ResettableProperty<T>::isSet() const {
-    Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
-    return value_.isValid();
 }
 
 template <typename T>
 COWPtr<T> ResettableProperty<T>::getValue() const {
-    COWPtr<T> value = share();
-    if (!value.isValid()) {
+    if (!value_.isValid()) {
         throw GenICam::PropertyException("Property is resetted.", __FILE__, __LINE__);
     }
-    return value;
+    return value_;
 }
 
 template <typename T>
 COWPtr<T> ResettableProperty<T>::takeValue() {
-    Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
     if (!value_.isValid()) {
         throw GenICam::PropertyException("Property is resetted.", __FILE__, __LINE__);
     }
@@ -57,10 +38,8 @@ COWPtr<T> ResettableProperty<T>::takeValue() {
 
 template <typename T>
 void ResettableProperty<T>::reset() {
-    // The value is destroyed behind the lock.
-    COWPtr<T> value;
-    Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
-    std::swap(value_, value);
+    // Reset first: the end of the value may be foreign code that looks here.
+    const COWPtr<T> value = std::exchange(value_, COWPtr<T>());
 }
 
 template <typename T>
@@ -69,7 +48,6 @@ void ResettableProperty<T>::setValue(COWPtr<T> value) {
         throw GenICam::InvalidArgumentException("Invalid value pointer passed.", __FILE__,
                                                 __LINE__);
     }
-    Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
     std::swap(value_, value);
 }
 
@@ -108,6 +86,11 @@ Variant ResettableProperty<T>::takeVariant() {
 }
 
 template <typename T>
+Variant ResettableProperty<T>::moveVariant() {
+    return value_.isValid() ? Variant(std::exchange(value_, COWPtr<T>())) : Variant();
+}
+
+template <typename T>
 void ResettableProperty<T>::setVariant(const gcstring& path, const Variant& value) {
     if (!value.isValid()) {
         throw GenICam::InvalidArgumentException("Invalid variant passed.", __FILE__, __LINE__);
@@ -125,7 +108,6 @@ void ResettableProperty<T>::setVariant(const gcstring& path, const Variant& valu
 
 template <typename T>
 void ResettableProperty<T>::setSubproperty(const gcstring& path, const Variant& value) {
-    Threading::UniqueLock<Threading::RecursiveMutex> lock(mutex_);
     if (!value_.isValid()) {
         throw GenICam::RuntimeException("Cannot set a subproperty of a resetted property.",
                                         __FILE__, __LINE__);

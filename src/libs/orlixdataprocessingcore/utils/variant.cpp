@@ -4,35 +4,8 @@ namespace Orlix::DataProcessing::Utils {
 
 Variant::IDataWrapper::~IDataWrapper() = default;
 
-Variant::Variant(const Variant& other) noexcept : wrapper_(other.wrapper_) {
-    if (wrapper_ != nullptr) {
-        wrapper_->addRef();
-    }
-}
-
-Variant& Variant::operator=(const Variant& other) noexcept {
-    return *this = Variant(other);
-}
-
-Variant& Variant::operator=(Variant&& other) noexcept {
-    // The old value goes last, since its destructor may run foreign code.
-    Variant taken(std::move(other));
-    std::swap(wrapper_, taken.wrapper_);
-    return *this;
-}
-
-Variant::~Variant() {
-    if (wrapper_ != nullptr) {
-        wrapper_->release();
-    }
-}
-
 TypeInfo Variant::getValueType() const {
     return wrapper_ != nullptr ? wrapper_->getValueType() : TypeInfo();
-}
-
-void Variant::reset() noexcept {
-    *this = Variant();
 }
 
 const void* Variant::get(const TypeInfo& type, bool throwOnError) const {

@@ -10,6 +10,33 @@
 
 namespace Orlix::DataProcessing::Utils {
 
+inline Variant::Variant(const Variant& other) noexcept : wrapper_(other.wrapper_) {
+    if (wrapper_ != nullptr) {
+        wrapper_->addRef();
+    }
+}
+
+inline Variant& Variant::operator=(const Variant& other) noexcept {
+    return *this = Variant(other);
+}
+
+inline Variant& Variant::operator=(Variant&& other) noexcept {
+    // The old value goes last, since its destructor may run foreign code.
+    Variant taken(std::move(other));
+    std::swap(wrapper_, taken.wrapper_);
+    return *this;
+}
+
+inline Variant::~Variant() {
+    reset();
+}
+
+inline void Variant::reset() noexcept {
+    if (wrapper_ != nullptr) {
+        std::exchange(wrapper_, nullptr)->release();
+    }
+}
+
 template <typename T>
 class Variant::DataWrapper final : public IDataWrapper {
 public:
