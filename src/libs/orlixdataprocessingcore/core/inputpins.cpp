@@ -57,8 +57,8 @@ std::shared_ptr<IHandle> InputPins::configure(const gcstring& name, const Utils:
     std::lock_guard guard(mutex_);
     Pin& pin = *find(name);
     if (pin.configuration) {
-        throw GenICam::RuntimeException(("Input " + inQuotes(name) + " is connected already.").c_str(),
-                               __FILE__, __LINE__);
+        throw GenICam::RuntimeException(
+            ("Input " + inQuotes(name) + " is connected already.").c_str(), __FILE__, __LINE__);
     }
     if (!type.isValid() || !type.canConvert(pin.descriptor.type)) {
         throw GenICam::InvalidArgumentException(
@@ -76,7 +76,7 @@ gcstring InputPins::unconfigure(const std::shared_ptr<IHandle>& handle) {
     });
     if (pin == pins_.end()) {
         throw GenICam::InvalidArgumentException("The handle is of no connected input of this node.",
-                                       __FILE__, __LINE__);
+                                                __FILE__, __LINE__);
     }
     pin->configuration.reset();
     return pin->descriptor.name;
@@ -111,8 +111,8 @@ std::vector<InputPins::Pin>::const_iterator InputPins::find(const gcstring& name
         return candidate.descriptor.name == name;
     });
     if (pin == pins_.end()) {
-        throw GenICam::InvalidArgumentException(("There is no input " + inQuotes(name) + ".").c_str(),
-                                       __FILE__, __LINE__);
+        throw GenICam::InvalidArgumentException(
+            ("There is no input " + inQuotes(name) + ".").c_str(), __FILE__, __LINE__);
     }
     return pin;
 }

@@ -22,7 +22,8 @@ void NodeBase::Impl::setLock(const std::shared_ptr<Threading::IRecursiveLockable
         throw GenICam::InvalidArgumentException("No lock passed.", __FILE__, __LINE__);
     }
     if (lockIsSet_) {
-        throw GenICam::RuntimeException("The lock of a node can be set only once.", __FILE__, __LINE__);
+        throw GenICam::RuntimeException("The lock of a node can be set only once.", __FILE__,
+                                        __LINE__);
     }
     lock = newLock;
     lockIsSet_ = true;
@@ -74,8 +75,8 @@ void NodeBase::Impl::leaveStopped() {
         throw GenICam::RuntimeException("The node is started already.", __FILE__, __LINE__);
     }
     if (allocationFailed_) {
-        throw GenICam::RuntimeException("The node can't start: its resources could not be allocated.",
-                               __FILE__, __LINE__);
+        throw GenICam::RuntimeException(
+            "The node can't start: its resources could not be allocated.", __FILE__, __LINE__);
     }
     stopRequested_ = false;
     state_ = NodeState::Starting;

@@ -6,6 +6,7 @@
 #include "orlixdataprocessingcore/core/graphupdate.h"
 #include "orlixdataprocessingcore/core/nodebase_impl.h"
 #include "orlixdataprocessingcore/core/nodelog.h"
+#include "orlixdataprocessingcore/core/pinwalk.h"
 #include "orlixdataprocessingcore/core/simplenode.h"
 #include "orlixdataprocessingcore/utils/catchladder.h"
 
@@ -15,12 +16,6 @@ namespace {
 
 // Aborts that are remembered for updates that have not come yet.
 constexpr std::size_t longestAbortList = 1024;
-
-void resetAll(PinValues& values) noexcept {
-    for (auto& entry : values) {
-        entry.second.reset();
-    }
-}
 
 void fillWithError(PinValues& values, const OutputRoutes& routes,
                    const std::shared_ptr<IError>& error) {
@@ -247,6 +242,9 @@ void NodeBase::Impl::createJob(SourceJob&& job) {
 }
 
 void NodeBase::Impl::runSourceJob(SourceJob&& job, Admission admission) {
+    if (admission == Admission::Granted) {
+        space_.notify();  // one job fewer waits
+    }
     executionStarted.emit(job.update);
     JobResults results = makeResults(job);
     const auto routes = outputs.routes();

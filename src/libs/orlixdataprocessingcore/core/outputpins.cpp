@@ -5,6 +5,7 @@
 
 #include "gcbase/gcexception.h"
 #include "orlixdataprocessingcore/core/nodelog.h"
+#include "orlixdataprocessingcore/core/pinwalk.h"
 
 namespace Orlix::DataProcessing::Core {
 
@@ -13,7 +14,7 @@ namespace {
 class OutputHandle final : public IHandle {};
 
 template <typename Call>
-void callSink(const OutputRoute& route, const Call& call) {
+void callSinks(const OutputRoute& route, const Call& call) {
     for (const auto& sink : route.sinks) {
         guarded(sink.get(), "delivering to a sink", [&] { call(*sink); });
     }
@@ -38,24 +39,20 @@ bool OutputRoutes::hasSpace() const {
 
 void OutputRoutes::deliver(const std::shared_ptr<IGraphUpdate>& update,
                            const PinValues& values) const {
-    auto value = values.begin();
+    ReadingWalk walk(values.begin(), values.end());
     for (const OutputRoute& route : routes) {
-        // Both sides ascend by name, so one walk finds every pin.
-        while (value != values.end() && value->first < route.pin) {
-            ++value;
-        }
-        const bool named = value != values.end() && value->first == route.pin;
-        if (named && value->second.isValid()) {
-            callSink(route, [&](IOutputSink& sink) { sink.put(update, value->second); });
+        if (walk.goTo(route.pin) && walk.value().isValid()) {
+            const Utils::Variant& value = walk.value();
+            callSinks(route, [&](IOutputSink& sink) { sink.put(update, value); });
         } else {
-            callSink(route, [&](IOutputSink& sink) { sink.skip(update); });
+            callSinks(route, [&](IOutputSink& sink) { sink.skip(update); });
         }
     }
 }
 
 void OutputRoutes::skip(const std::shared_ptr<IGraphUpdate>& update) const {
     for (const OutputRoute& route : routes) {
-        callSink(route, [&](IOutputSink& sink) { sink.skip(update); });
+        callSinks(route, [&](IOutputSink& sink) { sink.skip(update); });
     }
 }
 
@@ -133,8 +130,8 @@ void OutputPins::detach(const std::shared_ptr<IHandle>& handle) {
             }
         }
         if (!sink) {
-            throw GenICam::InvalidArgumentException("The handle is of no attached sink of this node.",
-                                           __FILE__, __LINE__);
+            throw GenICam::InvalidArgumentException(
+                "The handle is of no attached sink of this node.", __FILE__, __LINE__);
         }
         rebuildRoutes();
         if (holds(sink)) {
@@ -178,8 +175,8 @@ std::vector<OutputPins::Pin>::iterator OutputPins::find(const gcstring& name) {
         return candidate.descriptor.name == name;
     });
     if (pin == pins_.end()) {
-        throw GenICam::InvalidArgumentException(("There is no output " + inQuotes(name) + ".").c_str(),
-                                       __FILE__, __LINE__);
+        throw GenICam::InvalidArgumentException(
+            ("There is no output " + inQuotes(name) + ".").c_str(), __FILE__, __LINE__);
     }
     return pin;
 }

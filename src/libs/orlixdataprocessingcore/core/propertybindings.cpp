@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "orlixdataprocessingcore/core/nodelog.h"
+#include "orlixdataprocessingcore/core/pinwalk.h"
 #include "orlixdataprocessingcore/utils/property.h"
 
 namespace Orlix::DataProcessing::Core {
@@ -54,33 +55,17 @@ void PropertyBindings::prepare(const PinValues& values) const {
     for (const Output& output : outputs_) {
         output.property->reset();
     }
-    auto value = values.begin();
+    ReadingWalk walk(values.begin(), values.end());
     for (const Input& input : inputs_) {
-        // Both sides ascend by name, so one walk finds every pin.
-        while (value != values.end() && value->first < input.pin) {
-            ++value;
-        }
-        const bool given =
-            value != values.end() && value->first == input.pin && value->second.isValid();
-        input.property->setVariant(wholeValue, given ? value->second : input.defaultValue);
+        const bool given = walk.goTo(input.pin) && walk.value().isValid();
+        input.property->setVariant(wholeValue, given ? walk.value() : input.defaultValue);
     }
 }
 
 void PropertyBindings::collect(PinValues& values) const {
-    for (auto& entry : values) {
-        entry.second.reset();
-    }
-    auto hint = values.begin();
+    WritingWalk walk(values);
     for (const Output& output : outputs_) {
-        while (hint != values.end() && hint->first < output.pin) {
-            ++hint;
-        }
-        if (hint == values.end() || hint->first != output.pin) {
-            hint = values.emplace_hint(hint, output.pin, Utils::Variant());
-        }
-        if (output.property->isSet()) {
-            hint->second = output.property->getVariant(wholeValue);
-        }
+        walk.at(output.pin) = output.property->moveVariant();
     }
 }
 

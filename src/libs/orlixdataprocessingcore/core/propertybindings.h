@@ -25,7 +25,7 @@ public:
 
     // Every input property gets its value, or its default; every output property is reset.
     void prepare(const PinValues& values) const;
-    // Moves the outputs that were set into `values`, whose other entries become invalid.
+    // Moves the outputs into `values`; one that was not set gives an invalid value.
     void collect(PinValues& values) const;
     // Lets go of what the properties hold, so that no buffer waits in a node for the next job.
     void release() const noexcept;

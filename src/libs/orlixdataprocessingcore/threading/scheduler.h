@@ -1,11 +1,15 @@
 // Hands work that has become ready to the shared worker threads. The queue in between is ours, so
-// that everything an item's maker has written is visible to the worker that serves it; the worker
+// that everything an item's maker has written is visible to the worker that serves it; the thread
 // library is only asked for "one more thread that takes from the queue".
 #pragma once
 
+#include <atomic>
+#include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <mutex>
+#include <vector>
 
 #include "orlixdataprocessingcore/threading/workerthreads.h"
 
@@ -24,9 +28,15 @@ public:
     virtual ~IReadyItem() = default;
     // Must not throw. Called with no lock held.
     [[nodiscard]] virtual Turn serve() noexcept = 0;
+    // Whether others should not wait for its turn to end. Asked while it is scheduled.
+    [[nodiscard]] virtual bool mayTakeLong() const noexcept { return true; }
 };
 
 // Process-wide and never destroyed; all operations are safe from any thread and never block.
+//
+// A worker doesn't wake others for items that it will come to in a moment itself. If it turns out
+// that it doesn't, because a job takes longer than jobs of its kind have taken so far, a monitor
+// gives what waits to another worker.
 class Scheduler {
 public:
     [[nodiscard]] static Scheduler& instance();
@@ -36,26 +46,30 @@ public:
     // cache, and nobody needs to be woken.
     void schedule(IReadyItem& item, const IReadyItem* producer = nullptr);
 
-    // As many items as this can be served at the same time.
-    [[nodiscard]] std::size_t workerLimit() const noexcept { return workerLimit_; }
-
 private:
     struct Worker;
+    enum class Wake { AnotherWorker, Nobody };
 
     Scheduler();
     ~Scheduler() = delete;
-
-    enum class Wake { AnotherWorker, Nobody };
 
     void enqueue(IReadyItem& item, Wake wake);
     [[nodiscard]] IReadyItem* next();
     void work();
     void serveChain(Worker& worker, IReadyItem& first);
 
+    [[noreturn]] void monitor();
+    [[nodiscard]] bool rescueItems();
+
     const std::size_t workerLimit_;
     std::mutex mutex_;
     std::deque<IReadyItem*> ready_;
-    std::size_t workers_ = 0;  // that are running or asked for
+    std::size_t workers_ = 0;        // that are running or asked for
+    std::vector<Worker*> running_;   // those that are running
+    std::uint64_t taken_ = 0;        // items that were taken from the queue
+    std::uint64_t takenBefore_ = 0;  // at the monitor's last look
+    bool monitorSleeps_ = true;
+    std::condition_variable monitorNeeded_;
     WorkerThreads* const threads_;
 };
 
