@@ -10,8 +10,7 @@ Connection::Connection(ConnectionEnds ends, std::shared_ptr<GraphNode> from,
       from_(std::move(from)),
       to_(std::move(to)),
       needed_(needed),
-      capacity_(capacity),
-      lowMark_(capacity / 2) {}
+      capacity_(capacity) {}
 
 void Connection::put(const std::shared_ptr<IGraphUpdate>& update, const Utils::Variant& value) {
     to_->arrive(*this, update, value);
@@ -22,18 +21,11 @@ void Connection::skip(const std::shared_ptr<IGraphUpdate>& update) {
 }
 
 bool Connection::hasSpace() const {
-    if (size_.load() < capacity_ || unlimited_.load()) {
-        return true;
-    }
-    // Either the consumer sees the mark when it takes the next values, or it has taken them by now.
-    starved_.store(true);
-    return size_.load() <= lowMark_;
+    return size_.load(std::memory_order_acquire) < capacity_ || unlimited_ ||
+           to_->join.askForSpace(*this);
 }
 
 void Connection::tellSpace() {
-    if (!starved_.load() || size_.load() > lowMark_ || !starved_.exchange(false)) {
-        return;
-    }
     std::shared_ptr<ISpaceListener> listener;
     {
         std::lock_guard guard(listenerMutex_);

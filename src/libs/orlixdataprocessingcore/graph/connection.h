@@ -44,14 +44,21 @@ public:
     // With no limit every value is welcome, so that a run can be brought to its end.
     void setUnlimited(bool unlimited) noexcept { unlimited_ = unlimited; }
 
+    // Whether the input keeps its last value and takes no part in the join.
+    [[nodiscard]] bool keepsLastValue() const noexcept { return keepsLastValue_; }
+    void setKeepsLastValue(bool keeps) noexcept { keepsLastValue_ = keeps; }
+
     // For the join, under its lock.
     ValueRing ring;
-    Utils::Variant lastValue;     // of an input that keeps it
-    std::uint64_t delivered = 0;  // values since the start of the run
-    bool keepsLastValue = false;
-    void publishSize() noexcept { size_.store(ring.size()); }
+    Utils::Variant lastValue;      // of an input that keeps it
+    std::uint64_t delivered = 0;   // values since the start of the run
+    mutable bool starved = false;  // somebody has been refused
+    void publishSize() noexcept { size_.store(ring.size(), std::memory_order_release); }
+    // A producer that was held back goes on when half the places are free: waking it for every
+    // single value would cost more than the value.
+    [[nodiscard]] bool isRoomy() const noexcept { return ring.size() <= capacity_ / 2; }
 
-    // For the join, after it has taken from the ring and released its lock.
+    // Tells the producer of space, with no lock held.
     void tellSpace();
 
 private:
@@ -60,13 +67,9 @@ private:
     const std::shared_ptr<GraphNode> to_;
     const bool needed_;
     const std::size_t capacity_;
-    // A producer that was held back goes on when so few are left: waking it for every single value
-    // would cost more than the value.
-    const std::size_t lowMark_;
-
     std::atomic<std::size_t> size_{0};  // of the ring, for those who don't hold the lock
     std::atomic<bool> unlimited_{false};
-    mutable std::atomic<bool> starved_{false};  // somebody has been refused
+    std::atomic<bool> keepsLastValue_{false};
     std::mutex listenerMutex_;
     std::weak_ptr<ISpaceListener> listener_;
 };

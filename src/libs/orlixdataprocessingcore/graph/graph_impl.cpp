@@ -149,7 +149,7 @@ void Graph::Impl::connect(const ConnectionEnds& ends) {
         1, std::min({std::uint64_t{capacity_}, output.maxJobCount, input.maxJobCount})));
     Link link;
     link.connection = std::make_shared<Connection>(ends, from, to, !input.optional, capacity);
-    link.connection->keepsLastValue = !to->node().isAutoResetEnabled(ends.toPin);
+    link.connection->setKeepsLastValue(!to->node().isAutoResetEnabled(ends.toPin));
     link.input = to->node().configureInputType(ends.toPin, output.type);
     try {
         link.output = from->node().attachOutputSink(ends.fromPin, link.connection);

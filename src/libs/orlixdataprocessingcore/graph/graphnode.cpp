@@ -72,7 +72,8 @@ GraphNode::Turn GraphNode::serve() noexcept {
             takesLong_ = Clock::now() - begin > longJob;
         }
         // At rest, another thread may schedule the node anew, so nothing of it is touched then.
-        if (step == Step::Busy ? join.block() : join.retire()) {
+        const bool rests = step == Step::Busy ? join.block() : !join.hasMore() && join.retire();
+        if (rests) {
             activity_->leave();
             return Turn::Done;
         }

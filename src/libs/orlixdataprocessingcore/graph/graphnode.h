@@ -41,6 +41,7 @@ public:
     void setKeepsLastValue(Connection& connection, bool keeps);
 
     [[nodiscard]] Turn serve() noexcept override;
+    [[nodiscard]] bool mayTakeLong() const noexcept override { return takesLong_; }
 
     Join join;
 
@@ -66,7 +67,7 @@ private:
     std::shared_ptr<IGraphUpdate> skipped_;
     bool asked_ = false;
     unsigned int turns_ = 0;
-    bool takesLong_ = false;
+    bool takesLong_ = true;  // until a measurement says otherwise
 };
 
 }  // namespace Orlix::DataProcessing::Core

@@ -3,31 +3,10 @@
 #include <algorithm>
 #include <limits>
 
+#include "orlixdataprocessingcore/core/pinwalk.h"
 #include "orlixdataprocessingcore/graph/connection.h"
 
 namespace Orlix::DataProcessing::Core {
-
-namespace {
-
-void putInto(PinValues& values, PinValues::iterator& place, const gcstring& pin,
-             Utils::Variant&& value) {
-    // The map comes back with the pins of the last job, in the order of the connections.
-    while (place != values.end() && place->first < pin) {
-        ++place;
-    }
-    if (place == values.end() || place->first != pin) {
-        place = values.emplace_hint(place, pin, Utils::Variant());
-    }
-    place->second = std::move(value);
-}
-
-void resetAll(PinValues& values) noexcept {
-    for (auto& entry : values) {
-        entry.second.reset();
-    }
-}
-
-}  // namespace
 
 void Join::add(Connection& connection) {
     std::lock_guard guard(mutex_);
@@ -39,12 +18,12 @@ void Join::add(Connection& connection) {
 }
 
 bool Join::isQueue(const Connection& connection) const noexcept {
-    return !connection.keepsLastValue || anyUpdateDecides_;
+    return !connection.keepsLastValue() || anyUpdateDecides_;
 }
 
 void Join::countQueues() {
     const auto count = std::count_if(connections_.begin(), connections_.end(),
-                                     [](const Connection* c) { return !c->keepsLastValue; });
+                                     [](const Connection* c) { return !c->keepsLastValue(); });
     queues_ = static_cast<std::size_t>(count);
     anyUpdateDecides_ = queues_ == 0;
 }
@@ -80,6 +59,11 @@ bool Join::scheduleIfDecided() {
 
 // Looks at the oldest update that any queue holds.
 Join::Decision Join::decide() {
+    if (connections_.size() == 1) {
+        ValueRing& ring = connections_.front()->ring;
+        decided_ = ring.empty() ? 0 : ring.front().sequenceNumber;
+        return ring.empty() ? Decision::None : Decision::Complete;
+    }
     std::uint64_t oldest = std::numeric_limits<std::uint64_t>::max();
     std::size_t holders = 0;
     std::size_t filled = 0;
@@ -105,18 +89,22 @@ Join::Decision Join::decide() {
 
 Taken Join::take(std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
     Taken taken = Taken::Nothing;
+    std::vector<Connection*> roomy;
     {
         std::lock_guard guard(mutex_);
-        const Decision decision = decide();
-        if (decision == Decision::None || state_ == State::Closed) {
+        const Decision decision = state_ == State::Closed ? Decision::None : decide();
+        if (decision == Decision::None) {
+            hasMore_ = false;
             return Taken::Nothing;
         }
         taken = popSet(decision, update, values);
+        hasMore_ = decide() != Decision::None;
+        roomy = takeRoomy();
     }
     if (taken == Taken::Skipped) {
         resetAll(values);
     }
-    tellSpace();
+    tellSpace(roomy);
     return taken;
 }
 
@@ -124,7 +112,7 @@ Taken Join::take(std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
 Taken Join::popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
     bool anyValue = false;
     bool missing = decision == Decision::Incomplete;
-    auto place = values.begin();
+    WritingWalk walk(values);
     for (Connection* const connection : connections_) {
         Utils::Variant value;
         if (isQueue(*connection) && !connection->ring.empty() &&
@@ -135,14 +123,14 @@ Taken Join::popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update, Pin
             value = std::move(waiting.value);
             anyValue = anyValue || value.isValid();
         }
-        if (connection->keepsLastValue) {
+        if (connection->keepsLastValue()) {
             if (value.isValid()) {
                 std::swap(connection->lastValue, value);
             }
             value = connection->lastValue;
         }
         missing = missing || (connection->isNeeded() && !value.isValid());
-        putInto(values, place, connection->ends().toPin, std::move(value));
+        walk.at(connection->ends().toPin) = std::move(value);
     }
     if (anyValue && !missing) {
         ++counters_.jobs;
@@ -154,25 +142,35 @@ Taken Join::popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update, Pin
 
 Taken Join::drop(std::shared_ptr<IGraphUpdate>& update) {
     PinValues values;
-    Taken taken = Taken::Nothing;
-    {
+    const Taken taken = take(update, values);
+    if (taken == Taken::Job) {
         std::lock_guard guard(mutex_);
-        const Decision decision = decide();
-        if (decision == Decision::None || state_ == State::Closed) {
-            return Taken::Nothing;
-        }
-        taken = popSet(decision, update, values);
-        if (taken == Taken::Job) {
-            --counters_.jobs;
-            ++counters_.dropped;
-        }
+        --counters_.jobs;
+        ++counters_.dropped;
     }
-    tellSpace();
-    return Taken::Skipped;
+    return taken == Taken::Nothing ? Taken::Nothing : Taken::Skipped;
 }
 
-void Join::tellSpace() {
+bool Join::askForSpace(const Connection& connection) {
+    std::lock_guard guard(mutex_);
+    connection.starved = connection.ring.size() >= connection.capacity();
+    return !connection.starved;
+}
+
+// The connections whose producers have waited for the space that is there now.
+std::vector<Connection*> Join::takeRoomy() {
+    std::vector<Connection*> roomy;
     for (Connection* const connection : connections_) {
+        if (connection->starved && connection->isRoomy()) {
+            connection->starved = false;
+            roomy.push_back(connection);
+        }
+    }
+    return roomy;
+}
+
+void Join::tellSpace(const std::vector<Connection*>& roomy) {
+    for (Connection* const connection : roomy) {
         connection->tellSpace();
     }
 }
@@ -226,6 +224,7 @@ void Join::open() {
 
 void Join::close() {
     std::vector<Utils::Variant> dropped;  // ends after the lock has been released
+    std::vector<Connection*> roomy;
     {
         std::lock_guard guard(mutex_);
         for (Connection* const connection : connections_) {
@@ -238,25 +237,33 @@ void Join::close() {
             connection->publishSize();
         }
         state_ = State::Closed;
+        roomy = takeRoomy();
     }
-    tellSpace();
+    tellSpace(roomy);
 }
 
 bool Join::setKeepsLastValue(Connection& connection, bool keeps) {
     std::vector<Utils::Variant> replaced;  // ends after the lock has been released
-    std::lock_guard guard(mutex_);
-    connection.keepsLastValue = keeps;
-    countQueues();
-    for (Connection* const each : connections_) {
-        while (!isQueue(*each) && !each->ring.empty()) {
-            WaitingValue waiting = each->ring.pop();
-            if (waiting.value.isValid()) {
-                replaced.push_back(std::exchange(each->lastValue, std::move(waiting.value)));
+    std::vector<Connection*> roomy;
+    bool mustSchedule = false;
+    {
+        std::lock_guard guard(mutex_);
+        connection.setKeepsLastValue(keeps);
+        countQueues();
+        for (Connection* const each : connections_) {
+            while (!isQueue(*each) && !each->ring.empty()) {
+                WaitingValue waiting = each->ring.pop();
+                if (waiting.value.isValid()) {
+                    replaced.push_back(std::exchange(each->lastValue, std::move(waiting.value)));
+                }
             }
+            each->publishSize();
         }
-        each->publishSize();
+        mustSchedule = scheduleIfDecided();
+        roomy = takeRoomy();
     }
-    return scheduleIfDecided();
+    tellSpace(roomy);
+    return mustSchedule;
 }
 
 JoinCounters Join::counters() const {

@@ -40,7 +40,11 @@ public:
     [[nodiscard]] bool arrive(Connection& connection, const std::shared_ptr<IGraphUpdate>& update,
                               const Utils::Variant& value);
 
-    // By the worker that serves the node.
+    // Whether a producer may put a value into the connection. If not, it will be told of space.
+    [[nodiscard]] bool askForSpace(const Connection& connection);
+
+    // By the worker that serves the node. hasMore tells whether a further set is decided already.
+    [[nodiscard]] bool hasMore() const noexcept { return hasMore_; }
     [[nodiscard]] Taken take(std::shared_ptr<IGraphUpdate>& update, PinValues& values);
     // The same for a set that the node can't take: never a job.
     [[nodiscard]] Taken drop(std::shared_ptr<IGraphUpdate>& update);
@@ -73,7 +77,8 @@ private:
     [[nodiscard]] Decision decide();
     [[nodiscard]] Taken popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update,
                                PinValues& values);
-    void tellSpace();
+    [[nodiscard]] std::vector<Connection*> takeRoomy();
+    static void tellSpace(const std::vector<Connection*>& roomy);
 
     mutable std::mutex mutex_;
     std::vector<Connection*> connections_;  // by ascending name of the pin
@@ -82,6 +87,7 @@ private:
     std::uint64_t decided_ = 0;             // the update that decide() has found
     State state_ = State::Closed;
     bool woken_ = false;
+    bool hasMore_ = false;  // of the worker that serves the node
     JoinCounters counters_;
 };
 

@@ -32,10 +32,10 @@ Origins originsOf(const GraphNode& node, const std::vector<const Connection*>& i
     bool waits = false;
     for (const Connection* const input : inputs) {
         // An input that keeps its last value takes no part, unless all inputs do.
-        waits = waits || !input->keepsLastValue;
+        waits = waits || !input->keepsLastValue();
     }
     for (const Connection* const input : inputs) {
-        if (!waits || !input->keepsLastValue) {
+        if (!waits || !input->keepsLastValue()) {
             const Origins& more = known.at(input->from());
             origins.insert(more.begin(), more.end());
         }
@@ -50,7 +50,7 @@ void checkJoin(const GraphNode& node, const std::vector<const Connection*>& inpu
                const OriginsOfNode& known) {
     const Connection* first = nullptr;
     for (const Connection* const input : inputs) {
-        if (input->keepsLastValue) {
+        if (input->keepsLastValue()) {
             continue;
         }
         if (first == nullptr) {

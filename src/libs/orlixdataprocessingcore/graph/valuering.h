@@ -47,8 +47,9 @@ public:
 
     [[nodiscard]] WaitingValue pop() noexcept {
         WaitingValue waiting = std::move(places_[first_]);
-        first_ = first_ + 1 == places_.size() ? 0 : first_ + 1;
         --size_;
+        // A ring that has run empty begins anew at a place that is still in the cache.
+        first_ = size_ == 0 || first_ + 1 == places_.size() ? 0 : first_ + 1;
         return waiting;
     }
 
