@@ -1,0 +1,276 @@
+// Sources: the wait for space, jobs made here and jobs made on workers.
+#include "orlixdataprocessingcore/core/advancednode.h"
+
+#include <future>
+#include <stdexcept>
+#include <thread>
+
+#include "orlixdataprocessingcore/core/testnodes.h"
+#include "orlixdataprocessingcore/threading/uniquelock.h"
+#include "orlixdataprocessingcore/utils/log.h"
+
+namespace Orlix::DataProcessing::Core {
+namespace {
+
+using NodeLock = Threading::UniqueLock<Threading::IRecursiveLockable>;
+
+class AdvancedNodeTest : public testing::Test {
+protected:
+    void attach() { handle = source->attachOutputSink("Out", sink); }
+
+    std::shared_ptr<TestSource> source = std::make_shared<TestSource>();
+    std::shared_ptr<TestSink> sink = std::make_shared<TestSink>();
+    std::shared_ptr<IHandle> handle;
+};
+
+TEST_F(AdvancedNodeTest, OffersSpaceFromJustBeforeOnStartingSoThatASingleFrameIsNotLost) {
+    attach();
+    source->starting = [this] {
+        EXPECT_TRUE(source->waitUntilSpaceAvailable());
+        source->send(1);
+    };
+    source->start({});
+    EXPECT_EQ(sink->values(), std::vector<std::int64_t>{1});
+}
+
+TEST_F(AdvancedNodeTest, RefusesSpaceAtOnceInEveryOtherState) {
+    EXPECT_FALSE(source->waitUntilSpaceAvailable());
+    source->stopping = [this] { EXPECT_FALSE(source->waitUntilSpaceAvailable()); };
+    source->start({});
+    source->stop();
+    EXPECT_FALSE(source->waitUntilSpaceAvailable());
+    source->starting = [] { throw 5; };
+    EXPECT_ANY_THROW(source->start({}));
+    EXPECT_FALSE(source->waitUntilSpaceAvailable());
+}
+
+TEST_F(AdvancedNodeTest, DropsJobsThatComeWhileItIsStopped) {
+    attach();
+    source->send(1);
+    source->start({});
+    source->stop();
+    source->send(2);
+    EXPECT_TRUE(sink->entries().empty());
+}
+
+TEST_F(AdvancedNodeTest, TakesAJobUntilOnStoppingHasReturned) {
+    attach();
+    source->stopping = [this] { source->send(3); };
+    source->start({});
+    source->stop();
+    EXPECT_EQ(sink->values(), std::vector<std::int64_t>{3});
+}
+
+TEST_F(AdvancedNodeTest, WaitsUntilASinkHasSpace) {
+    attach();
+    source->start({});
+    sink->setFull(true);
+    auto waiting =
+        std::async(std::launch::async, [&] { return source->waitUntilSpaceAvailable(); });
+    sink->setFull(false);
+    EXPECT_TRUE(waiting.get());
+}
+
+TEST_F(AdvancedNodeTest, StopReleasesAWaiterThatHoldsTheNodesLock) {
+    attach();
+    source->start({});
+    sink->setFull(true);
+    std::latch isHeld(1);
+    std::thread handler([&] {
+        const NodeLock lock(*source->getLock());
+        isHeld.count_down();
+        EXPECT_FALSE(source->waitUntilSpaceAvailable());
+    });
+    isHeld.wait();
+    source->stopping = [this] { const NodeLock lock(*source->getLock()); };
+    source->stop();
+    handler.join();
+}
+
+TEST_F(AdvancedNodeTest, DrainingASinkNeedsNoLockOfTheNode) {
+    attach();
+    source->start({});
+    sink->setFull(true);
+    std::latch isHeld(1);
+    std::thread handler([&] {
+        const NodeLock lock(*source->getLock());
+        isHeld.count_down();
+        EXPECT_TRUE(source->waitUntilSpaceAvailable());
+        source->send(1);
+    });
+    isHeld.wait();
+    sink->setFull(false);
+    handler.join();
+    EXPECT_EQ(sink->values(), std::vector<std::int64_t>{1});
+}
+
+TEST_F(AdvancedNodeTest, ADetachedSinkThatWasFullHoldsNobodyBack) {
+    attach();
+    source->start({});
+    sink->setFull(true);
+    auto waiting =
+        std::async(std::launch::async, [&] { return source->waitUntilSpaceAvailable(); });
+    source->detachOutputSink(handle);
+    EXPECT_TRUE(waiting.get());
+}
+
+TEST_F(AdvancedNodeTest, TellsThePinsThatAJobLeavesOut) {
+    source->createOutput("Other", "", Utils::TypeInfo::getTypeInfo<Integer>(true), true,
+                         unlimitedJobs);
+    const auto other = std::make_shared<TestSink>();
+    attach();
+    static_cast<void>(source->attachOutputSink("Other", other));
+    source->start({});
+    source->send(1);
+    source->send(PinValues{{"Other", integer(2)}, {"Out", Utils::Variant()}});
+    EXPECT_EQ(sink->values(), std::vector<std::int64_t>{1});
+    EXPECT_EQ(sink->skips(), 1U);
+    EXPECT_EQ(other->values(), std::vector<std::int64_t>{2});
+    EXPECT_EQ(other->skips(), 1U);
+}
+
+TEST_F(AdvancedNodeTest, AJobWithoutAnUpdateIsRefused) {
+    source->start({});
+    EXPECT_THROW(source->createJob(nullptr, {}, {}), GenICam::InvalidArgumentException);
+}
+
+TEST_F(AdvancedNodeTest, AFunctionMakesTheValuesOnAWorkerThread) {
+    attach();
+    source->start({});
+    const auto caller = std::this_thread::get_id();
+    const auto update = makeUpdate();
+    source->createJob(update, {{"Out", integer(5)}}, [&](const UpdatePtr& job, PinValues values) {
+        EXPECT_NE(std::this_thread::get_id(), caller);
+        return JobResults{
+            {job, {{"Out", integer(values.at("Out").get<Integer>(true)->get() * 2)}}}};
+    });
+    const auto entries = sink->waitFor(1);
+    EXPECT_EQ(entries[0].update, update);
+    EXPECT_EQ(sink->values(), std::vector<std::int64_t>{10});
+}
+
+TEST_F(AdvancedNodeTest, JobsKeepTheirOrderAndRunOneAtATime) {
+    attach();
+    source->start({});
+    std::atomic<int> running{0};
+    std::vector<std::int64_t> expected;
+    for (int number = 0; number < 100; ++number) {
+        const JobFunction function = [&](const UpdatePtr& update, PinValues values) {
+            EXPECT_EQ(++running, 1);
+            --running;
+            return JobResults{{update, std::move(values)}};
+        };
+        source->createJob(makeUpdate(), {{"Out", integer(number)}},
+                          number % 3 == 0 ? JobFunction() : function);
+        expected.push_back(number);
+    }
+    EXPECT_EQ(sink->values(100), expected);
+}
+
+TEST_F(AdvancedNodeTest, WaitingJobsHoldTheSourceBack) {
+    attach();
+    source->start({});
+    std::latch mayRun(1);
+    int made = 0;
+    std::latch begun(1);
+    source->createJob(makeUpdate(), {}, [&](const UpdatePtr&, PinValues) {
+        begun.count_down();
+        mayRun.wait();
+        return JobResults();
+    });
+    begun.wait();
+    std::atomic<bool> isWaiting{false};
+    while (made < 16) {
+        ASSERT_TRUE(source->waitUntilSpaceAvailable());
+        source->createJob(makeUpdate(), {},
+                          [](const UpdatePtr&, PinValues) { return JobResults(); });
+        ++made;
+    }
+    auto waiting = std::async(std::launch::async, [&] {
+        isWaiting = true;
+        return source->waitUntilSpaceAvailable();
+    });
+    mayRun.count_down();
+    EXPECT_TRUE(waiting.get());
+    EXPECT_EQ(sink->waitFor(17).size(), 17U);
+}
+
+TEST_F(AdvancedNodeTest, StopLetsJobsThatWereTakenEndFirst) {
+    attach();
+    source->start({});
+    for (int number = 0; number < 10; ++number) {
+        source->createJob(makeUpdate(), {{"Out", integer(number)}},
+                          [](const UpdatePtr& update, PinValues values) {
+                              return JobResults{{update, std::move(values)}};
+                          });
+    }
+    source->stop();
+    EXPECT_EQ(sink->entries().size(), 10U);
+}
+
+TEST_F(AdvancedNodeTest, AFunctionThatThrowsSendsErrorValues) {
+    const Utils::LogCapture log;
+    attach();
+    source->start({});
+    source->createJob(makeUpdate(), {}, [](const UpdatePtr&, PinValues) -> JobResults {
+        throw std::runtime_error("broken");
+    });
+    const auto entries = sink->waitFor(1);
+    EXPECT_TRUE(entries[0].value.get<Integer>(true)->hasError(true));
+    source->stop();
+    EXPECT_TRUE(source->hasError());
+}
+
+TEST_F(AdvancedNodeTest, TwoThreadsSendToAllPinsInOneOrder) {
+    source->createOutput("Other", "", Utils::TypeInfo::getTypeInfo<Integer>(true), true,
+                         unlimitedJobs);
+    const auto other = std::make_shared<TestSink>();
+    attach();
+    static_cast<void>(source->attachOutputSink("Other", other));
+    source->start({});
+    const auto produce = [this](const char* pin) {
+        for (int number = 0; number < 200; ++number) {
+            source->send(PinValues{{pin, integer(number)}});
+        }
+    };
+    std::thread images(produce, "Out");
+    std::thread events(produce, "Other");
+    images.join();
+    events.join();
+    const auto first = sink->entries();
+    const auto second = other->entries();
+    ASSERT_EQ(first.size(), 400U);
+    ASSERT_EQ(second.size(), 400U);
+    for (std::size_t index = 0; index < first.size(); ++index) {
+        EXPECT_EQ(first[index].update, second[index].update);
+    }
+}
+
+TEST_F(AdvancedNodeTest, ASourceForwardsNoUpdates) {
+    EXPECT_FALSE(source->isForwardingUpdates());
+}
+
+TEST(UpdateFactory, NumbersUpdatesInTheOrderOfTheirCreation) {
+    const auto first = makeUpdate();
+    const auto second = makeUpdate();
+    EXPECT_LT(first->getSequenceNumber(), second->getSequenceNumber());
+    EXPECT_GE(first->getSequenceNumber(), 1U);
+}
+
+TEST(UpdateFactory, KeepsTheParent) {
+    const auto parent = makeUpdate();
+    const auto child = getDefaultUpdateFactory()->createUpdate(nullptr, parent);
+    EXPECT_EQ(child->getParent(), parent);
+    EXPECT_EQ(parent->getParent(), nullptr);
+}
+
+TEST(UpdateFactory, ALongChainOfParentsEndsWithoutADeepStack) {
+    UpdatePtr update = makeUpdate();
+    for (int length = 0; length < 1000000; ++length) {
+        update = getDefaultUpdateFactory()->createUpdate(nullptr, update);
+    }
+    update.reset();
+}
+
+}  // namespace
+}  // namespace Orlix::DataProcessing::Core

@@ -1,0 +1,204 @@
+// Where several inputs meet.
+#include <memory>
+
+#include "orlixdataprocessingcore/core/testnodes.h"
+#include "orlixdataprocessingcore/graph/graph.h"
+
+namespace Orlix::DataProcessing::Core {
+namespace {
+
+using Numbers = std::vector<std::int64_t>;
+
+// A source with two pins, and a join of both behind which a sink reads.
+class GraphJoin : public testing::Test {
+protected:
+    GraphJoin() {
+        graph.addNode("Source", source);
+        graph.addNode("Join", join);
+        graph.attachSink("Join", "Out", sink);
+    }
+
+    void connectBoth() {
+        graph.connect("Source", "A", "Join", "X");
+        graph.connect("Source", "B", "Join", "Y");
+    }
+    void send(std::int64_t a, std::int64_t b) {
+        ASSERT_TRUE(source->waitUntilSpaceAvailable());
+        source->send(PinValues{{"A", integer(a)}, {"B", integer(b)}});
+    }
+
+    std::shared_ptr<TestSource> source =
+        std::make_shared<TestSource>(std::vector<gcstring>{"A", "B"});
+    std::shared_ptr<TestNode> join = std::make_shared<TestNode>(std::vector<gcstring>{"X", "Y"});
+    std::shared_ptr<TestSink> sink = std::make_shared<TestSink>();
+    Graph graph;
+};
+
+TEST_F(GraphJoin, RunsANodeWithTheValuesOfOneUpdate) {
+    connectBoth();
+    graph.start({});
+    send(1, 10);
+    send(2, 20);
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), (Numbers{11, 22}));
+}
+
+TEST_F(GraphJoin, MeetsAgainAfterWaysOfDifferentLength) {
+    for (const char* const name : {"F", "G"}) {
+        graph.addNode(name, std::make_shared<TestNode>());
+    }
+    graph.connect("Source", "A", "F", "In");
+    graph.connect("F", "Out", "G", "In");
+    graph.connect("G", "Out", "Join", "X");
+    graph.connect("Source", "A", "Join", "Y");
+    graph.start({});
+    Numbers expected;
+    for (int value = 0; value < 2000; ++value) {
+        send(value, 0);
+        expected.push_back(2 * value);
+    }
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), expected);
+    EXPECT_EQ(graph.statistics().droppedJobs, 0U);
+}
+
+TEST_F(GraphJoin, DropsAndCountsASetThatMissesAPin) {
+    connectBoth();
+    graph.start({});
+    send(1, 10);
+    source->send(PinValues{{"A", integer(2)}});
+    send(3, 30);
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), (Numbers{11, 33}));
+    EXPECT_EQ(graph.statistics().droppedJobs, 1U);
+    EXPECT_EQ(graph.statistics().executedJobs, 2U);
+}
+
+TEST_F(GraphJoin, TellsThoseBehindItOfASetThatWasDropped) {
+    connectBoth();
+    graph.start({});
+    source->send(PinValues{{"A", integer(2)}});
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->skips(), 1U);
+}
+
+TEST_F(GraphJoin, AnUpdateWithoutAnyValueIsNoLoss) {
+    connectBoth();
+    graph.start({});
+    source->send(PinValues{});
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(graph.statistics().droppedJobs, 0U);
+    EXPECT_EQ(sink->skips(), 1U);
+}
+
+TEST_F(GraphJoin, MissingPinsNeverStopTheGraphHoweverManyThereAre) {
+    connectBoth();
+    graph.start({});
+    for (int value = 0; value < 500; ++value) {
+        ASSERT_TRUE(source->waitUntilSpaceAvailable());
+        source->send(PinValues{{value % 2 == 0 ? "A" : "B", integer(value)}});
+    }
+    send(1, 1);
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), Numbers{2});
+    EXPECT_EQ(graph.statistics().droppedJobs, 500U);
+}
+
+TEST_F(GraphJoin, TwoThreadsOfOneSourceMayCreateTheirUpdatesInAnyOrder) {
+    connectBoth();
+    graph.start({});
+    const auto first = makeUpdate();
+    const auto second = makeUpdate();
+    source->createJob(second, {{"A", integer(1)}, {"B", integer(1)}}, {});
+    source->createJob(first, {{"A", integer(2)}, {"B", integer(2)}}, {});
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), (Numbers{2, 4}));
+    EXPECT_EQ(graph.statistics().droppedJobs, 0U);
+}
+
+TEST_F(GraphJoin, AnInputWithoutAutoResetKeepsItsLastValueAndHoldsNoJobBack) {
+    join->setAutoResetEnabled("Y", false);
+    connectBoth();
+    graph.start({});
+    source->send(PinValues{{"B", integer(10)}});
+    source->send(PinValues{{"A", integer(1)}});
+    source->send(PinValues{{"A", integer(2)}});
+    static_cast<void>(sink->waitFor(3));
+    source->send(PinValues{{"B", integer(100)}});
+    source->send(PinValues{{"A", integer(3)}});
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), (Numbers{11, 12, 103}));
+    EXPECT_EQ(graph.statistics().droppedJobs, 0U);
+}
+
+TEST_F(GraphJoin, AJobBeforeTheFirstValueOfANeededInputIsDropped) {
+    join->setAutoResetEnabled("Y", false);
+    connectBoth();
+    graph.start({});
+    source->send(PinValues{{"A", integer(1)}});
+    graph.stop(StopMode::Drain);
+    EXPECT_TRUE(sink->values().empty());
+    EXPECT_EQ(graph.statistics().droppedJobs, 1U);
+}
+
+TEST_F(GraphJoin, AutoResetMaySwitchBackWhileTheGraphRuns) {
+    join->setAutoResetEnabled("Y", false);
+    connectBoth();
+    graph.start({});
+    source->send(PinValues{{"B", integer(10)}});
+    source->send(PinValues{{"A", integer(1)}});
+    static_cast<void>(sink->waitFor(2));
+    join->setAutoResetEnabled("Y", true);
+    source->send(PinValues{{"A", integer(2)}});
+    send(3, 30);
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), (Numbers{11, 33}));
+    EXPECT_EQ(graph.statistics().droppedJobs, 1U);
+}
+
+TEST_F(GraphJoin, IfNoInputHasAutoResetEveryValueMakesAJob) {
+    join->setAutoResetEnabled("X", false);
+    join->setAutoResetEnabled("Y", false);
+    connectBoth();
+    graph.start({});
+    send(1, 10);
+    source->send(PinValues{{"A", integer(2)}});
+    source->send(PinValues{{"B", integer(20)}});
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), (Numbers{11, 12, 22}));
+}
+
+TEST_F(GraphJoin, AnOptionalInputMayBeMissingFromAnUpdate) {
+    auto optional = std::make_shared<TestNode>(std::vector<gcstring>{"X", "Y"}, true);
+    auto reader = std::make_shared<TestSink>();
+    graph.addNode("Optional", optional);
+    graph.attachSink("Optional", "Out", reader);
+    graph.connect("Source", "A", "Optional", "X");
+    graph.connect("Source", "B", "Optional", "Y");
+    connectBoth();
+    graph.start({});
+    source->send(PinValues{{"A", integer(5)}});
+    send(1, 1);
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(reader->values(), (Numbers{5, 2}));
+}
+
+TEST_F(GraphJoin, RefusesInputsThatCanNeverShareAnUpdate) {
+    graph.addNode("Second", std::make_shared<TestSource>());
+    graph.connect("Source", "A", "Join", "X");
+    graph.connect("Second", "Out", "Join", "Y");
+    try {
+        graph.validate();
+        FAIL();
+    } catch (const GenICam::RuntimeException& exception) {
+        const gcstring text(exception.GetDescription());
+        EXPECT_NE(text.find("\"Join\""), gcstring::npos);
+        EXPECT_NE(text.find("different sources"), gcstring::npos);
+    }
+    EXPECT_THROW(graph.start({}), GenICam::RuntimeException);
+    join->setAutoResetEnabled("Y", false);
+    graph.validate();
+}
+
+}  // namespace
+}  // namespace Orlix::DataProcessing::Core

@@ -1,0 +1,241 @@
+// The end of a run: it always comes, in order, and tells what was lost.
+#include <atomic>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+#include "orlixdataprocessingcore/core/testnodes.h"
+#include "orlixdataprocessingcore/graph/graph.h"
+#include "orlixdataprocessingcore/utils/log.h"
+
+namespace Orlix::DataProcessing::Core {
+namespace {
+
+using Numbers = std::vector<std::int64_t>;
+
+class GraphStopping : public testing::Test {
+protected:
+    GraphStopping() {
+        graph.addNode("Source", source);
+        graph.addNode("A", node);
+        graph.connect("Source", "Out", "A", "In");
+        graph.attachSink("A", "Out", sink);
+    }
+
+    std::shared_ptr<TestSource> source = std::make_shared<TestSource>();
+    std::shared_ptr<TestNode> node = std::make_shared<TestNode>();
+    std::shared_ptr<TestSink> sink = std::make_shared<TestSink>();
+    Graph graph{GraphOptions{8}};
+    std::latch begun{1};
+    std::latch mayEnd{1};
+
+    void blockFirstJob() {
+        node->work = [this](TestNode& self) {
+            if (!blocked.exchange(true)) {
+                begun.count_down();
+                mayEnd.wait();
+            }
+            TestNode::sum(self);
+        };
+    }
+    std::atomic<bool> blocked{false};
+
+    void sendFive() {
+        for (int value = 0; value < 5; ++value) {
+            source->send(value);
+        }
+    }
+};
+
+TEST_F(GraphStopping, DrainBringsWhatIsUnderWayToItsEnd) {
+    blockFirstJob();
+    graph.start({});
+    sendFive();
+    begun.wait();
+    source->stopping = [this] { mayEnd.count_down(); };
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), (Numbers{0, 1, 2, 3, 4}));
+    EXPECT_EQ(graph.statistics().droppedJobs, 0U);
+    EXPECT_TRUE(graph.isIdle());
+}
+
+TEST_F(GraphStopping, DropLosesWhatWaitsAndCountsIt) {
+    blockFirstJob();
+    graph.start({});
+    sendFive();
+    begun.wait();
+    std::thread stopper([this] { graph.stop(StopMode::Drop); });
+    // The queue is dropped while the job still runs; then the job may end.
+    while (graph.statistics().connections.at(0).queued != 0) {
+        std::this_thread::yield();
+    }
+    mayEnd.count_down();
+    stopper.join();
+    EXPECT_EQ(sink->values(), Numbers{0});
+    EXPECT_EQ(graph.statistics().droppedJobs, 4U);
+    EXPECT_EQ(node->getState(), NodeState::Stopped);
+}
+
+TEST_F(GraphStopping, DrainEndsAlthoughASinkIsFullForEver) {
+    sink->setFull(true);
+    graph.start({});
+    sendFive();
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values().size(), 5U);
+}
+
+TEST_F(GraphStopping, DrainEndsAlthoughASinkBesideTheGraphIsFullForEver) {
+    const auto beside = std::make_shared<TestSink>();
+    const auto handle = node->attachOutputSink("Out", beside);
+    beside->setFull(true);
+    graph.start({});
+    sendFive();
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(graph.statistics().droppedJobs, 5U);
+    node->detachOutputSink(handle);
+}
+
+TEST_F(GraphStopping, EndsAlthoughEveryJobThrows) {
+    const Utils::LogCapture log;
+    node->work = [](TestNode&) { throw 5; };
+    graph.start({});
+    sendFive();
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(graph.statistics().failedJobs, 5U);
+    EXPECT_EQ(sink->entries().size(), 5U);
+}
+
+TEST_F(GraphStopping, StopsSourcesFirstAndStartsThemLast) {
+    std::vector<std::string> order;
+    source->starting = [&] { order.emplace_back("source starts"); };
+    node->starting = [&] { order.emplace_back("node starts"); };
+    source->stopping = [&] { order.emplace_back("source stops"); };
+    node->stopping = [&] { order.emplace_back("node stops"); };
+    graph.start({});
+    EXPECT_TRUE(graph.isRunning());
+    graph.stop(StopMode::Drop);
+    EXPECT_FALSE(graph.isRunning());
+    EXPECT_EQ(order, (std::vector<std::string>{"node starts", "source starts", "source stops",
+                                               "node stops"}));
+}
+
+TEST_F(GraphStopping, AFrameThatComesDuringTheStartIsNotLost) {
+    source->starting = [this] {
+        ASSERT_TRUE(source->waitUntilSpaceAvailable());
+        source->send(7);
+    };
+    graph.start({});
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), Numbers{7});
+}
+
+TEST_F(GraphStopping, AFailedStartStopsWhatHasStartedAndTellsWhy) {
+    source->starting = [] { throw std::runtime_error("no camera"); };
+    EXPECT_THROW(graph.start({}), std::runtime_error);
+    EXPECT_FALSE(graph.isRunning());
+    EXPECT_EQ(node->getState(), NodeState::Stopped);
+    source->starting = [] {};
+    graph.start({});
+    source->send(1);
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), Numbers{1});
+}
+
+TEST_F(GraphStopping, AnExceptionOfANodesStopComesOutWhenAllIsStopped) {
+    source->stopping = [] { throw std::runtime_error("stuck"); };
+    graph.start({});
+    EXPECT_THROW(graph.stop(StopMode::Drain), std::runtime_error);
+    EXPECT_EQ(source->getState(), NodeState::Stopped);
+    EXPECT_EQ(node->getState(), NodeState::Stopped);
+    EXPECT_FALSE(graph.isRunning());
+}
+
+TEST_F(GraphStopping, ReleasesASourceThatWaitsForSpace) {
+    blockFirstJob();
+    graph.start({});
+    std::thread producer([this] {
+        while (source->waitUntilSpaceAvailable()) {
+            source->send(0);
+        }
+    });
+    begun.wait();
+    source->stopping = [&] {
+        producer.join();
+        mayEnd.count_down();
+    };
+    graph.stop(StopMode::Drop);
+}
+
+TEST_F(GraphStopping, ANodeThatIsStoppedOnItsOwnHoldsNothingUp) {
+    graph.start({});
+    node->stop();
+    sendFive();
+    EXPECT_EQ(sink->waitFor(5).size(), 5U);
+    EXPECT_EQ(sink->skips(), 5U);
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(graph.statistics().droppedJobs, 5U);
+}
+
+TEST_F(GraphStopping, RunsAgainAfterAStop) {
+    for (int run = 0; run < 3; ++run) {
+        graph.start({});
+        source->send(run);
+        graph.stop(StopMode::Drain);
+        EXPECT_EQ(graph.statistics().executedJobs, 1U);
+    }
+    EXPECT_EQ(sink->values(), (Numbers{0, 1, 2}));
+}
+
+TEST_F(GraphStopping, NothingOfOneRunReachesTheNext) {
+    graph.start({});
+    graph.stop(StopMode::Drop);
+    source->send(1);
+    graph.start({});
+    graph.stop(StopMode::Drain);
+    EXPECT_TRUE(sink->values().empty());
+}
+
+TEST(GraphEnd, StopsAndFreesItsNodesAndLeavesNoTraceInThem) {
+    auto source = std::make_shared<TestSource>();
+    auto node = std::make_shared<TestNode>();
+    auto sink = std::make_shared<TestSink>();
+    {
+        Graph graph;
+        graph.addNode("Source", source);
+        graph.addNode("A", node);
+        graph.connect("Source", "Out", "A", "In");
+        graph.attachSink("A", "Out", sink);
+        EXPECT_TRUE(graph.allocateResources().empty());
+        graph.start({});
+        source->send(1);
+    }
+    EXPECT_EQ(source->getState(), NodeState::Stopped);
+    EXPECT_TRUE(node->canConfigure("In"));
+    EXPECT_FALSE(sink->hasListener());
+    EXPECT_EQ(source.use_count(), 1);
+    EXPECT_EQ(node.use_count(), 1);
+    EXPECT_EQ(sink.use_count(), 1);
+}
+
+TEST(GraphEnd, MayComeAtAnyMomentOfARun) {
+    for (int round = 0; round < 50; ++round) {
+        auto source = std::make_shared<TestSource>();
+        auto graph = std::make_unique<Graph>();
+        graph->addNode("Source", source);
+        graph->addNode("A", std::make_shared<TestNode>());
+        graph->addNode("B", std::make_shared<TestNode>());
+        graph->connect("Source", "Out", "A", "In");
+        graph->connect("A", "Out", "B", "In");
+        graph->start({});
+        std::thread producer([&] {
+            while (source->waitUntilSpaceAvailable()) {
+                source->send(1);
+            }
+        });
+        graph.reset();
+        producer.join();
+    }
+}
+
+}  // namespace
+}  // namespace Orlix::DataProcessing::Core

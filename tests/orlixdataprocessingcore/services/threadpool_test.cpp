@@ -1,0 +1,119 @@
+// The pool for jobs that may block.
+#include "orlixdataprocessingcore/threading/threadpool.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <latch>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+#include "gcbase/gcexception.h"
+#include "orlixdataprocessingcore/core/services.h"
+#include "orlixdataprocessingcore/utils/log.h"
+
+namespace Orlix::DataProcessing::Threading {
+namespace {
+
+class TestJob : public IJob {
+public:
+    explicit TestJob(std::function<void()> work) : work_(std::move(work)) {}
+    void onQueued() override { queuedIn = std::this_thread::get_id(); }
+    void onFinished() override { finished.count_down(); }
+    void execute() override { work_(); }
+    [[nodiscard]] GenICam::gcstring getName() const override { return "test job"; }
+
+    std::thread::id queuedIn;
+    std::latch finished{1};
+
+private:
+    std::function<void()> work_;
+};
+
+class ThreadPoolTest : public testing::Test {
+protected:
+    std::shared_ptr<TestJob> submit(std::function<void()> work) {
+        auto job = std::make_shared<TestJob>(std::move(work));
+        pool->submit(job);
+        return job;
+    }
+
+    std::shared_ptr<IThreadPool> pool = Core::getDefaultThreadPool();
+};
+
+TEST_F(ThreadPoolTest, RunsAJobOnAThreadOfItsOwn) {
+    std::thread::id ranIn;
+    const auto job = submit([&] { ranIn = std::this_thread::get_id(); });
+    job->finished.wait();
+    EXPECT_EQ(job->queuedIn, std::this_thread::get_id());
+    EXPECT_NE(ranIn, std::this_thread::get_id());
+}
+
+TEST_F(ThreadPoolTest, AJobThatBlocksTakesNoThreadFromOthers) {
+    constexpr int blocked = 20;
+    std::latch allBlock(blocked);
+    std::latch mayEnd(1);
+    std::vector<std::shared_ptr<TestJob>> jobs;
+    for (int index = 0; index < blocked; ++index) {
+        jobs.push_back(submit([&] {
+            allBlock.count_down();
+            mayEnd.wait();
+        }));
+    }
+    allBlock.wait();
+    submit([] {})->finished.wait();
+    mayEnd.count_down();
+    for (const auto& job : jobs) {
+        job->finished.wait();
+    }
+}
+
+TEST_F(ThreadPoolTest, AJobMaySubmitAndAwaitAnother) {
+    const auto outer = submit([this] { submit([] {})->finished.wait(); });
+    outer->finished.wait();
+}
+
+TEST_F(ThreadPoolTest, AnExceptionEndsThatJobOnlyAndIsLoggedWithItsName) {
+    const Utils::LogCapture log;
+    submit([] { throw std::runtime_error("broken"); })->finished.wait();
+    submit([] {
+        throw GenICam::RuntimeException("broken too", __FILE__, __LINE__);
+    })->finished.wait();
+    submit([] { throw 5; })->finished.wait();
+    submit([] {})->finished.wait();
+    const auto lines = log.getLines("orlix.dataprocessing.threading.Pool");
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_EQ(lines[0].text,
+              "ThreadPool: Exception caught while executing job \"test job\". Message: broken");
+    EXPECT_EQ(lines[1].text,
+              "ThreadPool: Exception caught while executing job \"test job\". Message: broken too");
+    EXPECT_EQ(lines[2].text,
+              "ThreadPool: Unknown exception caught while executing job \"test job\".");
+}
+
+TEST_F(ThreadPoolTest, RefusesANullJob) {
+    EXPECT_THROW(pool->submit(nullptr), GenICam::InvalidArgumentException);
+}
+
+TEST_F(ThreadPoolTest, TakesJobsFromManyThreads) {
+    constexpr int jobsPerThread = 200;
+    std::latch done(4 * jobsPerThread);
+    const auto submitMany = [&] {
+        for (int index = 0; index < jobsPerThread; ++index) {
+            pool->submit(std::make_shared<TestJob>([&] { done.count_down(); }));
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int index = 0; index < 4; ++index) {
+        threads.emplace_back(submitMany);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    done.wait();
+}
+
+}  // namespace
+}  // namespace Orlix::DataProcessing::Threading
