@@ -4,6 +4,8 @@
 #include <atomic>
 #include <cstddef>
 
+#include "orlixcamera/api.h"
+
 namespace Orlix {
 
 using StripFunction = void (*)(void* context, std::size_t strip);
@@ -11,7 +13,7 @@ using StripFunction = void (*)(void* context, std::size_t strip);
 // Calls `run` once for each strip below `count`, on at most `count` threads, the caller's among
 // them, and returns when all have returned. While it waits, the calling thread takes up no work but
 // these strips: it may hold locks that other work needs. `run` must not throw.
-void CallStrips(std::size_t count, StripFunction run, void* context);
+ORLIXCAMERA_API void CallStrips(std::size_t count, StripFunction run, void* context);
 
 // The same for a callable. What the caller wrote before is seen by each strip, and what the strips
 // wrote by the caller: the two atomics say so in code of our own, since a thread checker can't look
