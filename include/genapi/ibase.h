@@ -1,4 +1,4 @@
-// IBase, the root of all node interfaces, and the helpers that judge an access mode.
+// IBase, the root of all node interfaces, and the functions that judge an access mode.
 // Node objects belong to their map and live as long as it; any thread may call.
 #pragma once
 

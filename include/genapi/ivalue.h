@@ -1,5 +1,6 @@
 // IValue, the text view that every node with a value has. Texts know no locale and read back:
-// FromString(ToString()) leaves the value as it is.
+// FromString(ToString()) leaves the value as it is, but for floats, whose text has the digits that
+// their node asks for.
 #pragma once
 
 #include "genapi/ibase.h"

@@ -34,6 +34,7 @@ public:
     void begin() {
         stepsLeft_ = maximumSteps;
         mustTravel_ = false;
+        denial_ = {};
     }
 
     // ---- Access. The one function behind every report and every access. A question about reading

@@ -22,6 +22,7 @@ std::uint64_t assemble(std::span<const std::uint8_t> bytes, bool bigEndian) {
 }  // namespace
 
 std::int64_t Engine::linkedInteger(NodeId link, CacheUse use) {
+    denial_ = {};
     if (!IsReadable(coreAccess(link, Ask::reading))) {
         GENAPI_THROW(AccessException, says(link, "is not readable" + explainDenial()));
     }
@@ -29,6 +30,7 @@ std::int64_t Engine::linkedInteger(NodeId link, CacheUse use) {
 }
 
 double Engine::linkedReal(NodeId link, CacheUse use) {
+    denial_ = {};
     if (!IsReadable(coreAccess(link, Ask::reading))) {
         GENAPI_THROW(AccessException, says(link, "is not readable" + explainDenial()));
     }

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cstring>
 
+#include "genapi/formulalexer.h"
 #include "genapi/numbertext.h"
 
 namespace GenApi::Detail {
@@ -20,8 +21,6 @@ constexpr int maximumNesting = 1000;
 struct FormulaError {
     std::string text;
 };
-
-enum class Token : std::uint8_t { end, integer, real, name, symbol };
 
 struct Operator {
     std::string_view symbol;
@@ -84,98 +83,6 @@ std::string upperCase(std::string_view text) {
     }
     return result;
 }
-
-bool isNameStart(char c) {
-    return std::isalpha(static_cast<unsigned char>(c)) != 0 || c == '_';
-}
-bool isNamePart(char c) {
-    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '.';
-}
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-// Splits a text into tokens, one ahead of the parser.
-class Lexer {
-public:
-    explicit Lexer(std::string_view text) : text_(text) { next(); }
-
-    [[nodiscard]] Token token() const { return token_; }
-    [[nodiscard]] std::string_view text() const { return current_; }
-    [[nodiscard]] bool is(std::string_view symbol) const {
-        return token_ == Token::symbol && current_ == symbol;
-    }
-    // Whether a "(" comes after the current token.
-    [[nodiscard]] bool isCall() const {
-        const std::size_t place = text_.find_first_not_of(" \t\r\n", position_);
-        return place != std::string_view::npos && text_[place] == '(';
-    }
-
-    void next() {
-        position_ = std::min(text_.find_first_not_of(" \t\r\n\f\v", position_), text_.size());
-        if (position_ == text_.size()) {
-            take(Token::end, 0);
-        } else if (isDigit(text_[position_]) ||
-                   (text_[position_] == '.' && position_ + 1 < text_.size() &&
-                    isDigit(text_[position_ + 1]))) {
-            takeNumber();
-        } else if (isNameStart(text_[position_])) {
-            std::size_t length = 1;
-            while (position_ + length < text_.size() && isNamePart(text_[position_ + length])) {
-                ++length;
-            }
-            take(Token::name, length);
-        } else {
-            takeSymbol();
-        }
-    }
-
-private:
-    void take(Token token, std::size_t length) {
-        token_ = token;
-        current_ = text_.substr(position_, length);
-        position_ += length;
-    }
-
-    void takeNumber() {
-        const std::string_view rest = text_.substr(position_);
-        if (rest.size() > 2 && rest[0] == '0' && (rest[1] == 'x' || rest[1] == 'X')) {
-            std::size_t length = 2;
-            while (length < rest.size() &&
-                   std::isxdigit(static_cast<unsigned char>(rest[length]))) {
-                ++length;
-            }
-            take(Token::integer, length);
-            return;
-        }
-        std::size_t length = 0;
-        bool isReal = false;
-        for (; length < rest.size(); ++length) {
-            const char c = rest[length];
-            const bool isExponentSign = (c == '-' || c == '+') && length > 0 &&
-                                        (rest[length - 1] == 'e' || rest[length - 1] == 'E');
-            if (c == '.' || c == 'e' || c == 'E' || isExponentSign) {
-                isReal = true;
-            } else if (!isDigit(c)) {
-                break;
-            }
-        }
-        take(isReal ? Token::real : Token::integer, length);
-    }
-
-    void takeSymbol() {
-        constexpr std::array<std::string_view, 10> pairs = {
-            "**", "&&", "||", "<>", "!=", "==", "<=", ">=", "<<", ">>"};
-        const std::string_view two = text_.substr(position_, 2);
-        const bool isPair = std::find(pairs.begin(), pairs.end(), two) != pairs.end();
-        take(Token::symbol, isPair ? 2 : 1);
-    }
-
-    std::string_view text_;
-    std::size_t position_ = 0;
-    Token token_ = Token::end;
-    std::string_view current_;
-};
 
 // Recursive descent; each level of the operators that nest calls the next tighter one.
 class Compiler {
