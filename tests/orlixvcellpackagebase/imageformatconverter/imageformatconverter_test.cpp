@@ -209,6 +209,13 @@ TEST_F(ImageFormatConverterNode, WordsAreComparedWithCase) {
     EXPECT_EQ(loadFailure<E>(), "Unknown symbolic name of output bit alignment found.");
 }
 
+TEST_F(ImageFormatConverterNode, NumberThatIsNoPixelTypeFailsTheLoad) {
+    for (const std::uint64_t number : {std::uint64_t{5}, (std::uint64_t{1} << 32) + 0x01080001}) {
+        store->set("OutputPixelFormat", number);
+        EXPECT_THROW(node.loadSettings(store), GenICam::OutOfRangeException) << number;
+    }
+}
+
 TEST_F(ImageFormatConverterNode, NullStoreIsRefusedWithoutALine) {
     const Utils::LogCapture capture;
     using E = GenICam::InvalidArgumentException;

@@ -11,6 +11,7 @@
 #include <string>
 #include <thread>
 
+#include "genapi/genapi.h"
 #include "orlixdataprocessingcore/core/errors.h"
 #include "support/imageloadingfixture.h"
 #include "support/testpool.h"
@@ -325,23 +326,31 @@ TEST_F(OutputLoop, StopWaitsForTheTurnAndNoFurtherOneBegins) {
     EXPECT_EQ(static_cast<Core::INode&>(other).getState(), Core::NodeState::Stopped);
 }
 
-TEST_F(OutputLoop, SurvivesStartsStopsAndReadersOnManyThreads) {
+TEST_F(OutputLoop, SurvivesStartsStopsReadersAndWritersOnManyThreads) {
     useThreeImages();
     node.setRunContinuously(true);
+    const Utils::LogCapture capture;
     std::atomic<bool> finished = false;
     std::thread reader([&] {
         while (!finished) {
             static_cast<void>(node.getFramesPerSecond());
             static_cast<void>(node.getSourcePath());
             static_cast<void>(node.getNodeMapInfos());
+        }
+    });
+    std::thread writer([&] {
+        GenApi::INodeMap& map = *node.getNodeMapInfos().at(0).GetNodeMap();
+        const GenApi::CIntegerPtr rate(map.GetNode("FramesPerSecond"));
+        const GenApi::CBooleanPtr absolute(map.GetNode("StoreAbsolutePath"));
+        for (int round = 0; !finished; ++round) {
             try {
-                node.setStoreAbsolutePath(!node.getStoreAbsolutePath());
-            } catch (const GenICam::RuntimeException&) {
+                rate->SetValue(round % 500 + 1);
+                absolute->SetValue(round % 2 == 0);
+            } catch (const GenICam::GenericException&) {
                 // Refused while the node runs.
             }
         }
     });
-    const Utils::LogCapture capture;
     for (int round = 0; round < 50; ++round) {
         node.start(Arguments());
         imageSink->waitForCount(imageSink->values().size() + 1);
@@ -349,6 +358,7 @@ TEST_F(OutputLoop, SurvivesStartsStopsAndReadersOnManyThreads) {
     }
     finished = true;
     reader.join();
+    writer.join();
 }
 
 }  // namespace

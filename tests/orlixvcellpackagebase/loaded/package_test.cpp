@@ -204,7 +204,8 @@ TEST_F(Package, CatalogHasThreeRecordsInOrder) {
 }
 
 TEST_F(Package, EveryRecordHasWorkingEntryPoints) {
-    for (const auto& module : readCatalog()["Modules"]) {
+    const auto catalog = readCatalog();
+    for (const auto& module : catalog["Modules"]) {
         const auto name = module["Name"].get<std::string>();
         const NodePointer node = create(name);
         ASSERT_NE(node, nullptr) << name;

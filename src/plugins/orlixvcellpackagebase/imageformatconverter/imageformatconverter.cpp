@@ -43,7 +43,8 @@ ImageFormatConverter::ImageFormatConverter(const std::shared_ptr<Core::IResource
     impl_->nodeMapsChanged = std::make_shared<NodeMapsSignal>(impl_->lock);
     buildParameterTree();
     impl_->nodeMaps.emplace_back("@vCell", "Image Format Converter", impl_->adapter.getNodeMap());
-    // A recipe decides how many threads it spends on a conversion; the machine does not.
+    // Where the node differs from the library: Bayer pictures are interpolated up to their edges,
+    // and a recipe, not the machine, decides how many threads it spends on a conversion.
     impl_->converter.BayerBorder.SetValue(Orlix::BayerBorder_Repeat, true);
     impl_->converter.MaxNumThreads.SetValue(1, true);
     const auto& pin = ImageFormatConverterNames::imagePin;

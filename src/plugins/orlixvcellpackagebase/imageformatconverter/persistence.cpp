@@ -2,6 +2,7 @@
 // as words.
 #include <algorithm>
 #include <iterator>
+#include <limits>
 
 #include "gcbase/gcexception.h"
 #include "imageformatconverter/imageformatconverterimpl.h"
@@ -53,6 +54,13 @@ std::int64_t toValue(const Word (&words)[size], const gcstring& name, const char
     return word->value;
 }
 
+// Pixel types have 32 bits. A greater number must not turn into another type by losing its upper
+// bits; all ones is none that the library knows.
+std::int64_t toPixelType(std::uint64_t number) {
+    return std::int64_t{static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(number, std::numeric_limits<std::uint32_t>::max()))};
+}
+
 void checkStore(const std::shared_ptr<ISettings>& store) {
     if (store == nullptr) {
         throw GenICam::InvalidArgumentException("ptrSettings is a nullptr", __FILE__, __LINE__);
@@ -94,8 +102,7 @@ void ImageFormatConverter::loadSettings(const std::shared_ptr<ISettings>& ptrSet
 // A recipe with fewer keys keeps the present values. The ports tell the node map of each change.
 void ImageFormatConverter::loadKeys(ISettings& store) {
     if (const SettingsPath path(outputPixelFormat); store.contains(path)) {
-        impl_->outputPixelFormatPort->setValue(static_cast<std::int64_t>(store.getUnsigned(path)),
-                                               false);
+        impl_->outputPixelFormatPort->setValue(toPixelType(store.getUnsigned(path)), false);
     }
     if (const SettingsPath path(outputOrientation); store.contains(path)) {
         impl_->outputOrientationPort->setValue(
