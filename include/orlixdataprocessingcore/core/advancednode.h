@@ -32,8 +32,9 @@ protected:
     // not started or is being stopped. Needs no lock of the node, and may be called with it held.
     [[nodiscard]] bool waitUntilSpaceAvailable() const;
     // Hands one set of values, keyed by pin, to the graph. Pins that are left out are told
-    // downstream. A function that is not empty is run on a worker thread and makes the values from
-    // those given. Never blocks. Jobs offered to a stopped node are dropped.
+    // downstream; values for pins that are not there are ignored. A function that is not empty is
+    // run on a worker thread and makes the values from those given. Never blocks. Jobs offered to a
+    // stopped node are dropped.
     void createJob(const std::shared_ptr<IGraphUpdate>& update, PinValues values,
                    const JobFunction& function);
     [[nodiscard]] std::shared_ptr<IUpdateFactory> getUpdateFactory() const;

@@ -15,7 +15,8 @@ class ORLIXDATAPROCESSINGCORE_API IGraphUpdate {
 public:
     virtual ~IGraphUpdate();
 
-    // Position in the process-wide order of creation, from 1. Joins and outputs keep this order.
+    // Position in the process-wide order of creation, from 1. Joins and outputs keep the order in
+    // which a source hands its updates over, which is this one unless several threads do so.
     [[nodiscard]] virtual std::uint64_t getSequenceNumber() const noexcept = 0;
     // The update that this one was derived from, or null.
     [[nodiscard]] virtual std::shared_ptr<IGraphUpdate> getParent() const = 0;

@@ -18,12 +18,13 @@ class IGraphUpdate;
 class ORLIXDATAPROCESSINGCORE_API ISpaceListener {
 public:
     virtual ~ISpaceListener();
-    // Any thread; must not block and takes no node lock.
+    // Any thread; must not block and takes no node lock. The sink holds no lock that its hasSpace
+    // needs, since the listener may ask at once.
     virtual void onSpaceAvailable() = 0;
 };
 
-// Called on the threads that produce values, with no lock of the source node held. No operation
-// may block; a sink that can not take a value at once has to queue it.
+// Called on the threads that produce values; a source may hold its own lock meanwhile. No operation
+// may block or stop a node; a sink that can not take a value at once has to queue it.
 class ORLIXDATAPROCESSINGCORE_API IOutputSink {
 public:
     virtual ~IOutputSink();

@@ -72,12 +72,15 @@ public:
     // Consumers first; the first failure undoes what was done and is reported.
     [[nodiscard]] std::vector<std::shared_ptr<IError>> allocateResources();
     void freeResources();
-    // Consumers start before sources; a failed start stops what has started and rethrows.
+    // Validates first. Consumers start before sources; a failed start stops what has started and
+    // rethrows.
     void start(const NodeArgumentCollection& arguments);
-    // Sources stop first. Always ends.
+    // Sources stop first. Always ends: a sink that is full holds nothing back any more. Not from
+    // within a job or a sink, whose end it waits for. Rethrows the first exception of a node's stop
+    // when all nodes have stopped.
     void stop(StopMode mode);
     [[nodiscard]] bool isRunning() const;
-    // Whether a value is waiting or a node is at work anywhere.
+    // False while a value is waiting or a node is at work anywhere.
     [[nodiscard]] bool isIdle() const;
 
     [[nodiscard]] GraphStatistics statistics() const;
