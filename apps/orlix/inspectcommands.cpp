@@ -47,6 +47,8 @@ void showParameters(const CommonOptions& options, const std::string& type, Forma
     const auto parameters = Host::readParameters(Host::vcellMapOf(*node));
     if (format == Format::Json) {
         Host::printParametersAsJson(std::cout, parameters);
+    } else if (parameters.empty()) {
+        std::cout << type << " has no parameters.\n";
     } else {
         Host::printParameters(std::cout, parameters);
     }

@@ -17,7 +17,7 @@
 namespace Orlix::DataProcessing::Core {
 class Graph;
 class NodeArgumentCollection;
-}
+}  // namespace Orlix::DataProcessing::Core
 
 namespace Orlix::Host {
 

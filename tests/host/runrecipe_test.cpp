@@ -283,6 +283,15 @@ TEST_P(RunSignal, StopsTheRecipeInOrder) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, RunSignal, testing::Values(SIGINT, SIGTERM));
 
+TEST_F(RunValues, ReaderThatGoesAwayEndsTheRunWithAnError) {
+    makeFifo();
+    const std::string recipe = writeTestRecipe(folder_, "ValueSource");
+    Program program(orlixFile(), {"run", recipe, "--package", testPackage("testnodes"), "--out",
+                                  folder_ / "out"});
+    { FifoReader(values()).waitForFirstByte(); }
+    expectFailure(program.wait(), values() + ": can not write: Broken pipe");
+}
+
 TEST_F(RunValues, SecondSignalEndsTheProgramAtOnce) {
     makeFifo();
     const std::string recipe = writeTestRecipe(folder_, "StuckSource");

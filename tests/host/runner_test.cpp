@@ -1,0 +1,90 @@
+// Recipes in a program of one's own, without the command line.
+#include "orlixhost/runner.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "host/support/message.h"
+#include "host/support/recipes.h"
+#include "orlixhost/package.h"
+#include "orlixhost/recipegraph.h"
+#include "orlixhost/resourcepool.h"
+
+namespace Orlix::Host {
+namespace {
+
+class RunnerTest : public testing::Test {
+protected:
+    RunnerTest() { packages_.add(Package::load(Testing::testPackage("testnodes"))); }
+
+    // A connected graph with one source of that many updates, 0 for no end.
+    [[nodiscard]] std::unique_ptr<RecipeGraph> makeGraph(int count) const {
+        auto graph = std::make_unique<RecipeGraph>(
+            Recipe::parse(R"({"version": 1, "nodes": [{"name": "S", "type": "ValueSource",
+                              "settings": {"count": )" +
+                              std::to_string(count) + "}}]}",
+                          "r.json", {}),
+            packages_, createResourcePool());
+        graph->connect();
+        return graph;
+    }
+
+    PackageList packages_;
+};
+
+TEST_F(RunnerTest, ReportsEveryOpenOutputInTheOrderOfItsPins) {
+    const auto graph = makeGraph(3);
+    RunOptions options;
+    options.idle = 0.3;
+    Runner runner(*graph, options);
+    const RunReport report = runner.run({});
+    ASSERT_EQ(report.outputs.size(), 6U);
+    EXPECT_EQ(report.outputs[0].pin, "Number");
+    EXPECT_EQ(report.outputs[0].frames, 3U);
+    EXPECT_EQ(report.outputs[5].pin, "Fragile");
+    EXPECT_EQ(report.outputs[5].errors, 2U);
+    EXPECT_EQ(report.dropped, 0U);
+}
+
+TEST_F(RunnerTest, StopBeforeTheRunEndsItAtOnce) {
+    const auto graph = makeGraph(0);
+    Runner runner(*graph, {});
+    runner.requestStop();
+    static_cast<void>(runner.run({}));
+}
+
+TEST_F(RunnerTest, ObserverMayStopTheRun) {
+    const auto graph = makeGraph(0);
+    Runner runner(*graph, {});
+    bool hasStarted = false;
+    RunObserver observer;
+    observer.onStarted = [&] { hasStarted = true; };
+    RunProgress last;
+    observer.onProgress = [&](const RunProgress& progress) {
+        last = progress;
+        runner.requestStop();
+    };
+    const RunReport report = runner.run(observer);
+    EXPECT_TRUE(hasStarted);
+    EXPECT_GT(last.seconds, 0);
+    EXPECT_LE(last.frames, report.outputs[0].frames);
+}
+
+TEST_F(RunnerTest, SavedRecipeHasTheNodesSettings) {
+    const auto graph = makeGraph(7);
+    EXPECT_NE(graph->saved({}).toText().find("\"count\": 7"), std::string::npos);
+}
+
+TEST_F(RunnerTest, LoadingPutsTheCurrentDirectoryBack) {
+    const Testing::TemporaryFolder folder;
+    const std::string file = Testing::writeReplayRecipe(folder, R"("sourcePath": "images")");
+    PackageList packages;
+    packages.add(Package::load(Testing::packageFile()));
+    const std::filesystem::path before = std::filesystem::current_path();
+    const RecipeGraph graph(Recipe::load(file), packages, createResourcePool());
+    EXPECT_EQ(std::filesystem::current_path(), before);
+}
+
+}  // namespace
+}  // namespace Orlix::Host
