@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <system_error>
 
 #include "genapi/genapi.h"
 #include "orlixdataprocessingcore/core/graphupdate.h"
@@ -220,6 +221,23 @@ TEST_F(ImageLoadingNode, ValuesOfOneTurnShareAnUpdate) {
     ASSERT_THAT(imageSink->updates(), SizeIs(2));
     EXPECT_NE(imageSink->updates()[0], imageSink->updates()[1]);
     EXPECT_EQ(imageSink->updates()[0]->getParent(), nullptr);
+}
+
+// Opens what only the framework calls.
+class OpenNode : public ImageLoading {
+public:
+    using ImageLoading::ImageLoading;
+    using ImageLoading::onStopping;
+};
+
+TEST_F(ImageLoadingNode, StoppingWithoutAWorkerIsASystemError) {
+    OpenNode other(nullptr, clock);
+    try {
+        other.onStopping();
+        FAIL();
+    } catch (const std::system_error& error) {
+        EXPECT_EQ(error.code(), std::errc::invalid_argument);
+    }
 }
 
 TEST_F(ImageLoadingNode, CanBeDestroyedWhileItRuns) {

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -151,6 +152,35 @@ TEST(ImageSource, EntryThatCanNotBeQueriedIsAFileSystemError) {
     const TemporaryFolder folder;
     fs::create_symlink(folder / "loop.png", folder / "loop.png");
     EXPECT_THAT(enumerateError(folder.path()), HasSubstr(" directory_entry::status: "));
+}
+
+// Takes from the process the right to open files, which not even its rights as root outweigh.
+class WithoutFileHandles {
+public:
+    WithoutFileHandles() {
+        EXPECT_EQ(::getrlimit(RLIMIT_NOFILE, &before_), 0);
+        const rlimit none{0, before_.rlim_max};
+        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    }
+    ~WithoutFileHandles() { EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &before_), 0); }
+    WithoutFileHandles(const WithoutFileHandles&) = delete;
+    WithoutFileHandles& operator=(const WithoutFileHandles&) = delete;
+
+private:
+    rlimit before_{};
+};
+
+TEST(ImageSource, FolderThatCanNotBeOpenedIsAFileSystemError) {
+    const TemporaryFolder folder;
+    folder.addFile("x.png");
+    std::string error;
+    {
+        const WithoutFileHandles limit;
+        error = enumerateError(folder.path());
+    }
+    EXPECT_EQ(error,
+              "filesystem error: directory_iterator::directory_iterator: Too many open files [" +
+                  folder.path().string() + "]");
 }
 
 TEST(ImageOrder, AscendingIsByteWiseInTheDefaultLocale) {

@@ -107,6 +107,14 @@ TEST_F(ImageLoadingPersistence, PathIsStoredRelativeToTheRecipe) {
     EXPECT_EQ(savePath(recipeIn(folder / "recipe")), "../other");
 }
 
+TEST_F(ImageLoadingPersistence, RecipeFolderItselfIsADotAndComesBack) {
+    node.setSourcePath(folder.path().c_str());
+    const auto store = recipeIn(folder.path());
+    EXPECT_EQ(savePath(store), ".");
+    node.loadSettings(store);
+    EXPECT_EQ(node.getSourcePath().str(), folder.path().string());
+}
+
 TEST_F(ImageLoadingPersistence, PathIsStoredAsGivenWithoutAUsableRecipeFolder) {
     node.setSourcePath("some/relative path");
     EXPECT_EQ(savePath(unsavedRecipe()), "some/relative path");

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "genapi/genapi.h"
@@ -172,6 +173,28 @@ TEST_F(ImageLoadingSettings, AllAtOnceAreStoredWithOneNotification) {
     EXPECT_FALSE(GenApi::IsWritable(parameter("NumberOfRuns")));
     setSettings(settings);
     EXPECT_EQ(changes, 2);
+}
+
+TEST_F(ImageLoadingSettings, AllAtOnceTellEveryParameterAlsoWithoutAChange) {
+    std::vector<std::string> told;
+    std::vector<std::pair<GenApi::INode*, GenApi::CallbackHandleType>> callbacks;
+    for (const char* name : {"SourcePath", "SortBy", "NumberOfImages", "FramesPerSecond",
+                             "NumberOfRuns", "RunContinuously", "StoreAbsolutePath"}) {
+        callbacks.emplace_back(parameter(name),
+                               GenApi::Register(parameter(name), [&told](GenApi::INode* changed) {
+                                   told.emplace_back(changed->GetName().str());
+                               }));
+    }
+    const Settings settings("x", Ascending, 1, 1, 1, false, false);
+    for (int round = 0; round < 2; ++round) {
+        told.clear();
+        setSettings(settings);
+        EXPECT_THAT(told, ElementsAre("SourcePath", "SortBy", "NumberOfImages", "FramesPerSecond",
+                                      "NumberOfRuns", "RunContinuously", "StoreAbsolutePath"));
+    }
+    for (const auto& [changed, handle] : callbacks) {
+        changed->DeregisterCallback(handle);
+    }
 }
 
 TEST_F(ImageLoadingSettings, AllAtOnceAreCheckedInTheOrderOfTheArguments) {
