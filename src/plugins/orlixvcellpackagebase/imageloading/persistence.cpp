@@ -56,8 +56,9 @@ gcstring resolve(const fs::path& base, const fs::path& relative) {
 }
 
 gcstring makeRelative(const gcstring& path, const fs::path& base) {
-    return gcstring(
-        fs::weakly_canonical(toPath(path)).lexically_relative(fs::weakly_canonical(base)).string());
+    // A relative path whose first folder is absent would stay relative, and have no way from base.
+    const fs::path source = fs::weakly_canonical(fs::absolute(toPath(path)));
+    return gcstring(source.lexically_relative(fs::weakly_canonical(fs::absolute(base))).string());
 }
 
 void checkStore(const std::shared_ptr<ISettings>& store) {
