@@ -138,3 +138,30 @@ TEST(Hostile, EveryCutOfADescriptionIsRefusedOrLoads) {
         EXPECT_THROW((void)load(text.substr(0, length)), GenICam::RuntimeException) << length;
     }
 }
+
+TEST(Hostile, NodesThatLackAPartRefuseEveryQuestionByName) {
+    TestMap t(
+        "<Converter Name=\"C\"><FormulaFrom>TO</FormulaFrom></Converter>"
+        "<IntConverter Name=\"I\"><FormulaFrom>TO +</FormulaFrom><pValue>V</pValue></IntConverter>"
+        "<Integer Name=\"V\"><Value>1</Value><Min>0</Min><Max>5</Max></Integer>"
+        "<Integer Name=\"L\"><pValue>I</pValue></Integer>"
+        "<MaskedIntReg "
+        "Name=\"M\"><Address>0</Address><Length>99</Length><Bit>3</Bit></MaskedIntReg>"
+        "<StringReg Name=\"S\"/><FloatReg Name=\"F\"/><Register Name=\"R\"/>"
+        "<Command Name=\"X\"/><Enumeration Name=\"E\"/><Boolean Name=\"B\"/>");
+    EXPECT_EQ(errorOf<GenICam::AccessException>([&] { (void)t.real("C")->GetMin(); }),
+              "Node 'C' is not available, it has no pValue.");
+    for (const char* name : {"I", "L", "M"}) {
+        EXPECT_THROW((void)t.integer(name)->GetMax(), GenICam::GenericException) << name;
+        EXPECT_THROW((void)t.integer(name)->GetValue(), GenICam::AccessException) << name;
+        EXPECT_THROW((void)t.integer(name)->GetListOfValidValues().size(),
+                     GenICam::GenericException);
+    }
+    for (const char* name : {"C", "I", "L", "M", "S", "F", "R", "X", "E", "B"}) {
+        EXPECT_EQ(t.mode(name), NA) << name;
+        t.node(name)->InvalidateNode();
+        EXPECT_THROW(CValuePtr(t.node(name))->FromString("1"), GenICam::GenericException) << name;
+    }
+    EXPECT_THROW(t.command("X")->Execute(), GenICam::AccessException);
+    EXPECT_TRUE(t.command("X")->IsDone());
+}

@@ -58,6 +58,10 @@ void Engine::refuseVisit(NodeId id, bool circle) {
         GENAPI_THROW(RuntimeException,
                      says(id, "can not be evaluated: its links lead in a circle back to it."));
     }
+    if (node(id).broken.count != 0) {
+        GENAPI_THROW(AccessException,
+                     says(id, "is not available, " + std::string(d_->text(node(id).broken)) + "."));
+    }
     // Going on elsewhere would only cost more.
     mustTravel_ = true;
     if (stepsLeft_ == 0) {

@@ -185,7 +185,10 @@ private:
     public:
         Visit(Engine& engine, NodeId id, Busy what) : engine_(engine), id_(id), what_(what) {
             NodeState& state = engine_.nodes_[id_];
-            if ((state.busy & what_) != 0 || engine_.depth_ >= maximumDepth ||
+            // What lacks a part has an access mode, but nothing else.
+            const bool isUnusable =
+                (what_ & (busyReading | busyWriting)) == 0 && engine_.node(id_).broken.count != 0;
+            if ((state.busy & what_) != 0 || isUnusable || engine_.depth_ >= maximumDepth ||
                 engine_.stepsLeft_ == 0) {
                 engine_.refuseVisit(id_, (state.busy & what_) != 0);
             }

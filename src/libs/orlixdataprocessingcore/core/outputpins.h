@@ -31,8 +31,8 @@ struct OutputRoutes {
     void skip(const std::shared_ptr<IGraphUpdate>& update) const;
 };
 
-// Owned by the node; safe from any thread. Unknown names throw GenICam::InvalidArgumentException. A delivery
-// that is under way when a sink is detached may still reach it.
+// Owned by the node; safe from any thread. Unknown names throw GenICam::InvalidArgumentException. A
+// delivery that is under way when a sink is detached may still reach it.
 class OutputPins {
 public:
     OutputPins();
