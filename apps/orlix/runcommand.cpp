@@ -2,6 +2,7 @@
 #include <csignal>
 #include <cstdio>
 #include <iostream>
+#include <memory>
 #include <utility>
 
 #include "commands.h"
@@ -67,6 +68,8 @@ void runRecipe(const CommonOptions& options, RunCommandOptions command, Console&
     }
     graph.connect();
     Host::Runner runner(graph, command.run);
+    // The runner ends before the watch does, also when the run throws.
+    const std::shared_ptr<void> watched(&signals, [](SignalWatch* watch) { watch->onSignal({}); });
     signals.onSignal([&runner] { runner.requestStop(); });
 
     Host::RunObserver observer;

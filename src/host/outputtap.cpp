@@ -30,7 +30,10 @@ void OutputTap::put(const std::shared_ptr<DataProcessing::Core::IGraphUpdate>& u
 
 std::uint64_t OutputTap::count(std::uint64_t update, bool hasError) {
     const std::lock_guard lock(mutex_);
-    if (!state_->takes(update)) {
+    // A source may hand updates over out of order: an older one can come after the last that
+    // counts.
+    const bool isComplete = limit_ != 0 && report_.frames >= limit_;
+    if (isComplete || !state_->takes(update)) {
         return 0;
     }
     last_ = RunClock::now();
