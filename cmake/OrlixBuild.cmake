@@ -16,10 +16,12 @@ if(ORLIX_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${ORLIX_CCACHE})
 endif()
 
+file(RELATIVE_PATH orlix_up ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
 add_library(orlix_build INTERFACE)
 target_compile_options(orlix_build INTERFACE
   # Source paths in exceptions and log lines read src/..., wherever the tree lies.
-  -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=
+  # The second form is for a ccache that shares results between checkouts (base_dir).
+  -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${orlix_up}/=
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast
   -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2 -Wimplicit-fallthrough
   -Werror)
