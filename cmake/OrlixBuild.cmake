@@ -21,7 +21,7 @@ add_library(orlix_build INTERFACE)
 target_compile_options(orlix_build INTERFACE
   # Source paths in exceptions and log lines read src/..., wherever the tree lies.
   # The second form is for a ccache that shares results between checkouts (base_dir).
-  -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${orlix_up}/=
+  -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${orlix_up}=
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast
   -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2 -Wimplicit-fallthrough
   -Werror)
