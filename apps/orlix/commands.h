@@ -31,11 +31,17 @@ struct RunCommandOptions {
     Host::RunOptions run;
 };
 
+struct NodeMapOptions {
+    std::string file;
+    std::string memory;  // a number of bytes or a file
+    std::string steps;   // a file; empty prints the tree
+};
+
 [[nodiscard]] Host::PackageList loadPackages(const CommonOptions& options);
 
 void showCatalog(const CommonOptions& options, Format format);
 void showParameters(const CommonOptions& options, const std::string& type, Format format);
-void showNodeMap(const std::string& file, Format format);
+void showNodeMap(const NodeMapOptions& options, Format format);
 void showDevices(Format format);
 void validateRecipe(const CommonOptions& options, const std::string& recipe,
                     const std::vector<std::string>& sets);

@@ -4,6 +4,7 @@
 #include "commands.h"
 #include "orlixdataprocessingcore/core/inode.h"
 #include "orlixhost/descriptionfile.h"
+#include "orlixhost/descriptionsteps.h"
 #include "orlixhost/htmltext.h"
 #include "orlixhost/nodeparameters.h"
 #include "orlixhost/parametertree.h"
@@ -54,9 +55,11 @@ void showParameters(const CommonOptions& options, const std::string& type, Forma
     }
 }
 
-void showNodeMap(const std::string& file, Format format) {
-    Host::DescriptionFile description(file);
-    if (format == Format::Json) {
+void showNodeMap(const NodeMapOptions& options, Format format) {
+    Host::DescriptionFile description(options.file, Host::MemoryImage{options.memory});
+    if (!options.steps.empty()) {
+        Host::runSteps(std::cout, description, Host::readStepFile(options.steps));
+    } else if (format == Format::Json) {
         description.printAsJson(std::cout);
     } else {
         description.print(std::cout);

@@ -21,7 +21,7 @@ struct CommandLine {
     std::string recipe;
     std::string target;
     std::string type;
-    std::string file;
+    NodeMapOptions nodemap;
     std::vector<std::string> sets;
     bool json = false;
     std::function<void(Console&)> command;
@@ -77,9 +77,19 @@ void addInspectCommands(CLI::App& app, CommandLine& line) {
 
     auto* nodemap =
         addCommand(app, line, "nodemap", "Print the feature tree of a GenICam description",
-                   [&](Console&) { showNodeMap(line.file, line.format()); });
-    nodemap->add_option("FILE", line.file, "Description, as XML or zipped")->required();
-    nodemap->add_flag("--json", line.json, "Print JSON");
+                   [&](Console&) { showNodeMap(line.nodemap, line.format()); });
+    nodemap->add_option("FILE", line.nodemap.file, "Description, as XML or zipped")->required();
+    auto* json = nodemap->add_flag("--json", line.json, "Print JSON");
+    nodemap
+        ->add_option(
+            "--memory", line.nodemap.memory,
+            "Bytes of the port, all zero (64 KiB, growing as addressed), or a file of them")
+        ->type_name("N|FILE");
+    nodemap
+        ->add_option("--steps", line.nodemap.steps,
+                     "Run the steps of a file and print their results in place of the tree")
+        ->type_name("FILE")
+        ->excludes(json);
 
     auto* devices = addCommand(app, line, "devices", "List the cameras that can be used",
                                [&](Console&) { showDevices(line.format()); });

@@ -10,21 +10,30 @@
 
 namespace GenApi {
 class INodeMap;
-}
+class IPort;
+}  // namespace GenApi
 
 namespace Orlix::Host {
+
+// What the port holds before the first access, as `--memory` gives it: a number of bytes, all zero,
+// or the name of a file. Empty: 64 KiB of zeros. It grows where it is written.
+struct MemoryImage {
+    std::string sizeOrFile;
+};
 
 // Owns the map and its port.
 class ORLIXHOST_API DescriptionFile {
 public:
     // XML, or a ZIP archive with it. Throws RuntimeException that names the file and, for a
     // description that is broken, line and column.
-    explicit DescriptionFile(const std::string& file);
+    explicit DescriptionFile(const std::string& file, const MemoryImage& memory = {});
     ~DescriptionFile();
     DescriptionFile(const DescriptionFile&) = delete;
     DescriptionFile& operator=(const DescriptionFile&) = delete;
 
     [[nodiscard]] GenApi::INodeMap& nodeMap() noexcept;
+    // The memory itself, beside the map and its caches.
+    [[nodiscard]] GenApi::IPort& port() noexcept;
 
     // The feature tree, and behind it what the loader dropped.
     void print(std::ostream& out);

@@ -1,5 +1,6 @@
 #include "orlixhost/descriptionfile.h"
 
+#include <charconv>
 #include <ostream>
 
 #include "genapi/loadreport.h"
@@ -23,6 +24,46 @@ GenApi::CNodeMapRef loadMap(const std::string& file) {
         const auto type = isZip(data) ? GenApi::ContentType_ZippedXml : GenApi::ContentType_Xml;
         return GenApi::CNodeMapFactory(type, data.data(), data.size()).CreateNodeMap();
     });
+}
+
+// Beyond what it begins with, the memory may grow by the port's own limit.
+std::unique_ptr<GenApi::CMemoryPort> zeros(std::int64_t size) {
+    return std::make_unique<GenApi::CMemoryPort>(size, size + GenApi::CMemoryPort::defaultLimit);
+}
+
+std::unique_ptr<GenApi::CMemoryPort> makePort(const std::string& sizeOrFile) {
+    if (sizeOrFile.empty()) {
+        return zeros(GenApi::CMemoryPort::initialSize);
+    }
+    constexpr std::int64_t largest = std::int64_t{1} << 30;
+    std::int64_t size = 0;
+    const bool isHex = sizeOrFile.compare(0, 2, "0x") == 0;
+    const char* last = sizeOrFile.data() + sizeOrFile.size();
+    const auto [end, error] =
+        std::from_chars(sizeOrFile.data() + (isHex ? 2 : 0), last, size, isHex ? 16 : 10);
+    if (end == last) {
+        if (error != std::errc{} || size < 0 || size > largest) {
+            fail("a memory of " + sizeOrFile + " bytes is not possible; it may have 0 to " +
+                 std::to_string(largest));
+        }
+        return zeros(size);
+    }
+    const std::string content = readTextFile(sizeOrFile);
+    const auto length = static_cast<std::int64_t>(content.size());
+    auto port = zeros(length);
+    port->Write(content.data(), 0, length);
+    return port;
+}
+
+// Every port of the description lies on the same memory.
+void connectAll(GenApi::INodeMap& map, GenApi::IPort& port) {
+    GenApi::NodeList_t nodes;
+    map.GetNodes(nodes);
+    for (GenApi::INode* node : nodes) {
+        if (node->GetPrincipalInterfaceType() == GenApi::intfIPort) {
+            map.Connect(&port, node->GetName());
+        }
+    }
 }
 
 const char* nameOf(GenApi::LoadSeverity severity) {
@@ -54,19 +95,25 @@ Json remarkJson(const GenApi::LoadRemark& remark) {
 
 struct DescriptionFile::Impl {
     // The port outlives the map's connection to it.
-    GenApi::CMemoryPort port;
+    std::unique_ptr<GenApi::CMemoryPort> port;
     GenApi::CNodeMapRef map;
 };
 
-DescriptionFile::DescriptionFile(const std::string& file) : impl_(std::make_unique<Impl>()) {
+DescriptionFile::DescriptionFile(const std::string& file, const MemoryImage& memory)
+    : impl_(std::make_unique<Impl>()) {
+    impl_->port = makePort(memory.sizeOrFile);
     impl_->map = loadMap(file);
-    impl_->map._Connect(&impl_->port);
+    connectAll(*impl_->map._Ptr(), *impl_->port);
 }
 
 DescriptionFile::~DescriptionFile() = default;
 
 GenApi::INodeMap& DescriptionFile::nodeMap() noexcept {
     return *impl_->map._Ptr();
+}
+
+GenApi::IPort& DescriptionFile::port() noexcept {
+    return *impl_->port;
 }
 
 void DescriptionFile::print(std::ostream& out) {

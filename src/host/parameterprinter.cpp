@@ -47,7 +47,9 @@ std::string valueText(const Parameter& parameter) {
         if (parameter.kind == "String") {
             text += inQuotes(parameter.text);
         } else {
-            text += parameter.kind == "Boolean" ? parameterText(parameter.value) : parameter.text;
+            // The map prints a float with the digits that it asks for; here it reads back equal.
+            const bool isExact = parameter.kind == "Boolean" || parameter.kind == "Float";
+            text += isExact ? parameterText(parameter.value) : parameter.text;
         }
     }
     if (!parameter.unit.empty()) {

@@ -137,6 +137,92 @@ TEST_F(NodemapCommand, FileThatIsNotWellFormedIsOneErrorWithItsPlace) {
     EXPECT_NE(result.err.find("column"), std::string::npos) << result.err;
 }
 
+// One of each kind that steps can use.
+constexpr const char* kindsDescription = R"(<?xml version="1.0" encoding="utf-8"?>
+<RegisterDescription ModelName="Model" VendorName="Vendor" StandardNameSpace="None"
+  SchemaMajorVersion="1" SchemaMinorVersion="1" SchemaSubMinorVersion="0" MajorVersion="1"
+  MinorVersion="0" SubMinorVersion="0" ProductGuid="1" VersionGuid="1"
+  xmlns="http://www.genicam.org/GenApi/Version_1_1">
+  <Integer Name="Count"><pValue>CountReg</pValue><Min>0</Min><Max>9</Max><Inc>3</Inc></Integer>
+  <IntReg Name="CountReg"><Address>0x10</Address><Length>4</Length><AccessMode>RW</AccessMode>
+    <pPort>Device</pPort><Cachable>NoCache</Cachable><Endianess>LittleEndian</Endianess></IntReg>
+  <Float Name="Gain"><ToolTip>How&#10;bright.</ToolTip><Value>0.1</Value><Min>-1.5</Min>
+    <Max>1e300</Max></Float>
+  <Enumeration Name="Mode"><EnumEntry Name="Off"><Value>2</Value></EnumEntry>
+    <EnumEntry Name="On"><pIsAvailable>Zero</pIsAvailable><Value>3</Value></EnumEntry>
+    <EnumEntry Name="Never"><pIsImplemented>Zero</pIsImplemented><Value>4</Value></EnumEntry>
+    <Value>2</Value></Enumeration>
+  <Integer Name="Zero"><Value>0</Value></Integer>
+  <Boolean Name="Flag"><Value>1</Value></Boolean>
+  <Command Name="Go"><pValue>CountReg</pValue><CommandValue>6</CommandValue></Command>
+  <StringReg Name="Label"><Address>0x20</Address><Length>8</Length><AccessMode>RW</AccessMode>
+    <pPort>Device</pPort></StringReg>
+  <Port Name="Device"/>
+</RegisterDescription>
+)";
+
+// Runs steps on a description of one of each kind; extra arguments come last.
+std::string runSteps(const TemporaryFolder& folder, const std::string& steps,
+                     const std::vector<std::string>& more = {}) {
+    std::vector<std::string> arguments = {"nodemap", folder.write("kinds.xml", kindsDescription),
+                                          "--steps", folder.write("steps.txt", steps)};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    const ProgramResult result = runOrlix(arguments);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    return result.out;
+}
+
+TEST_F(NodemapCommand, StepsReadAndWriteEveryKindOfNode) {
+    EXPECT_EQ(runSteps(folder_,
+                       "poke\t0x10\t03000000\r\n# a note\n\nget\tCount\nint\tCount\n"
+                       "set\tCount\t9\nmem\t16\t4\nmin\tCount\nmax\tCount\ninc\tCount\n"
+                       "get\tGain\nset\tGain\t0.30000000000000004\nget\tGain\nmin\tGain\n"
+                       "max\tGain\ntooltip\tGain\nget\tMode\nint\tMode\nentries\tMode\n"
+                       "availableentries\tMode\nget\tFlag\nset\tFlag\tfalse\nint\tFlag\n"
+                       "execute\tGo\ndone\tGo\nhex\tCountReg\nset\tLabel\ta b\nget\tLabel\n"
+                       "hex\tLabel\nmaxlength\tLabel\naccess\tCount\naccess\tCountReg"),
+              "poke\t0x10\tok\nget\tCount\t3\nint\tCount\t3\n"
+              "set\tCount\tok\nmem\t16\t09000000\nmin\tCount\t0\nmax\tCount\t9\ninc\tCount\t3\n"
+              "get\tGain\t0.1\nset\tGain\tok\nget\tGain\t0.30000000000000004\nmin\tGain\t-1.5\n"
+              "max\tGain\t1e+300\ntooltip\tGain\tHow\\nbright.\nget\tMode\tOff\nint\tMode\t2\n"
+              "entries\tMode\tOff,On\navailableentries\tMode\tOff\nget\tFlag\t1\n"
+              "set\tFlag\tok\nint\tFlag\t0\nexecute\tGo\tok\ndone\tGo\t0\n"
+              "hex\tCountReg\t06000000\nset\tLabel\tok\nget\tLabel\ta b\n"
+              "hex\tLabel\t6120620000000000\nmaxlength\tLabel\t8\naccess\tCount\tRW\n"
+              "access\tCountReg\tRW\n");
+}
+
+TEST_F(NodemapCommand, StepThatFailsTellsWhyAndTheNextRuns) {
+    EXPECT_EQ(runSteps(folder_,
+                       "set\tCount\t4\nget\tNothing\npoke\t0\t123\nmem\tx\t4\nget\n"
+                       "entries\tCount\ninc\tGain\nset\tCount\nint\tCount\n"),
+              "set\tCount\t!Node 'Count' can not take 4: it is not 0 plus a multiple of the "
+              "increment 3.\n"
+              "get\tNothing\t!there is no node \"Nothing\"\n"
+              "poke\t0\t!\"123\" is no sequence of bytes in hexadecimal: a digit is missing\n"
+              "mem\tx\t!\"x\" is no address\n"
+              "get\t\t!the step is get<TAB>NODE\n"
+              "entries\tCount\t!Node 'Count' has no entries.\n"
+              "inc\tGain\t!Node 'Gain' has no increment.\n"
+              "set\tCount\t!the step is set<TAB>NODE<TAB>VALUE\n"
+              "int\tCount\t0\n");
+    EXPECT_EQ(runSteps(folder_, "jump\tCount").find("jump\tCount\t!there is no verb \"jump\"; "),
+              0U);
+}
+
+TEST_F(NodemapCommand, MemoryIsAFileOrANumberOfZeroBytes) {
+    const std::string memory = folder_.write("memory.bin", std::string(16, 'x') + "\6");
+    EXPECT_EQ(runSteps(folder_, "get\tCount\nmem\t0xe\t3", {"--memory", memory}),
+              "get\tCount\t6\nmem\t0xe\t787806\n");
+    EXPECT_EQ(runSteps(folder_, "poke\t-1\tff\nmem\t0xffffffffffffffff\t0x1", {"--memory", "8"}),
+              "poke\t-1\tok\nmem\t0xffffffffffffffff\tff\n");
+    expectFailure(runOrlix({"nodemap", folder_ / "kinds.xml", "--memory", "99999999999"}),
+                  "a memory of 99999999999 bytes is not possible; it may have 0 to 1073741824");
+    expectFailure(runOrlix({"nodemap", folder_ / "kinds.xml", "--memory", folder_ / "no.bin"}),
+                  (folder_ / "no.bin") + ": can not read: No such file or directory");
+}
+
 TEST_F(NodemapCommand, CategoriesThatContainEachOtherComeToAnEnd) {
     const std::string file = folder_.write(
         "camera.xml", R"(<RegisterDescription ModelName="M" VendorName="V" StandardNameSpace="None"
