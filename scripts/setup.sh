@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that the build needs; says nothing when none is missing.
+# Installs the Debian packages that the build needs; says nothing when none is missing. Scripts that
+# need more of them name those in ORLIX_EXTRA_PACKAGES.
 set -euo pipefail
 
 packages=(
@@ -7,6 +8,7 @@ packages=(
   libpugixml-dev nlohmann-json3-dev libspdlog-dev libcli11-dev libtbb-dev libhwy-dev
   libjpeg62-turbo-dev libspng-dev libpng-dev libtiff-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+  ${ORLIX_EXTRA_PACKAGES:-}
 )
 
 missing=()
