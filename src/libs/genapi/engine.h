@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -244,6 +245,11 @@ private:
     [[nodiscard]] FormulaNumber formulaValue(NodeId id, CacheUse use);
     [[nodiscard]] FormulaNumber targetValue(NodeId id, CacheUse use);
     [[nodiscard]] FormulaNumber evaluate(NodeId id, const Program& program, FormulaNumber argument);
+    // The same, letting out a FormulaFault.
+    [[nodiscard]] FormulaNumber evaluateOrFault(NodeId id, const Program& program,
+                                                FormulaNumber argument);
+    // A target's end in the converter's own unit; nothing where the formula is not defined there.
+    [[nodiscard]] std::optional<FormulaNumber> evaluateEnd(NodeId id, FormulaNumber end);
     [[nodiscard]] FormulaNumber run(NodeId id, const Program& program, FormulaNumber argument,
                                     std::size_t frame);
     [[nodiscard]] FormulaNumber variableValue(const FormulaVariable& variable);

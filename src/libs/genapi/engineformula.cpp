@@ -79,7 +79,7 @@ std::int64_t Engine::integerResult(NodeId id, FormulaNumber value) const {
     if (!value.isReal) {
         return value.integer;
     }
-    if (!(value.real > -0x1p63 - 1 && value.real < 0x1p63)) {
+    if (!(value.real >= -0x1p63 && value.real < 0x1p63)) {
         GENAPI_THROW(OutOfRangeException,
                      says(id,
                           "can not be evaluated: the result of its formula is no 64-bit "
@@ -109,7 +109,7 @@ FormulaNumber Engine::variableValue(const FormulaVariable& variable) {
 
 // ---- The machine.
 
-FormulaNumber Engine::evaluate(NodeId id, const Program& program, FormulaNumber argument) {
+FormulaNumber Engine::evaluateOrFault(NodeId id, const Program& program, FormulaNumber argument) {
     const std::size_t variables = d_->formulas[node(id).detail].variables.count;
     const std::size_t frame = formulaTop_;
     formulaTop_ = frame + variables + program.stackDepth + 1;
@@ -127,11 +127,24 @@ FormulaNumber Engine::evaluate(NodeId id, const Program& program, FormulaNumber 
         ~Release() { top = frame; }
     };
     const Release release{formulaTop_, frame};
+    return run(id, program, argument, frame);
+}
+
+FormulaNumber Engine::evaluate(NodeId id, const Program& program, FormulaNumber argument) {
     try {
-        return run(id, program, argument, frame);
+        return evaluateOrFault(id, program, argument);
     } catch (const FormulaFault& fault) {
         GENAPI_THROW(RuntimeException, says(id, std::string("can not be evaluated: ") +
                                                     fault.reason + " in its formula."));
+    }
+}
+
+// An end of a range that the formula is not defined for, as zero under a fraction, is none.
+std::optional<FormulaNumber> Engine::evaluateEnd(NodeId id, FormulaNumber end) {
+    try {
+        return evaluateOrFault(id, d_->formulas[node(id).detail].read, end);
+    } catch (const FormulaFault&) {
+        return std::nullopt;
     }
 }
 
@@ -253,10 +266,14 @@ Engine::ConvertedRange Engine::convertedRange(NodeId id) {
     const FormulaNumber high =
         isRealTarget ? FormulaNumber::of(realMaximum(target)) : FormulaNumber::of(maximum(target));
     // An end that the target does not have is not worth a formula.
-    const bool hasLow = isRealTarget ? low.real > -largest : low.integer != lowest;
-    const bool hasHigh = isRealTarget ? high.real < largest : high.integer != highest;
-    const FormulaNumber fromLow = hasLow ? evaluate(id, detail.read, low) : FormulaNumber{};
-    const FormulaNumber fromHigh = hasHigh ? evaluate(id, detail.read, high) : FormulaNumber{};
+    const bool isLow = isRealTarget ? low.real > -largest : low.integer != lowest;
+    const bool isHigh = isRealTarget ? high.real < largest : high.integer != highest;
+    const auto convertedLow = isLow ? evaluateEnd(id, low) : std::nullopt;
+    const auto convertedHigh = isHigh ? evaluateEnd(id, high) : std::nullopt;
+    const bool hasLow = convertedLow.has_value();
+    const bool hasHigh = convertedHigh.has_value();
+    const FormulaNumber fromLow = convertedLow.value_or(FormulaNumber{});
+    const FormulaNumber fromHigh = convertedHigh.value_or(FormulaNumber{});
     const bool falls = detail.slope == Slope::decreasing ||
                        (detail.slope == Slope::automatic &&
                         isFalling(id, hasLow, fromLow, hasHigh, fromHigh, low, high));

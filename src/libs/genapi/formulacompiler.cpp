@@ -263,13 +263,18 @@ private:
 
     void number(std::string_view text, Token token) {
         if (token == Token::integer) {
-            if (const auto value = exactInteger(text)) {
+            const auto value = exactInteger(text);
+            // Beyond 63 bits the element decides: a float has the number, an integer its bits.
+            const bool isHex = text.size() > 1 && (text[1] == 'x' || text[1] == 'X');
+            const bool isLarge = !value || *value < 0;
+            if (value && (!isLarge || isHex || program_.arithmetic == Arithmetic::integer)) {
                 pushInteger(*value);
                 lexer_->next();
                 return;
             }
         }
-        const auto value = token == Token::real ? parseFloat(text) : std::nullopt;
+        const bool isFloat = token == Token::real || program_.arithmetic == Arithmetic::real;
+        const auto value = isFloat ? parseFloat(text) : std::nullopt;
         if (!value) {
             throw FormulaError{"'" + std::string(text) + "' is no number"};
         }
@@ -320,8 +325,9 @@ private:
     }
 
     void pushConstant(const NamedText& constant) {
+        const bool isHex = constant.text.find_first_of("xX") != std::string::npos;
         const bool isReal = program_.arithmetic == Arithmetic::real ||
-                            constant.text.find_first_of(".") != std::string::npos;
+                            (!isHex && constant.text.find_first_of(".eE") != std::string::npos);
         if (isReal) {
             if (const auto value = parseFloat(constant.text)) {
                 pushReal(*value);
