@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# Runs the fuzz programs side by side: fuzz.sh [SECONDS], half an hour if not said. A finding is
-# left in build/fuzz/findings and ends the script with an error. What was learned stays in
-# build/fuzz/corpus for the next run.
+# Runs the fuzz programs side by side: fuzz.sh [SECONDS [SEED]], half an hour if not said. A finding
+# is left in build/fuzz/findings and ends the script with an error. What was learned stays in
+# build/fuzz/corpus for the next run; with a seed, the run begins afresh and does the same each time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 seconds=${1:-1800}
+seed=${2:-0}
 programs=(description formula)
 ORLIX_EXTRA_PACKAGES="clang libclang-rt-14-dev" scripts/setup.sh
 scripts/build.sh fuzz "${programs[@]/%/fuzz}"
@@ -13,8 +14,10 @@ scripts/build.sh fuzz "${programs[@]/%/fuzz}"
 mkdir -p build/fuzz/findings
 pids=()
 for program in "${programs[@]}"; do
-  mkdir -p "build/fuzz/corpus/$program"
-  "build/fuzz/bin/${program}fuzz" "build/fuzz/corpus/$program" "fuzz/seeds/$program" \
+  corpus=build/fuzz/corpus/$program
+  ((seed == 0)) || { corpus=build/fuzz/seeded/$program && rm -rf "$corpus"; }
+  mkdir -p "$corpus"
+  "build/fuzz/bin/${program}fuzz" "$corpus" "fuzz/seeds/$program" -seed="$seed" \
     -dict="fuzz/$program.dict" -max_total_time="$seconds" -max_len=8192 -timeout=20 \
     -rss_limit_mb=4096 -artifact_prefix="build/fuzz/findings/$program-" -print_final_stats=1 \
     >"build/fuzz/$program.log" 2>&1 &
