@@ -108,13 +108,17 @@ TEST(Corpus, BlanksAroundLinksNumbersWordsAndFormulas) {
     EXPECT_EQ(t.node("A")->GetVisibility(), Guru);
 }
 
-TEST(Corpus, EntryNamesThatBeginWithADigit) {
-    // Entries are nodes, and names of nodes begin with a letter; the made-up one does.
-    const std::string text = document(
-        "<Enumeration Name=\"E\"><EnumEntry Name=\"Two\"><Value>2</Value><Symbolic>2x</Symbolic>"
-        "</EnumEntry><Value>2</Value></Enumeration>");
-    const CNodeMapRef map = load(text);
-    EXPECT_EQ(CEnumerationPtr(map->GetNode("E"))->ToString(), "2x");
+TEST(Corpus, EntryNamesThatBeginWithADigitOrASign) {
+    TestMap t(
+        "<Enumeration Name=\"E\"><EnumEntry Name=\"2x\"><Value>2</Value></EnumEntry>"
+        "<EnumEntry Name=\"-3\"><Value>3</Value></EnumEntry><Value>2</Value></Enumeration>");
+    EXPECT_TRUE(t.remarks().empty());
+    EXPECT_EQ(t.enumeration("E")->ToString(), "2x");
+    t.enumeration("E")->FromString("-3");
+    EXPECT_EQ(t.enumeration("E")->GetIntValue(), 3);
+    EXPECT_THROW((void)load(document("<Enumeration Name=\"E\"><EnumEntry Name=\"a b\"/>"
+                                     "<Value>2</Value></Enumeration>")),
+                 GenICam::RuntimeException);
 }
 
 TEST(Corpus, UndeclaredNameInAFormulaCostsThatNodeOnly) {

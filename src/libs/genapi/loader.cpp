@@ -22,6 +22,11 @@ bool isLegalName(std::string_view name) {
     });
 }
 
+// The name of an entry is only a part of its node's, so it may begin with a digit or a sign.
+bool isLegalEntryName(std::string_view name) {
+    return isLegalName("E" + std::string(name.substr(name.find_first_not_of("+-") == 1 ? 1 : 0)));
+}
+
 class Loader {
 public:
     Loader(std::string text, StringPolicy strings)
@@ -173,7 +178,9 @@ private:
 
     void checkName(pugi::xml_node element) const {
         const pugi::xml_attribute name = element.attribute("Name");
-        if (name && !isLegalName(name.value())) {
+        const bool isEntry = std::string_view(element.name()) == "EnumEntry";
+        const bool isLegal = isEntry ? isLegalEntryName(name.value()) : isLegalName(name.value());
+        if (name && (!isLegal || name.value()[0] == '\0')) {
             fail(element, std::string("the name '") + name.value() + "' of the element '" +
                               element.name() +
                               "' is illegal: a letter is expected first, then letters, digits and "
