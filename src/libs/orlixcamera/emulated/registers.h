@@ -1,0 +1,124 @@
+// The memory of the emulated camera as the host sees it: registers at fixed addresses, what may be
+// written into them and what follows from it. Belongs to one camera, which lets one thread at a
+// time in. What is refused is an exception that names the register, and leaves it as it was.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "orlixcamera/api.h"
+#include "orlixcamera/pixeltype.h"
+
+namespace Orlix::Emulated {
+
+// The texts that tell one camera from another.
+struct Identity {
+    std::string vendor;
+    std::string model;
+    std::string version;
+    std::string serialNumber;
+    std::string userDefinedName;
+};
+
+enum class Pattern : std::uint8_t {
+    Off,  // the scene in front of the sensor, as bright as exposure and gain make it
+    Black,
+    White,
+    GreyHorizontalRamp,
+    GreyVerticalRamp,
+    GreyVerticalRampMoving,
+    GreyDiagonalRamp,
+    GreyDiagonalRampMoving,
+    ColorBar,
+};
+
+struct Region {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint32_t offsetX = 0;
+    std::uint32_t offsetY = 0;
+    bool operator==(const Region&) const = default;
+};
+
+enum class Trigger : std::uint8_t { AcquisitionStart, FrameStart };
+
+// All that a picture depends on.
+struct PictureSettings {
+    EPixelType pixelType = PixelType_Mono8;
+    Region region;
+    bool reverseX = false;
+    bool reverseY = false;
+    Pattern pattern = Pattern::Off;
+    double exposureMicroseconds = 0;
+    std::array<double, 3> gainDecibels{};  // red, green, blue, with the common one in each
+    double commonGainDecibels = 0;         // that of formats without colour
+    bool operator==(const PictureSettings&) const = default;
+};
+
+class ORLIXCAMERA_API Registers {
+public:
+    static constexpr std::uint32_t sensorWidth = 4096;
+    static constexpr std::uint32_t sensorHeight = 3072;
+
+    explicit Registers(Identity identity);
+
+    // One or more whole registers that follow each other. Throws InvalidArgumentException where
+    // none is, AccessException for one that can only be written.
+    void Read(std::int64_t address, void* buffer, std::size_t length) const;
+    // One whole register. Throws InvalidArgumentException where none is, AccessException for one
+    // that can only be read or is locked by the acquisition, OutOfRangeException for a wrong value.
+    void Write(std::int64_t address, const void* buffer, std::size_t length);
+
+    // Begins as a camera that gets power: the user set that is chosen for it, no acquisition.
+    void PowerUp();
+
+    [[nodiscard]] const Identity& GetIdentity() const noexcept { return identity_; }
+    [[nodiscard]] PictureSettings GetPictureSettings() const;
+    [[nodiscard]] std::uint64_t GetPayloadSize() const;
+    // From the start of one frame to that of the next, in seconds, as all settings allow it.
+    [[nodiscard]] double GetFramePeriod() const;
+
+    [[nodiscard]] bool IsAcquiring() const noexcept { return acquiring_; }
+    // Counts the acquisitions, so that the end of one and the start of the next isn't missed.
+    [[nodiscard]] std::uint64_t GetAcquisitionNumber() const noexcept { return acquisitionNumber_; }
+    // Frames that an acquisition has, 0 for no limit.
+    [[nodiscard]] std::uint64_t GetFrameLimit() const;
+    void EndAcquisition() noexcept { acquiring_ = false; }
+
+    [[nodiscard]] bool IsTriggerOn(Trigger trigger) const;
+    // Whether the trigger was fired since it was last taken; takes it.
+    [[nodiscard]] bool TakeTrigger(Trigger trigger) noexcept;
+
+private:
+    // One number for each row of the table of registers, whole ones exactly.
+    using Values = std::vector<double>;
+
+    [[nodiscard]] const std::string* findText(std::int64_t address) const noexcept;
+    [[nodiscard]] double valueOf(std::int64_t address) const;
+    void setValue(std::int64_t address, double value);
+    [[nodiscard]] double computed(std::int64_t address) const;
+    void writeUserDefinedName(const void* buffer, std::size_t length);
+    void checkRange(std::size_t row, double value) const;
+    void apply(std::int64_t address, double value);
+    void fire(Trigger trigger);
+    void startAcquisition();
+    void fitRegion();
+    void loadUserSet(std::size_t number);
+    void saveUserSet(std::size_t number);
+    [[nodiscard]] Region getRegion() const;
+    [[nodiscard]] EPixelType pixelType() const;
+    [[nodiscard]] std::uint32_t widthMax() const;
+    [[nodiscard]] std::uint32_t heightMax() const;
+
+    Identity identity_;
+    Values values_;
+    std::array<Values, 3> userSets_;  // the first is that of the factory
+    bool acquiring_ = false;
+    std::uint64_t acquisitionNumber_ = 0;
+    std::array<bool, 2> fired_{};
+};
+
+}  // namespace Orlix::Emulated
