@@ -3,6 +3,8 @@
 #pragma once
 
 #include "gcbase/gcexception.h"
+#include "genapi/chunkadapter.h"
+#include "genapi/eventadapter.h"
 #include "genapi/loadreport.h"
 #include "genapi/memoryport.h"
 #include "genapi/nodemapfactory.h"

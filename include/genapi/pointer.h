@@ -10,6 +10,7 @@
 #include "genapi/iinteger.h"
 #include "genapi/inode.h"
 #include "genapi/iport.h"
+#include "genapi/iportconstruct.h"
 #include "genapi/iregister.h"
 #include "genapi/iselector.h"
 #include "genapi/istring.h"
@@ -62,5 +63,6 @@ using CRegisterPtr = CPointer<IRegister>;
 using CCategoryPtr = CPointer<ICategory>;
 using CSelectorPtr = CPointer<ISelector>;
 using CPortPtr = CPointer<IPort>;
+using CPortConstructPtr = CPointer<IPortConstruct>;
 
 }  // namespace GenApi

@@ -187,6 +187,7 @@ struct FormulaDetail {
 struct PortDetail {
     bool swapEndianess = false;
     bool hasChunkId = false;
+    bool cacheChunkData = false;
     std::uint64_t chunkId = 0;
     NodeId chunkIdNode = noNode;
 };

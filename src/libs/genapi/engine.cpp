@@ -123,13 +123,14 @@ void Engine::invalidateAll() {
     }
 }
 
-std::vector<NodeId> Engine::takeChanges() {
-    std::vector<NodeId> taken;
-    taken.swap(changed_);
-    for (const NodeId id : taken) {
+// Two lists change places, so that neither is allocated anew for each call from outside.
+std::span<const NodeId> Engine::takeChanges() {
+    taken_.clear();
+    taken_.swap(changed_);
+    for (const NodeId id : taken_) {
         nodes_[id].queued = false;
     }
-    return taken;
+    return taken_;
 }
 
 void Engine::poll(std::int64_t milliseconds) {

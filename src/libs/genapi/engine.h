@@ -51,6 +51,8 @@ public:
     // ---- Values of nodes that were found readable.
     [[nodiscard]] std::int64_t integer(NodeId id, CacheUse use = CacheUse::allowed);
     [[nodiscard]] double real(NodeId id, CacheUse use = CacheUse::allowed);
+    // False for a node that can not be evaluated now. Only what a port throws comes through.
+    [[nodiscard]] bool tryInteger(NodeId id, std::int64_t& value);
     [[nodiscard]] bool truth(NodeId id, CacheUse use = CacheUse::allowed);
     [[nodiscard]] std::string text(NodeId id, CacheUse use = CacheUse::allowed);
     // The entry that has the enumeration's value; noNode if none has.
@@ -119,7 +121,8 @@ public:
     // ---- Changes of watched nodes since the last take, each once, causes first.
     void watch(NodeId id, bool watched) { nodes_[id].watched = watched; }
     [[nodiscard]] bool hasChanges() const { return !changed_.empty(); }
-    [[nodiscard]] std::vector<NodeId> takeChanges();
+    // Until the next change.
+    [[nodiscard]] std::span<const NodeId> takeChanges();
 
     // "Node 'NAME' REST"
     [[nodiscard]] std::string says(NodeId id, std::string_view rest) const;
@@ -335,7 +338,7 @@ private:
     std::vector<std::string> heldTexts_;
     std::vector<std::int64_t> pollElapsed_;
     std::unordered_map<NodeId, ImposedRange> imposedRanges_;
-    std::vector<NodeId> changed_;
+    std::vector<NodeId> changed_, taken_;
     // Variables and intermediate results of the formulas being worked out, one behind the other.
     std::vector<FormulaNumber> formulaStack_;
     std::vector<bool> formulaKnown_;

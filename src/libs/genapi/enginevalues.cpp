@@ -37,6 +37,18 @@ double Engine::linkedReal(NodeId link, CacheUse use) {
     return real(link, use);
 }
 
+bool Engine::tryInteger(NodeId id, std::int64_t& value) {
+    try {
+        value = linkedInteger(id);
+        return true;
+    } catch (const GenICam::GenericException&) {
+        if (mustTravel_) {
+            throw;
+        }
+        return false;
+    }
+}
+
 std::int64_t Engine::integerOf(const Number& number) {
     return number.link == noNode ? number.integer : linkedInteger(number.link);
 }

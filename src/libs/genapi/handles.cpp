@@ -12,7 +12,7 @@
 #include "genapi/ienumeration.h"
 #include "genapi/ifloat.h"
 #include "genapi/iinteger.h"
-#include "genapi/iport.h"
+#include "genapi/iportconstruct.h"
 #include "genapi/iregister.h"
 #include "genapi/istring.h"
 #include "genapi/nodehandle.h"
@@ -310,9 +310,26 @@ public:
     }
 };
 
-class PortLayer : public NodeHandle, public IPort {
+class PortLayer : public NodeHandle, public IPort, public IPortConstruct {
 public:
     using NodeHandle::NodeHandle;
+    void SetPortImpl(IPort* pPort) override { map().connectPort(id(), pPort); }
+    [[nodiscard]] EYesNo GetSwapEndianess() override { return port().swapEndianess ? Yes : No; }
+    [[nodiscard]] bool IsChunkPort() const override {
+        return port().hasChunkId || port().chunkIdNode != noNode;
+    }
+    [[nodiscard]] bool CacheChunkData() const override { return port().cacheChunkData; }
+    [[nodiscard]] bool GetChunkID(std::uint64_t& ChunkID) override {
+        if (port().chunkIdNode == noNode) {
+            ChunkID = port().chunkId;
+            return port().hasChunkId;
+        }
+        const Call call(map());
+        std::int64_t value = 0;
+        const bool isKnown = engine().tryInteger(port().chunkIdNode, value);
+        ChunkID = static_cast<std::uint64_t>(value);
+        return isKnown;
+    }
     void Read(void* pBuffer, std::int64_t Address, std::int64_t Length) override {
         const Call call(map());
         checkAccess(pBuffer, Length);
@@ -327,6 +344,7 @@ public:
     }
 
 private:
+    [[nodiscard]] const PortDetail& port() const { return description().ports[row().detail]; }
     void checkAccess(const void* buffer, std::int64_t length) {
         if (buffer == nullptr || length < 0) {
             GENAPI_THROW(InvalidArgumentException, engine().says(id(), "is given no buffer."));

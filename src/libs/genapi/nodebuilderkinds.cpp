@@ -270,6 +270,8 @@ bool NodeBuilder::applyPort(Element element, pugi::xml_node child) {
             draft_.port.chunkIdNode = link(child, Wanted::number);
             return true;
         case Element::CacheChunkData:
+            word(child, yesNoOf(textOf(child)),
+                 [&](bool yes) { draft_.port.cacheChunkData = yes; });
             return true;
         default:
             return false;

@@ -41,6 +41,7 @@ public:
     [[nodiscard]] Engine& engine() { return engine_; }
     CallbackHandleType addCallback(NodeId id, CNodeCallback* callback);
     bool removeCallback(NodeId id, CallbackHandleType handle);
+    void connectPort(NodeId portNode, IPort* port);
 
     // Constants.
     [[nodiscard]] const Description& description() const { return *description_; }
@@ -80,7 +81,6 @@ private:
     using Registrations = std::vector<std::shared_ptr<Registration>>;
 
     void makeHandles();
-    void connectPort(NodeId portNode, IPort* port);
     // Tells of the changes and gives the lock back, which the calling Call holds once.
     void deliverAndUnlock() noexcept;
     void collectDue(Registrations& inside);
