@@ -61,6 +61,87 @@ TEST_F(AdvancedNodeTest, TakesAJobUntilOnStoppingHasReturned) {
     EXPECT_EQ(sink->values(), std::vector<std::int64_t>{3});
 }
 
+// The wait for space ends only when the stop has been asked for.
+TEST_F(AdvancedNodeTest, StopWaitsForAStartOnAnotherThreadAndEndsThatRun) {
+    attach();
+    sink->setFull(true);
+    std::latch begun(1);
+    source->starting = [&] {
+        begun.count_down();
+        EXPECT_FALSE(source->waitUntilSpaceAvailable());
+    };
+    bool stopped = false;
+    source->stopping = [&] { stopped = true; };
+    std::thread starter([&] { source->start({}); });
+    begun.wait();
+    source->stop();
+    EXPECT_EQ(source->getState(), NodeState::Stopped);
+    EXPECT_TRUE(stopped);
+    starter.join();
+}
+
+TEST_F(AdvancedNodeTest, CleanupDuringAStartOnAnotherThreadFreesBehindThatRun) {
+    attach();
+    sink->setFull(true);
+    std::latch begun(1);
+    source->starting = [&] {
+        begun.count_down();
+        EXPECT_FALSE(source->waitUntilSpaceAvailable());
+        throw 5;
+    };
+    std::thread starter([&] { EXPECT_ANY_THROW(source->start({})); });
+    begun.wait();
+    source->cleanup();
+    EXPECT_EQ(source->getState(), NodeState::Stopped);
+    EXPECT_FALSE(sink->hasListener());
+    starter.join();
+}
+
+TEST_F(AdvancedNodeTest, AStopAtTheVeryBeginningOfAStartIsNotUndone) {
+    const Utils::LogCapture log;
+    attach();
+    source->start({});
+    source->createJob(makeUpdate(), {}, [](const UpdatePtr&, PinValues) -> JobResults {
+        throw std::runtime_error("broken");
+    });
+    source->stop();
+    ASSERT_TRUE(source->hasError());
+    // The next start takes the error back first.
+    const auto connection = source->getErrorChangedSignal()->connect(
+        [this](const ErrorSet&, const ErrorSet&) { source->stop(); });
+    source->starting = [this] { EXPECT_FALSE(source->waitUntilSpaceAvailable()); };
+    source->start({});
+    EXPECT_EQ(source->getState(), NodeState::Stopped);
+    connection->disconnect();
+    source->starting = [this] { EXPECT_TRUE(source->waitUntilSpaceAvailable()); };
+    source->start({});
+}
+
+TEST_F(AdvancedNodeTest, CleanupWaitsForAJobOnAWorkerThatHasStoppedTheSource) {
+    source->start({});
+    std::latch hasStopped(1);
+    std::latch mayEnd(1);
+    std::atomic<bool> ended{false};
+    source->createJob(makeUpdate(), {}, [&](const UpdatePtr&, PinValues) {
+        source->stop();
+        hasStopped.count_down();
+        mayEnd.wait();
+        ended = true;
+        return JobResults();
+    });
+    hasStopped.wait();
+    std::thread releaser([&] { mayEnd.count_down(); });
+    source->cleanup();
+    EXPECT_TRUE(ended);
+    releaser.join();
+}
+
+TEST_F(AdvancedNodeTest, APinWithALimitOfZeroStillOffersSpace) {
+    source->createOutput("Zero", "", Utils::TypeInfo::getTypeInfo<Integer>(true), true, 0);
+    source->start({});
+    EXPECT_TRUE(source->waitUntilSpaceAvailable());
+}
+
 TEST_F(AdvancedNodeTest, WaitsUntilASinkHasSpace) {
     attach();
     source->start({});

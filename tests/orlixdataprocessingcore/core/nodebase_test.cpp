@@ -124,6 +124,90 @@ TEST_F(NodeBaseTest, AStopDuringTheStartTakesEffectBehindIt) {
     EXPECT_EQ(node->getState(), NodeState::Stopped);
 }
 
+TEST_F(NodeBaseTest, AStopFromWithinOnStoppingDoesNotWaitForItself) {
+    node->stopping = [this] { node->stop(); };
+    node->start({});
+    node->stop();
+    EXPECT_EQ(node->getState(), NodeState::Stopped);
+}
+
+TEST_F(NodeBaseTest, AStopWaitsForAStopOnAnotherThread) {
+    std::latch begun(1);
+    std::latch mayEnd(1);
+    node->stopping = [&] {
+        begun.count_down();
+        mayEnd.wait();
+    };
+    node->start({});
+    std::thread stopper([&] { node->stop(); });
+    begun.wait();
+    std::thread releaser([&] { mayEnd.count_down(); });
+    node->stop();
+    EXPECT_EQ(node->getState(), NodeState::Stopped);
+    releaser.join();
+    stopper.join();
+}
+
+TEST_F(NodeBaseTest, AStopWaitsUntilTheEndHasBeenToldOf) {
+    std::latch begun(1);
+    std::latch mayEnd(1);
+    std::atomic<bool> told{false};
+    node->start({});
+    static_cast<void>(node->getStateChangedSignal()->connect([&] {
+        if (node->getState() == NodeState::Stopped) {
+            begun.count_down();
+            mayEnd.wait();
+            told = true;
+        }
+    }));
+    std::thread stopper([&] { node->stop(); });
+    begun.wait();
+    std::thread releaser([&] { mayEnd.count_down(); });
+    node->cleanup();
+    EXPECT_TRUE(told);
+    releaser.join();
+    stopper.join();
+}
+
+TEST_F(NodeBaseTest, CleanupWaitsForAJobThatHasStoppedItsOwnNode) {
+    std::latch hasStopped(1);
+    std::latch mayEnd(1);
+    std::atomic<bool> ended{false};
+    node->work = [&](TestNode& self) {
+        self.stop();
+        hasStopped.count_down();
+        mayEnd.wait();
+        ended = true;
+    };
+    node->start({});
+    std::thread worker([&] { static_cast<void>(runOnce(*node, {})); });
+    hasStopped.wait();
+    EXPECT_EQ(node->getState(), NodeState::Stopped);
+    std::thread releaser([&] { mayEnd.count_down(); });
+    node->cleanup();
+    EXPECT_TRUE(ended);
+    releaser.join();
+    worker.join();
+}
+
+TEST_F(NodeBaseTest, AJobMayStopItsNodeWhileAnotherThreadDoes) {
+    std::latch isStopping(1);
+    node->work = [&](TestNode& self) {
+        isStopping.wait();
+        self.stop();
+    };
+    node->stopping = [&] { isStopping.count_down(); };
+    std::latch begun(1);
+    static_cast<void>(
+        node->getExecutionStartedSignal()->connect([&](const UpdatePtr&) { begun.count_down(); }));
+    node->start({});
+    std::thread worker([&] { static_cast<void>(runOnce(*node, {})); });
+    begun.wait();
+    node->stop();
+    EXPECT_EQ(node->getState(), NodeState::Stopped);
+    worker.join();
+}
+
 TEST_F(NodeBaseTest, StopWaitsForTheJobThatRuns) {
     std::latch begun(1);
     std::latch mayEnd(1);
@@ -247,6 +331,17 @@ TEST_F(NodeBaseTest, ARemovedOutputDetachesItsSinks) {
     EXPECT_FALSE(sink->hasListener());
     EXPECT_FALSE(node->isOutputSinkAttached(handle));
     EXPECT_TRUE(node->getOutputDescriptors().empty());
+}
+
+TEST_F(NodeBaseTest, ARemovedOutputLeavesTheListenerOfASinkThatReadsAnotherPin) {
+    TestSource source({"A", "B"});
+    const auto sink = std::make_shared<TestSink>();
+    static_cast<void>(source.attachOutputSink("A", sink));
+    static_cast<void>(source.attachOutputSink("B", sink));
+    source.removeOutput("A");
+    EXPECT_TRUE(sink->hasListener());
+    source.removeOutput("B");
+    EXPECT_FALSE(sink->hasListener());
 }
 
 TEST_F(NodeBaseTest, ASinkThatThrowsConcernsNoOther) {
@@ -400,12 +495,14 @@ class ResourceNode : public TestNode {
 public:
     ~ResourceNode() override { cleanup(); }
     std::vector<std::string> calls;
+    std::function<void()> called = [] {};
     bool fails = false;
 
 protected:
     std::vector<std::shared_ptr<IError>> allocateAdditionalResources(
         const std::shared_ptr<IResourcePool>&, bool flag) override {
         calls.push_back(flag ? "allocate true" : "allocate false");
+        called();
         if (fails) {
             throw GenICam::RuntimeException("none left", __FILE__, __LINE__);
         }
@@ -413,6 +510,7 @@ protected:
     }
     void freeAdditionalResources(bool flag) override {
         calls.push_back(flag ? "free true" : "free false");
+        called();
     }
 };
 
@@ -421,7 +519,38 @@ TEST(NodeBaseResources, AreAllocatedWithTrueAndFreedWithFalse) {
     EXPECT_TRUE(node.allocateResources().empty());
     node.freeResources();
     node.freeResources();
-    EXPECT_EQ(node.calls, (std::vector<std::string>{"allocate true", "free false"}));
+    EXPECT_EQ(node.calls, (std::vector<std::string>{"allocate true", "free false", "free false"}));
+}
+
+TEST(NodeBaseResources, AreFreedAlsoWithoutAnAllocation) {
+    ResourceNode node;
+    node.freeResources();
+    EXPECT_EQ(node.calls, std::vector<std::string>{"free false"});
+}
+
+TEST(NodeBaseResources, AreAllocatedAndFreedWithTheLockFree) {
+    std::vector<bool> wasFree;
+    const auto lock = std::make_shared<Threading::RecursiveCLock>();
+    {
+        ResourceNode node;
+        node.setLock(lock);
+        node.called = [&] { wasFree.push_back(isFree(*lock)); };
+        static_cast<void>(node.allocateResources());
+        node.freeResources();
+    }
+    // The third one is the free of the destructor.
+    EXPECT_EQ(wasFree, (std::vector<bool>{true, true, true}));
+}
+
+TEST(NodeBaseResources, CleanupLetsNoExceptionOfTheFreeOut) {
+    const Utils::LogCapture log;
+    ResourceNode node;
+    node.called = [] { throw 5; };
+    node.start({});
+    node.cleanup();
+    EXPECT_EQ(node.getState(), NodeState::Stopped);
+    EXPECT_EQ(log.getLines("orlix.dataprocessing.core.Node").size(), 1U);
+    node.called = [] {};
 }
 
 TEST(NodeBaseResources, AFailureComesBackAsAnErrorAndForbidsTheStart) {

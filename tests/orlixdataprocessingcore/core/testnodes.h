@@ -89,6 +89,12 @@ public:
 
     void execute() override { work(*this); }
 
+    // As a node does whose pins follow its settings.
+    void remakeInput(const gcstring& name, std::size_t index = 0) {
+        removeInput(name);
+        createInput(name, "", properties[index], integer(0), false, unlimitedJobs);
+    }
+
     [[nodiscard]] std::int64_t in(std::size_t index = 0) const {
         return properties[index].getValue()->get();
     }

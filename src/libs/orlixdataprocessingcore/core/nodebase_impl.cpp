@@ -30,7 +30,6 @@ void NodeBase::Impl::setLock(const std::shared_ptr<Threading::IRecursiveLockable
 }
 
 std::vector<std::shared_ptr<IError>> NodeBase::Impl::allocate() {
-    allocated_ = true;
     std::vector<std::shared_ptr<IError>> failures;
     try {
         failures = owner_.allocateAdditionalResources(pool, true);
@@ -42,26 +41,60 @@ std::vector<std::shared_ptr<IError>> NodeBase::Impl::allocate() {
     return failures;
 }
 
+// Also when nothing was allocated: the node may have more to give up than it has allocated.
 void NodeBase::Impl::free() {
     allocationFailed_ = false;
-    if (allocated_.exchange(false)) {
-        owner_.freeAdditionalResources(false);
-    }
+    owner_.freeAdditionalResources(false);
 }
 
+// Makes the calling thread the one that changes the state, until the scope ends. Its end is the
+// last that the thread touches of the node, so whoever waits for it may free the node.
+class NodeBase::Impl::LifeScope {
+public:
+    explicit LifeScope(Impl& node) : node_(node) {}
+    ~LifeScope() {
+        if (entered_) {
+            std::lock_guard guard(node_.lifeMutex_);
+            if (--node_.lifeDepth_ == 0) {
+                node_.lifeThread_ = {};
+                node_.lifeChanged_.notify_all();
+            }
+        }
+    }
+    LifeScope(const LifeScope&) = delete;
+    LifeScope& operator=(const LifeScope&) = delete;
+
+    // Under the mutex.
+    [[nodiscard]] bool isFree() const {
+        return node_.lifeThread_ == std::thread::id() ||
+               node_.lifeThread_ == std::this_thread::get_id();
+    }
+    void enter() {
+        node_.lifeThread_ = std::this_thread::get_id();
+        ++node_.lifeDepth_;
+        entered_ = true;
+    }
+
+private:
+    Impl& node_;
+    bool entered_ = false;
+};
+
 void NodeBase::Impl::start(const NodeArgumentCollection& arguments) {
-    leaveStopped();
-    errors.setJobError(nullptr);
-    openForJobs();
+    if (state_ == NodeState::Stopped) {
+        finishJobs();  // of a run that one of its own jobs has stopped
+    }
+    LifeScope life(*this);
+    leaveStopped(life);
     try {
+        errors.setJobError(nullptr);
         stateChanged.emit();
         owner_.onStarting(arguments);
     } catch (...) {
         failStart();
         throw;
     }
-    setState(NodeState::Running);
-    if (stopRequested_.exchange(false)) {
+    if (!enterRunning()) {
         stop();
         return;
     }
@@ -69,21 +102,58 @@ void NodeBase::Impl::start(const NodeArgumentCollection& arguments) {
 }
 
 // Under the node's lock, so that a setter that has seen the node stopped ends first.
-void NodeBase::Impl::leaveStopped() {
-    const Threading::UniqueLock<Threading::IRecursiveLockable> guard(*lock);
-    if (state_ != NodeState::Stopped) {
-        throw GenICam::RuntimeException("The node is started already.", __FILE__, __LINE__);
+void NodeBase::Impl::leaveStopped(LifeScope& life) {
+    for (;;) {
+        {
+            std::unique_lock guard(lifeMutex_);
+            // Another thread may still be at the end of the last run. A job must not wait for it,
+            // since it may be waiting for the job.
+            const bool mayWait = !isInOwnJob();
+            lifeChanged_.wait(
+                guard, [&] { return !mayWait || life.isFree() || state_ != NodeState::Stopped; });
+            if (!mayWait && !life.isFree()) {
+                throw GenICam::RuntimeException("The node is still being stopped.", __FILE__,
+                                                __LINE__);
+            }
+        }
+        const Threading::UniqueLock<Threading::IRecursiveLockable> nodeGuard(*lock);
+        std::lock_guard guard(lifeMutex_);
+        if (state_ != NodeState::Stopped) {
+            throw GenICam::RuntimeException("The node is started already.", __FILE__, __LINE__);
+        }
+        if (allocationFailed_) {
+            throw GenICam::RuntimeException(
+                "The node can't start: its resources could not be allocated.", __FILE__, __LINE__);
+        }
+        if (life.isFree()) {
+            life.enter();
+            stopRequested_ = false;
+            openForJobs();  // together with the state, so that no stop can come in between
+            state_ = NodeState::Starting;
+            return;
+        }
     }
-    if (allocationFailed_) {
-        throw GenICam::RuntimeException(
-            "The node can't start: its resources could not be allocated.", __FILE__, __LINE__);
+}
+
+// False if a stop has been asked for meanwhile.
+bool NodeBase::Impl::enterRunning() {
+    bool stays = false;
+    {
+        std::lock_guard guard(lifeMutex_);
+        stays = !stopRequested_;
+        state_ = NodeState::Running;
+        lifeChanged_.notify_all();
     }
-    stopRequested_ = false;
-    state_ = NodeState::Starting;
+    stateChanged.emit();
+    return stays;
 }
 
 void NodeBase::Impl::setState(NodeState state) {
-    state_ = state;
+    {
+        std::lock_guard guard(lifeMutex_);
+        state_ = state;
+        lifeChanged_.notify_all();
+    }
     stateChanged.emit();
 }
 
@@ -94,20 +164,40 @@ void NodeBase::Impl::failStart() {
     setState(NodeState::Stopped);
 }
 
+// A stop during the start takes effect when onStarting has returned. The caller waits for that, and
+// for a stop that another thread is at, unless it is itself what that thread waits for.
 void NodeBase::Impl::stop() {
-    // A stop during the start takes effect when onStarting has returned: nobody waits for anybody.
-    stopRequested_ = true;
-    auto running = NodeState::Running;
-    if (state_ == NodeState::Starting) {
-        space_.close();
+    LifeScope life(*this);
+    NodeState found = NodeState::Stopped;
+    {
+        std::unique_lock guard(lifeMutex_);
+        if (state_ == NodeState::Starting) {
+            stopRequested_ = true;
+            space_.close();
+        }
+        const bool isAwaited = isInOwnJob();
+        const auto changes = [&] {
+            return state_ == NodeState::Starting || state_ == NodeState::Stopping;
+        };
+        lifeChanged_.wait(
+            guard, [&] { return life.isFree() || (isAwaited && state_ != NodeState::Running); });
+        if (!life.isFree() || changes()) {
+            return;
+        }
+        life.enter();
+        found = state_;
+        if (found == NodeState::Running) {
+            space_.close();
+            state_ = NodeState::Stopping;
+            lifeChanged_.notify_all();
+        }
+    }
+    if (found == NodeState::Stopped) {
+        finishJobs();  // of a run that one of its own jobs has stopped
         return;
     }
-    if (!state_.compare_exchange_strong(running, NodeState::Stopping)) {
-        return;
-    }
-    space_.close();
-    stateChanged.emit();
     try {
+        stateChanged.emit();
         owner_.onStopping();
     } catch (...) {
         endRun();
@@ -118,20 +208,34 @@ void NodeBase::Impl::stop() {
 
 void NodeBase::Impl::endRun() {
     closeForJobs();
+    finishJobs();
+    if (!isInOwnJob()) {
+        // No job begins any more. The table keeps sinks alive that may be detached by now.
+        routes_.reset();
+        routesVersion_ = 0;
+    }
+    setState(NodeState::Stopped);
+}
+
+bool NodeBase::Impl::isInOwnJob() const {
+    return executor_.load() == std::this_thread::get_id() || jobs_.isRunner();
+}
+
+void NodeBase::Impl::finishJobs() {
     jobs_.finish();
     waitForExecution();
-    setState(NodeState::Stopped);
 }
 
 void NodeBase::Impl::waitForExecution() {
     if (executor_.load() == std::this_thread::get_id()) {
         return;  // stopped from within its own job
     }
-    std::unique_lock guard(executionMutex_);
-    executionEnded_.wait(guard, [&] { return !executing_; });
-    // No job begins any more. The table keeps sinks alive that may be detached by now.
-    routes_.reset();
-    routesVersion_ = 0;
+    ++executionWaiters_;
+    {
+        std::unique_lock guard(executionMutex_);
+        executionEnded_.wait(guard, [&] { return !executing_; });
+    }
+    --executionWaiters_;
 }
 
 void NodeBase::Impl::openForJobs() {

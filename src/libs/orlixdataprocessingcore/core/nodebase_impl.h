@@ -78,14 +78,18 @@ public:
 
 private:
     class ExecutionScope;
+    class LifeScope;
     // Whether a job of a source may still leave when the node has stopped meanwhile.
     enum class Admission { WhileRunning, Granted };
 
-    void leaveStopped();
+    void leaveStopped(LifeScope& life);
+    [[nodiscard]] bool enterRunning();
     void setState(NodeState state);
     void failStart();
     void endRun();
+    void finishJobs();
     void waitForExecution();
+    [[nodiscard]] bool isInOwnJob() const;
     void openForJobs();
     void closeForJobs();
 
@@ -104,10 +108,16 @@ private:
 
     NodeBase& owner_;
     std::atomic<NodeState> state_{NodeState::Stopped};
-    std::atomic<bool> stopRequested_{false};  // while starting
     bool lockIsSet_ = false;
-    std::atomic<bool> allocated_{false};
     std::atomic<bool> allocationFailed_{false};
+
+    // One thread at a time takes the node from state to state; the state changes under this mutex.
+    // It is never held while anything foreign is called.
+    std::mutex lifeMutex_;
+    std::condition_variable lifeChanged_;
+    std::thread::id lifeThread_;  // the one that is inside start() or stop()
+    unsigned int lifeDepth_ = 0;
+    bool stopRequested_ = false;  // while starting
 
     // One execution at a time. Whoever has set the flag owns the fields below it.
     std::atomic<bool> executing_{false};
@@ -120,6 +130,7 @@ private:
 
     std::mutex executionMutex_;
     std::condition_variable executionEnded_;
+    std::atomic<unsigned int> executionWaiters_{0};
 
     // Sources may create jobs on several threads: every output sees them in one order.
     std::mutex deliveryMutex_;

@@ -76,11 +76,12 @@ private:
 };
 
 void NodeBase::Impl::afterExecution() {
-    // Either this sees that the node is being stopped, or the stop sees the flag cleared.
-    if (state_ != NodeState::Running) {
+    // Either this sees that somebody waits, or the waiter sees the flag cleared.
+    if (executionWaiters_ != 0) {
         std::lock_guard guard(executionMutex_);
         executionEnded_.notify_all();
-    } else if (refused_ && refused_.exchange(false)) {
+    }
+    if (state_ == NodeState::Running && refused_ && refused_.exchange(false)) {
         canExecuteChanged.emit();
     }
 }

@@ -79,6 +79,9 @@ void OutputPins::remove(const gcstring& name) {
         detached = std::move(pin->attachments);
         pins_.erase(pin);
         rebuildRoutes();
+        // A sink that reads another pin of this node still needs its listener.
+        std::erase_if(detached,
+                      [this](const Attachment& attachment) { return holds(attachment.sink); });
     }
     for (const Attachment& attachment : detached) {
         attachment.sink->setSpaceListener({});
@@ -197,7 +200,9 @@ void OutputPins::rebuildRoutes() {
             route.sinks.push_back(attachment.sink);
         }
         table->routes.push_back(std::move(route));
-        table->smallestJobCount = std::min(table->smallestJobCount, pin.descriptor.maxJobCount);
+        // A limit of 0 would hold the source back for ever.
+        table->smallestJobCount = std::min(table->smallestJobCount,
+                                           std::max<std::uint64_t>(1, pin.descriptor.maxJobCount));
     }
     std::sort(table->routes.begin(), table->routes.end(),
               [](const OutputRoute& a, const OutputRoute& b) { return a.pin < b.pin; });
