@@ -175,6 +175,33 @@ TEST(GraphBounds, ANodeWithSeveralReadersWaitsForTheSlowest) {
     producer.join();
 }
 
+TEST(GraphBounds, ASinkThatReadsTwoNodesTellsBothOfSpace) {
+    auto first = std::make_shared<TestSource>();
+    auto second = std::make_shared<TestSource>();
+    auto sink = std::make_shared<TestSink>();
+    {
+        Graph graph;
+        graph.addNode("First", first);
+        graph.addNode("Second", second);
+        graph.addNode("A", std::make_shared<TestNode>());
+        graph.addNode("B", std::make_shared<TestNode>());
+        graph.connect("First", "Out", "A", "In");
+        graph.connect("Second", "Out", "B", "In");
+        graph.attachSink("A", "Out", sink);
+        graph.attachSink("B", "Out", sink);
+        sink->setFull(true);
+        graph.start({});
+        first->send(1);
+        second->send(2);
+        sink->setFull(false);
+        EXPECT_EQ(sink->waitFor(2).size(), 2U);
+        graph.stop(StopMode::Drain);
+        first->removeOutput("Out");
+        EXPECT_TRUE(sink->hasListener());
+    }
+    EXPECT_FALSE(sink->hasListener());
+}
+
 TEST(GraphBounds, AGraphNeedsACapacity) {
     EXPECT_THROW(Graph(GraphOptions{0}), GenICam::InvalidArgumentException);
 }

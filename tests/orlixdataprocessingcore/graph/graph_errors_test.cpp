@@ -145,6 +145,18 @@ TEST_F(GraphBuilding, AnOutputThatWasMadeAnewIsConnectedAgainAtTheStart) {
     EXPECT_EQ(graph.statistics().executedJobs, 1U);
 }
 
+TEST_F(GraphBuilding, AnInputThatWasMadeAnewIsConnectedAgainAtTheStart) {
+    auto sink = std::make_shared<TestSink>();
+    graph.connect("Source", "Out", "A", "In");
+    graph.attachSink("A", "Out", sink);
+    node->remakeInput("In");
+    graph.start({});
+    source->send(1);
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), std::vector<std::int64_t>{1});
+    EXPECT_FALSE(node->canConfigure("In"));
+}
+
 class ScarceNode : public TestNode {
 public:
     explicit ScarceNode(std::vector<std::string>& calls, const char* name, bool fails)

@@ -200,5 +200,35 @@ TEST_F(GraphJoin, RefusesInputsThatCanNeverShareAnUpdate) {
     graph.validate();
 }
 
+// Switches auto reset off in the middle of being connected, as another thread might.
+class KeepingNode : public TestNode {
+public:
+    KeepingNode() : TestNode({"X", "Y"}) {}
+    ~KeepingNode() override { cleanup(); }
+
+protected:
+    void onInputTypeConfigured(const gcstring& name, const Utils::TypeInfo&) override {
+        if (name == "Y") {
+            setAutoResetEnabled(name, false);
+        }
+    }
+};
+
+TEST(GraphAutoReset, AChangeInTheMiddleOfConnectingIsNotLost) {
+    auto source = std::make_shared<TestSource>(std::vector<gcstring>{"A", "B"});
+    auto sink = std::make_shared<TestSink>();
+    Graph graph;
+    graph.addNode("Source", source);
+    graph.addNode("Join", std::make_shared<KeepingNode>());
+    graph.connect("Source", "A", "Join", "X");
+    graph.connect("Source", "B", "Join", "Y");
+    graph.attachSink("Join", "Out", sink);
+    graph.start({});
+    source->send(PinValues{{"B", integer(10)}});
+    source->send(PinValues{{"A", integer(1)}});
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), Numbers{11});
+}
+
 }  // namespace
 }  // namespace Orlix::DataProcessing::Core

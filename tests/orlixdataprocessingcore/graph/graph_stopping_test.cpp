@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "orlixdataprocessingcore/core/errors.h"
 #include "orlixdataprocessingcore/core/testnodes.h"
 #include "orlixdataprocessingcore/graph/graph.h"
 #include "orlixdataprocessingcore/utils/log.h"
@@ -60,15 +61,25 @@ TEST_F(GraphStopping, DrainBringsWhatIsUnderWayToItsEnd) {
 }
 
 TEST_F(GraphStopping, DropLosesWhatWaitsAndCountsIt) {
+    // The last value holds an error whose end tells when the queue has been dropped.
+    std::latch isDropped(1);
+    Integer last(4);
+    last.setError(
+        std::shared_ptr<IError>(new DeviceError("dropped", DateTime()), [&](const IError* error) {
+            delete error;
+            isDropped.count_down();
+        }));
     blockFirstJob();
     graph.start({});
-    sendFive();
+    for (int value = 0; value < 4; ++value) {
+        source->send(value);
+    }
+    source->send(PinValues{{"Out", Utils::Variant(std::move(last))}});
+    last = Integer(0);
     begun.wait();
     std::thread stopper([this] { graph.stop(StopMode::Drop); });
     // The queue is dropped while the job still runs; then the job may end.
-    while (graph.statistics().connections.at(0).queued != 0) {
-        std::this_thread::yield();
-    }
+    isDropped.wait();
     mayEnd.count_down();
     stopper.join();
     EXPECT_EQ(sink->values(), Numbers{0});

@@ -157,10 +157,13 @@ void Graph::Impl::connect(const ConnectionEnds& ends) {
         to->node().unconfigureInputType(link.input);
         throw;
     }
-    std::lock_guard guard(listMutex_);
-    from->connectOutput(link.connection);
-    to->connectInput(*link.connection);
-    links_.push_back(std::move(link));
+    {
+        std::lock_guard guard(listMutex_);
+        from->connectOutput(link.connection);
+        to->connectInput(*link.connection);
+        links_.push_back(std::move(link));
+    }
+    refreshAutoReset(*to, ends.toPin);  // it may have changed before the connection was listed
 }
 
 void Graph::Impl::attachSink(const gcstring& node, const gcstring& pin,
@@ -171,10 +174,20 @@ void Graph::Impl::attachSink(const gcstring& node, const gcstring& pin,
     }
     const std::shared_ptr<GraphNode>& from = find(node);
     static_cast<void>(outputOf(*from, pin));
-    Reader reader{from, pin, std::make_shared<GraphSink>(sink), nullptr};
+    Reader reader{from, pin, std::make_shared<GraphSink>(wakerOf(sink)), nullptr};
     reader.output = from->node().attachOutputSink(pin, reader.sink);
     from->connectOutput(reader.sink);
     readers_.push_back(std::move(reader));
+}
+
+// One for all pins that the sink reads, since a sink tells only one listener of space.
+std::shared_ptr<SinkWaker> Graph::Impl::wakerOf(const std::shared_ptr<IOutputSink>& sink) const {
+    for (const Reader& reader : readers_) {
+        if (reader.sink->waker()->sink() == sink) {
+            return reader.sink->waker();
+        }
+    }
+    return std::make_shared<SinkWaker>(sink);
 }
 
 void Graph::Impl::validate() const {
@@ -197,12 +210,7 @@ void Graph::Impl::checkInputs(const GraphNode& node) const {
 // A node may have remade its pins since they were connected.
 void Graph::Impl::renewAttachments() {
     for (Link& link : links_) {
-        const ConnectionEnds& ends = link.connection->ends();
-        const std::shared_ptr<GraphNode>& from = find(ends.fromNode);
-        if (!from->node().isOutputSinkAttached(link.output)) {
-            static_cast<void>(outputOf(*from, ends.fromPin));
-            link.output = from->node().attachOutputSink(ends.fromPin, link.connection);
-        }
+        renewLink(link);
     }
     for (Reader& reader : readers_) {
         if (!reader.node->node().isOutputSinkAttached(reader.output)) {
@@ -212,7 +220,23 @@ void Graph::Impl::renewAttachments() {
     }
 }
 
-void Graph::Impl::refreshAutoReset(const GraphNode& node, const gcstring& pin) {
+void Graph::Impl::renewLink(Link& link) {
+    const ConnectionEnds& ends = link.connection->ends();
+    const std::shared_ptr<GraphNode>& from = find(ends.fromNode);
+    const std::shared_ptr<GraphNode>& to = find(ends.toNode);
+    if (!to->node().isConfigured(link.input)) {
+        static_cast<void>(inputOf(*to, ends.toPin));
+        link.input = to->node().configureInputType(ends.toPin, outputOf(*from, ends.fromPin).type);
+        refreshAutoReset(*to, ends.toPin);
+    }
+    if (!from->node().isOutputSinkAttached(link.output)) {
+        static_cast<void>(outputOf(*from, ends.fromPin));
+        link.output = from->node().attachOutputSink(ends.fromPin, link.connection);
+    }
+}
+
+// Any thread may change an auto reset at any time: what holds in the end is what the node says.
+void Graph::Impl::refreshAutoReset(GraphNode& node, const gcstring& pin) {
     std::shared_ptr<Connection> changed;
     {
         std::lock_guard guard(listMutex_);
@@ -222,9 +246,10 @@ void Graph::Impl::refreshAutoReset(const GraphNode& node, const gcstring& pin) {
             }
         }
     }
-    if (changed) {
-        const auto& consumer = find(changed->ends().toNode);
-        consumer->setKeepsLastValue(*changed, !node.node().isAutoResetEnabled(pin));
+    for (bool isSettled = !changed; !isSettled;) {
+        const bool resets = node.node().isAutoResetEnabled(pin);
+        node.setKeepsLastValue(*changed, !resets);
+        isSettled = node.node().isAutoResetEnabled(pin) == resets;
     }
 }
 

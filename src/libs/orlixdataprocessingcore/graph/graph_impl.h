@@ -61,7 +61,10 @@ private:
     void observe(Member& member);
     void checkInputs(const GraphNode& node) const;
     void renewAttachments();
-    void refreshAutoReset(const GraphNode& node, const gcstring& pin);
+    void renewLink(Link& link);
+    void refreshAutoReset(GraphNode& node, const gcstring& pin);
+    [[nodiscard]] std::shared_ptr<SinkWaker> wakerOf(
+        const std::shared_ptr<IOutputSink>& sink) const;
 
     void openJoins();
     void closeJoins();
