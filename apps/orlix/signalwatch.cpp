@@ -38,7 +38,8 @@ sigset_t stopSignals() {
 SignalWatch::SignalWatch() {
     const sigset_t signals = stopSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    signals_ = checked(::signalfd(-1, &signals, SFD_CLOEXEC), "can not watch signals");
+    signals_ =
+        checked(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK), "can not watch signals");
     end_ = checked(::eventfd(0, EFD_CLOEXEC), "can not watch signals");
     thread_ = std::thread([this] { watch(); });
 }
@@ -65,7 +66,10 @@ void SignalWatch::onSignal(std::function<void()> handler) {
 void SignalWatch::watch() {
     std::array<pollfd, 2> sources = {{{signals_, POLLIN, 0}, {end_, POLLIN, 0}}};
     for (;;) {
-        if (::poll(sources.data(), sources.size(), -1) < 0 && errno != EINTR) {
+        if (::poll(sources.data(), sources.size(), -1) < 0) {
+            if (errno == EINTR) {
+                continue;  // the events are those of an earlier call
+            }
             return;
         }
         if ((sources[1].revents & POLLIN) != 0) {

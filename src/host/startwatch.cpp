@@ -8,23 +8,21 @@ using DataProcessing::Core::NodeState;
 StartWatch::StartWatch(const std::vector<std::shared_ptr<INode>>& nodes) {
     for (const auto& node : nodes) {
         const auto progress = std::make_shared<Progress>();
-        const auto noteState = [progress, weakNode = std::weak_ptr<INode>(node)] {
-            const auto source = weakNode.lock();
+        // Not a strong pointer: a slot that held the last one would free the node from inside the
+        // emission.
+        const auto noteState = [progress, source = node.get()] {
             progress->hasBegun = true;
-            if (source != nullptr && source->getState() == NodeState::Running) {
+            if (source->getState() == NodeState::Running) {
                 progress->hasRun = true;
             }
         };
         progress_.push_back(progress);
-        connections_.push_back(node->getStateChangedSignal()->connect(noteState));
+        connections_.emplace_back(node->getStateChangedSignal()->connect(noteState), true);
     }
 }
 
-StartWatch::~StartWatch() {
-    for (const auto& connection : connections_) {
-        connection->disconnect();
-    }
-}
+// Waits for slots that run on other threads: the nodes may go when this has returned.
+StartWatch::~StartWatch() = default;
 
 std::size_t StartWatch::failedNode() const {
     std::size_t index = 0;

@@ -10,8 +10,8 @@
 
 namespace Orlix::Host {
 
-// Watches the nodes of a graph from before its start until it is destroyed. Its slots only note
-// what has happened, as slots may run on any thread.
+// Watches the nodes of a graph from before its start until it is destroyed; the nodes must live
+// longer. Its slots only note what has happened, as slots may run on any thread.
 class StartWatch {
 public:
     explicit StartWatch(const std::vector<std::shared_ptr<DataProcessing::Core::INode>>& nodes);
@@ -29,7 +29,7 @@ private:
     };
 
     std::vector<std::shared_ptr<Progress>> progress_;
-    std::vector<std::shared_ptr<DataProcessing::Utils::IConnection>> connections_;
+    std::vector<DataProcessing::Utils::ScopedConnection> connections_;
 };
 
 }  // namespace Orlix::Host
