@@ -132,5 +132,3 @@ void BuildMap(benchmark::State& state) {
 BENCHMARK(BuildMap)->Arg(60)->Arg(600)->Arg(6000)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
-
-BENCHMARK_MAIN();
