@@ -197,5 +197,43 @@ TEST(GraphOrder, AThousandNodesCarryTheirValues) {
     EXPECT_EQ(graph.statistics().executedJobs, 50U * length);
 }
 
+// The load that is called ordinary: no value is lost or overtaken on the way.
+TEST(GraphOrder, TenThousandUpdatesPassAThousandNodesInOrder) {
+    constexpr int chains = 10;
+    constexpr int length = 100;
+#ifdef __SANITIZE_THREAD__
+    constexpr int updates = 1000;  // a job takes a hundred times as long there
+#else
+    constexpr int updates = 10000;
+#endif
+    auto source = std::make_shared<TestSource>();
+    std::vector<std::shared_ptr<TestSink>> sinks;
+    Graph graph;
+    graph.addNode("Source", source);
+    for (int chain = 0; chain < chains; ++chain) {
+        gcstring last = "Source";
+        for (int index = 0; index < length; ++index) {
+            const gcstring name(std::to_string(chain) + "-" + std::to_string(index));
+            graph.addNode(name, std::make_shared<TestNode>());
+            graph.connect(last, "Out", name, "In");
+            last = name;
+        }
+        sinks.push_back(std::make_shared<TestSink>());
+        graph.attachSink(last, "Out", sinks.back());
+    }
+    graph.start({});
+    std::vector<std::int64_t> expected;
+    for (int value = 0; value < updates; ++value) {
+        ASSERT_TRUE(source->waitUntilSpaceAvailable());
+        source->send(value);
+        expected.push_back(value);
+    }
+    graph.stop(StopMode::Drain);
+    for (const auto& sink : sinks) {
+        EXPECT_EQ(sink->values(), expected);
+    }
+    EXPECT_EQ(graph.statistics().droppedJobs, 0U);
+}
+
 }  // namespace
 }  // namespace Orlix::DataProcessing::Core
