@@ -98,6 +98,34 @@ TEST(Concurrency, Rule77MapsOfOneDescriptionShareNoState) {
     });
 }
 
+TEST(Concurrency, Rule77EightThreadsOnEightMapsOfOneDescriptionOnPortsOfTheirOwn) {
+    const std::string text = document(
+        "<Integer Name=\"A\"><pValue>R</pValue></Integer><Float Name=\"F\"><pValue>C</pValue>"
+        "</Float><Converter Name=\"C\"><pVariable Name=\"K\">Kn</pVariable><FormulaTo>FROM / K"
+        "</FormulaTo><FormulaFrom>TO * K</FormulaFrom><pValue>R</pValue></Converter>"
+        "<IntSwissKnife Name=\"Kn\"><pVariable Name=\"S\">S</pVariable><Formula>S + 1</Formula>"
+        "</IntSwissKnife>" +
+        std::string(Reg{"R", 0, "RW", ""}) + std::string(Reg{"S", 8, "RW", ""}) +
+        "<Port Name=\"P\"/>");
+    CNodeMapFactory factory(ContentType_Xml, text.data(), text.size());
+    std::vector<CNodeMapRef> maps;
+    for (int i = 0; i < 8; ++i) {
+        maps.push_back(factory.CreateNodeMap());
+    }
+    onThreads(8, [&](int thread) {
+        const CNodeMapRef& map = maps[static_cast<std::size_t>(thread)];
+        CMemoryPort port;
+        map->Connect(&port, "P");
+        CIntegerPtr(map->GetNode("S"))->SetValue(thread);
+        for (int i = 0; i < 200; ++i) {
+            CIntegerPtr(map->GetNode("A"))->SetValue(i);
+            EXPECT_EQ(CFloatPtr(map->GetNode("F"))->GetValue(), i * (thread + 1));
+            map->InvalidateNodes();
+        }
+        map->Connect(nullptr, "P");
+    });
+}
+
 TEST(Concurrency, Rule74TheMapUsesTheCallersLock) {
     CLock lock;
     const std::string text = document("<Integer Name=\"A\"><Value>0</Value></Integer>");
