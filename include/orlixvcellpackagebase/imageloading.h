@@ -14,12 +14,15 @@
 #include "orlixdataprocessingcore/core/nodemapcontainer.h"
 #include "orlixvcellpackagebase/api.h"
 
+namespace Orlix::DataProcessing::Utils {
+struct CodePlace;
+}
+
 namespace Plugin::OrlixVCellPackageBase {
 
 using GenICam::gcstring;
 
 class IFrameClock;
-struct CodePlace;
 
 // The order in which images are output; the values are those of saved recipes.
 enum SortBy : std::int32_t { Ascending = 0, Descending = 1, Random = 2 };
@@ -111,12 +114,14 @@ private:
         const Orlix::DataProcessing::Core::NodeArgumentCollection& arguments) const;
     void findImages();
 
-    void checkArgument(bool valid, const char* message, const CodePlace& place) const;
-    void checkStopped(const CodePlace& place) const;
+    void checkArgument(bool valid, const char* message,
+                       const Orlix::DataProcessing::Utils::CodePlace& place) const;
+    void checkStopped(const Orlix::DataProcessing::Utils::CodePlace& place) const;
     template <typename T, typename Port>
     void assign(T Impl::*setting, const T& value, Port Impl::*port);
     template <typename T, typename Port>
-    void change(T Impl::*setting, const T& value, Port Impl::*port, const CodePlace& place);
+    void change(T Impl::*setting, const T& value, Port Impl::*port,
+                const Orlix::DataProcessing::Utils::CodePlace& place);
 
     void saveSourcePath(Orlix::DataProcessing::Core::ISettings& store) const;
     void loadSourcePath(Orlix::DataProcessing::Core::ISettings& store);

@@ -11,6 +11,7 @@
 #include "orlixdataprocessingcore/core/string.h"
 #include "orlixdataprocessingcore/core/value.h"
 #include "orlixdataprocessingcore/utils/cowptr.h"
+#include "orlixdataprocessingcore/utils/failure.h"
 #include "orlixdataprocessingcore/utils/variant.h"
 
 namespace Orlix::DataProcessing::Utils {
@@ -22,12 +23,8 @@ void CoreTypes::add(TypeInfo::Factory factory) noexcept {
     static const char place = 0;
     try {
         TypeInfo::tryRegisterType<T, Bases...>(factory, nullptr);
-    } catch (const GenICam::GenericException& exception) {
-        TypeInfo::logRegistrationFailure(&place, exception.GetDescription());
-    } catch (const std::exception& exception) {
-        TypeInfo::logRegistrationFailure(&place, exception.what());
     } catch (...) {
-        TypeInfo::logRegistrationFailure(&place, nullptr);
+        TypeInfo::logRegistrationFailure(&place, getCaughtText());
     }
 }
 

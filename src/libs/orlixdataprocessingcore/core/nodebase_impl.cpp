@@ -5,7 +5,7 @@
 #include "orlixdataprocessingcore/core/nodelog.h"
 #include "orlixdataprocessingcore/threading/recursiveclock.h"
 #include "orlixdataprocessingcore/threading/uniquelock.h"
-#include "orlixdataprocessingcore/utils/catchladder.h"
+#include "orlixdataprocessingcore/utils/failure.h"
 
 namespace Orlix::DataProcessing::Core {
 
@@ -34,8 +34,8 @@ std::vector<std::shared_ptr<IError>> NodeBase::Impl::allocate() {
     try {
         failures = owner_.allocateAdditionalResources(pool, true);
     } catch (...) {
-        failures.push_back(Utils::makeErrorOfCurrentException(
-            "Unknown exception caught while allocating resources.", __FILE__, __LINE__));
+        failures.push_back(
+            Utils::makeErrorOfCaught("Unknown exception caught while allocating resources."));
     }
     allocationFailed_ = !failures.empty();
     return failures;

@@ -8,7 +8,7 @@
 #include "orlixdataprocessingcore/core/nodelog.h"
 #include "orlixdataprocessingcore/core/pinwalk.h"
 #include "orlixdataprocessingcore/core/simplenode.h"
-#include "orlixdataprocessingcore/utils/catchladder.h"
+#include "orlixdataprocessingcore/utils/failure.h"
 
 namespace Orlix::DataProcessing::Core {
 
@@ -211,8 +211,7 @@ void NodeBase::Impl::announce(const std::shared_ptr<IGraphUpdate>& update, PinVa
 }
 
 std::shared_ptr<IError> NodeBase::Impl::reportCurrentException() {
-    auto error = Utils::makeErrorOfCurrentException(
-        "Unknown exception caught while executing a job.", __FILE__, __LINE__);
+    auto error = Utils::makeErrorOfCaught("Unknown exception caught while executing a job.");
     Utils::createLogEntry(Utils::Severitiy::Error, nodeLogCategory(),
                           "Node %p: Job failed. Message: %s", static_cast<const void*>(&owner_),
                           error->getDescription().c_str());

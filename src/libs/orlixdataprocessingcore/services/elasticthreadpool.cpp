@@ -1,10 +1,11 @@
 #include "orlixdataprocessingcore/services/elasticthreadpool.h"
 
 #include <chrono>
+#include <string>
 #include <thread>
 
 #include "gcbase/gcexception.h"
-#include "orlixdataprocessingcore/utils/log.h"
+#include "orlixdataprocessingcore/utils/failure.h"
 
 namespace Orlix::DataProcessing::Threading {
 
@@ -18,24 +19,13 @@ Utils::CatId logCategory() {
     return category;
 }
 
-void logFailure(IJob& job, const char* message) {
-    Utils::createLogEntry(Utils::Severitiy::Warning, logCategory(),
-                          "ThreadPool: Exception caught while executing job \"%s\". Message: %s",
-                          job.getName().c_str(), message);
-}
-
 template <typename Call>
 void runGuarded(IJob& job, const Call& call) {
     try {
         call();
-    } catch (const GenICam::GenericException& exception) {
-        logFailure(job, exception.GetDescription());
-    } catch (const std::exception& exception) {
-        logFailure(job, exception.what());
     } catch (...) {
-        Utils::createLogEntry(Utils::Severitiy::Warning, logCategory(),
-                              "ThreadPool: Unknown exception caught while executing job \"%s\".",
-                              job.getName().c_str());
+        const std::string doing = "executing job \"" + job.getName().str() + "\"";
+        Utils::logCaught({"ThreadPool", nullptr, logCategory()}, doing.c_str());
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "orlixdataprocessingcore/utils/log.h"
+#include "orlixdataprocessingcore/utils/failure.h"
 
 namespace Orlix::DataProcessing::Utils {
 
@@ -46,15 +46,7 @@ bool EmissionFrame::isRunning(const void* connection) noexcept {
 }
 
 void logSlotException(const void* combiner, const char* message) {
-    if (message != nullptr) {
-        createLogEntry(Severitiy::Warning, getCatIdSlotCombiner(),
-                       "SlotCombiner %p: Exception caught while invoking a slot. Message: %s",
-                       combiner, message);
-    } else {
-        createLogEntry(Severitiy::Warning, getCatIdSlotCombiner(),
-                       "SlotCombiner %p: Unknown exception caught while invoking a slot.",
-                       combiner);
-    }
+    logCaught({"SlotCombiner", combiner, getCatIdSlotCombiner()}, "invoking a slot", message);
 }
 
 }  // namespace Detail

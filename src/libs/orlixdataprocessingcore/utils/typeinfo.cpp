@@ -5,7 +5,7 @@
 #include <string>
 
 #include "orlixdataprocessingcore/core/coretypes.h"
-#include "orlixdataprocessingcore/utils/log.h"
+#include "orlixdataprocessingcore/utils/failure.h"
 #include "orlixdataprocessingcore/utils/typeinfodata.h"
 #include "orlixdataprocessingcore/utils/typeregistration.h"
 #include "orlixdataprocessingcore/utils/variant.h"
@@ -96,14 +96,7 @@ void TypeInfo::registerCoreTypes() {
 }
 
 void TypeInfo::logRegistrationFailure(const void* object, const char* message) noexcept {
-    if (message != nullptr) {
-        createLogEntry(Severitiy::Warning, getCatIdTypeInfo(),
-                       "TypeInfo %p: Exception caught while registering a type. Message: %s",
-                       object, message);
-    } else {
-        createLogEntry(Severitiy::Warning, getCatIdTypeInfo(),
-                       "TypeInfo %p: Unknown exception caught while registering a type.", object);
-    }
+    logCaught({"TypeInfo", object, getCatIdTypeInfo()}, "registering a type", message);
 }
 
 ITypeRegistration& TypeInfo::getTypeRegistration() {

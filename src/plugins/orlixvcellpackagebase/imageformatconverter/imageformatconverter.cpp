@@ -2,23 +2,13 @@
 
 #include "imageformatconverter/imageformatconverterimpl.h"
 #include "imageformatconverter/names.h"
-#include "orlixdataprocessingcore/utils/uuid.h"
+#include "unituuids.h"
 
 namespace Plugin::OrlixVCellPackageBase {
 
 namespace Core = Orlix::DataProcessing::Core;
-namespace Threading = Orlix::DataProcessing::Threading;
 namespace Utils = Orlix::DataProcessing::Utils;
 using Orlix::CImageFormatConverter;
-
-// Static objects of this unit, in the order in which they are made when the library is loaded.
-
-namespace {
-
-[[maybe_unused]] const Utils::Uuid firstUuid("8fcfdd35-ba34-4bf8-b6a3-6737d7612e95");
-[[maybe_unused]] const Utils::Uuid secondUuid("b44bfc48-0086-420c-abb8-2ff57522d61a");
-
-}  // namespace
 
 ORLIX_REGISTER_TYPE(ImageFormatConverter, Core::SimpleNode, Core::INodeMapContainer)
 
@@ -38,11 +28,9 @@ ORLIX_DEFINE_OBJECT(ImageFormatConverter)
 
 ImageFormatConverter::ImageFormatConverter(const std::shared_ptr<Core::IResourcePool>& pool)
     : SimpleNode(pool), impl_(std::make_unique<Impl>()) {
-    impl_->lock = std::make_shared<Threading::RecursiveCLock>();
     setLock(impl_->lock);
-    impl_->nodeMapsChanged = std::make_shared<NodeMapsSignal>(impl_->lock);
     buildParameterTree();
-    impl_->nodeMaps.emplace_back("@vCell", "Image Format Converter", impl_->adapter.getNodeMap());
+    impl_->publishParameters("Image Format Converter");
     // Where the node differs from the library: Bayer pictures are interpolated up to their edges,
     // and a recipe, not the machine, decides how many threads it spends on a conversion.
     impl_->converter.BayerBorder.SetValue(Orlix::BayerBorder_Repeat, true);
@@ -57,8 +45,7 @@ ImageFormatConverter::~ImageFormatConverter() {
 }
 
 std::vector<Core::NodeMapInfo> ImageFormatConverter::getNodeMapInfos() {
-    NodeLock lock(*impl_->lock);
-    return impl_->nodeMaps;
+    return impl_->getNodeMapInfos();
 }
 
 std::shared_ptr<Utils::ISignal<void()>> ImageFormatConverter::getNodeMapsChangedSignal() {
@@ -66,10 +53,7 @@ std::shared_ptr<Utils::ISignal<void()>> ImageFormatConverter::getNodeMapsChanged
 }
 
 gcstring ImageFormatConverter::describeParameters() {
-    NodeLock lock(*impl_->lock);
-    gcstring description;
-    impl_->adapter.generateDescription(description, "", "");
-    return description;
+    return impl_->describeParameters();
 }
 
 // The settings are those of the library's converter, which checks them. Observers are told after

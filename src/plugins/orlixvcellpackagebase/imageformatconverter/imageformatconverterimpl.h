@@ -5,20 +5,18 @@
 #include <memory>
 #include <vector>
 
-#include "anythingtonodemapadapter/adapter.h"
 #include "anythingtonodemapadapter/enumentryparameterport.h"
 #include "anythingtonodemapadapter/parameterports.h"
 #include "imageformatconverter/imageformatconverter.h"
-#include "nodesupport.h"
+#include "nodedata.h"
 
 namespace Plugin::OrlixVCellPackageBase {
 
-struct ImageFormatConverter::Impl {
+struct ImageFormatConverter::Impl : NodeData {
     template <typename T>
     using Entries =
         std::vector<std::shared_ptr<AnythingToNodeMapAdapter::EnumEntryParameterPort<T>>>;
 
-    AnythingToNodeMapAdapter::CAnythingToNodeMapAdapter adapter;
     std::shared_ptr<AnythingToNodeMapAdapter::IEnumParameterPort> outputPixelFormatPort;
     Entries<unsigned int> outputPixelFormatEntries;
     std::shared_ptr<AnythingToNodeMapAdapter::IEnumParameterPort> outputBitAlignmentPort;
@@ -28,10 +26,7 @@ struct ImageFormatConverter::Impl {
     std::shared_ptr<AnythingToNodeMapAdapter::IIntegerParameterPort> outputPaddingXPort;
     std::shared_ptr<AnythingToNodeMapAdapter::IIntegerParameterPort> maxNumThreadsPort;
 
-    std::shared_ptr<Orlix::DataProcessing::Threading::RecursiveCLock> lock;
     Orlix::CImageFormatConverter converter;
-    std::vector<Orlix::DataProcessing::Core::NodeMapInfo> nodeMaps;
-    std::shared_ptr<NodeMapsSignal> nodeMapsChanged;
 };
 
 }  // namespace Plugin::OrlixVCellPackageBase

@@ -11,23 +11,13 @@
 #include "orlixdataprocessingcore/core/integer.h"
 #include "orlixdataprocessingcore/core/nodearguments.h"
 #include "orlixdataprocessingcore/core/string.h"
-#include "orlixdataprocessingcore/utils/uuid.h"
+#include "unituuids.h"
 
 namespace Plugin::OrlixVCellPackageBase {
 
 namespace Core = Orlix::DataProcessing::Core;
-namespace Threading = Orlix::DataProcessing::Threading;
 namespace Utils = Orlix::DataProcessing::Utils;
 using namespace ImageLoadingLog;
-
-// Static objects of this unit, in the order in which they are made when the library is loaded.
-
-namespace {
-
-[[maybe_unused]] const Utils::Uuid firstUuid("8fcfdd35-ba34-4bf8-b6a3-6737d7612e95");
-[[maybe_unused]] const Utils::Uuid secondUuid("b44bfc48-0086-420c-abb8-2ff57522d61a");
-
-}  // namespace
 
 ORLIX_REGISTER_TYPE(ImageLoading, Core::AdvancedNode, Core::INodeMapContainer)
 
@@ -59,6 +49,10 @@ Utils::CatId ImageLoadingLog::category() {
     return id;
 }
 
+Utils::LogSubject ImageLoadingLog::getSubject(const ImageLoading* node) {
+    return {"Plugin::OrlixVCellPackageBase::ImageLoading", node, category()};
+}
+
 ORLIX_DEFINE_OBJECT(ImageLoading)
 
 ImageLoading::ImageLoading(const std::shared_ptr<Core::IResourcePool>& pool)
@@ -68,11 +62,9 @@ ImageLoading::ImageLoading(const std::shared_ptr<Core::IResourcePool>& pool,
                            std::shared_ptr<IFrameClock> clock)
     : AdvancedNode(pool), impl_(std::make_unique<Impl>()) {
     impl_->clock = clock != nullptr ? std::move(clock) : getSystemFrameClock();
-    impl_->lock = std::make_shared<Threading::RecursiveCLock>();
     setLock(impl_->lock);
-    impl_->nodeMapsChanged = std::make_shared<NodeMapsSignal>(impl_->lock);
     buildParameterTree();
-    impl_->nodeMaps.emplace_back("@vCell", "Image Loading", impl_->adapter.getNodeMap());
+    impl_->publishParameters("Image Loading");
     createOutput(ImageLoadingNames::imagePin, "Loaded image.",
                  Utils::TypeInfo::getTypeInfo<Core::Image>(true), true, Core::unlimitedJobs);
     createOutput(ImageLoadingNames::imagePathPin, "Full path of the currently loaded image.",
@@ -90,8 +82,7 @@ bool ImageLoading::isForwardingUpdates() const {
 }
 
 std::vector<Core::NodeMapInfo> ImageLoading::getNodeMapInfos() {
-    NodeLock lock(*impl_->lock);
-    return impl_->nodeMaps;
+    return impl_->getNodeMapInfos();
 }
 
 std::shared_ptr<Utils::ISignal<void()>> ImageLoading::getNodeMapsChangedSignal() {
@@ -99,10 +90,7 @@ std::shared_ptr<Utils::ISignal<void()>> ImageLoading::getNodeMapsChangedSignal()
 }
 
 gcstring ImageLoading::describeParameters() {
-    NodeLock lock(*impl_->lock);
-    gcstring description;
-    impl_->adapter.generateDescription(description, "", "");
-    return description;
+    return impl_->describeParameters();
 }
 
 bool ImageLoading::isSingleFrameStart(const Core::NodeArgumentCollection& arguments) const {
@@ -136,16 +124,14 @@ void ImageLoading::onStarting(const Core::NodeArgumentCollection& arguments) {
 
 // Makes the list of this start, in its order.
 void ImageLoading::findImages() {
-    const FailingNode node{"ImageLoading", this, category()};
     if (impl_->sourcePath.empty()) {
-        logAndThrow<GenICam::RuntimeException>(node, "No image source path was specified.",
-                                               ORLIX_HERE("ImageLoading::onStarting"));
+        Utils::logAndThrow<GenICam::RuntimeException>(
+            getSubject(this), "No image source path was specified.", "onStarting");
     }
     impl_->imagePaths = enumerateImages(impl_->sourcePath);
     if (impl_->imagePaths.empty()) {
-        logAndThrow<GenICam::RuntimeException>(node,
-                                               "No images found in specified image source path.",
-                                               ORLIX_HERE("ImageLoading::onStarting"));
+        Utils::logAndThrow<GenICam::RuntimeException>(
+            getSubject(this), "No images found in specified image source path.", "onStarting");
     }
     orderImages(impl_->imagePaths, impl_->sortBy);
 }

@@ -9,11 +9,10 @@
 #include <thread>
 #include <vector>
 
-#include "anythingtonodemapadapter/adapter.h"
 #include "anythingtonodemapadapter/enumentryparameterport.h"
 #include "anythingtonodemapadapter/parameterport.h"
 #include "imageloading/frameclock.h"
-#include "nodesupport.h"
+#include "nodedata.h"
 #include "orlixdataprocessingcore/core/bufferprovider.h"
 #include "orlixdataprocessingcore/core/graphupdate.h"
 #include "orlixvcellpackagebase/imageloading.h"
@@ -25,7 +24,7 @@ using PortPointer = std::shared_ptr<AnythingToNodeMapAdapter::BasicDataParameter
 using SortByEntryPointer =
     std::shared_ptr<AnythingToNodeMapAdapter::EnumEntryParameterPort<SortBy>>;
 
-struct ImageLoading::Impl {
+struct ImageLoading::Impl : NodeData {
     std::shared_ptr<Orlix::DataProcessing::Core::IUpdateFactory> updateFactory;
     std::shared_ptr<Orlix::DataProcessing::Core::IBufferProvider> bufferProvider;
     std::thread thread;
@@ -42,7 +41,6 @@ struct ImageLoading::Impl {
     std::uint64_t imageIndex = 0;  // position in imagePaths
     std::uint64_t runCount = 1;    // number of the current run
 
-    AnythingToNodeMapAdapter::CAnythingToNodeMapAdapter adapter;
     PortPointer<AnythingToNodeMapAdapter::IStringParameterPort> sourcePathPort;
     PortPointer<AnythingToNodeMapAdapter::IEnumParameterPort> sortByPort;
     SortByEntryPointer ascendingEntry;
@@ -53,10 +51,6 @@ struct ImageLoading::Impl {
     PortPointer<AnythingToNodeMapAdapter::IIntegerParameterPort> numberOfRunsPort;
     PortPointer<AnythingToNodeMapAdapter::IBooleanParameterPort> runContinuouslyPort;
     PortPointer<AnythingToNodeMapAdapter::IBooleanParameterPort> storeAbsolutePathPort;
-
-    std::shared_ptr<Orlix::DataProcessing::Threading::RecursiveCLock> lock;
-    std::vector<Orlix::DataProcessing::Core::NodeMapInfo> nodeMaps;
-    std::shared_ptr<NodeMapsSignal> nodeMapsChanged;
 
     std::shared_ptr<IFrameClock> clock;
 };

@@ -1,10 +1,13 @@
-// The log category of ImageLoading.
+// The log category of ImageLoading, and how its lines begin.
 #pragma once
 
-#include "failure.h"
-#include "orlixdataprocessingcore/utils/log.h"
+#include "orlixdataprocessingcore/utils/failure.h"
 
-namespace Plugin::OrlixVCellPackageBase::ImageLoadingLog {
+namespace Plugin::OrlixVCellPackageBase {
+
+class ImageLoading;
+
+namespace ImageLoadingLog {
 
 using Orlix::DataProcessing::Utils::createLogEntry;
 using Orlix::DataProcessing::Utils::Severitiy;
@@ -12,4 +15,9 @@ using Orlix::DataProcessing::Utils::Severitiy;
 // Looked up at the first line.
 [[nodiscard]] Orlix::DataProcessing::Utils::CatId category();
 
-}  // namespace Plugin::OrlixVCellPackageBase::ImageLoadingLog
+// A null node is one that the line has no address of.
+[[nodiscard]] Orlix::DataProcessing::Utils::LogSubject getSubject(const ImageLoading* node);
+
+}  // namespace ImageLoadingLog
+
+}  // namespace Plugin::OrlixVCellPackageBase

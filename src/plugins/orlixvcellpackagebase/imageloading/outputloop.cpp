@@ -23,17 +23,13 @@ namespace Plugin::OrlixVCellPackageBase {
 namespace Core = Orlix::DataProcessing::Core;
 namespace Names = ImageLoadingNames;
 using namespace ImageLoadingLog;
-using Orlix::DataProcessing::Utils::COWPtr;
-using Orlix::DataProcessing::Utils::DateTime;
-using Orlix::DataProcessing::Utils::Variant;
+namespace Utils = Orlix::DataProcessing::Utils;
+using Utils::COWPtr;
+using Utils::DateTime;
 
 namespace {
 
 constexpr char loadFailed[] = "Failed to load image.";
-constexpr char loadFailedLine[] = "ImageLoading: Exception caught while loading image. Message: %s";
-constexpr char updateFailedLine[] =
-    "ImageLoading %p: Exception caught while creating update.. Message: %s";
-
 // The period is a whole number of milliseconds: 7 frames per second are 142 ms apart.
 IFrameClock::Duration getPeriod(std::uint64_t framesPerSecond) {
     return std::chrono::milliseconds(1000 / framesPerSecond);
@@ -46,25 +42,30 @@ void sleepUntil(IFrameClock& clock, IFrameClock::TimePoint deadline) {
     }
 }
 
-// Loads a picture, or tells why it can't be loaded. The error objects are made inside the handlers,
-// so each keeps the exception that is being handled; the one passed in lends its description.
+// In a handler. Each error keeps the exception that is being handled; the one that is passed in
+// lends its description.
+std::shared_ptr<Core::IError> makeLoadError() {
+    const DateTime now = DateTime::now();
+    try {
+        throw;
+    } catch (const GenICam::GenericException&) {
+        return std::make_shared<Core::GenICamExceptionError>(
+            GenICam::GenericException(loadFailed, __FILE__, __LINE__), now);
+    } catch (const std::exception&) {
+        return std::make_shared<Core::StdExceptionError>(std::runtime_error(loadFailed), now);
+    } catch (...) {
+        return Utils::makeErrorOfCaught(loadFailed);
+    }
+}
+
+// Loads a picture, or tells why it can't be loaded.
 std::shared_ptr<Core::IError> loadFile(Orlix::COrlixImage& image, const gcstring& path) {
     try {
         image.Load(path);
         return nullptr;
-    } catch (const GenICam::GenericException& exception) {
-        createLogEntry(Severitiy::Warning, category(), loadFailedLine, exception.GetDescription());
-        return std::make_shared<Core::GenICamExceptionError>(
-            GenICam::GenericException(loadFailed, __FILE__, __LINE__), DateTime::now());
-    } catch (const std::exception& exception) {
-        createLogEntry(Severitiy::Warning, category(), loadFailedLine, exception.what());
-        return std::make_shared<Core::StdExceptionError>(std::runtime_error(loadFailed),
-                                                         DateTime::now());
     } catch (...) {
-        createLogEntry(Severitiy::Warning, category(),
-                       "ImageLoading: Unknown exception caught while loading image.");
-        return std::make_shared<Core::UnknownExceptionError>(loadFailed, getBaseName(__FILE__),
-                                                             __LINE__, DateTime::now());
+        Utils::logCaught(getSubject(nullptr), "loading image");
+        return makeLoadError();
     }
 }
 
@@ -108,17 +109,11 @@ bool ImageLoading::hasNextImage() {
 
 // Whatever fails here drops this one turn.
 ImageLoading::Turn ImageLoading::outputImage() {
-    const void* self = this;
     try {
         return createOutputJob();
-    } catch (const GenICam::GenericException& exception) {
-        createLogEntry(Severitiy::Warning, category(), updateFailedLine, self,
-                       exception.GetDescription());
-    } catch (const std::exception& exception) {
-        createLogEntry(Severitiy::Warning, category(), updateFailedLine, self, exception.what());
     } catch (...) {
-        createLogEntry(Severitiy::Warning, category(),
-                       "ImageLoading %p: Unknown exception caught while creating update..", self);
+        // The full stop is a part of what the node was doing.
+        Utils::logCaught(getSubject(this), "creating update.");
     }
     return Turn::Done;
 }

@@ -7,7 +7,9 @@
 namespace Plugin::OrlixVCellPackageBase {
 
 using Orlix::DataProcessing::Core::NodeState;
+using Orlix::DataProcessing::Utils::CodePlace;
 using Orlix::DataProcessing::Utils::Helper;
+using Orlix::DataProcessing::Utils::logAndThrow;
 
 // A setter checks the range first, then takes the lock and checks the state. Observers are told
 // after the lock has been released.
@@ -49,7 +51,7 @@ bool ImageLoading::getStoreAbsolutePath() const {
 
 void ImageLoading::setSourcePath(const gcstring& value) {
     NodeLock lock(*impl_->lock);
-    checkStopped(ORLIX_HERE("ImageLoading::setSourcePath"));
+    checkStopped("setSourcePath");
     // The text as it comes is compared: blanks around the same path count as a change.
     if (value == impl_->sourcePath) {
         return;
@@ -61,33 +63,33 @@ void ImageLoading::setSourcePath(const gcstring& value) {
 }
 
 void ImageLoading::setSortBy(SortBy value) {
-    change(&Impl::sortBy, value, &Impl::sortByPort, ORLIX_HERE("ImageLoading::setSortBy"));
+    change(&Impl::sortBy, value, &Impl::sortByPort, "setSortBy");
 }
 
 void ImageLoading::setNumberOfImages(std::uint64_t value) {
     constexpr auto message = "NumberOfImages must be greater than 0.";
-    const auto place = ORLIX_HERE("ImageLoading::setNumberOfImages");
+    const CodePlace place("setNumberOfImages");
     checkArgument(value != 0, message, place);
     change(&Impl::numberOfImages, value, &Impl::numberOfImagesPort, place);
 }
 
 void ImageLoading::setFramesPerSecond(std::uint64_t value) {
     constexpr auto message = "FramesPerSecond must be greater than 0.";
-    const auto place = ORLIX_HERE("ImageLoading::setFramesPerSecond");
+    const CodePlace place("setFramesPerSecond");
     checkArgument(value != 0, message, place);
     change(&Impl::framesPerSecond, value, &Impl::framesPerSecondPort, place);
 }
 
 void ImageLoading::setNumberOfRuns(std::uint64_t value) {
     constexpr auto message = "NumberOfRuns must be greater than 0.";
-    const auto place = ORLIX_HERE("ImageLoading::setNumberOfRuns");
+    const CodePlace place("setNumberOfRuns");
     checkArgument(value != 0, message, place);
     change(&Impl::numberOfRuns, value, &Impl::numberOfRunsPort, place);
 }
 
 void ImageLoading::setRunContinuously(bool value) {
     NodeLock lock(*impl_->lock);
-    checkStopped(ORLIX_HERE("ImageLoading::setRunContinuously"));
+    checkStopped("setRunContinuously");
     if (value == impl_->runContinuously) {
         return;
     }
@@ -99,8 +101,7 @@ void ImageLoading::setRunContinuously(bool value) {
 }
 
 void ImageLoading::setStoreAbsolutePath(bool value) {
-    change(&Impl::storeAbsolutePath, value, &Impl::storeAbsolutePathPort,
-           ORLIX_HERE("ImageLoading::setStoreAbsolutePath"));
+    change(&Impl::storeAbsolutePath, value, &Impl::storeAbsolutePathPort, "setStoreAbsolutePath");
 }
 
 void ImageLoading::getSettings(gcstring& sourcePath, SortBy& sortBy, std::uint64_t& numberOfImages,
@@ -120,7 +121,7 @@ void ImageLoading::setSettings(const gcstring& sourcePath, SortBy sortBy,
                                std::uint64_t numberOfImages, std::uint64_t framesPerSecond,
                                std::uint64_t numberOfRuns, bool runContinuously,
                                bool storeAbsolutePath) {
-    const auto place = ORLIX_HERE("ImageLoading::setSettings");
+    const CodePlace place("setSettings");
     checkArgument(!sourcePath.empty(), "Source path must not be empty.", place);
     checkArgument(numberOfImages != 0, "NumberOfImages must be greater than 0.", place);
     checkArgument(framesPerSecond != 0, "FramesPerSecond must be greater than 0.", place);
@@ -141,14 +142,14 @@ void ImageLoading::setSettings(const gcstring& sourcePath, SortBy sortBy,
 
 void ImageLoading::checkArgument(bool valid, const char* message, const CodePlace& place) const {
     if (!valid) {
-        logAndThrow<GenICam::InvalidArgumentException>(
-            {"ImageLoading", this, ImageLoadingLog::category()}, message, place);
+        logAndThrow<GenICam::InvalidArgumentException>(ImageLoadingLog::getSubject(this), message,
+                                                       place);
     }
 }
 
 void ImageLoading::checkStopped(const CodePlace& place) const {
     if (getState() != NodeState::Stopped) {
-        logAndThrow<GenICam::RuntimeException>({"ImageLoading", this, ImageLoadingLog::category()},
+        logAndThrow<GenICam::RuntimeException>(ImageLoadingLog::getSubject(this),
                                                "vCell must not be running to set the settings.",
                                                place);
     }

@@ -1,16 +1,21 @@
-#include "orlixdataprocessingcore/utils/catchladder.h"
+#include "orlixdataprocessingcore/utils/failure.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 
+#include "gcbase/gcexception.h"
+#include "orlixdataprocessingcore/core/errors.h"
 #include "orlixdataprocessingcore/expectthrow.h"
 
 namespace {
 
 using namespace Orlix::DataProcessing::Utils;
 using namespace Orlix::DataProcessing::Core;
+using GenICam::InvalidArgumentException;
+using GenICam::RuntimeException;
 using Orlix::Test::expectThrow;
 
 CatId getCatIdNode() {
@@ -24,29 +29,25 @@ std::string addressOf(const void* object) {
     return text;
 }
 
-// A node as its code uses the macros.
+// A node as its code uses the functions.
 class Node {
 public:
-    static constexpr int line = __LINE__ + 3;
-    void load() {
-        // The line above knows how far this one is.
-        ORLIX_LOG_AND_THROW(InvalidArgumentException, getCatIdNode(), "Node", this,
-                            "Test::Node::load", "No settings passed.");
-    }
+    LogSubject subject() const { return {"Test::Node", this, getCatIdNode()}; }
+
+    static constexpr int line = __LINE__ + 1;  // of load
+    void load() { logAndThrow<InvalidArgumentException>(subject(), "No settings passed.", "load"); }
     void parse(const char* text) {
-        ORLIX_LOG_AND_THROW_TEXT(RuntimeException, getCatIdNode(), "Node", this,
-                                 "Test::Node::parse", "&%s", text);
+        logAndThrow<RuntimeException>(subject(), text, "parse", MessageOrigin::RunTime);
     }
     template <typename Function>
     std::shared_ptr<IError> guard(Function function) {
-        std::shared_ptr<IError> error;
         try {
             function();
+        } catch (...) {
+            logCaught(subject(), "loading.");
+            return makeErrorOfCaught("Unknown exception.", "c:\\source\\node.cpp", 12);
         }
-        ORLIX_CATCH_LADDER(
-            getCatIdNode(), "Node", this, "loading.",
-            error = makeErrorOfCurrentException("Unknown exception.", "c:\\source\\node.cpp", 12))
-        return error;
+        return nullptr;
     }
 };
 
@@ -59,7 +60,7 @@ TEST(LogAndThrow, WritesOneLineAndThrowsItsText) {
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(lines[0].severity, Severitiy::Error);
     // No backslash is in the path, so it stays whole in both.
-    const std::string path = "tests/orlixdataprocessingcore/utils/catchladder_test.cpp";
+    const std::string path = "tests/orlixdataprocessingcore/utils/failure_test.cpp";
     EXPECT_EQ(thrown.sourceFile, path);
     EXPECT_EQ(lines[0].text.str(), "Node " + addressOf(&node) +
                                        ": Test::Node::load failed. Message: \"No settings "
@@ -67,14 +68,40 @@ TEST(LogAndThrow, WritesOneLineAndThrowsItsText) {
                                        path + ":" + std::to_string(Node::line) + ")");
 }
 
-TEST(LogAndThrow, TakesATextThatIsKnownAtRunTimeOnly) {
+TEST(LogAndThrow, ShowsATextOfTheRunTimeWithItsMark) {
     LogCapture capture;
     Node node;
-    expectThrow<GenICam::RuntimeException>([&] { node.parse("100 % wrong"); }, "100 % wrong");
+    expectThrow<GenICam::RuntimeException>([&] { node.parse("100 %s wrong"); }, "100 %s wrong");
     ASSERT_EQ(capture.getLines().size(), 1U);
     const std::string text = capture.getLines()[0].text.str();
-    EXPECT_NE(text.find("Test::Node::parse failed. Message: \"&100 % wrong\" ("), std::string::npos)
+    EXPECT_NE(text.find("Test::Node::parse failed. Message: \"&100 %s wrong\" ("),
+              std::string::npos)
         << text;
+}
+
+TEST(LogAndThrow, TakesAPlaceThatWasMadeEarlierAndCutsItsPath) {
+    LogCapture capture;
+    Node node;
+    const CodePlace place("store", "c:\\source\\node.cpp", 12);
+    const auto thrown = expectThrow<GenICam::RuntimeException>(
+        [&] { logAndThrow<RuntimeException>(node.subject(), "No.", place); }, "No.");
+    EXPECT_EQ(thrown.sourceFile, "node.cpp");
+    ASSERT_EQ(capture.getLines().size(), 1U);
+    EXPECT_EQ(
+        capture.getLines()[0].text.str(),
+        "Node " + addressOf(&node) + ": Test::Node::store failed. Message: \"No.\" (node.cpp:12)");
+}
+
+TEST(CatchLadder, ObjectWithoutAnAddressIsShownByItsNameAlone) {
+    LogCapture capture;
+    try {
+        throw std::out_of_range("far out");
+    } catch (...) {
+        logCaught({"Node", nullptr, getCatIdNode()}, "loading");
+    }
+    ASSERT_EQ(capture.getLines().size(), 1U);
+    EXPECT_EQ(capture.getLines()[0].text.str(),
+              "Node: Exception caught while loading. Message: far out");
 }
 
 TEST(CutSourcePath, CutsAtTheLastBackslashOnly) {

@@ -1,0 +1,39 @@
+// What every node of the package has beside its own data, and short names for it.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "anythingtonodemapadapter/adapter.h"
+#include "gcbase/gcstring.h"
+#include "orlixdataprocessingcore/core/nodemapcontainer.h"
+#include "orlixdataprocessingcore/threading/recursiveclock.h"
+#include "orlixdataprocessingcore/threading/uniquelock.h"
+#include "orlixdataprocessingcore/utils/signal.h"
+
+namespace Plugin::OrlixVCellPackageBase {
+
+using GenICam::gcstring;
+
+using NodeLock =
+    Orlix::DataProcessing::Threading::UniqueLock<Orlix::DataProcessing::Threading::RecursiveCLock>;
+using NodeMapsSignal =
+    Orlix::DataProcessing::Utils::Signal<void(), Orlix::DataProcessing::Utils::VoidCombiner>;
+
+// The base of a node's private data. The pointers never change; the rest is guarded by the lock,
+// which is the node's and its map's in one. The members take it themselves.
+struct NodeData {
+    AnythingToNodeMapAdapter::CAnythingToNodeMapAdapter adapter;
+    std::shared_ptr<Orlix::DataProcessing::Threading::RecursiveCLock> lock =
+        std::make_shared<Orlix::DataProcessing::Threading::RecursiveCLock>();
+    std::vector<Orlix::DataProcessing::Core::NodeMapInfo> nodeMaps;
+    std::shared_ptr<NodeMapsSignal> nodeMapsChanged = std::make_shared<NodeMapsSignal>(lock);
+
+    // Puts the map of the parameters on the list, as "@vCell".
+    void publishParameters(const gcstring& displayName);
+    [[nodiscard]] std::vector<Orlix::DataProcessing::Core::NodeMapInfo> getNodeMapInfos() const;
+    // The description that the adapter generates, for looking at.
+    [[nodiscard]] gcstring describeParameters();
+};
+
+}  // namespace Plugin::OrlixVCellPackageBase
