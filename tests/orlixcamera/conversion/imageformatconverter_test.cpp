@@ -341,7 +341,7 @@ TEST(ImageFormatConverter, APairWithoutAConversionIsRefusedWithTheFormatsThatWou
     EXPECT_TRUE(converter.IsSupportedInputFormat(PixelType_Mono16));
     EXPECT_THAT(convert(), ::testing::StartsWith(
                                "Can't convert an image from Coord3D_C32f to BGRA8Packed: the "
-                               "formats that can be converted to it are Mono8"));
+                               "formats that can be converted to it are Mono1Packed, "));
     converter.OutputPixelFormat.SetValue(PixelType_Mono10, false);
     EXPECT_EQ(convert(),
               "Can't convert an image from Coord3D_C32f to Mono10: it is no output format.");

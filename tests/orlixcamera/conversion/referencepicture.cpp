@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <random>
+#include <string_view>
+
+#include "orlixcamera/pixeltypemapper.h"
 
 namespace Orlix::Test {
 namespace {
@@ -15,26 +18,56 @@ std::uint32_t ReadWord(const std::uint8_t* from) {
     return from[0] + 256U * from[1];
 }
 
-Rgba ReadPixel(EPixelType pixelType, const std::uint8_t* line, std::size_t x) {
-    const std::uint8_t* p = line + x * BitsPerPixel(pixelType) / 8;
-    switch (pixelType) {
-        case PixelType_Mono8:
-            return {p[0], p[0], p[0], 255};
-        case PixelType_Mono16:
-            return {ReadWord(p), ReadWord(p), ReadWord(p), 255};
-        case PixelType_RGB8Packed:
-            return {p[0], p[1], p[2], 255};
-        case PixelType_BGR8Packed:
-            return {p[2], p[1], p[0], 255};
-        case PixelType_RGBA8Packed:
-            return {p[0], p[1], p[2], p[3]};
-        case PixelType_BGRA8Packed:
-            return {p[2], p[1], p[0], p[3]};
-        case PixelType_RGB16Packed:
-            return {ReadWord(p), ReadWord(p + 2), ReadWord(p + 4), 255};
-        default:
-            return {};
+// Bit `number` of a line, counted from the lowest bit of its first byte.
+std::uint32_t Bit(const std::uint8_t* line, std::size_t number) {
+    return line[number / 8] >> (number % 8) & 1U;
+}
+
+std::uint32_t ReadBits(const std::uint8_t* line, std::size_t sample, std::uint32_t depth) {
+    std::uint32_t value = 0;
+    for (std::uint32_t bit = 0; bit < depth; ++bit) {
+        value |= Bit(line, sample * depth + bit) << bit;
     }
+    return value;
+}
+
+// The older packing of 10 and 12 bits: two samples in three bytes.
+std::uint32_t ReadOfTriple(const std::uint8_t* line, std::size_t sample, std::uint32_t depth) {
+    const std::uint8_t* p = line + sample / 2 * 3;
+    const std::uint32_t factor = depth == 10 ? 4 : 16;
+    return sample % 2 == 0 ? p[0] * factor + p[1] % 16 % factor
+                           : p[2] * factor + p[1] / 16 % factor;
+}
+
+// A sample of a plane, whatever its format.
+std::uint32_t ReadSample(EPixelType type, const std::uint8_t* line, std::size_t sample) {
+    const std::string_view name = CPixelTypeMapper::GetNameByPixelType(type);
+    const std::uint32_t depth = BitDepth(type);
+    if (depth < 8 || name.back() == 'p') {
+        return ReadBits(line, sample, depth);
+    }
+    if (IsPacked(type)) {
+        return ReadOfTriple(line, sample, depth);
+    }
+    return depth == 8 ? line[sample] : ReadWord(line + 2 * sample) % (1U << depth);
+}
+
+// How many samples a pixel has and where its colours are.
+struct Order {
+    std::size_t samples, r, g, b;
+};
+
+Order OrderOf(EPixelType type) {
+    const std::string_view name = CPixelTypeMapper::GetNameByPixelType(type);
+    const std::size_t samples = name.substr(3, 1) == "A" ? 4 : 3;
+    return name[0] == 'R' ? Order{samples, 0, 1, 2} : Order{samples, 2, 1, 0};
+}
+
+Rgba ReadColour(EPixelType type, const std::uint8_t* line, std::size_t x) {
+    const Order order = OrderOf(type);
+    const std::size_t first = x * order.samples;
+    return {ReadSample(type, line, first + order.r), ReadSample(type, line, first + order.g),
+            ReadSample(type, line, first + order.b), order.samples == 4 ? line[first + 3] : 255U};
 }
 
 bool IsLumaOrChroma(EPixelType type) {
@@ -87,12 +120,107 @@ public:
     }
 
 private:
-    // The pixel at a place of the destination's buffer.
-    [[nodiscard]] Rgba Pixel(std::uint32_t x, std::uint32_t y) const {
-        const bool flip = source_.orientation != target_.orientation;
-        const std::uint32_t line = flip ? source_.height - 1 - y : y;
-        return ReadPixel(source_.pixelType,
-                         source_.bytes.data() + line * sourcePlanes_.planes[0].stride, x);
+    // The line of the source's buffer for one of the destination's.
+    [[nodiscard]] std::uint32_t SourceLine(std::uint32_t y) const {
+        return source_.orientation != target_.orientation ? source_.height - 1 - y : y;
+    }
+    [[nodiscard]] const std::uint8_t* Line(std::size_t plane, std::uint32_t line) const {
+        const ImagePlane& place = sourcePlanes_.planes[plane];
+        return source_.bytes.data() + place.offset + line * place.stride;
+    }
+
+    // The source at a place of the destination's buffer, with no more bits than that has; the
+    // channels of YUV are in the places of r, g and b.
+    [[nodiscard]] Rgba Reduced(std::uint32_t x, std::uint32_t y) const {
+        const std::uint32_t line = SourceLine(y);
+        const EPixelType type = source_.pixelType;
+        if (IsBayer(type)) {
+            return Demosaiced(Inner(x, source_.width), Inner(line, source_.height));
+        }
+        if (IsYuv(type)) {
+            return YuvAt(x, line);
+        }
+        if (IsPlanar(type)) {
+            return {Reduce(ReadSample(type, Line(0, line), x)),
+                    Reduce(ReadSample(type, Line(1, line), x)),
+                    Reduce(ReadSample(type, Line(2, line), x)), 255};
+        }
+        if (IsMono(type)) {
+            const std::uint32_t v = Reduce(ReadSample(type, Line(0, line), x));
+            return {v, v, v, 255};
+        }
+        const Rgba p = ReadColour(type, Line(0, line), x);
+        return {Reduce(p.r), Reduce(p.g), Reduce(p.b), p.a};
+    }
+
+    [[nodiscard]] std::uint32_t Inner(std::uint32_t at, std::uint32_t size) const {
+        if (target_.border == BayerBorder_Repeat || size < 3) {
+            return at;
+        }
+        return at == 0 ? 1 : at == size - 1 ? size - 2 : at;
+    }
+
+    // A raw sample, or the one two pixels further in; alone in its direction, the edge itself.
+    [[nodiscard]] std::uint32_t Raw(std::int64_t x, std::int64_t y) const {
+        const auto inside = [](std::int64_t at, std::int64_t size) {
+            if (size == 1) {
+                return std::int64_t{0};
+            }
+            return at < 0 ? at + 2 : at >= size ? at - 2 : at;
+        };
+        const auto line = static_cast<std::uint32_t>(inside(y, source_.height));
+        return Reduce(ReadSample(source_.pixelType, Line(0, line),
+                                 static_cast<std::size_t>(inside(x, source_.width))));
+    }
+
+    [[nodiscard]] Rgba Demosaiced(std::int64_t x, std::int64_t y) const {
+        const std::string_view name = CPixelTypeMapper::GetNameByPixelType(source_.pixelType);
+        const std::string_view pattern = name.substr(5, 2);
+        const bool redFirst = pattern == "RG" || pattern == "GR";
+        const bool redLine = (y % 2 == 0) == redFirst;
+        const bool greenFirst = pattern[0] == 'G';
+        const bool green = ((x + y) % 2 == 0) == greenFirst;
+        const std::uint32_t sides = Raw(x - 1, y) + Raw(x + 1, y);
+        const std::uint32_t ends = Raw(x, y - 1) + Raw(x, y + 1);
+        const std::uint32_t corners =
+            Raw(x - 1, y - 1) + Raw(x + 1, y - 1) + Raw(x - 1, y + 1) + Raw(x + 1, y + 1);
+        const std::uint32_t own = green ? (sides + 1) >> 1 : Raw(x, y);
+        const std::uint32_t g = green ? Raw(x, y) : (sides + ends + 2) >> 2;
+        const std::uint32_t other = green ? (ends + 1) >> 1 : (corners + 2) >> 2;
+        return redLine ? Rgba{own, g, other, 255} : Rgba{other, g, own, 255};
+    }
+
+    [[nodiscard]] Rgba YuvAt(std::uint32_t x, std::uint32_t line) const {
+        const std::size_t pair = x / 2;
+        const std::uint8_t* p = Line(0, line);
+        switch (source_.pixelType) {
+            case PixelType_YUV422Packed:
+                return {p[2 * x + 1], p[4 * pair], p[4 * pair + 2], 255};
+            case PixelType_YUV422_YUYV_Packed:
+                return {p[2 * x], p[4 * pair + 1], p[4 * pair + 3], 255};
+            case PixelType_YCbCr420_8_YY_CbCr_Semiplanar:
+                return {p[x], Line(1, line / 2)[2 * pair], Line(1, line / 2)[2 * pair + 1], 255};
+            default:
+                return {p[x], Line(1, line)[2 * pair], Line(1, line)[2 * pair + 1], 255};
+        }
+    }
+
+    // A colour, rounded to nearest with ties up.
+    [[nodiscard]] static std::uint32_t Rounded(std::int64_t numerator, std::int64_t denominator) {
+        const std::int64_t twice = 2 * numerator + denominator;
+        std::int64_t quotient = twice / (2 * denominator);
+        if (quotient * 2 * denominator > twice) {
+            --quotient;
+        }
+        return static_cast<std::uint32_t>(std::clamp<std::int64_t>(quotient, 0, 255));
+    }
+    [[nodiscard]] static Rgba ColourOf(const Rgba& yuv) {
+        const std::int64_t y = yuv.r;
+        const std::int64_t u = std::int64_t{yuv.g} - 128;
+        const std::int64_t v = std::int64_t{yuv.b} - 128;
+        return {Rounded(1000 * y + 1402 * v, 1000),
+                Rounded(587000 * y - 114 * 1772 * u - 299 * 1402 * v, 587000),
+                Rounded(1000 * y + 1772 * u, 1000), 255};
     }
 
     [[nodiscard]] std::uint32_t Reduce(std::uint32_t value) const {
@@ -102,11 +230,6 @@ private:
         const bool up = difference_ < 0 && target_.alignment == OutputBitAlignment_MsbAligned;
         return up ? value << -difference_ : value;
     }
-    [[nodiscard]] Rgba Reduced(std::uint32_t x, std::uint32_t y) const {
-        const Rgba p = Pixel(x, y);
-        return {Reduce(p.r), Reduce(p.g), Reduce(p.b), p.a};
-    }
-
     void Put(std::size_t plane, std::uint32_t y, std::size_t sample, std::uint32_t value) {
         const ImagePlane& place = planes_.planes[plane];
         std::uint8_t* line = bytes_.data() + place.offset + y * place.stride;
@@ -119,9 +242,11 @@ private:
     }
 
     void WritePixel(std::uint32_t x, std::uint32_t y) {
-        const Rgba p = Reduced(x, y);
+        const bool yuv = IsYuv(source_.pixelType);
+        const Rgba read = Reduced(x, y);
+        const Rgba p = yuv && !IsLumaOrChroma(target_.pixelType) ? ColourOf(read) : read;
         if (IsLumaOrChroma(target_.pixelType)) {
-            const bool grey = IsMono(source_.pixelType);
+            const bool grey = IsMono(source_.pixelType) || yuv;
             Put(0, y, x, Raise(grey ? p.r : Luma(p)));
         } else if (IsPlanar(target_.pixelType)) {
             Put(0, y, x, Raise(p.r));
@@ -166,6 +291,16 @@ private:
             for (std::uint32_t x = 0; x < source_.width; x += columns) {
                 const Rgba sum = SumOfBlock(x, y, columns, lines);
                 const std::int64_t count = std::int64_t{columns} * lines;
+                if (IsMono(source_.pixelType)) {
+                    Put(1, y / lines, x / columns, 128);
+                    Put(2, y / lines, x / columns, 128);
+                    continue;
+                }
+                if (IsYuv(source_.pixelType)) {
+                    Put(1, y / lines, x / columns, DivideToNearest(sum.g, count));
+                    Put(2, y / lines, x / columns, DivideToNearest(sum.b, count));
+                    continue;
+                }
                 Put(1, y / lines, x / columns, BlueChroma(sum, count));
                 Put(2, y / lines, x / columns, RedChroma(sum, count));
             }

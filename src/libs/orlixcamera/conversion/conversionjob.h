@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "orlixcamera/pixeltype.h"
+
 namespace Orlix {
 
 // Line n of the destination is made from line n of the source: a change of the orientation is a
@@ -21,10 +23,15 @@ struct ConversionJob {
     // How the value of a sample moves: at most one of the two is not 0.
     int shiftDown = 0;
     int shiftUp = 0;
+    EPixelType sourceType = PixelType_Undefined;
+    EPixelType destinationType = PixelType_Undefined;
+    // The outermost pixels of a Bayer picture take the colour of those further in.
+    bool copyInner = false;
 };
 
 // Converts the lines from `first` up to but without `end`. `first` is even, and so is `end` unless
-// it is the height, so that no 2 x 2 block is parted. Never throws, never allocates.
+// it is the height, so that no 2 x 2 block is parted. Never throws, never allocates,
+// but for ConvertBySamples.
 using ConversionKernel = void (*)(const ConversionJob& job, std::uint32_t first, std::uint32_t end);
 
 }  // namespace Orlix

@@ -4,6 +4,8 @@
 #include <iterator>
 
 #include "orlixcamera/conversion/kernels.h"
+#include "orlixcamera/conversion/sampleformats.h"
+#include "orlixcamera/conversion/samplekernel.h"
 
 namespace Orlix {
 namespace {
@@ -105,7 +107,13 @@ ConversionKernel FindConversionKernel(EPixelType source, EPixelType destination)
         std::find_if(std::begin(Rows), std::end(Rows), [=](const ConversionRow& candidate) {
             return candidate.source == source && candidate.destination == destination;
         });
-    return row != std::end(Rows) ? row->kernel : nullptr;
+    if (row != std::end(Rows)) {
+        return row->kernel;
+    }
+    const bool output = std::any_of(std::begin(Rows), std::end(Rows), [=](const auto& candidate) {
+        return candidate.destination == destination;
+    });
+    return output && FindSampleFormat(source) != nullptr ? ConvertBySamples : nullptr;
 }
 
 }  // namespace Orlix

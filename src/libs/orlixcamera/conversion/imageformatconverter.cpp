@@ -165,6 +165,7 @@ void CImageFormatConverter::Convert(COrlixImage& destination, const void* source
     ConversionJob job =
         MakeJob(picture, static_cast<std::uint8_t*>(result.GetBuffer()), output, orientation);
     SetShift(job, sourcePixelType, outputType, OutputBitAlignment.GetValue());
+    job.copyInner = BayerBorder.GetValue() == BayerBorder_CopyInner;
     ConvertPicture(kernel, job, output, GetStripLines(picture, MaxNumThreads.GetValue()));
     destination = std::move(result);
 }

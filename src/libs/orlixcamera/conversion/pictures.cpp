@@ -78,6 +78,8 @@ void SetShift(ConversionJob& job, EPixelType source, EPixelType destination,
               OutputBitAlignmentEnums alignment) {
     const int difference =
         static_cast<int>(BitDepth(source)) - static_cast<int>(BitDepth(destination));
+    job.sourceType = source;
+    job.destinationType = destination;
     job.shiftDown = difference > 0 ? difference : 0;
     job.shiftUp = difference < 0 && alignment == OutputBitAlignment_MsbAligned ? -difference : 0;
 }
