@@ -1,0 +1,246 @@
+#include "orlixcamera/emulated/camera.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "gcbase/gcexception.h"
+
+namespace Orlix::Emulated {
+
+using GenICam::AccessException;
+using GenICam::RuntimeException;
+
+namespace {
+
+// A host that fell behind catches up on this much; older frames are left out, as a real camera's
+// clock can't run faster either.
+constexpr std::chrono::milliseconds mostCatchUp{100};
+
+std::string labelOf(const Identity& identity) {
+    const std::string& name =
+        identity.userDefinedName.empty() ? identity.model : identity.userDefinedName;
+    return name + " (" + identity.serialNumber + ")";
+}
+
+gcstring text(const std::string& value) {
+    return gcstring(value);
+}
+
+}  // namespace
+
+Camera::Camera(Identity identity, std::string address, bool fixedAddress)
+    : address_(std::move(address)), fixedAddress_(fixedAddress), registers_(std::move(identity)) {}
+
+CDeviceInfo Camera::GetInfo() const {
+    constexpr const char* dynamicConfiguration = "4";
+    constexpr const char* persistentConfiguration = "256";
+    const std::scoped_lock lock(mutex_);
+    const Identity& identity = registers_.GetIdentity();
+    CDeviceInfo info;
+    info.SetPropertyValue(Key::DeviceClass, "OrlixEmulated");
+    info.SetPropertyValue(Key::FullName, text("OrlixEmulated#" + identity.serialNumber));
+    info.SetPropertyValue(Key::FriendlyName, text(labelOf(identity)));
+    info.SetPropertyValue(Key::VendorName, text(identity.vendor));
+    info.SetPropertyValue(Key::ModelName, text(identity.model));
+    info.SetPropertyValue(Key::DeviceVersion, text(identity.version));
+    info.SetPropertyValue(Key::SerialNumber, text(identity.serialNumber));
+    info.SetPropertyValue(Key::UserDefinedName, text(identity.userDefinedName));
+    info.SetPropertyValue(Key::IpAddress, text(address_));
+    info.SetPropertyValue(Key::IpConfigCurrent,
+                          fixedAddress_ ? persistentConfiguration : dynamicConfiguration);
+    return info;
+}
+
+std::string Camera::GetLabel() const {
+    const std::scoped_lock lock(mutex_);
+    return labelOf(registers_.GetIdentity());
+}
+
+Session Camera::Take(const std::string& holder, std::function<void()> lost) {
+    const std::scoped_lock lock(mutex_);
+    const std::string device = "Device '" + labelOf(registers_.GetIdentity()) + "' ";
+    if (!plugged_) {
+        throw RuntimeException((device + "can't be reached.").c_str(), __FILE__, __LINE__);
+    }
+    if (session_ != 0) {
+        throw AccessException((device + "is in use by " + holder_ + ".").c_str(), __FILE__,
+                              __LINE__);
+    }
+    holder_ = holder;
+    lost_ = std::move(lost);
+    session_ = ++lastSession_;
+    return session_;
+}
+
+void Camera::Release(Session session) noexcept {
+    const std::scoped_lock lock(mutex_);
+    if (session != 0 && session == session_) {
+        session_ = 0;
+        lost_ = nullptr;
+        registers_.EndAcquisition();
+        changed_.notify_all();
+    }
+}
+
+bool Camera::Holds(Session session) const noexcept {
+    const std::scoped_lock lock(mutex_);
+    return session != 0 && session == session_;
+}
+
+void Camera::Read(Session session, std::int64_t address, void* buffer, std::size_t length) const {
+    const std::scoped_lock lock(mutex_);
+    requireSession(session);
+    registers_.Read(address, buffer, length);
+}
+
+void Camera::Write(Session session, std::int64_t address, const void* buffer, std::size_t length) {
+    const std::scoped_lock lock(mutex_);
+    requireSession(session);
+    registers_.Write(address, buffer, length);
+    changed_.notify_all();
+}
+
+bool Camera::IsPlugged() const noexcept {
+    const std::scoped_lock lock(mutex_);
+    return plugged_;
+}
+
+bool Camera::Unplug() {
+    std::function<void()> lost;
+    {
+        const std::scoped_lock lock(mutex_);
+        if (!plugged_) {
+            return false;
+        }
+        plugged_ = false;
+        session_ = 0;
+        registers_.EndAcquisition();
+        lost = std::exchange(lost_, nullptr);
+        changed_.notify_all();
+    }
+    if (lost) {
+        lost();
+    }
+    return true;
+}
+
+bool Camera::Plug() {
+    const std::scoped_lock lock(mutex_);
+    if (plugged_) {
+        return false;
+    }
+    registers_.PowerUp();
+    plugged_ = true;
+    return true;
+}
+
+void Camera::BeginStream(Session session) {
+    const std::scoped_lock lock(mutex_);
+    requireSession(session);
+    if (streaming_ == session) {
+        const std::string message =
+            "Device '" + labelOf(registers_.GetIdentity()) + "' has an open stream already.";
+        throw RuntimeException(message.c_str(), __FILE__, __LINE__);
+    }
+    streaming_ = session;
+}
+
+void Camera::EndStream(Session session) noexcept {
+    const std::scoped_lock lock(mutex_);
+    if (streaming_ == session) {
+        streaming_ = 0;
+    }
+}
+
+bool Camera::WaitForFrame(Session session, const bool& stop, FrameCursor& cursor,
+                          FrameOrder& order) {
+    Lock lock(mutex_);
+    while (!isEnded(session, stop)) {
+        if (!waitForAcquisition(lock, session, stop, cursor) ||
+            !waitForTrigger(lock, session, stop, cursor, Trigger::FrameStart)) {
+            continue;
+        }
+        // A change of the settings counts for the next exposure, so they are taken now.
+        order.settings = registers_.GetPictureSettings();
+        order.frameNumber = cursor.frameCount;
+        order.timestamp = static_cast<std::uint64_t>(cursor.nextExposure.time_since_epoch() /
+                                                     std::chrono::nanoseconds(1));
+        const auto period = std::chrono::duration_cast<Clock::duration>(
+            std::chrono::duration<double>(registers_.GetFramePeriod()));
+        cursor.nextExposure += period;
+        const bool broken = changed_.wait_until(lock, cursor.nextExposure, [&] {
+            return isEnded(session, stop) || !isCurrent(cursor);
+        });
+        if (!broken) {
+            finishFrame(cursor);
+            return true;
+        }
+    }
+    return false;
+}
+
+void Camera::Raise(bool& flag) noexcept {
+    const std::scoped_lock lock(mutex_);
+    flag = true;
+    changed_.notify_all();
+}
+
+void Camera::requireSession(Session session) const {
+    if (session != 0 && session == session_) {
+        return;
+    }
+    const std::string message = "Device '" + labelOf(registers_.GetIdentity()) +
+                                (plugged_ ? "' isn't open." : "' was removed.");
+    throw RuntimeException(message.c_str(), __FILE__, __LINE__);
+}
+
+bool Camera::isEnded(Session session, const bool& stop) const noexcept {
+    return stop || session != session_;
+}
+
+bool Camera::isCurrent(const FrameCursor& cursor) const noexcept {
+    return registers_.IsAcquiring() && cursor.acquisition == registers_.GetAcquisitionNumber();
+}
+
+// True once frames may come; false to look again.
+bool Camera::waitForAcquisition(Lock& lock, Session session, const bool& stop,
+                                FrameCursor& cursor) {
+    if (isCurrent(cursor) && cursor.started) {
+        return true;
+    }
+    changed_.wait(lock, [&] { return isEnded(session, stop) || registers_.IsAcquiring(); });
+    if (isEnded(session, stop)) {
+        return false;
+    }
+    cursor = {registers_.GetAcquisitionNumber(), 0, false, Clock::now()};
+    cursor.started = waitForTrigger(lock, session, stop, cursor, Trigger::AcquisitionStart);
+    return cursor.started;
+}
+
+// True when the trigger came or isn't on; false when the acquisition ended first.
+bool Camera::waitForTrigger(Lock& lock, Session session, const bool& stop, FrameCursor& cursor,
+                            Trigger trigger) {
+    bool waited = false;
+    bool fired = false;
+    changed_.wait(lock, [&] {
+        const bool on = registers_.IsTriggerOn(trigger);
+        waited = waited || on;
+        fired = !on || registers_.TakeTrigger(trigger);
+        return fired || isEnded(session, stop) || !isCurrent(cursor);
+    });
+    const Clock::time_point now = Clock::now();
+    if (waited || cursor.nextExposure + mostCatchUp < now) {
+        cursor.nextExposure = std::max(cursor.nextExposure, now);
+    }
+    return fired && !isEnded(session, stop) && isCurrent(cursor);
+}
+
+void Camera::finishFrame(FrameCursor& cursor) {
+    ++cursor.frameCount;
+    const std::uint64_t limit = registers_.GetFrameLimit();
+    if (limit != 0 && cursor.frameCount >= limit) {
+        registers_.EndAcquisition();
+    }
+}
+
+}  // namespace Orlix::Emulated

@@ -1,0 +1,171 @@
+#include "orlixcamera/emulated/stream.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "gcbase/gcexception.h"
+
+namespace Orlix::Emulated {
+
+using Transport::FrameFate;
+using Transport::StreamBuffer;
+
+Stream::Stream(std::shared_ptr<Camera> camera, Session session)
+    : camera_(std::move(camera)), session_(session) {
+    camera_->BeginStream(session);
+}
+
+Stream::~Stream() {
+    Stop();
+    camera_->EndStream(session_);
+}
+
+void Stream::Queue(StreamBuffer& buffer) {
+    const std::scoped_lock lock(mutex_);
+    filled_.Reserve(bufferCount_ + 1);
+    queued_.Push(buffer);
+    ++bufferCount_;
+}
+
+void Stream::Start(std::size_t payloadSize) {
+    const std::scoped_lock control(control_);
+    if (thread_.joinable()) {
+        throw GenICam::RuntimeException("The stream is started already.", __FILE__, __LINE__);
+    }
+    if (!camera_->Holds(session_)) {
+        throwGone();
+    }
+    stop_ = false;
+    {
+        const std::scoped_lock lock(mutex_);
+        state_ = State::Running;
+        interrupted_ = false;
+    }
+    thread_ = std::thread([this, payloadSize] { run(payloadSize); });
+}
+
+StreamBuffer* Stream::Wait(std::chrono::milliseconds timeOut) {
+    std::unique_lock lock(mutex_);
+    filledOrEnded_.wait_for(lock, timeOut, [this] {
+        return state_ != State::Running || interrupted_ || !filled_.IsEmpty();
+    });
+    if (std::exchange(interrupted_, false) || state_ == State::Stopped) {
+        return nullptr;
+    }
+    StreamBuffer* const buffer = filled_.Pop();
+    if (buffer != nullptr) {
+        --bufferCount_;
+    } else if (state_ == State::Ended) {
+        throwGone();
+    }
+    return buffer;
+}
+
+void Stream::Interrupt() noexcept {
+    const std::scoped_lock lock(mutex_);
+    interrupted_ = true;
+    filledOrEnded_.notify_all();
+}
+
+void Stream::Stop() noexcept {
+    const std::scoped_lock control(control_);
+    {
+        const std::scoped_lock lock(mutex_);
+        state_ = State::Stopped;
+        filledOrEnded_.notify_all();
+    }
+    if (thread_.joinable()) {
+        // The thread calls no one and waits for nothing but its camera, so this is short.
+        camera_->Raise(stop_);
+        thread_.join();
+    }
+}
+
+StreamBuffer* Stream::TakeBack() noexcept {
+    const std::scoped_lock lock(mutex_);
+    if (state_ == State::Running) {
+        return nullptr;
+    }
+    StreamBuffer* buffer = filled_.Pop();
+    if (buffer == nullptr) {
+        buffer = queued_.Pop();
+        if (buffer != nullptr) {
+            buffer->fate = FrameFate::Aborted;
+            buffer->filled = 0;
+        }
+    }
+    bufferCount_ -= buffer != nullptr ? 1 : 0;
+    return buffer;
+}
+
+Transport::StreamStatistics Stream::GetStatistics() const {
+    const std::scoped_lock lock(mutex_);
+    return statistics_;
+}
+
+void Stream::run(std::size_t payloadSize) {
+    FrameCursor cursor;
+    FrameOrder order;
+    while (camera_->WaitForFrame(session_, stop_, cursor, order)) {
+        send(order, payloadSize);
+    }
+    const std::scoped_lock lock(mutex_);
+    if (state_ == State::Running) {
+        state_ = State::Ended;
+        filledOrEnded_.notify_all();
+    }
+}
+
+void Stream::send(const FrameOrder& order, std::size_t payloadSize) {
+    StreamBuffer* buffer = nullptr;
+    {
+        const std::scoped_lock lock(mutex_);
+        buffer = queued_.Pop();
+        if (buffer == nullptr) {
+            ++statistics_.missedForBuffer;
+            return;
+        }
+    }
+    fill(*buffer, order, payloadSize);
+    const std::scoped_lock lock(mutex_);
+    ++(buffer->fate == FrameFate::Delivered ? statistics_.delivered : statistics_.failed);
+    filled_.Push(*buffer);
+    filledOrEnded_.notify_one();
+}
+
+void Stream::fill(StreamBuffer& buffer, const FrameOrder& order, std::size_t payloadSize) {
+    const PictureSettings& settings = order.settings;
+    picture_.Prepare(settings);
+    buffer.kind = Transport::PayloadKind::Image;
+    buffer.frameId = order.frameNumber + 1;
+    buffer.timestamp = order.timestamp;
+    buffer.pixelType = settings.pixelType;
+    buffer.width = settings.region.width;
+    buffer.height = settings.region.height;
+    buffer.offsetX = settings.region.offsetX;
+    buffer.offsetY = settings.region.offsetY;
+    buffer.paddingX = 0;
+    const std::size_t size = picture_.GetSize();
+    const std::size_t room = std::min(payloadSize, buffer.capacity);
+    if (size > room) {
+        const std::string text = "The frame has " + std::to_string(size) +
+                                 " bytes, its buffer has room for " + std::to_string(room) + ".";
+        buffer.fate = FrameFate::WrongSize;
+        buffer.error = gcstring(text);
+        buffer.filled = 0;
+        return;
+    }
+    picture_.Write(buffer.data, order.frameNumber);
+    buffer.fate = FrameFate::Delivered;
+    buffer.error = gcstring();
+    buffer.filled = size;
+}
+
+void Stream::throwGone() const {
+    const std::string text = "Device '" + camera_->GetLabel() +
+                             (camera_->IsPlugged() ? "' isn't open." : "' was removed.");
+    throw GenICam::RuntimeException(text.c_str(), __FILE__, __LINE__);
+}
+
+}  // namespace Orlix::Emulated

@@ -1,0 +1,175 @@
+#include "orlixcamera/emulated/layer.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <set>
+#include <string>
+
+#include "gcbase/gcexception.h"
+#include "orlixcamera/emulated/cameratools.h"
+#include "orlixcamera/emulatedcameras.h"
+
+namespace {
+
+using namespace EmulatedTest;
+using Orlix::CDeviceInfo;
+
+class LossSink final : public Transport::IDeviceSink {
+public:
+    void OnEvent(const Transport::EventMessage&) override {}
+    void OnLost() override {
+        ++calls;
+        lost.set_value(std::this_thread::get_id());
+    }
+
+    int calls = 0;
+    std::promise<std::thread::id> lost;
+};
+
+TEST(EmulatedLayer, EveryCameraHasItsOwnIdentity) {
+    const auto layer = Orlix::CreateEmulatedCameras(7);
+    EXPECT_EQ(layer->GetInfo().GetDeviceClass(), "OrlixEmulated");
+    std::set<std::string> names;
+    std::set<std::string> addresses;
+    for (const CDeviceInfo& info : layer->Enumerate()) {
+        Orlix::gcstring address;
+        EXPECT_TRUE(info.GetPropertyValue(Orlix::Key::IpAddress, address));
+        addresses.insert(address.c_str());
+        names.insert(info.GetFullName().c_str());
+        EXPECT_EQ(info.GetDeviceClass(), "OrlixEmulated");
+        EXPECT_EQ(info.GetModelName(), "EmulatedCamera");
+        EXPECT_EQ(info.GetVendorName(), "Orlix");
+    }
+    EXPECT_EQ(names.size(), 7U);
+    EXPECT_EQ(addresses.size(), 7U);
+    EXPECT_EQ(layer->Enumerate()[1].GetUserDefinedName(), "Camera 2");
+    EXPECT_EQ(layer->Enumerate()[1].GetFriendlyName(), "Camera 2 (EMU-0002)");
+    EXPECT_TRUE(Orlix::CreateEmulatedCameras(0)->Enumerate().empty());
+}
+
+TEST(EmulatedLayer, NameThatTheUserGivesShowsInTheEnumeration) {
+    Layer layer(2);
+    const CDeviceInfo before = layer.Enumerate()[0];
+    OpenCamera camera(layer);
+    camera.features.set("DeviceUserID", "Left");
+    EXPECT_EQ(layer.Enumerate()[0].GetUserDefinedName(), "Left");
+    EXPECT_EQ(layer.Enumerate()[1].GetUserDefinedName(), "Camera 2");
+    EXPECT_NO_THROW(static_cast<void>(layer.CreateDevice(before)));
+}
+
+TEST(EmulatedLayer, PropertiesOfNoCameraAreAnErrorThatNamesThem) {
+    Layer layer(1);
+    CDeviceInfo wanted;
+    wanted.SetPropertyValue(Orlix::Key::SerialNumber, "EMU-0009");
+    try {
+        static_cast<void>(layer.CreateDevice(wanted));
+        FAIL();
+    } catch (const GenICam::InvalidArgumentException& error) {
+        EXPECT_STREQ(error.GetDescription(),
+                     "No emulated camera has the properties SerialNumber='EMU-0009'.");
+    }
+}
+
+TEST(EmulatedLayer, CameraHasOneHolderAtATime) {
+    Layer layer(2);
+    OpenCamera first(layer);
+    const auto second = layer.CreateDevice(layer.Enumerate()[0]);
+    try {
+        second->Open();
+        FAIL();
+    } catch (const GenICam::AccessException& error) {
+        const std::string text = error.GetDescription();
+        EXPECT_TRUE(text.starts_with("Device 'EmulatedCamera (EMU-0001)' is in use by process "))
+            << text;
+        EXPECT_TRUE(text.ends_with(" (127.0.0.1).")) << text;
+    }
+    EXPECT_FALSE(second->IsOpen());
+    EXPECT_EQ(layer.Enumerate().size(), 2U);
+    EXPECT_NO_THROW(OpenCamera(layer, 1));
+    first.device->Close();
+    second->Open();
+    EXPECT_TRUE(second->IsOpen());
+    std::int64_t value = 0;
+    EXPECT_THROW(first.device->Read(0x1100, &value, 8), GenICam::RuntimeException);
+    second->Read(0x1100, &value, 8);
+    EXPECT_EQ(value, 1024);
+}
+
+TEST(EmulatedLayer, SettingsOutliveTheHolder) {
+    Layer layer(1);
+    OpenCamera(layer).features.integer("Width")->SetValue(320);
+    EXPECT_EQ(OpenCamera(layer).features.integer("Width")->GetValue(), 320);
+}
+
+TEST(EmulatedLayer, LossIsToldOnceOnAThreadOfItsOwn) {
+    Layer layer(2);
+    OpenCamera camera(layer);
+    LossSink sink;
+    camera.device->SetSink(&sink);
+    int changes = 0;
+    layer.SetDevicesChanged([&] { ++changes; });
+    layer.Unplug(0);
+    layer.Unplug(0);
+    EXPECT_NE(sink.lost.get_future().get(), std::this_thread::get_id());
+    camera.device->SetSink(nullptr);
+    EXPECT_EQ(sink.calls, 1);
+    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(layer.Enumerate().size(), 1U);
+    try {
+        static_cast<void>(camera.features.integer("Width")->GetValue(false, true));
+        FAIL();
+    } catch (const GenICam::RuntimeException& error) {
+        EXPECT_STREQ(error.GetDescription(), "Device 'EmulatedCamera (EMU-0001)' was removed.");
+    }
+}
+
+TEST(EmulatedLayer, NobodyIsToldAfterTheSinkWasTakenAway) {
+    Layer layer(1);
+    OpenCamera camera(layer);
+    LossSink sink;
+    camera.device->SetSink(&sink);
+    camera.device->SetSink(nullptr);
+    layer.Unplug(0);
+    camera.device->Close();
+    EXPECT_EQ(sink.calls, 0);
+}
+
+TEST(EmulatedLayer, CameraThatComesBackBeginsAsAfterPowerUp) {
+    Layer layer(1);
+    OpenCamera camera(layer);
+    const CDeviceInfo info = camera.device->GetInfo();
+    camera.features.integer("Width")->SetValue(320);
+    camera.features.set("DeviceUserID", "kept");
+    layer.Unplug(0);
+    const auto again = layer.CreateDevice(info);
+    EXPECT_THROW(again->Open(), GenICam::RuntimeException);
+    layer.Plug(0);
+    std::int64_t width = 0;
+    EXPECT_THROW(camera.device->Read(0x1100, &width, 8), GenICam::RuntimeException);
+    again->Open();
+    again->Read(0x1100, &width, 8);
+    EXPECT_EQ(width, 1024);
+    EXPECT_EQ(layer.Enumerate()[0].GetUserDefinedName(), "kept");
+}
+
+TEST(EmulatedLayer, DeviceMayEndWithinTheNewsOfItsLoss) {
+    struct Sink final : Transport::IDeviceSink {
+        void OnEvent(const Transport::EventMessage&) override {}
+        void OnLost() override {
+            device.reset();
+            ended.set_value();
+        }
+        std::shared_ptr<Transport::IDevice> device;
+        std::promise<void> ended;
+    } sink;
+    Layer layer(1);
+    sink.device = layer.CreateDevice(layer.Enumerate()[0]);
+    sink.device->Open();
+    sink.device->SetSink(&sink);
+    layer.Unplug(0);
+    sink.ended.get_future().get();
+    EXPECT_EQ(sink.device, nullptr);
+}
+
+}  // namespace
