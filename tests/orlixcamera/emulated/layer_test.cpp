@@ -124,6 +124,22 @@ TEST(EmulatedLayer, LossIsToldOnceOnAThreadOfItsOwn) {
     }
 }
 
+TEST(EmulatedLayer, EveryOpeningOfADeviceHasItsOwnLoss) {
+    Layer layer(1);
+    OpenCamera camera(layer);
+    for (int round = 0; round < 50; ++round) {
+        LossSink sink;
+        camera.device->SetSink(&sink);
+        layer.Unplug(0);
+        sink.lost.get_future().wait();
+        camera.device->SetSink(nullptr);
+        EXPECT_EQ(sink.calls, 1);
+        camera.device->Close();
+        layer.Plug(0);
+        camera.device->Open();
+    }
+}
+
 TEST(EmulatedLayer, NobodyIsToldAfterTheSinkWasTakenAway) {
     Layer layer(1);
     OpenCamera camera(layer);

@@ -27,16 +27,22 @@ public:
     }
 
     // The thread keeps this object, and nothing else.
-    void Send() {
-        std::thread([self = shared_from_this()] { self->call(); }).detach();
+    void Send(std::uint64_t opening) {
+        std::thread([self = shared_from_this(), opening] { self->call(opening); }).detach();
+    }
+
+    // News of an opening that was closed meanwhile would be taken for that of the next.
+    [[nodiscard]] std::uint64_t BeginOpening() {
+        const std::scoped_lock lock(mutex_);
+        return ++opening_;
     }
 
 private:
-    void call() noexcept {
+    void call(std::uint64_t opening) noexcept {
         std::unique_lock lock(mutex_);
         // A loss soon after that of the opening before waits for its turn.
         callEnded_.wait(lock, [this] { return caller_ == std::thread::id(); });
-        if (sink_ == nullptr) {
+        if (sink_ == nullptr || opening != opening_) {
             return;
         }
         Transport::IDeviceSink* const sink = sink_;
@@ -51,6 +57,7 @@ private:
     std::mutex mutex_;
     std::condition_variable callEnded_;
     Transport::IDeviceSink* sink_ = nullptr;
+    std::uint64_t opening_ = 0;
     std::thread::id caller_;
 };
 
@@ -83,7 +90,9 @@ void Device::Open() {
         const std::string text = "Device '" + camera_->GetLabel() + "' is open already.";
         throw RuntimeException(text.c_str(), __FILE__, __LINE__);
     }
-    session_ = camera_->Take(holderText(), [notice = notice_] { notice->Send(); });
+    session_ = camera_->Take(holderText(), [notice = notice_, opening = notice_->BeginOpening()] {
+        notice->Send(opening);
+    });
 }
 
 void Device::Close() noexcept {
