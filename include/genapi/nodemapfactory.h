@@ -12,7 +12,9 @@ namespace GenApi {
 // the first CreateNodeMap.
 class GENAPI_API CNodeMapFactory {
 public:
-    // Length in bytes. CacheUsage has no effect. SuppressStringsOnLoad leaves tool tips and
+    // Length in bytes, of the text or of a zip container with one XML file, stored or deflated; a
+    // container that is broken or too large is a RuntimeException of the first CreateNodeMap.
+    // CacheUsage has no effect. SuppressStringsOnLoad leaves tool tips and
     // descriptions out of the maps.
     CNodeMapFactory(EContentType_t ContentType, const void* pData, std::size_t DataLength,
                     ECacheUsage_t CacheUsage = CacheUsage_Automatic,

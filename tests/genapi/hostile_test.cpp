@@ -64,10 +64,10 @@ TEST(Hostile, Rule12DepthIsBounded) {
     EXPECT_THAT(refusal(document(text)), HasSubstr("elements are nested deeper than 256."));
 }
 
-TEST(Hostile, CompressedTextIsRefused) {
+TEST(Hostile, ABrokenContainerIsRefused) {
     CNodeMapFactory factory(ContentType_ZippedXml, "PK", 2);
     EXPECT_EQ(errorOf<GenICam::RuntimeException>([&] { (void)factory.CreateNodeMap(); }),
-              "Node map description: the text is compressed; unpack it first.");
+              "Node map description: the zip container does not begin as one.");
     EXPECT_THROW(CNodeMapFactory(ContentType_Xml, nullptr, 5), GenICam::InvalidArgumentException);
 }
 

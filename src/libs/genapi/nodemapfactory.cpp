@@ -3,6 +3,7 @@
 #include "gcbase/gcexception.h"
 #include "genapi/loader.h"
 #include "genapi/nodemap.h"
+#include "genapi/ziptext.h"
 
 namespace GenApi {
 
@@ -14,10 +15,10 @@ struct CNodeMapFactory::Impl {
 
     const std::shared_ptr<const Detail::Description>& load(bool releaseText) {
         if (description == nullptr) {
-            if (contentType != ContentType_Xml) {
-                throw GenICam::RuntimeException(
-                    "Node map description: the text is compressed; unpack it first.", __FILE__,
-                    __LINE__);
+            // Some deliver one form under the other's name.
+            if (contentType == ContentType_ZippedXml || Detail::isZip(text)) {
+                text = Detail::unzipDescription(text);
+                contentType = ContentType_Xml;
             }
             description = Detail::loadDescription(text, strings);
         }
