@@ -65,8 +65,11 @@ Brightness brightnessOf(const PictureSettings& settings, PixelFamily family) {
             factor(settings.gainDecibels[2])};
 }
 
+// The scene by the sum of column and line, of which it is made: to paint is then a look-up.
+using Scene = std::array<Colour, period>;
+
 // A soft wave of each colour, half as bright as can be.
-Colour scene(std::uint32_t x, std::uint32_t y, const Brightness& brightness) {
+Scene makeScene(const Brightness& brightness) {
     const auto wave = [](std::uint32_t place, double factor) {
         constexpr std::uint32_t half = 128;
         const std::uint32_t ascending = place & 0xFFU;
@@ -74,14 +77,18 @@ Colour scene(std::uint32_t x, std::uint32_t y, const Brightness& brightness) {
         return static_cast<std::uint32_t>(
             std::min(level * levelStep * factor, static_cast<double>(fullLevel)));
     };
-    return {wave(x + y, brightness.red), wave(x + y + 85, brightness.green),
-            wave(x + y + 170, brightness.blue)};
+    Scene scene{};
+    for (std::uint32_t place = 0; place < period; ++place) {
+        scene[place] = {wave(place, brightness.red), wave(place + 85, brightness.green),
+                        wave(place + 170, brightness.blue)};
+    }
+    return scene;
 }
 
-Colour colourAt(Pattern pattern, std::uint32_t x, std::uint32_t y, const Brightness& brightness) {
+Colour colourAt(Pattern pattern, std::uint32_t x, std::uint32_t y, const Scene& scene) {
     switch (pattern) {
         case Pattern::Off:
-            return scene(x, y, brightness);
+            return scene[(x + y) % period];
         case Pattern::Black:
             return grey(0);
         case Pattern::White:
@@ -279,7 +286,7 @@ void Picture::paintPlane(std::size_t plane) {
     const Region& region = settings_.region;
     const std::uint32_t step = 1U << lineShift(format, plane);
     const auto lineBytes = static_cast<std::size_t>(planes_.planes[plane].lineBytes);
-    const Brightness brightness = brightnessOf(settings_, format.family);
+    const Scene scene = makeScene(brightnessOf(settings_, format.family));
     lines_[plane].resize(period / step * lineBytes);
     std::uint8_t* out = lines_[plane].data();
     for (std::uint32_t y = 0; y < period; y += step, out += lineBytes) {
@@ -287,7 +294,7 @@ void Picture::paintPlane(std::size_t plane) {
         for (std::uint32_t column = 0; column < region.width; ++column) {
             const std::uint32_t x =
                 region.offsetX + (settings_.reverseX ? region.width - 1 - column : column);
-            const Colour colour = colourAt(settings_.pattern, x, y, brightness);
+            const Colour colour = colourAt(settings_.pattern, x, y, scene);
             if (format.family == PixelFamily::Bayer) {
                 // Upside down, the last line of the region comes first, and begins the pattern.
                 const std::uint32_t filterLine = settings_.reverseY ? y + 1 : y;
