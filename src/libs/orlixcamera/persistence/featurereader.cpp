@@ -1,0 +1,173 @@
+#include "orlixcamera/persistence/featurereader.h"
+
+#include <map>
+#include <set>
+
+#include "gcbase/gcexception.h"
+#include "genapi/inodemap.h"
+#include "genapi/pointer.h"
+#include "genapi/synch.h"
+#include "orlixcamera/persistence/featurestream.h"
+#include "orlixcamera/persistence/featurevalue.h"
+#include "orlixcamera/persistence/selectors.h"
+
+namespace Orlix {
+
+namespace {
+
+struct Feature {
+    FeatureLine line;
+    GenApi::INode* node = nullptr;  // null for an unknown name
+    std::vector<GenApi::INode*> selectors;
+    bool isSelector = false;
+    bool isLast = false;  // no later line gives the same feature another value
+};
+
+class FeatureReader {
+public:
+    FeatureReader(std::string_view text, GenApi::INodeMap& map, ReadBack readBack)
+        : readBack_(readBack) {
+        for (FeatureLine& line : parseFeatureStream(text)) {
+            resolve(std::move(line), map);
+        }
+        markLast();
+    }
+
+    void read() {
+        std::size_t before = 0;
+        do {
+            before = problems_.size();
+            problems_.clear();
+            writeAll();
+            if (readBack_ == ReadBack::Yes) {
+                compareAll();
+            }
+            // A second round helps where the range of one value depends on a later one.
+        } while (!problems_.empty() && (before == 0 || problems_.size() < before));
+        if (!problems_.empty()) {
+            fail();
+        }
+    }
+
+private:
+    void resolve(FeatureLine&& line, GenApi::INodeMap& map) {
+        Feature feature;
+        feature.node = map.GetNode(GenICam::gcstring(line.name));
+        if (feature.node != nullptr && !GenApi::CValuePtr(feature.node).IsValid()) {
+            feature.node = nullptr;
+        }
+        feature.line = std::move(line);
+        if (feature.node != nullptr) {
+            feature.selectors = findSelectors(*feature.node);
+            feature.isSelector = isSelector(*feature.node);
+        }
+        features_.push_back(std::move(feature));
+    }
+
+    void markLast() {
+        std::map<const GenApi::INode*, std::string> selected;
+        std::map<std::string, Feature*> last;
+        for (Feature& feature : features_) {
+            if (feature.node == nullptr) {
+                continue;
+            }
+            selected[feature.node] = feature.line.value;
+            std::string place = feature.line.name;
+            for (const GenApi::INode* const selector : feature.selectors) {
+                place += '\n' + selected[selector];
+            }
+            Feature*& previous = last[place];
+            if (previous != nullptr) {
+                previous->isLast = false;
+            }
+            previous = &feature;
+            feature.isLast = true;
+        }
+    }
+
+    void writeAll() {
+        for (const Feature& feature : features_) {
+            if (feature.node == nullptr) {
+                problems_[&feature] = "there is no such feature";
+            } else {
+                write(feature);
+            }
+        }
+    }
+
+    void write(const Feature& feature) {
+        if (const GenApi::INode* const selector = findUnset(feature)) {
+            problems_[&feature] = "its selector " + selector->GetName().str() + " is not set";
+            unset_.insert(feature.node);
+            return;
+        }
+        try {
+            writeFeature(*feature.node, feature.line.value);
+            unset_.erase(feature.node);
+        } catch (const GenICam::GenericException& exception) {
+            problems_[&feature] = exception.GetDescription();
+            unset_.insert(feature.node);
+        }
+    }
+
+    // A selector of the feature whose line failed: the value would go to another place.
+    [[nodiscard]] const GenApi::INode* findUnset(const Feature& feature) const {
+        for (const GenApi::INode* const selector : feature.selectors) {
+            if (unset_.contains(selector)) {
+                return selector;
+            }
+        }
+        return nullptr;
+    }
+
+    void compareAll() {
+        for (const Feature& feature : features_) {
+            if (feature.node == nullptr || problems_.contains(&feature)) {
+                continue;
+            }
+            if (feature.isSelector) {
+                write(feature);
+            } else if (feature.isLast && findUnset(feature) == nullptr) {
+                compare(feature);
+            }
+        }
+    }
+
+    void compare(const Feature& feature) {
+        try {
+            if (GenApi::IsReadable(feature.node) && !readsAs(*feature.node, feature.line.value)) {
+                problems_[&feature] = "\"" + feature.line.value + "\" was written, \"" +
+                                      readFeature(*feature.node) + "\" is read";
+            }
+        } catch (const GenICam::GenericException& exception) {
+            problems_[&feature] = exception.GetDescription();
+        }
+    }
+
+    [[noreturn]] void fail() const {
+        std::string message = "The feature stream could not be loaded whole.";
+        for (const Feature& feature : features_) {
+            const auto problem = problems_.find(&feature);
+            if (problem != problems_.end()) {
+                message += " Line " + std::to_string(feature.line.number) + ", " +
+                           feature.line.name + ": " + problem->second +
+                           (problem->second.ends_with('.') ? "" : ".");
+            }
+        }
+        throw GenICam::RuntimeException(message.c_str(), __FILE__, __LINE__);
+    }
+
+    const ReadBack readBack_;
+    std::vector<Feature> features_;
+    std::map<const Feature*, std::string> problems_;
+    std::set<const GenApi::INode*> unset_;  // whose latest line could not be written
+};
+
+}  // namespace
+
+void readFeatureStream(std::string_view text, GenApi::INodeMap& map, ReadBack readBack) {
+    const GenApi::AutoLock guard(map.GetLock());
+    FeatureReader(text, map, readBack).read();
+}
+
+}  // namespace Orlix

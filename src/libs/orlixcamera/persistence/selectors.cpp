@@ -1,0 +1,85 @@
+#include "orlixcamera/persistence/selectors.h"
+
+#include <algorithm>
+
+#include "genapi/pointer.h"
+
+namespace Orlix {
+
+namespace {
+
+// More places of a table than cameras have; a wide integer is no selector that can be walked.
+constexpr std::int64_t longestRange = 4096;
+
+void listEntries(GenApi::IEnumeration& selector, std::vector<std::string>& values) {
+    GenApi::NodeList_t entries;
+    selector.GetEntries(entries);
+    for (GenApi::INode* const entry : entries) {
+        if (GenApi::IsAvailable(entry)) {
+            values.push_back(GenApi::CEnumEntryPtr(entry)->GetSymbolic().str());
+        }
+    }
+}
+
+void listNumbers(GenApi::IInteger& selector, std::vector<std::string>& values) {
+    const std::int64_t first = selector.GetMin();
+    const std::int64_t last = selector.GetMax();
+    const std::int64_t step = std::max<std::int64_t>(selector.GetInc(), 1);
+    const auto length = static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(first);
+    if (last < first || length / static_cast<std::uint64_t>(step) >= longestRange) {
+        return;
+    }
+    for (std::uint64_t offset = 0; offset <= length; offset += static_cast<std::uint64_t>(step)) {
+        values.push_back(std::to_string(first + static_cast<std::int64_t>(offset)));
+    }
+}
+
+}  // namespace
+
+std::vector<GenApi::INode*> findSelectors(GenApi::INode& node) {
+    std::vector<GenApi::INode*> found;
+    std::vector<GenApi::INode*> open{&node};
+    while (!open.empty()) {
+        const GenApi::CSelectorPtr selected(open.back());
+        open.pop_back();
+        GenApi::FeatureList_t selecting;
+        if (selected.IsValid()) {
+            selected->GetSelectingFeatures(selecting);
+        }
+        for (GenApi::IValue* const feature : selecting) {
+            GenApi::INode* const selector = feature->GetNode();
+            if (selector != &node &&
+                std::find(found.begin(), found.end(), selector) == found.end()) {
+                found.push_back(selector);
+                open.push_back(selector);
+            }
+        }
+    }
+    std::reverse(found.begin(), found.end());
+    return found;
+}
+
+bool isSelector(GenApi::INode& node) {
+    const GenApi::CSelectorPtr selector(&node);
+    return selector.IsValid() && selector->IsSelector();
+}
+
+std::vector<std::string> listSelectorValues(GenApi::INode& selector) {
+    std::vector<std::string> values;
+    switch (selector.GetPrincipalInterfaceType()) {
+        case GenApi::intfIEnumeration:
+            listEntries(*GenApi::CEnumerationPtr(&selector), values);
+            break;
+        case GenApi::intfIInteger:
+            listNumbers(*GenApi::CIntegerPtr(&selector), values);
+            break;
+        case GenApi::intfIBoolean:
+            values = {"false", "true"};
+            break;
+        default:
+            break;
+    }
+    return values;
+}
+
+}  // namespace Orlix
