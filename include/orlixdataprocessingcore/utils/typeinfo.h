@@ -79,13 +79,22 @@ public:
     template <typename T, typename... Bases>
     static bool registerType(Factory factory = nullptr, const Uuid* uuid = nullptr) noexcept;
 
+    // The same for a type with an identity of its own, in the text form of Uuid.
+    template <typename T, typename... Bases>
+    static bool registerTypeWithUuid(const char* uuid, Factory factory = nullptr) noexcept;
+    // A step of the registration: enters the record of Base into that of T. Throws
+    // InvalidArgumentException for null, and RuntimeException if Base is not registered.
+    template <typename T, typename Base>
+    static void addBase(ITypeInfoData* data);
+
     friend bool operator==(const TypeInfo&, const TypeInfo&) noexcept = default;
 
 private:
     template <typename T, typename... Bases>
     static void tryRegisterType(Factory factory, const Uuid* uuid);
-    template <typename T, typename Base>
-    static void addBase(ITypeInfoData* data);
+    template <typename Function>
+    static bool guardRegistration(Function tryRegister) noexcept;
+    // Null if there is no memory for it.
     template <typename T>
     static ITypeRegistrationSlot* getSlot();
     // Static initialisers of different files run in no fixed order; this makes sure that the
@@ -94,7 +103,7 @@ private:
     static void logRegistrationFailure(const void* object, const char* message) noexcept;
 
     [[nodiscard]] static ITypeRegistration& getTypeRegistration();
-    // `uuid` points at 16 bytes or is null.
+    // `uuid` points at 16 bytes or is null. Null if there is no memory for it.
     [[nodiscard]] static ITypeInfoData* createTypeInfoData(const gcstring& identifier,
                                                            std::uint64_t size, Factory factory,
                                                            const std::uint8_t* uuid);
@@ -194,5 +203,11 @@ public:                                                                         
 #define ORLIX_REGISTER_TYPE(...)                                                          \
     [[maybe_unused]] static const bool ORLIX_DETAIL_JOIN(orlixTypeRegistered, __LINE__) = \
         Orlix::DataProcessing::Utils::TypeInfo::registerType<__VA_ARGS__>();
+
+// The same for a type that has a Uuid, given first, as a text:
+//     ORLIX_REGISTER_TYPE_WITH_UUID("846bca11-...", Camera, AdvancedNode, INodeMapContainer)
+#define ORLIX_REGISTER_TYPE_WITH_UUID(uuid, ...)                                          \
+    [[maybe_unused]] static const bool ORLIX_DETAIL_JOIN(orlixTypeRegistered, __LINE__) = \
+        Orlix::DataProcessing::Utils::TypeInfo::registerTypeWithUuid<__VA_ARGS__>(uuid);
 
 #include "orlixdataprocessingcore/utils/typeinfo_impl.h"

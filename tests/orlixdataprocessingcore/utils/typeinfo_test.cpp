@@ -3,12 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "orlixdataprocessingcore/core/array.h"
 #include "orlixdataprocessingcore/core/image.h"
 #include "orlixdataprocessingcore/expectthrow.h"
+#include "orlixdataprocessingcore/failingnew.h"
 #include "orlixdataprocessingcore/utils/log.h"
 #include "orlixdataprocessingcore/utils/propertyinfo.h"
 #include "orlixdataprocessingcore/utils/variant.h"
@@ -40,6 +42,28 @@ public:
     double pad = 0.0;
 };
 ORLIX_REGISTER_TYPE(Both, Float, ISide)
+
+// The base with the property does not lie at the start.
+class SideFirst : public ISide, public Float {
+    ORLIX_OBJECT(SideFirst)
+public:
+    int getSide() const override { return 18; }
+};
+ORLIX_REGISTER_TYPE(SideFirst, ISide, Float)
+
+// Never registered but by a test without memory.
+class Poor : public Orlix::DataProcessing::Utils::IObject {
+    ORLIX_OBJECT(Poor)
+};
+class PoorToo : public Orlix::DataProcessing::Utils::IObject {
+    ORLIX_OBJECT(PoorToo)
+};
+
+class WithUuid : public Orlix::DataProcessing::Utils::IObject {
+    ORLIX_OBJECT(WithUuid)
+};
+ORLIX_REGISTER_TYPE_WITH_UUID("4F2B72DC-294b-4503-885a-6b73d26eb6d7", WithUuid,
+                              Orlix::DataProcessing::Utils::IObject)
 
 // A value with a value inside, to reach by a path.
 class Nested : public IValue {
@@ -226,6 +250,72 @@ TEST(TypeInfo, KeepsTheUuid) {
     EXPECT_EQ(TypeInfo::getTypeInfo<Integer>(true).getUuid(), nullptr);
 }
 
+TEST(TypeInfo, IsRegisteredWithAUuidAtLoad) {
+    const TypeInfo type = TypeInfo::getTypeInfo<WithUuid>(true);
+    ASSERT_NE(type.getUuid(), nullptr);
+    EXPECT_EQ(type.getUuid()->toString(), "4f2b72dc-294b-4503-885a-6b73d26eb6d7");
+    EXPECT_TRUE(
+        type.canConvert(TypeInfo::getTypeInfo<Orlix::DataProcessing::Utils::IObject>(true)));
+}
+
+TEST(TypeInfo, ABadUuidLeavesTheTypeUnregisteredAndLogs) {
+    LogCapture capture;
+    EXPECT_FALSE(TypeInfo::registerTypeWithUuid<Late>("4f2b"));
+    EXPECT_FALSE(TypeInfo::getTypeInfo<Late>(false).isValid());
+    EXPECT_EQ(capture.getLines(category).size(), 1U);
+}
+
+// Runs before anything asks for this type, whose slot is then found for good.
+TEST(TypeInfo, WithoutMemoryForTheSlotOfATypeItSaysSo) {
+    const auto ask = [](bool throwOnError) {
+        const Orlix::Test::FailingNew failing(0);
+        return TypeInfo::getTypeInfo<Poor>(throwOnError);
+    };
+    expectThrow<RuntimeException>([&] { static_cast<void>(ask(true)); },
+                                  "Could not get registered type.");
+    EXPECT_FALSE(ask(false).isValid());
+    LogCapture capture;
+    {
+        const Orlix::Test::FailingNew failing(0);
+        EXPECT_FALSE(TypeInfo::registerType<Poor>());
+    }
+    const auto lines = capture.getLines(category);
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_NE(lines[0].text.str().find("Message: Could not get registered type."),
+              std::string::npos)
+        << lines[0].text;
+    EXPECT_TRUE(TypeInfo::registerType<Poor>()) << "with memory again";
+}
+
+TEST(TypeInfo, WithoutMemoryForTheRecordOfATypeItStaysUnregisteredAndLogs) {
+    // The slot is there; what fails is the record, which is the first thing with a name.
+    EXPECT_FALSE(TypeInfo::getTypeInfo<PoorToo>(false).isValid());
+    std::set<std::string> messages;
+    for (int number = 0;; ++number) {
+        LogCapture capture;
+        bool isRegistered = false;
+        {
+            const Orlix::Test::FailingNew failing(number);
+            isRegistered = TypeInfo::registerType<PoorToo>();
+        }
+        if (isRegistered) {
+            break;
+        }
+        const auto lines = capture.getLines(category);
+        ASSERT_EQ(lines.size(), 1U);
+        const std::string text = lines[0].text.str();
+        messages.insert(text.substr(text.find("Message: ")));
+    }
+    EXPECT_EQ(messages.count("Message: Could not create type info data."), 1U);
+    EXPECT_TRUE(TypeInfo::getTypeInfo<PoorToo>(false).isValid());
+}
+
+TEST(TypeInfo, ABaseOfNoRecordIsRefused) {
+    const auto thrown = expectThrow<InvalidArgumentException>(
+        [] { TypeInfo::addBase<Both, Float>(nullptr); }, "No type info data passed.");
+    EXPECT_EQ(thrown.sourceFile, sourceFile);
+}
+
 TEST(TypeInfo, IsFoundByItsIdentifier) {
     EXPECT_TRUE(TypeInfo::find(gcstring(integerText)) == TypeInfo::getTypeInfo<Integer>(true));
     EXPECT_FALSE(TypeInfo::find("No::Such::Type").isValid());
@@ -278,6 +368,17 @@ TEST(PropertyInfo, ReachesIntoAValueByAPath) {
     EXPECT_EQ(nested.name.get(), "new");
     const Variant value = name.getValue(nested, "Value");
     EXPECT_EQ(value.get<String>(true)->get(), "new");
+}
+
+TEST(PropertyInfo, IsInheritedFromABaseThatDoesNotLieAtTheStart) {
+    SideFirst object;
+    const PropertyInfo& property = object.getTypeInfo(true).getProperty("Value");
+    EXPECT_TRUE(property.getOwner() == TypeInfo::getTypeInfo<Float>(true));
+    const ISide& side = object;
+    property.setValue(static_cast<IValue&>(object), "", Variant(Float(0.75)));
+    EXPECT_EQ(object.get(), 0.75);
+    const Variant value = property.getValue(side);
+    EXPECT_EQ(value.get<Float>(true)->get(), 0.75);
 }
 
 TEST(PropertyInfo, IsInheritedFromABase) {

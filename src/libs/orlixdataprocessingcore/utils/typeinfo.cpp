@@ -105,7 +105,11 @@ ITypeRegistration& TypeInfo::getTypeRegistration() {
 
 ITypeInfoData* TypeInfo::createTypeInfoData(const gcstring& identifier, std::uint64_t size,
                                             Factory factory, const std::uint8_t* uuid) {
-    return new (std::nothrow) TypeInfoData(identifier, size, factory, uuid);
+    try {
+        return new TypeInfoData(identifier, size, factory, uuid);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 void TypeInfo::destroyTypeInfoData(ITypeInfoData* data) noexcept {

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstring>
 #include <exception>
+#include <new>
 
 #include "gcbase/gcexception.h"
 #include "orlixdataprocessingcore/utils/typeinfo.h"
@@ -66,6 +67,21 @@ bool isPrimaryBase() {
     return reinterpret_cast<char*>(static_cast<B*>(object)) == place;
 }
 
+template <typename T>
+concept HasProperties = requires(ITypeInfoData& data) {
+    T::registerProperties(data);
+};
+
+// Whether T has properties only because its base B has them. They belong to the record of B: their
+// functions want the address of the B in the object.
+template <typename T, typename B>
+constexpr bool inheritsProperties() {
+    if constexpr (HasProperties<T> && HasProperties<B>) {
+        return &T::registerProperties == &B::registerProperties;
+    }
+    return false;
+}
+
 template <typename T, typename B>
 void* castToBase(void* object) {
     return static_cast<B*>(static_cast<T*>(object));
@@ -107,8 +123,17 @@ gcstring getTypeIdentifierText() {
 
 template <typename T>
 ITypeRegistrationSlot* TypeInfo::getSlot() {
-    static ITypeRegistrationSlot* const slot =
-        getTypeRegistration().getSlot(Detail::getTypeIdentifierText<T>());
+    // Asked for again only after a look-up without memory.
+    static std::atomic<ITypeRegistrationSlot*> known{nullptr};
+    ITypeRegistrationSlot* slot = known.load(std::memory_order_acquire);
+    if (slot == nullptr) {
+        try {
+            slot = getTypeRegistration().getSlot(Detail::getTypeIdentifierText<T>());
+        } catch (const std::bad_alloc&) {
+            return nullptr;
+        }
+        known.store(slot, std::memory_order_release);
+    }
     return slot;
 }
 
@@ -174,7 +199,8 @@ void TypeInfo::tryRegisterType(Factory factory, const Uuid* uuid) {
     }
     try {
         (addBase<T, Bases>(data), ...);
-        if constexpr (requires { T::registerProperties(*data); }) {
+        if constexpr (Detail::HasProperties<T> &&
+                      !(Detail::inheritsProperties<T, Bases>() || ...)) {
             T::registerProperties(*data);
         }
     } catch (...) {
@@ -186,10 +212,23 @@ void TypeInfo::tryRegisterType(Factory factory, const Uuid* uuid) {
 
 template <typename T, typename... Bases>
 bool TypeInfo::registerType(Factory factory, const Uuid* uuid) noexcept {
+    return guardRegistration([=] { tryRegisterType<T, Bases...>(factory, uuid); });
+}
+
+template <typename T, typename... Bases>
+bool TypeInfo::registerTypeWithUuid(const char* uuid, Factory factory) noexcept {
+    return guardRegistration([=] {
+        const Uuid parsed{gcstring(uuid)};
+        tryRegisterType<T, Bases...>(factory, &parsed);
+    });
+}
+
+template <typename Function>
+bool TypeInfo::guardRegistration(Function tryRegister) noexcept {
     static const char place = 0;  // stands for the registration in a log line
     try {
         registerCoreTypes();
-        tryRegisterType<T, Bases...>(factory, uuid);
+        tryRegister();
         return true;
     } catch (const GenICam::GenericException& exception) {
         logRegistrationFailure(&place, exception.GetDescription());
