@@ -62,6 +62,12 @@ public:
     template <typename T>
     [[nodiscard]] COWPtr<T> getCOW(bool throwOnError) const;
 
+    // Takes over a reference to a held value; for a module that holds values in a way of its own.
+    [[nodiscard]] static Variant adopt(IDataWrapper* wrapper) noexcept {
+        Variant result;
+        result.wrapper_ = wrapper;
+        return result;
+    }
     // Makes a default value; for the registration of a type.
     template <VariantValue T>
     [[nodiscard]] static Variant createDefault();
@@ -86,7 +92,11 @@ public:
     // The value as the given type, or null; the second makes it private to the wrapper first.
     [[nodiscard]] virtual const void* getPointer(const TypeInfo& type) const = 0;
     [[nodiscard]] virtual void* getWritablePointer(const TypeInfo& type) = 0;
-    // The control object of the value, for another handle, which adds its own reference.
+    // Whether the clones of the control object are given out as exactly this type; a handle of any
+    // other type has to cast them.
+    [[nodiscard]] virtual bool isExposedAs(const TypeInfo& type) const noexcept = 0;
+    // The control object of the value, for another handle, which adds its own reference. Null if
+    // the value can't be shared.
     [[nodiscard]] virtual COWPtrBase::IObjectWrapper* getObjectWrapper() const noexcept = 0;
 
 protected:

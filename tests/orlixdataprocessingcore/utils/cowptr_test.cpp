@@ -183,6 +183,18 @@ TEST(COWPtr, AUselessCloneIsRefused) {
                        "Could not get pointer of cloned object.");
 }
 
+// A class that nothing registers.
+struct Plain {};
+
+TEST(COWPtr, ACloneCannotBeCastToAnUnregisteredType) {
+    Plain object;
+    const Wrapper::Clone clone{new WritableWrapper(), nullptr, true};
+    auto handle = COWPtr<Plain>::adopt(new FakeWrapper(clone), &object, false);
+    expectThrow<RuntimeException>([&] { handle.makeWritable(); },
+                                  "Cannot cast pointer of cloned object to COW pointer.");
+    EXPECT_EQ(handle.getConst(), &object);
+}
+
 TEST(COWPtr, TellsItsOwnType) {
     const COWPtr<Integer> handle = COWPtr<Integer>::make(1);
     const TypeInfo type = handle.getTypeInfo(true);

@@ -101,6 +101,45 @@ TEST(ResettableProperty, SetVariantRefusesInvalidAndForeignValues) {
     EXPECT_FALSE(property.isSet());
 }
 
+// Holds an Integer, but shares it with nobody.
+class UnsharedWrapper final : public Variant::IDataWrapper {
+public:
+    void addRef() noexcept override { ++count_; }
+    void release() noexcept override {
+        if (--count_ == 0) {
+            delete this;
+        }
+    }
+    std::uint64_t useCount() const noexcept override { return count_; }
+    IDataWrapper* clone() const override { return new UnsharedWrapper(); }
+    const TypeInfo& getValueType() const noexcept override { return type_; }
+    const void* getPointer(const TypeInfo& type) const override {
+        return type_cast(static_cast<const void*>(&value_), type_, type);
+    }
+    void* getWritablePointer(const TypeInfo& type) override {
+        return type_cast(static_cast<void*>(&value_), type_, type);
+    }
+    bool isExposedAs(const TypeInfo& type) const noexcept override { return type == type_; }
+    COWPtrBase::IObjectWrapper* getObjectWrapper() const noexcept override { return nullptr; }
+
+private:
+    Integer value_{5};
+    TypeInfo type_ = TypeInfo::getTypeInfo<Integer>(true);
+    std::uint64_t count_ = 1;
+};
+
+TEST(ResettableProperty, SetVariantRefusesAValueThatCannotBeShared) {
+    const Variant value = Variant::adopt(new UnsharedWrapper());
+    ResettableProperty<Integer> property;
+    const auto thrown = expectThrow<RuntimeException>([&] { property.setVariant("", value); },
+                                                      "Variant returned invalid value.");
+    EXPECT_EQ(thrown.sourceFile, "src/libs/orlixdataprocessingcore/utils/property_impl.h");
+    EXPECT_FALSE(property.isSet());
+    ResettableProperty<Float> foreign;
+    expectThrow<RuntimeException>([&] { foreign.setVariant("", value); },
+                                  "Could not cast variant data to requested type.");
+}
+
 TEST(ResettableProperty, ASubpropertyOfAResettedOneCannotBeSet) {
     ResettableProperty<Integer> property;
     expectThrow<RuntimeException>([&] { property.setVariant("Value", Variant(Integer(1))); },

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+#include <string>
 #include <thread>
 #include <utility>
 
@@ -9,6 +11,7 @@
 #include "orlixdataprocessingcore/core/integer.h"
 #include "orlixdataprocessingcore/core/string.h"
 #include "orlixdataprocessingcore/expectthrow.h"
+#include "orlixdataprocessingcore/failingnew.h"
 
 namespace {
 
@@ -162,6 +165,89 @@ TEST(Variant, MovingLeavesNothingBehind) {
     const auto& same = first;
     first = same;
     EXPECT_EQ(std::as_const(first).get<Integer>(true), address);
+}
+
+// Has its Integer behind another base.
+class IMark {
+public:
+    virtual ~IMark() = default;
+    virtual int getMark() const { return 0; }
+
+protected:
+    IMark() = default;
+    IMark(const IMark&) = default;
+    IMark& operator=(const IMark&) = default;
+};
+ORLIX_REGISTER_TYPE(IMark)
+
+class Marked : public IMark, public Integer {
+    ORLIX_OBJECT(Marked)
+public:
+    Marked() = default;
+    explicit Marked(int value) : Integer(value) {}
+    int getMark() const override { return mark; }
+    int mark = 17;
+};
+ORLIX_REGISTER_VALUE_TYPE(Marked, IMark, Integer)
+
+TEST(Variant, AValueKnownByItsSecondBaseIsCastAgainAfterAClone) {
+    // Clones are exposed as an Integer here, which does not lie at the start of the object.
+    const COWPtr<Integer> held(new Marked(5));
+    const Variant value(held);
+    COWPtr<Marked> handle = value.getCOW<Marked>(true);
+    EXPECT_EQ(handle.getConst()->getMark(), 17);
+    handle->mark = 18;
+    EXPECT_NE(static_cast<const Integer*>(handle.getConst()), held.getConst()) << "it was cloned";
+    EXPECT_EQ(handle.getConst()->getMark(), 18);
+    EXPECT_EQ(handle.getConst()->get(), 5);
+    EXPECT_EQ(value.get<Marked>(true)->getMark(), 17);
+}
+
+TEST(Variant, AHandleThatWasCastStaysSoThroughAVariant) {
+    const Variant value(Marked(5));
+    const Variant again(value.getCOW<Integer>(true));
+    COWPtr<Integer> handle = again.getCOW<Integer>(true);
+    handle->set(std::int64_t{6});
+    EXPECT_EQ(handle.getConst()->get(), 6);
+    EXPECT_TRUE(handle->getTypeInfo(true) == TypeInfo::getTypeInfo<Marked>(true));
+    EXPECT_EQ(value.get<Integer>(true)->get(), 5);
+}
+
+TEST(Variant, AWriteThatSlicesKnowsTheTypeOfTheCopy) {
+    // The handle knows nothing but the base, so that is all that its copy can be.
+    Variant value(COWPtr<Integer>(static_cast<Integer*>(new Marked(5))));
+    const Variant other(value);
+    Integer* written = value.get<Integer>(true);
+    ASSERT_NE(written, nullptr);
+    written->set(std::int64_t{6});
+    EXPECT_EQ(std::as_const(value).get<Integer>(true)->get(), 6);
+    EXPECT_TRUE(value.getValueType() == TypeInfo::getTypeInfo<Integer>(true));
+    EXPECT_EQ(other.get<Integer>(true)->get(), 5);
+    Variant third(other);
+    expectThrow<RuntimeException>([&] { static_cast<void>(third.get<Marked>(true)); },
+                                  "Could not cast variant value to requested type.");
+}
+
+TEST(Variant, WithoutMemorySaysWhatCouldNotBeAllocated) {
+    using Orlix::Test::failEachAllocation;
+    using Texts = std::set<std::string>;
+    const Integer integer(5);
+    const auto handle = COWPtr<Integer>::make(5);
+    const auto keep = [](const Variant& value) { EXPECT_TRUE(value.isValid()); };
+    EXPECT_EQ(failEachAllocation([&] { keep(Variant(integer)); }),
+              (Texts{"Could not allocate data.", "Could not allocate data wrapper."}));
+    EXPECT_EQ(failEachAllocation([&] { keep(Variant(handle)); }),
+              Texts{"Could not allocate data wrapper."});
+    // The count of the pointer, and the wrapper.
+    for (const int number : {0, 1}) {
+        auto* pointer = new Integer(5);
+        expectThrow<GenICam::BadAllocException>(
+            [&] {
+                const Orlix::Test::FailingNew failing(number);
+                Variant value(pointer);
+            },
+            "Could not allocate data wrapper.");
+    }
 }
 
 TEST(Variant, CopiesLiveOnSeveralThreads) {

@@ -251,7 +251,7 @@ T* COWPtr<T>::getPointerOf(const IObjectWrapper::Clone& clone) const {
     }
     T* object = static_cast<T*>(clone.object);
     if (casted_ || clone.isCastNeeded) {
-        object = static_cast<T*>(clone.wrapper->getPointer(TypeInfo::getTypeInfo<T>(true)));
+        object = static_cast<T*>(clone.wrapper->getPointer(TypeInfo::getTypeInfo<T>(false)));
         if (object == nullptr) {
             throw GenICam::RuntimeException("Cannot cast pointer of cloned object to COW pointer.",
                                             __FILE__, __LINE__);

@@ -99,8 +99,13 @@ void ResettableProperty<T>::setVariant(const gcstring& path, const Variant& valu
         setSubproperty(path, value);
         return;
     }
-    COWPtr<T> handle = value.getCOW<T>(true);
+    COWPtr<T> handle = value.getCOW<T>(false);
+    if (!handle.isValid() && !value.getValueType().canConvert(getValueType())) {
+        throw GenICam::RuntimeException("Could not cast variant data to requested type.", __FILE__,
+                                        __LINE__);
+    }
     if (!handle.isValid()) {
+        // Of the right type, but not to be shared.
         throw GenICam::RuntimeException("Variant returned invalid value.", __FILE__, __LINE__);
     }
     setValue(std::move(handle));

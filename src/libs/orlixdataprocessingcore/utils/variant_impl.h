@@ -72,9 +72,16 @@ public:
     }
     void* getWritablePointer(const TypeInfo& type) override {
         // A type that doesn't fit is no reason for a copy.
-        return getPointer(type) == nullptr
-                   ? nullptr
-                   : type_cast(value_.operator->()->getRawPointer(), type_, type);
+        if (getPointer(type) == nullptr) {
+            return nullptr;
+        }
+        value_.makeWritable();
+        // The copy of an object that is known by a base only is no more than that base.
+        type_ = value_.getConst()->getTypeInfo(false);
+        return type_cast(value_.operator->()->getRawPointer(), type_, type);
+    }
+    bool isExposedAs(const TypeInfo& type) const noexcept override {
+        return !value_.casted_ && type == TypeInfo::getTypeInfo<T>(false);
     }
     COWPtrBase::IObjectWrapper* getObjectWrapper() const noexcept override {
         return value_.wrapper_;
@@ -110,11 +117,23 @@ private:
 
 namespace Detail {
 
-// A wrapper that shares the value.
-template <typename T>
-Variant::IDataWrapper* makeDataWrapper(COWPtr<T>&& value) {
+// A wrapper of a handle to share, or of a value behind std::in_place.
+template <typename T, typename... Args>
+Variant::IDataWrapper* makeDataWrapper(Args&&... args) {
     try {
-        return new Variant::DataWrapper<T>(std::move(value));
+        return new Variant::DataWrapper<T>(std::forward<Args>(args)...);
+    } catch (const std::bad_alloc&) {
+        throw GenICam::BadAllocException("Could not allocate data wrapper.", __FILE__, __LINE__);
+    }
+}
+
+// The handle, too, needs memory, for its count; the pointer is owned whatever fails.
+template <typename T>
+Variant::IDataWrapper* makeDataWrapperOfPointer(T* value) {
+    using Plain = std::remove_const_t<T>;
+    try {
+        COWPtr<Plain> handle(value);
+        return new Variant::DataWrapper<Plain>(std::move(handle));
     } catch (const std::bad_alloc&) {
         throw GenICam::BadAllocException("Could not allocate data wrapper.", __FILE__, __LINE__);
     }
@@ -124,18 +143,19 @@ Variant::IDataWrapper* makeDataWrapper(COWPtr<T>&& value) {
 
 template <typename V>
 requires VariantValue<std::remove_cvref_t<V>> Variant::Variant(V&& value)
-    : wrapper_(new DataWrapper<std::remove_cvref_t<V>>(std::in_place, std::forward<V>(value))) {}
+    : wrapper_(
+          Detail::makeDataWrapper<std::remove_cvref_t<V>>(std::in_place, std::forward<V>(value))) {}
 
 template <VariantValue T>
 Variant::Variant(T* value) {
     if (value == nullptr) {
         throw GenICam::InvalidArgumentException("Invalid data pointer passed.", __FILE__, __LINE__);
     }
-    wrapper_ = Detail::makeDataWrapper(COWPtr<std::remove_const_t<T>>(value));
+    wrapper_ = Detail::makeDataWrapperOfPointer(value);
 }
 
 template <typename T>
-Variant::Variant(COWPtr<T> value) : wrapper_(Detail::makeDataWrapper(std::move(value))) {}
+Variant::Variant(COWPtr<T> value) : wrapper_(Detail::makeDataWrapper<T>(std::move(value))) {}
 
 template <typename T>
 COWPtr<T> Variant::getCOW(bool throwOnError) const {
@@ -149,11 +169,12 @@ COWPtr<T> Variant::getCOW(bool throwOnError) const {
     const TypeInfo type = TypeInfo::getTypeInfo<T>(false);
     const void* object = wrapper_->getPointer(type);
     if (object != nullptr) {
-        COWPtrBase::IObjectWrapper* shared = wrapper_->getObjectWrapper();
-        shared->addRef();
-        // Writing goes through the handle, which clones a const object first.
-        auto* plain = static_cast<T*>(const_cast<void*>(object));
-        result = COWPtr<T>::adopt(shared, plain, wrapper_->getValueType() != type);
+        if (COWPtrBase::IObjectWrapper* shared = wrapper_->getObjectWrapper()) {
+            shared->addRef();
+            // Writing goes through the handle, which clones a const object first.
+            auto* plain = static_cast<T*>(const_cast<void*>(object));
+            result = COWPtr<T>::adopt(shared, plain, !wrapper_->isExposedAs(type));
+        }
     }
     if (!result.isValid() && throwOnError) {
         throw GenICam::RuntimeException("Could not cast variant data to requested type.", __FILE__,
