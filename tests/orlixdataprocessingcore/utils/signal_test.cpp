@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <future>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -13,6 +16,7 @@
 
 #include "gcbase/gcstring.h"
 #include "orlixdataprocessingcore/expectthrow.h"
+#include "orlixdataprocessingcore/failingnew.h"
 #include "orlixdataprocessingcore/threading/recursiveclock.h"
 #include "orlixdataprocessingcore/utils/log.h"
 
@@ -422,6 +426,97 @@ TEST(Signal, ASlotThatBlocksALaterOneOfTheSameEmissionIsNotStuck) {
     later = signal.connect([&] { ++calls; });
     signal();
     EXPECT_EQ(calls, 0);
+}
+
+// Two threads are in the first slot of an emission each when both block, each having the blocked
+// connections still before it.
+void blockFromTwoEmissions(bool sameConnection) {
+    Signal<void()> signal;
+    std::array<std::shared_ptr<IConnection>, 2> later;
+    std::array<std::promise<void>, 2> entered;
+    std::atomic<int> next{0};
+    std::atomic<int> calls{0};
+    signal.connect([&] {
+        const auto own = static_cast<std::size_t>(next++);
+        entered[own].set_value();
+        entered[1 - own].get_future().wait();
+        later[sameConnection ? 0 : own]->setBlocked(false, true);
+    });
+    for (auto& connection : later) {
+        connection = signal.connect([&] { ++calls; });
+    }
+    std::thread first([&] { signal(); });
+    std::thread second([&] { signal(); });
+    first.join();
+    second.join();
+    EXPECT_FALSE(later[0]->isEnabled());
+    EXPECT_EQ(later[1]->isEnabled(), sameConnection);
+    later[0]->setBlocked(true, false);
+    EXPECT_TRUE(later[0]->isEnabled());
+}
+
+TEST(Signal, TwoEmissionsThatBlockTheSameLaterSlotAreNotStuck) {
+    blockFromTwoEmissions(true);
+}
+
+TEST(Signal, TwoEmissionsThatBlockDifferentLaterSlotsAreNotStuck) {
+    blockFromTwoEmissions(false);
+}
+
+TEST(Signal, AnUnblockByARunningSlotOutlivesTheBlockingThatWaitsForIt) {
+    const auto lockable = std::make_shared<NoticingLock>();
+    Signal<void()> signal(lockable);
+    std::promise<void> entered;
+    std::shared_ptr<IConnection> connection;
+    connection = signal.connect([&] {
+        entered.set_value();
+        lockable->waitUntilNoticed();
+        connection->setBlocked(true, false);
+    });
+    std::thread emitter([&] { signal(); });
+    entered.get_future().wait();
+    connection->setBlocked(false, true);
+    emitter.join();
+    EXPECT_TRUE(connection->isEnabled());
+}
+
+TEST(Signal, WithoutMemoryAConnectionSaysSo) {
+    Signal<void()> signal;
+    const auto texts = Orlix::Test::failEachAllocation([&] { signal.connect([] {}); });
+    EXPECT_EQ(texts, std::set<std::string>{"Could not allocate connection."});
+    EXPECT_EQ(signal.size(), 1U);
+}
+
+// The first slot lets an allocation behind it fail, when the list has been copied.
+std::string failBehindTheFirstSlot(int number, bool& hasFailed) {
+    using Orlix::Test::FailingNew;
+    const auto trackable = std::make_shared<int>(1);
+    LogCapture capture;
+    std::optional<FailingNew> failing;
+    int calls = 0;
+    Signal<void()> signal;
+    signal.connect([&] { failing.emplace(number); });
+    signal.connect([&] { ++calls; }, Trackables{trackable});
+    signal.connect([&] {
+        ++calls;
+        hasFailed = FailingNew::hasFailed();
+    });
+    EXPECT_NO_THROW(signal());
+    failing.reset();
+    EXPECT_GE(calls, 1) << "the last slot runs at any rate";
+    const auto lines = capture.getLines(category);
+    const std::string text = lines.empty() ? std::string() : lines[0].text.str();
+    return text.substr(std::min(text.find(": "), text.size()));
+}
+
+TEST(Signal, WithoutMemoryForAResultTheOtherSlotsStillRun) {
+    const std::string prefix = ": Exception caught while invoking a slot. Message: ";
+    bool hasFailed = true;
+    // The result of the first slot, the list of strong references, the result of the second.
+    EXPECT_EQ(failBehindTheFirstSlot(0, hasFailed), prefix + "Could not allocate slot result.");
+    EXPECT_EQ(failBehindTheFirstSlot(1, hasFailed), prefix + "std::bad_alloc");
+    EXPECT_EQ(failBehindTheFirstSlot(2, hasFailed), prefix + "Could not allocate slot result.");
+    EXPECT_TRUE(hasFailed);
 }
 
 TEST(Signal, ManyThreadsEmitConnectAndBlockAtOnce) {

@@ -28,12 +28,10 @@ EmissionFrame::~EmissionFrame() {
     innermost = previous_;
 }
 
-std::int64_t EmissionFrame::countUnfinished(const void* connection) noexcept {
-    std::int64_t count = 0;
+void EmissionFrame::park(const void* list, std::int64_t step) noexcept {
     for (const EmissionFrame* frame = innermost; frame != nullptr; frame = frame->previous_) {
-        count += frame->countUnfinishedHere(connection);
+        frame->parkHere(list, step);
     }
-    return count;
 }
 
 bool EmissionFrame::isRunning(const void* connection) noexcept {
@@ -86,10 +84,11 @@ void ScopedConnection::reset() noexcept {
     if (connection == nullptr) {
         return;
     }
+    // Disconnected first: a slot that still runs may unblock its connection, but not connect it.
+    connection->disconnect();
     if (waitForRunningCalls_) {
         connection->setBlocked(false, true);
     }
-    connection->disconnect();
 }
 
 }  // namespace Orlix::DataProcessing::Utils

@@ -14,22 +14,24 @@ namespace Orlix::DataProcessing::Utils {
 
 namespace Detail {
 
-// The calls that an emission has taken up and not finished; chained per thread, so that waiting
-// for running calls can leave out those that the waiting thread itself has to finish.
+// The calls that an emission has taken up and not finished; chained per thread, so that a thread
+// that waits can tell which calls wait for it in turn.
 class ORLIXDATAPROCESSINGCORE_API EmissionFrame {
 public:
     EmissionFrame() noexcept;
     EmissionFrame(const EmissionFrame&) = delete;
     EmissionFrame& operator=(const EmissionFrame&) = delete;
 
-    // Over all emissions of the calling thread.
-    [[nodiscard]] static std::int64_t countUnfinished(const void* connection) noexcept;
+    // Whether the calling thread runs the slot of that connection.
     [[nodiscard]] static bool isRunning(const void* connection) noexcept;
+    // Adds `step` to the parked calls of each connection of that list, once for every call that
+    // the calling thread has taken up and not begun. Called with the signal's lock held.
+    static void park(const void* list, std::int64_t step) noexcept;
 
 protected:
     ~EmissionFrame();
-    [[nodiscard]] virtual std::int64_t countUnfinishedHere(const void* connection) const = 0;
     [[nodiscard]] virtual bool isRunningHere(const void* connection) const = 0;
+    virtual void parkHere(const void* list, std::int64_t step) const = 0;
 
 private:
     EmissionFrame* previous_;
@@ -65,7 +67,9 @@ public:
     [[nodiscard]] bool isReady() const { return state_ == State::Ready && connected_; }
     void beginCall() { ++running_; }
     void endCall();
-    // Null if the slot was not called.
+    // With the lock held: a thread stands still with a call of this connection before it.
+    void addParked(std::int64_t step) { parked_ += step; }
+    // Null if the slot was not called. Lets no exception of a slot out.
     std::unique_ptr<ISlotResult<void>> invoke(Args&... args) const;
     // The signal ends.
     void markDisconnected() { connected_ = false; }
@@ -74,7 +78,10 @@ private:
     enum class State : std::int32_t { Ready = 0, BeingBlocked = 1, Blocked = 2 };
     using Locked = Threading::UniqueLock<Threading::IRecursiveLockable>;
 
-    std::unique_ptr<ISlotResult<void>> invokeGuarded(Args&... args) const;
+    class Parking;
+
+    std::unique_ptr<ISlotResult<void>> invokeUnguarded(Args&... args) const;
+    static std::unique_ptr<ISlotResult<void>> makeExceptionResult() noexcept;
     void waitForRunningCalls(Locked& lock);
 
     std::shared_ptr<Threading::IRecursiveLockable> lockable_;
@@ -87,6 +94,25 @@ private:
     std::atomic<bool> connected_{true};
     std::atomic<std::int64_t> running_{0};
     std::atomic<std::int64_t> waiting_{0};
+    std::int64_t parked_ = 0;  // of the running ones; guarded by the lock
+};
+
+// While a thread waits, under the lock, the calls that it has taken up and not begun can't get on.
+// Others that wait for them would wait for ever if this thread waits for theirs, so they are not
+// counted: the thread looks at the state of the connection again before it begins one.
+template <typename... Args, typename Combiner>
+class Signal<void(Args...), Combiner>::Connection::Parking {
+public:
+    Parking(const ConnectionList* list, Threading::ConditionVariableAny& changed) : list_(list) {
+        Detail::EmissionFrame::park(list_, 1);
+        changed.notifyAll();
+    }
+    ~Parking() { Detail::EmissionFrame::park(list_, -1); }
+    Parking(const Parking&) = delete;
+    Parking& operator=(const Parking&) = delete;
+
+private:
+    const ConnectionList* list_;
 };
 
 template <typename... Args, typename Combiner>
@@ -146,23 +172,34 @@ void Signal<void(Args...), Combiner>::Connection::disconnect() {
 template <typename... Args, typename Combiner>
 void Signal<void(Args...), Combiner>::Connection::setBlocked(bool unblock,
                                                              bool waitForRunningCalls) {
+    // Null once the signal and its emissions have ended: then no call is left to wait for.
+    const std::shared_ptr<ConnectionList> list = connections_.lock();
     Locked lock(*lockable_);
     if (!unblock && !waitForRunningCalls && state_ != State::Ready) {
         return;
     }
     // Whoever blocks may be waiting for the very call that this thread runs.
-    while (state_ == State::BeingBlocked && !Detail::EmissionFrame::isRunning(this)) {
-        changed_->wait(lock);
+    if (state_ == State::BeingBlocked && !Detail::EmissionFrame::isRunning(this)) {
+        const Parking parking(list.get(), *changed_);
+        while (state_ == State::BeingBlocked) {
+            changed_->wait(lock);
+        }
     }
     if (unblock) {
         state_ = State::Ready;
+        changed_->notifyAll();
         return;
     }
     state_ = State::BeingBlocked;
     if (waitForRunningCalls) {
+        const Parking parking(list.get(), *changed_);
         this->waitForRunningCalls(lock);
     }
-    state_ = State::Blocked;
+    // A running slot that unblocks its own connection does not wait for this, and has the last
+    // word.
+    if (state_ == State::BeingBlocked) {
+        state_ = State::Blocked;
+    }
     changed_->notifyAll();
 }
 
@@ -171,10 +208,9 @@ void Signal<void(Args...), Combiner>::Connection::waitForRunningCalls(Locked& lo
     if (Detail::EmissionFrame::isRunning(this)) {
         return;
     }
-    // Calls that this thread has taken up but not begun are skipped once it gets to them.
-    const std::int64_t own = Detail::EmissionFrame::countUnfinished(this);
+    // The parked ones, this thread's own among them, look at the state before they begin.
     ++waiting_;
-    while (running_ > own) {
+    while (running_ > parked_) {
         changed_->wait(lock);
     }
     --waiting_;
@@ -198,11 +234,8 @@ void Signal<void(Args...), Combiner>::Connection::endCall() {
 }
 
 template <typename... Args, typename Combiner>
-std::unique_ptr<ISlotResult<void>> Signal<void(Args...), Combiner>::Connection::invoke(
+std::unique_ptr<ISlotResult<void>> Signal<void(Args...), Combiner>::Connection::invokeUnguarded(
     Args&... args) const {
-    if (!isReady()) {
-        return nullptr;
-    }
     std::vector<std::shared_ptr<const void>> alive;
     alive.reserve(trackables_.size());
     for (const auto& trackable : trackables_) {
@@ -211,35 +244,47 @@ std::unique_ptr<ISlotResult<void>> Signal<void(Args...), Combiner>::Connection::
             return nullptr;
         }
     }
-    return invokeGuarded(args...);
+    slot_(args...);
+    std::unique_ptr<ISlotResult<void>> result(new (std::nothrow) ValueResult<void>());
+    if (result == nullptr) {
+        throw GenICam::BadAllocException("Could not allocate slot result.", __FILE__, __LINE__);
+    }
+    return result;
 }
 
 template <typename... Args, typename Combiner>
-std::unique_ptr<ISlotResult<void>> Signal<void(Args...), Combiner>::Connection::invokeGuarded(
+std::unique_ptr<ISlotResult<void>>
+Signal<void(Args...), Combiner>::Connection::makeExceptionResult() noexcept {
+    // Without memory for it the result is lost, but the log line is written.
+    return std::unique_ptr<ISlotResult<void>>(new (std::nothrow)
+                                                  ExceptionResult<void>(getCurrentException()));
+}
+
+template <typename... Args, typename Combiner>
+std::unique_ptr<ISlotResult<void>> Signal<void(Args...), Combiner>::Connection::invoke(
     Args&... args) const {
+    if (!isReady()) {
+        return nullptr;
+    }
     try {
-        slot_(args...);
-        std::unique_ptr<ISlotResult<void>> result(new (std::nothrow) ValueResult<void>());
-        if (result == nullptr) {
-            throw GenICam::BadAllocException("Could not allocate slot result.", __FILE__, __LINE__);
-        }
-        return result;
+        return invokeUnguarded(args...);
     } catch (const GenICam::GenericException& exception) {
         Detail::logSlotException(this, exception.GetDescription());
-        return std::make_unique<ExceptionResult<void>>(getCurrentException());
+        return makeExceptionResult();
     } catch (const std::exception& exception) {
         Detail::logSlotException(this, exception.what());
-        return std::make_unique<ExceptionResult<void>>(getCurrentException());
+        return makeExceptionResult();
     } catch (...) {
         Detail::logSlotException(this, nullptr);
-        return std::make_unique<ExceptionResult<void>>(getCurrentException());
+        return makeExceptionResult();
     }
 }
 
 template <typename... Args, typename Combiner>
 class Signal<void(Args...), Combiner>::Emission final : public Detail::EmissionFrame {
 public:
-    explicit Emission(Connections ready) : ready_(std::move(ready)) {}
+    Emission(Connections ready, const ConnectionList* list)
+        : ready_(std::move(ready)), list_(list) {}
     // Calls that are left over, after an exception, count as ended.
     ~Emission() {
         while (!isDone()) {
@@ -263,16 +308,19 @@ private:
         const std::size_t ended = next_++;
         ready_[ended]->endCall();
     }
-    std::int64_t countUnfinishedHere(const void* connection) const override {
-        const auto isIt = [connection](const auto& item) { return item.get() == connection; };
-        return std::count_if(ready_.begin() + static_cast<std::ptrdiff_t>(next_), ready_.end(),
-                             isIt);
+    void parkHere(const void* list, std::int64_t step) const override {
+        if (list == list_) {
+            for (std::size_t i = next_ + (isRunning_ ? 1 : 0); i < ready_.size(); ++i) {
+                ready_[i]->addParked(step);
+            }
+        }
     }
     bool isRunningHere(const void* connection) const override {
         return isRunning_ && ready_[next_].get() == connection;
     }
 
     const Connections ready_;
+    const ConnectionList* const list_;
     std::size_t next_ = 0;
     bool isRunning_ = false;
 };
@@ -337,7 +385,9 @@ void Signal<void(Args...), Combiner>::emit(std::shared_ptr<Threading::IRecursive
                                            Args&... args) {
     bool hasExpired = false;
     typename Combiner::Results results;
-    Emission emission(getReady(*connections, *lockable, hasExpired));
+    // Memory that isn't there is missed before the first slot runs, and not between two.
+    results.reserve(connections->count);
+    Emission emission(getReady(*connections, *lockable, hasExpired), connections.get());
     while (!emission.isDone()) {
         auto result = emission.callNext(args...);
         if (result != nullptr) {
