@@ -76,6 +76,32 @@ TEST_F(ImageLoadingPersistence, LoadAppliesWhatTheStoreHas) {
     EXPECT_TRUE(node.getRunContinuously());
 }
 
+TEST_F(ImageLoadingPersistence, SortOrderBeyond32BitsIsRefusedWithKeyAndValue) {
+    const auto store = unsavedRecipe();
+    store->set("sortBy", std::int64_t{4294967298});  // its lower half alone would be Random
+    try {
+        node.loadSettings(store);
+        FAIL() << "loaded";
+    } catch (const GenICam::InvalidArgumentException& exception) {
+        EXPECT_STREQ(exception.GetDescription(),
+                     "Can't load \"sortBy\": 4294967298 is no number of 32 bits.");
+    }
+    EXPECT_EQ(node.getSortBy(), Ascending);
+}
+
+TEST_F(ImageLoadingPersistence, NegativeRateIsRefusedWithKeyAndValue) {
+    const auto store = unsavedRecipe();
+    store->set("framesPerSecond", std::int64_t{-1});
+    try {
+        node.loadSettings(store);
+        FAIL() << "loaded";
+    } catch (const GenICam::InvalidArgumentException& exception) {
+        EXPECT_STREQ(exception.GetDescription(),
+                     "Can't load \"framesPerSecond\": -1 is no number of frames.");
+    }
+    EXPECT_EQ(node.getFramesPerSecond(), 1U);
+}
+
 TEST_F(ImageLoadingPersistence, AbsentKeysKeepTheirValuesApartFromThePath) {
     node.setSettings("/images", Random, 2, 3, 4, true, true);
     node.loadSettings(unsavedRecipe());

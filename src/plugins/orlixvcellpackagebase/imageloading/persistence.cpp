@@ -1,7 +1,9 @@
 // How ImageLoading lives in a recipe. A recipe that moves together with its image folder must go
 // on working, so the source path is stored relative to the recipe's folder where possible.
 #include <filesystem>
+#include <string>
 #include <system_error>
+#include <utility>
 
 #include "gcbase/gcexception.h"
 #include "imageloading/imageloadingimpl.h"
@@ -66,6 +68,31 @@ void checkStore(const std::shared_ptr<ISettings>& store) {
         throw GenICam::InvalidArgumentException("ptrSettings is a null pointer (nullptr).",
                                                 __FILE__, __LINE__);
     }
+}
+
+// Whatever does not fit would turn into another value on its way into the setting.
+[[noreturn]] void refuse(const gcstring& key, std::int64_t value, const char* need) {
+    const std::string message =
+        "Can't load \"" + key.str() + "\": " + std::to_string(value) + " is no " + need + ".";
+    throw GenICam::InvalidArgumentException(message.c_str(), __FILE__, __LINE__);
+}
+
+// Numbers without an order of their own are kept, as they are by the setter.
+SortBy readSortBy(ISettings& store) {
+    const std::int64_t value = store.getInteger(SettingsPath(sortByKey));
+    if (!std::in_range<std::int32_t>(value)) {
+        refuse(sortByKey, value, "number of 32 bits");
+    }
+    return static_cast<SortBy>(value);
+}
+
+// Saved unsigned and read signed, as recipes have it.
+std::uint64_t readFramesPerSecond(ISettings& store) {
+    const std::int64_t value = store.getInteger(SettingsPath(framesPerSecondKey));
+    if (value < 0) {
+        refuse(framesPerSecondKey, value, "number of frames");
+    }
+    return static_cast<std::uint64_t>(value);
 }
 
 }  // namespace
@@ -145,15 +172,13 @@ void ImageLoading::loadSourcePath(ISettings& store) {
 
 void ImageLoading::loadNumbers(ISettings& store) {
     if (store.contains(SettingsPath(sortByKey))) {
-        setSortBy(static_cast<SortBy>(store.getInteger(SettingsPath(sortByKey))));
+        setSortBy(readSortBy(store));
     }
     if (store.contains(SettingsPath(numberOfImagesKey))) {
         setNumberOfImages(store.getUnsigned(SettingsPath(numberOfImagesKey)));
     }
     if (store.contains(SettingsPath(framesPerSecondKey))) {
-        // Saved unsigned and read signed, as recipes have it.
-        setFramesPerSecond(
-            static_cast<std::uint64_t>(store.getInteger(SettingsPath(framesPerSecondKey))));
+        setFramesPerSecond(readFramesPerSecond(store));
     }
     if (store.contains(SettingsPath(numberOfRunsKey))) {
         setNumberOfRuns(store.getUnsigned(SettingsPath(numberOfRunsKey)));
