@@ -2,9 +2,11 @@
 // camera offers without the camera.
 #pragma once
 
+#include <cstdint>
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "orlixhost/api.h"
 
@@ -34,6 +36,11 @@ public:
     [[nodiscard]] GenApi::INodeMap& nodeMap() noexcept;
     // The memory itself, beside the map and its caches.
     [[nodiscard]] GenApi::IPort& port() noexcept;
+
+    // The bytes become the chunk of a chunk port, or the data of the event that a node is for.
+    // Ports of chunks and events are not on the memory. RuntimeException if the node is for none.
+    void attachChunk(const std::string& portNode, const std::vector<std::uint8_t>& bytes);
+    void deliverEvent(const std::string& node, const std::vector<std::uint8_t>& bytes);
 
     // The feature tree, and behind it what the loader dropped.
     void print(std::ostream& out);

@@ -1,8 +1,13 @@
 #include "orlixhost/descriptionfile.h"
 
+#include <algorithm>
 #include <charconv>
+#include <map>
 #include <ostream>
 
+#include "genapi/chunkport.h"
+#include "genapi/eventadapter.h"
+#include "genapi/iportconstruct.h"
 #include "genapi/loadreport.h"
 #include "genapi/memoryport.h"
 #include "genapi/nodemapfactory.h"
@@ -55,12 +60,17 @@ std::unique_ptr<GenApi::CMemoryPort> makePort(const std::string& sizeOrFile) {
     return port;
 }
 
-// Every port of the description lies on the same memory.
+bool isOnMemory(GenApi::INode& node) {
+    auto* port = dynamic_cast<GenApi::IPortConstruct*>(&node);
+    return port != nullptr && !port->IsChunkPort() && node.GetEventID().empty();
+}
+
+// Every port of the device itself lies on the same memory.
 void connectAll(GenApi::INodeMap& map, GenApi::IPort& port) {
     GenApi::NodeList_t nodes;
     map.GetNodes(nodes);
     for (GenApi::INode* node : nodes) {
-        if (node->GetPrincipalInterfaceType() == GenApi::intfIPort) {
+        if (isOnMemory(*node)) {
             map.Connect(&port, node->GetName());
         }
     }
@@ -96,7 +106,9 @@ Json remarkJson(const GenApi::LoadRemark& remark) {
 struct DescriptionFile::Impl {
     // The port outlives the map's connection to it.
     std::unique_ptr<GenApi::CMemoryPort> port;
+    std::map<std::string, GenApi::CChunkPort> chunks;
     GenApi::CNodeMapRef map;
+    GenApi::CEventAdapterGeneric events;
 };
 
 DescriptionFile::DescriptionFile(const std::string& file, const MemoryImage& memory)
@@ -104,6 +116,7 @@ DescriptionFile::DescriptionFile(const std::string& file, const MemoryImage& mem
     impl_->port = makePort(memory.sizeOrFile);
     impl_->map = loadMap(file);
     connectAll(*impl_->map._Ptr(), *impl_->port);
+    impl_->events.AttachNodeMap(impl_->map._Ptr());
 }
 
 DescriptionFile::~DescriptionFile() = default;
@@ -114,6 +127,32 @@ GenApi::INodeMap& DescriptionFile::nodeMap() noexcept {
 
 GenApi::IPort& DescriptionFile::port() noexcept {
     return *impl_->port;
+}
+
+void DescriptionFile::attachChunk(const std::string& portNode,
+                                  const std::vector<std::uint8_t>& bytes) {
+    auto* port =
+        dynamic_cast<GenApi::IPortConstruct*>(nodeMap().GetNode(GenApi::gcstring(portNode)));
+    if (port == nullptr || !port->IsChunkPort()) {
+        fail("Node '" + portNode + "' is no chunk port.");
+    }
+    GenApi::CChunkPort& chunk = impl_->chunks[portNode];
+    port->SetPortImpl(&chunk);
+    // The port keeps a copy; an empty chunk still needs a place.
+    std::vector<std::uint8_t> data = bytes;
+    data.resize(std::max<std::size_t>(data.size(), 1));
+    chunk.AttachChunk(data.data(), 0, static_cast<std::int64_t>(bytes.size()), true);
+}
+
+void DescriptionFile::deliverEvent(const std::string& node,
+                                   const std::vector<std::uint8_t>& bytes) {
+    const GenApi::INode* target = nodeMap().GetNode(GenApi::gcstring(node));
+    const std::string id = target == nullptr ? std::string() : target->GetEventID().str();
+    if (id.empty()) {
+        fail("Node '" + node + "' has no EventID.");
+    }
+    (void)impl_->events.DeliverMessage(std::stoull(id, nullptr, 16), bytes.data(),
+                                       static_cast<std::int64_t>(bytes.size()));
 }
 
 void DescriptionFile::print(std::ostream& out) {

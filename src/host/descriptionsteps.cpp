@@ -136,7 +136,7 @@ Interface& as(GenApi::INode& node, const char* what) {
     return *view;
 }
 
-// ---- The verbs. Those about a node get it, those about memory the port.
+// ---- The verbs. Those about a node get it, the others the description.
 
 using GenApi::INode;
 
@@ -222,29 +222,40 @@ std::string isDone(INode& node, const Step&) {
 }
 
 // As the device changes its own memory: no cache of the map hears of it.
-std::string poke(GenApi::IPort& port, const Step& step) {
+std::string poke(DescriptionFile& description, const Step& step) {
     const auto bytes = bytesOf(step.value);
-    port.Write(bytes.data(), addressOf(step), static_cast<std::int64_t>(bytes.size()));
+    description.port().Write(bytes.data(), addressOf(step),
+                             static_cast<std::int64_t>(bytes.size()));
     return "ok";
 }
 
-std::string showMemory(GenApi::IPort& port, const Step& step) {
+std::string showMemory(DescriptionFile& description, const Step& step) {
     const std::uint64_t count = number(step.value, 16, "number of bytes");
     if (count > maxBytes) {
         fail(step.value + " bytes are too many");
     }
     std::vector<std::uint8_t> bytes(count);
-    port.Read(bytes.data(), addressOf(step), static_cast<std::int64_t>(count));
+    description.port().Read(bytes.data(), addressOf(step), static_cast<std::int64_t>(count));
     return hexText(bytes);
 }
 
-enum class Needs { node, nodeAndValue, addressAndValue };
+std::string attachChunk(DescriptionFile& description, const Step& step) {
+    description.attachChunk(step.subject, bytesOf(step.value));
+    return "ok";
+}
+
+std::string deliverEvent(DescriptionFile& description, const Step& step) {
+    description.deliverEvent(step.subject, bytesOf(step.value));
+    return "ok";
+}
+
+enum class Needs { node, nodeAndValue, addressAndValue, portAndValue };
 
 struct Verb {
     std::string_view name;
     Needs needs;
     std::string (*ofNode)(INode&, const Step&);
-    std::string (*ofMemory)(GenApi::IPort&, const Step&);
+    std::string (*ofDescription)(DescriptionFile&, const Step&);
 };
 
 constexpr Verb verbs[] = {
@@ -264,6 +275,8 @@ constexpr Verb verbs[] = {
     {"tooltip", Needs::node, toolTip, nullptr},
     {"execute", Needs::node, execute, nullptr},
     {"done", Needs::node, isDone, nullptr},
+    {"attachchunk", Needs::portAndValue, nullptr, attachChunk},
+    {"event", Needs::portAndValue, nullptr, deliverEvent},
 };
 
 const Verb& verbOf(const Step& step) {
@@ -282,11 +295,12 @@ const Verb& verbOf(const Step& step) {
 std::string run(DescriptionFile& description, const Step& step) {
     const Verb& verb = verbOf(step);
     if (!step.hasSubject || (verb.needs != Needs::node && !step.hasValue)) {
-        constexpr std::array<const char*, 3> needs = {"NODE", "NODE<TAB>VALUE", "ADDRESS<TAB>HEX"};
+        constexpr std::array<const char*, 4> needs = {"NODE", "NODE<TAB>VALUE", "ADDRESS<TAB>HEX",
+                                                      "PORT<TAB>HEX"};
         fail("the step is " + step.verb + "<TAB>" + needs[static_cast<std::size_t>(verb.needs)]);
     }
-    if (verb.ofMemory != nullptr) {
-        return verb.ofMemory(description.port(), step);
+    if (verb.ofDescription != nullptr) {
+        return verb.ofDescription(description, step);
     }
     INode* node = description.nodeMap().GetNode(GenApi::gcstring(step.subject));
     if (node == nullptr) {

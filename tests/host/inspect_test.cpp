@@ -157,6 +157,12 @@ constexpr const char* kindsDescription = R"(<?xml version="1.0" encoding="utf-8"
   <Command Name="Go"><pValue>CountReg</pValue><CommandValue>6</CommandValue></Command>
   <StringReg Name="Label"><Address>0x20</Address><Length>8</Length><AccessMode>RW</AccessMode>
     <pPort>Device</pPort></StringReg>
+  <IntReg Name="Stamp"><Address>-4</Address><Length>4</Length><AccessMode>RO</AccessMode>
+    <pPort>Chunk</pPort><Endianess>BigEndian</Endianess></IntReg>
+  <IntReg Name="Edge"><Address>1</Address><Length>1</Length><AccessMode>RO</AccessMode>
+    <pPort>Event</pPort></IntReg>
+  <Port Name="Chunk"><ChunkID>A1</ChunkID></Port>
+  <Port Name="Event"><EventID>9001</EventID></Port>
   <Port Name="Device"/>
 </RegisterDescription>
 )";
@@ -209,6 +215,19 @@ TEST_F(NodemapCommand, StepThatFailsTellsWhyAndTheNextRuns) {
               "int\tCount\t0\n");
     EXPECT_EQ(runSteps(folder_, "jump\tCount").find("jump\tCount\t!there is no verb \"jump\"; "),
               0U);
+}
+
+TEST_F(NodemapCommand, StepsAttachChunksAndDeliverEvents) {
+    EXPECT_EQ(runSteps(folder_,
+                       "access\tStamp\naccess\tEdge\nattachchunk\tChunk\t00000000000102\n"
+                       "get\tStamp\nattachchunk\tChunk\t0a0b0c0d\nget\tStamp\n"
+                       "event\tEvent\tff07\nget\tEdge\nattachchunk\tDevice\t00\n"
+                       "event\tDevice\t00\n"),
+              "access\tStamp\tNA\naccess\tEdge\tNA\nattachchunk\tChunk\tok\n"
+              "get\tStamp\t258\nattachchunk\tChunk\tok\nget\tStamp\t168496141\n"
+              "event\tEvent\tok\nget\tEdge\t7\n"
+              "attachchunk\tDevice\t!Node 'Device' is no chunk port.\n"
+              "event\tDevice\t!Node 'Device' has no EventID.\n");
 }
 
 TEST_F(NodemapCommand, MemoryIsAFileOrANumberOfZeroBytes) {
