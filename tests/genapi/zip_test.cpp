@@ -55,8 +55,8 @@ std::string container(const std::vector<Member>& members, const std::string& com
     std::string files;
     std::string directory;
     for (const Member& m : members) {
-        directory +=
-            "PK\1\2" + number(20, 2) + fields(m) + number(0, 10) + number(files.size(), 4) + m.name;
+        directory += "PK\1\2" + number(20, 2) + fields(m) + std::string(10, '\0') +
+                     number(files.size(), 4) + m.name;
         files += "PK\3\4" + fields(m) + m.name + m.packed;
     }
     return files + directory + "PK\5\6" + number(0, 4) + number(members.size(), 2) +
