@@ -20,7 +20,7 @@ std::uint32_t ReadWord(const std::uint8_t* from) {
 
 // Bit `number` of a line, counted from the lowest bit of its first byte.
 std::uint32_t Bit(const std::uint8_t* line, std::size_t number) {
-    return line[number / 8] >> (number % 8) & 1U;
+    return std::uint32_t{line[number / 8]} >> (number % 8) & 1U;
 }
 
 std::uint32_t ReadBits(const std::uint8_t* line, std::size_t sample, std::uint32_t depth) {
