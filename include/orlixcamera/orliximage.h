@@ -14,6 +14,8 @@
 
 namespace Orlix {
 
+class CGrabResultPtr;
+
 // What every image offers. An image is valid or empty; an empty one has an undefined pixel type,
 // the size 0 and no buffer. Sizes in bytes are 64 bits wide.
 class ORLIXCAMERA_API COrlixImageBase {
@@ -127,6 +129,11 @@ public:
     void AttachUserBuffer(void* data, std::size_t size, EPixelType pixelType, std::uint32_t width,
                           std::uint32_t height, std::size_t paddingX = 0,
                           EImageOrientation orientation = ImageOrientation_TopDown);
+
+    // Refers to the image of a frame without copying, and keeps the result alive. Throws
+    // InvalidArgumentException for an invalid pointer, RuntimeException with its description for a
+    // frame that failed, and leaves the image as it was.
+    void AttachGrabResultBuffer(const CGrabResultPtr& grabResult);
 
     // True if the handle keeps its memory alive; false for an empty image or a user buffer.
     [[nodiscard]] bool OwnsBuffer() const noexcept { return owner_ != nullptr; }

@@ -11,6 +11,11 @@
 #include "gcbase/gcstring.h"
 #include "orlixcamera/api.h"
 
+namespace GenApi {
+class INode;
+class INodeMap;
+}  // namespace GenApi
+
 namespace Orlix {
 
 enum EParameterInfo {
@@ -57,7 +62,7 @@ public:
 
     [[nodiscard]] virtual bool IsReadable() const = 0;
     [[nodiscard]] virtual bool IsWritable() const = 0;
-    [[nodiscard]] virtual std::int64_t GetValue() const = 0;
+    [[nodiscard]] virtual std::int64_t GetValue(bool verify, bool ignoreCache) const = 0;
     virtual void SetValue(std::int64_t value, bool verify) = 0;
     [[nodiscard]] virtual IntegerRange GetRange() const = 0;
     [[nodiscard]] virtual GenICam::gcstring GetInfo(EParameterInfo info) const = 0;
@@ -71,16 +76,22 @@ public:
     CIntegerParameter(const ParameterTexts& texts, const IntegerRange& range,
                       std::int64_t initialValue);
     explicit CIntegerParameter(std::shared_ptr<IIntegerSource> source) noexcept;
+    // The value of an integer feature; the map must live as long as the parameter is used. Without
+    // such a feature it is a parameter without a source.
+    explicit CIntegerParameter(GenApi::INode* node);
+    CIntegerParameter(GenApi::INodeMap* map, const GenICam::gcstring& name);
+    CIntegerParameter(GenApi::INodeMap& map, const GenICam::gcstring& name);
 
     CIntegerParameter(const CIntegerParameter&) = delete;
     CIntegerParameter& operator=(const CIntegerParameter&) = delete;
     ~CIntegerParameter();
 
-    [[nodiscard]] bool IsValid() const noexcept { return source_ != nullptr; }
-    [[nodiscard]] bool IsReadable() const { return IsValid() && source_->IsReadable(); }
-    [[nodiscard]] bool IsWritable() const { return IsValid() && source_->IsWritable(); }
+    // Whether there is a value to be had.
+    [[nodiscard]] bool IsValid() const { return IsReadable(); }
+    [[nodiscard]] bool IsReadable() const { return source_ != nullptr && source_->IsReadable(); }
+    [[nodiscard]] bool IsWritable() const { return source_ != nullptr && source_->IsWritable(); }
 
-    [[nodiscard]] std::int64_t GetValue() const;
+    [[nodiscard]] std::int64_t GetValue(bool verify = false, bool ignoreCache = false) const;
     [[nodiscard]] std::int64_t GetValueOrDefault(std::int64_t defaultValue) const;
     // With `verify`, a value below the minimum, above the maximum or off the increment throws
     // OutOfRangeException that names parameter, value and range, and the old value stays. Without

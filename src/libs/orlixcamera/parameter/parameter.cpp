@@ -17,7 +17,7 @@ public:
 
     [[nodiscard]] bool IsReadable() const override { return true; }
     [[nodiscard]] bool IsWritable() const override { return true; }
-    [[nodiscard]] std::int64_t GetValue() const override { return value_; }
+    [[nodiscard]] std::int64_t GetValue(bool, bool) const override { return value_; }
     void SetValue(std::int64_t value, bool verify) override;
     [[nodiscard]] IntegerRange GetRange() const override { return range_; }
     [[nodiscard]] GenICam::gcstring GetInfo(EParameterInfo info) const override {
@@ -94,12 +94,12 @@ IIntegerSource& CIntegerParameter::Source() const {
     return *source_;
 }
 
-std::int64_t CIntegerParameter::GetValue() const {
-    return Source().GetValue();
+std::int64_t CIntegerParameter::GetValue(bool verify, bool ignoreCache) const {
+    return Source().GetValue(verify, ignoreCache);
 }
 
 std::int64_t CIntegerParameter::GetValueOrDefault(std::int64_t defaultValue) const {
-    return IsReadable() ? source_->GetValue() : defaultValue;
+    return IsReadable() ? source_->GetValue(false, false) : defaultValue;
 }
 
 void CIntegerParameter::SetValue(std::int64_t value, bool verify) {
