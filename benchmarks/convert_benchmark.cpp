@@ -1,183 +1,236 @@
-// Throughput of the image format converter, beside OpenCV where it is installed:
+// Throughput of the image format converter beside its rivals, and a table of the ratios at the end:
 //   build/release/bin/convert_benchmark [--benchmark_filter=...]
-// Names read converter/SOURCE/DESTINATION/threads and opencv/SOURCE/DESTINATION/threads. Both work
-// on warm buffers of one size; the converter makes a new image from the pool each time, as a node
-// does.
+// Names read SOURCE/DESTINATION/SIZE/WHO. Everything runs on warm buffers and one thread, and CPU
+// time is compared; "two threads" is measured by the clock. The converter takes a new image from
+// the pool each time, as a node does.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "convertrivals.h"
 #include "orlixcamera/imageformatconverter.h"
 #include "orlixcamera/orliximage.h"
 #include "orlixcamera/pixeltypemapper.h"
 
-#ifdef ORLIX_HAS_OPENCV
-#include <opencv2/core.hpp>
-#include <opencv2/imgproc.hpp>
-#endif
-
 namespace {
 
 using namespace Orlix;
+using Benchmarks::Picture;
+using Benchmarks::Rival;
 
-constexpr std::uint32_t Width = 1920;
-constexpr std::uint32_t Height = 1200;
+struct Size {
+    std::uint32_t width, height;
+};
+constexpr Size Sizes[] = {{1920, 1200}, {4096, 3000}};
 
-std::vector<std::uint8_t> MakeSource(EPixelType type) {
-    std::vector<std::uint8_t> bytes(ComputeBufferSize(type, Width, Height));
-    std::uint32_t state = 1;
-    for (std::uint8_t& byte : bytes) {
-        state = state * 1664525U + 1013904223U;
-        byte = static_cast<std::uint8_t>(state >> 24U);
-    }
-    return bytes;
+// A conversion, and how many times as fast as the best rival it must be; 0 where that is open.
+struct Row {
+    EPixelType source;
+    EPixelType destination;
+    double goal;
+};
+
+const Row Rows[] = {
+    {PixelType_BayerRG8, PixelType_BGR8Packed, 3},
+    {PixelType_BayerRG8, PixelType_RGB8Packed, 3},
+    {PixelType_BayerRG8, PixelType_Mono8, 3},
+    {PixelType_BayerRG10p, PixelType_BGR8Packed, 4},
+    {PixelType_BayerRG12p, PixelType_BGR8Packed, 4},
+    {PixelType_BayerRG12Packed, PixelType_BGR8Packed, 4},
+    {PixelType_BayerRG16, PixelType_RGB16Packed, 2},
+    {PixelType_BayerRG12, PixelType_RGB16Packed, 2},
+    {PixelType_BayerRG10, PixelType_RGB16Packed, 2},
+    {PixelType_Mono10p, PixelType_Mono16, 0.8},
+    {PixelType_Mono12p, PixelType_Mono16, 0.8},
+    {PixelType_Mono12Packed, PixelType_Mono16, 0.8},
+    {PixelType_Mono10p, PixelType_Mono8, 0.8},
+    {PixelType_Mono12p, PixelType_Mono8, 0.8},
+    {PixelType_Mono12Packed, PixelType_Mono8, 0.8},
+    {PixelType_RGB8Packed, PixelType_Mono8, 1.3},
+    {PixelType_BGRA8Packed, PixelType_Mono8, 0},
+    {PixelType_RGB8Packed, PixelType_BGR8Packed, 1},
+    {PixelType_RGB8Packed, PixelType_BGRA8Packed, 1},
+    {PixelType_RGB8Packed, PixelType_RGB8Planar, 1},
+    {PixelType_RGBA8Packed, PixelType_BGRA8Packed, 0},
+    {PixelType_BGRA8Packed, PixelType_BGR8Packed, 0},
+    {PixelType_Mono8, PixelType_RGB8Packed, 1},
+    {PixelType_Mono8, PixelType_BGRA8Packed, 0},
+    {PixelType_Mono16, PixelType_Mono8, 1},
+    {PixelType_RGB16Packed, PixelType_RGB8Packed, 1},
+    {PixelType_RGB8Packed, PixelType_RGB16Packed, 0},
+    {PixelType_RGB16Packed, PixelType_Mono16, 0},
+    {PixelType_YUV422Packed, PixelType_BGR8Packed, 1},
+    {PixelType_YUV422_YUYV_Packed, PixelType_BGR8Packed, 1},
+    {PixelType_YCbCr420_8_YY_CbCr_Semiplanar, PixelType_BGR8Packed, 1},
+    {PixelType_YCbCr422_8_YY_CbCr_Semiplanar, PixelType_BGR8Packed, 1},
+    {PixelType_YUV422Packed, PixelType_BGRA8Packed, 0},
+    {PixelType_RGB8Packed, PixelType_YUV444Planar, 1},
+    {PixelType_RGB8Packed, PixelType_YUV422Planar, 1},
+    {PixelType_RGB8Packed, PixelType_YUV420Planar, 1},
+};
+
+constexpr const char* Ours = "converter";
+constexpr const char* TwoThreads = "two threads";
+
+std::string PairName(const Row& row, const Size& size) {
+    return std::string(CPixelTypeMapper::GetNameByPixelType(row.source)) + "/" +
+           CPixelTypeMapper::GetNameByPixelType(row.destination) + "/" +
+           std::to_string(size.width) + "x" + std::to_string(size.height);
 }
 
-void SetCounters(benchmark::State& state, EPixelType source, EPixelType destination) {
-    const auto pixels = static_cast<double>(Width) * Height;
-    const std::uint64_t bytes =
-        ComputeBufferSize(source, Width, Height) + ComputeBufferSize(destination, Width, Height);
-    state.counters["pixels"] =
-        benchmark::Counter(pixels, benchmark::Counter::kIsIterationInvariantRate);
-    state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * state.iterations());
+// The noise that all pictures begin with; the largest has four bytes a pixel.
+const std::uint8_t* Noise() {
+    static const std::vector<std::uint8_t> bytes = [] {
+        std::vector<std::uint8_t> made(std::size_t{4096} * 3000 * 6);
+        std::uint32_t state = 1;
+        for (std::uint8_t& byte : made) {
+            state = state * 1664525U + 1013904223U;
+            byte = static_cast<std::uint8_t>(state >> 24U);
+        }
+        return made;
+    }();
+    return bytes.data();
 }
 
-void RunConverter(benchmark::State& state, EPixelType source, EPixelType destination,
-                  std::int64_t threads) {
-    const std::vector<std::uint8_t> bytes = MakeSource(source);
+void RunConverter(benchmark::State& state, const Row& row, const Size& size, std::int64_t threads) {
     CImageFormatConverter converter;
-    converter.OutputPixelFormat.SetValue(destination);
+    converter.OutputPixelFormat.SetValue(row.destination);
     converter.MaxNumThreads.SetValue(threads);
+    const std::size_t bytes = ComputeBufferSize(row.source, size.width, size.height);
     for ([[maybe_unused]] auto _ : state) {
         COrlixImage image;
-        converter.Convert(image, bytes.data(), bytes.size(), source, Width, Height, 0,
+        converter.Convert(image, Noise(), bytes, row.source, size.width, size.height, 0,
                           ImageOrientation_TopDown);
         benchmark::DoNotOptimize(image.GetBuffer());
         benchmark::ClobberMemory();
     }
-    SetCounters(state, source, destination);
 }
 
-#ifdef ORLIX_HAS_OPENCV
-
-// How the rival does the same, or what comes nearest.
-struct Rival {
-    enum class Kind { None, Colour, Depth, Planes } kind = Kind::None;
-    int code = 0;
-    double scale = 1;
-};
-
-int MatType(EPixelType type) {
-    const int depth = BitDepth(type) == 8 ? CV_8U : CV_16U;
-    const auto channels =
-        IsPlanar(type) ? 1 : static_cast<int>(BitsPerPixel(type) / BitDepth(type));
-    return CV_MAKETYPE(depth, channels);
-}
-
-void RunRival(benchmark::State& state, EPixelType source, EPixelType destination, Rival rival,
-              int threads) {
-    std::vector<std::uint8_t> bytes = MakeSource(source);
-    const cv::Mat from(static_cast<int>(Height), static_cast<int>(Width), MatType(source),
-                       bytes.data());
-    cv::Mat to;
-    std::vector<cv::Mat> planes;
-    cv::setNumThreads(threads);
+void RunRival(benchmark::State& state, const Rival& rival) {
+    rival.convert();
     for ([[maybe_unused]] auto _ : state) {
-        if (rival.kind == Rival::Kind::Colour) {
-            cv::cvtColor(from, to, rival.code);
-        } else if (rival.kind == Rival::Kind::Depth) {
-            from.convertTo(to, MatType(destination), rival.scale);
-        } else {
-            cv::split(from, planes);
-        }
-        benchmark::DoNotOptimize(to.data);
+        rival.convert();
         benchmark::ClobberMemory();
     }
-    SetCounters(state, source, destination);
 }
 
-#else
-
-struct Rival {
-    enum class Kind { None, Colour, Depth, Planes } kind = Kind::None;
-    int code = 0;
-    double scale = 1;
-};
-
-#endif
-
-#ifdef ORLIX_HAS_OPENCV
-#define ORLIX_CODE(name) cv::COLOR_##name
-#else
-#define ORLIX_CODE(name) 0
-#endif
-
-struct Pair {
-    EPixelType source;
-    EPixelType destination;
-    Rival rival;
-};
-
-// The rival's I420 is of limited range, and its depth change rounds to nearest: nearly the same
-// work.
-const Pair Pairs[] = {
-    {PixelType_Mono8, PixelType_BGRA8Packed, {Rival::Kind::Colour, ORLIX_CODE(GRAY2BGRA)}},
-    {PixelType_Mono8, PixelType_RGB8Packed, {Rival::Kind::Colour, ORLIX_CODE(GRAY2RGB)}},
-    {PixelType_Mono8, PixelType_Mono16, {Rival::Kind::Depth}},
-    {PixelType_Mono16, PixelType_Mono8, {Rival::Kind::Depth, 0, 1.0 / 256}},
-    {PixelType_RGB8Packed, PixelType_BGRA8Packed, {Rival::Kind::Colour, ORLIX_CODE(RGB2BGRA)}},
-    {PixelType_RGB8Packed, PixelType_BGR8Packed, {Rival::Kind::Colour, ORLIX_CODE(RGB2BGR)}},
-    {PixelType_RGB8Packed, PixelType_Mono8, {Rival::Kind::Colour, ORLIX_CODE(RGB2GRAY)}},
-    {PixelType_RGB8Packed, PixelType_RGB8Planar, {Rival::Kind::Planes}},
-    {PixelType_RGB8Packed, PixelType_RGB16Packed, {Rival::Kind::Depth}},
-    {PixelType_RGB8Packed, PixelType_YUV444Planar, {Rival::Kind::Colour, ORLIX_CODE(RGB2YUV)}},
-    {PixelType_RGB8Packed, PixelType_YUV422Planar, {}},
-    {PixelType_RGB8Packed, PixelType_YUV420Planar, {Rival::Kind::Colour, ORLIX_CODE(RGB2YUV_I420)}},
-    {PixelType_RGBA8Packed, PixelType_BGRA8Packed, {Rival::Kind::Colour, ORLIX_CODE(RGBA2BGRA)}},
-    {PixelType_BGRA8Packed, PixelType_BGR8Packed, {Rival::Kind::Colour, ORLIX_CODE(BGRA2BGR)}},
-    {PixelType_BGRA8Packed, PixelType_Mono8, {Rival::Kind::Colour, ORLIX_CODE(BGRA2GRAY)}},
-    {PixelType_RGB16Packed, PixelType_RGB8Packed, {Rival::Kind::Depth, 0, 1.0 / 256}},
-    {PixelType_RGB16Packed, PixelType_Mono16, {Rival::Kind::Colour, ORLIX_CODE(RGB2GRAY)}},
-    {PixelType_RGB16Packed, PixelType_BGRA8Packed, {}},
-};
-
-void Register(const Pair& pair, unsigned threads) {
-    const std::string name = std::string("/") + CPixelTypeMapper::GetNameByPixelType(pair.source) +
-                             "/" + CPixelTypeMapper::GetNameByPixelType(pair.destination) + "/" +
-                             std::to_string(threads);
-    benchmark::RegisterBenchmark(("converter" + name).c_str(), [=](benchmark::State& state) {
-        RunConverter(state, pair.source, pair.destination, threads);
-    })->UseRealTime();
-#ifdef ORLIX_HAS_OPENCV
-    if (pair.rival.kind != Rival::Kind::None) {
-        benchmark::RegisterBenchmark(("opencv" + name).c_str(), [=](benchmark::State& state) {
-            RunRival(state, pair.source, pair.destination, pair.rival, static_cast<int>(threads));
-        })->UseRealTime();
+void Register(const Row& row, const Size& size) {
+    const std::string name = PairName(row, size) + "/";
+    benchmark::RegisterBenchmark((name + Ours).c_str(), [=](benchmark::State& state) {
+        RunConverter(state, row, size, 1);
+    })->Unit(benchmark::kMicrosecond);
+    // The rivals are made when they run, so that only one has memory at a time.
+    const Picture picture{row.source, size.width, size.height, Noise()};
+    const std::size_t count = Benchmarks::MakeRivals(picture, row.destination).size();
+    for (std::size_t index = 0; index < count; ++index) {
+        const std::string rival = Benchmarks::MakeRivals(picture, row.destination)[index].name;
+        benchmark::RegisterBenchmark((name + rival).c_str(), [=](benchmark::State& state) {
+            RunRival(state, Benchmarks::MakeRivals(picture, row.destination)[index]);
+        })->Unit(benchmark::kMicrosecond);
     }
-#endif
+    if (CImageFormatConverter().MaxNumThreads.GetMax() > 1) {
+        benchmark::RegisterBenchmark(
+            (name + TwoThreads).c_str(),
+            [=](benchmark::State& state) { RunConverter(state, row, size, 2); })
+            ->Unit(benchmark::kMicrosecond)
+            ->UseRealTime();
+    }
 }
+
+// Prints the runs as they come, and keeps their times for the table.
+class TableReporter : public benchmark::ConsoleReporter {
+public:
+    TableReporter() : ConsoleReporter(OO_Tabular) {}
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs) {
+            if (run.run_type != Run::RT_Iteration || run.error_occurred) {
+                continue;
+            }
+            const std::string& name = run.run_name.function_name;
+            const double iterations = static_cast<double>(run.iterations);
+            times_[name].cpu.push_back(run.cpu_accumulated_time / iterations);
+            times_[name].clock.push_back(run.real_accumulated_time / iterations);
+        }
+    }
+
+    void PrintTable() {
+        std::printf(
+            "\nns a pixel, median of CPU time; ratio: best rival over converter; threads: one "
+            "over two, by the clock\n\n"
+            "| from | to | size | converter | rivals | ratio | goal | threads |\n"
+            "|---|---|---|---|---|---|---|---|\n");
+        for (const Row& row : Rows) {
+            for (const Size& size : Sizes) {
+                PrintRow(row, size);
+            }
+        }
+    }
+
+private:
+    struct Times {
+        std::vector<double> cpu, clock;
+    };
+
+    static double Median(std::vector<double> values) {
+        if (values.empty()) {
+            return 0;
+        }
+        const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+        std::nth_element(values.begin(), middle, values.end());
+        return *middle;
+    }
+
+    void PrintRow(const Row& row, const Size& size) {
+        const std::string name = PairName(row, size) + "/";
+        const Times& ours = times_[name + Ours];
+        if (ours.cpu.empty()) {
+            return;
+        }
+        const double perPixel = 1e9 / (double{1} * size.width * size.height);
+        std::string rivals;
+        double best = 0;
+        for (const char* rival : {"memcpy", "loop and OpenCV", "OpenCV", "libyuv"}) {
+            const double time = Median(times_[name + rival].cpu);
+            if (time > 0) {
+                char text[80];
+                std::snprintf(text, sizeof(text), "%s%s %.3f", rivals.empty() ? "" : ", ", rival,
+                              time * perPixel);
+                rivals += text;
+                best = best > 0 ? std::min(best, time) : time;
+            }
+        }
+        const double time = Median(ours.cpu);
+        const double two = Median(times_[name + TwoThreads].clock);
+        std::printf("| `%s` | `%s` | %u × %u | %.3f | %s | %.2f | %.1f | %.2f |\n",
+                    CPixelTypeMapper::GetNameByPixelType(row.source),
+                    CPixelTypeMapper::GetNameByPixelType(row.destination), size.width, size.height,
+                    time * perPixel, rivals.empty() ? "none" : rivals.c_str(), best / time,
+                    row.goal, two > 0 ? Median(ours.clock) / two : 0);
+    }
+
+    std::map<std::string, Times> times_;
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    const unsigned machine = std::max(1U, std::thread::hardware_concurrency());
-    for (const Pair& pair : Pairs) {
-        Register(pair, 1);
-        if (machine > 1) {
-            Register(pair, machine);
+    for (const Row& row : Rows) {
+        for (const Size& size : Sizes) {
+            Register(row, size);
         }
     }
-#ifdef ORLIX_HAS_OPENCV
-    benchmark::AddCustomContext("rival", "OpenCV " CV_VERSION);
-#else
-    benchmark::AddCustomContext("rival", "none: OpenCV was not found when this was configured");
-#endif
+    benchmark::AddCustomContext("rivals", Benchmarks::DescribeRivals());
     benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    TableReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    reporter.PrintTable();
     benchmark::Shutdown();
     return 0;
 }
