@@ -2,6 +2,7 @@
 // message on stderr and exit code 1. It keeps the "C" locale, so that numbers read the same
 // everywhere.
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <cmath>
 #include <functional>
 #include <iostream>
@@ -38,10 +39,18 @@ std::string positiveSeconds(const std::string& text) {
 }
 
 std::string positiveCount(const std::string& text) {
-    const bool isCount = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
-    return isCount && text.find_first_not_of('0') != std::string::npos
-               ? std::string()
-               : "expected a whole number above 0, found \"" + text + "\"";
+    std::uint64_t value = 0;
+    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (failure == std::errc::result_out_of_range) {
+        return "the number " + text + " is too large";
+    }
+    const bool isCount = failure == std::errc() && end == text.data() + text.size();
+    return isCount && value > 0 ? std::string()
+                                : "expected a whole number above 0, found \"" + text + "\"";
+}
+
+std::string folderName(const std::string& text) {
+    return text.empty() ? "expected the name of a folder, found \"\"" : std::string();
 }
 
 CLI::App* addCommand(CLI::App& app, CommandLine& line, const char* name, const char* description,
@@ -137,7 +146,8 @@ void addRunCommand(CLI::App& app, CommandLine& line) {
         ->check(positiveSeconds);
     run->add_option("--out", options.run.outFolder,
                     "Write the values of all open outputs to a folder")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(folderName);
     run->add_option("--emulated-cameras", options.emulatedCameras,
                     "Number of emulated cameras; this version has none")
         ->type_name("N")
@@ -176,9 +186,14 @@ int execute(const CommandLine& line) {
     return 1;
 }
 
+int refuse(const std::string& message) {
+    std::cerr << "orlix: " << message << "\n";
+    return 1;
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Runs recipes of image processing nodes", "orlix");
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.fallthrough(false);
     CommandLine line;
     addInspectCommands(app, line);
@@ -189,10 +204,10 @@ int run(int argc, char** argv) {
     } catch (const CLI::Success& success) {
         return app.exit(success);
     } catch (const CLI::ParseError& error) {
-        std::cerr << "orlix: " << error.what() << "\n";
-        return 1;
+        return refuse(error.what());
     }
-    return execute(line);
+    // Asked for only now, so that a command that is unknown has been named.
+    return line.command ? execute(line) : refuse("a command is required; orlix --help lists them");
 }
 
 }  // namespace

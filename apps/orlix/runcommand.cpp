@@ -2,7 +2,6 @@
 #include <csignal>
 #include <cstdio>
 #include <iostream>
-#include <memory>
 #include <utility>
 
 #include "commands.h"
@@ -68,9 +67,8 @@ void runRecipe(const CommonOptions& options, RunCommandOptions command, Console&
     }
     graph.connect();
     Host::Runner runner(graph, command.run);
-    // The runner ends before the watch does, also when the run throws.
-    const std::shared_ptr<void> watched(&signals, [](SignalWatch* watch) { watch->onSignal({}); });
-    signals.onSignal([&runner] { runner.requestStop(); });
+    // Gone before the runner is, also when the run throws.
+    const SignalHandler stopRun(signals, [&runner] { runner.requestStop(); });
 
     Host::RunObserver observer;
     observer.onStarted = [&console] { console.start(); };
@@ -80,7 +78,6 @@ void runRecipe(const CommonOptions& options, RunCommandOptions command, Console&
         };
     }
     const Host::RunReport report = runner.run(observer);
-    signals.onSignal({});
     console.showLiveLine({});
     if (command.format == Format::Json) {
         std::cout << Host::reportAsJson(report) << "\n";

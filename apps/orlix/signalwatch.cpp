@@ -8,7 +8,7 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
+#include <cstdint>
 #include <system_error>
 #include <utility>
 
@@ -17,45 +17,56 @@ namespace {
 
 // What a shell expects of a program that a signal has ended.
 constexpr int exitCodeOfSignal = 128;
+constexpr const char* failure = "can not watch signals";
 
-int checked(int descriptor, const char* what) {
-    if (descriptor < 0) {
-        throw std::system_error(errno, std::generic_category(), what);
-    }
-    return descriptor;
-}
-
-sigset_t stopSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGTERM);
+const sigset_t& stopSignals() {
+    static const sigset_t signals = [] {
+        sigset_t set;
+        sigemptyset(&set);
+        sigaddset(&set, SIGINT);
+        sigaddset(&set, SIGTERM);
+        return set;
+    }();
     return signals;
 }
 
 }  // namespace
 
-SignalWatch::SignalWatch() {
-    const sigset_t signals = stopSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    signals_ =
-        checked(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK), "can not watch signals");
-    end_ = checked(::eventfd(0, EFD_CLOEXEC), "can not watch signals");
-    thread_ = std::thread([this] { watch(); });
+Descriptor::Descriptor(int value, const char* what) : value_(value) {
+    if (value_ < 0) {
+        throw std::system_error(errno, std::generic_category(), what);
+    }
 }
+
+Descriptor::~Descriptor() {
+    ::close(value_);
+}
+
+SignalBlock::SignalBlock(const sigset_t& signals) {
+    pthread_sigmask(SIG_BLOCK, &signals, &before_);
+}
+
+SignalBlock::~SignalBlock() {
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
+
+SignalWatch::SignalWatch()
+    : block_(stopSignals()),
+      signals_(::signalfd(-1, &stopSignals(), SFD_CLOEXEC | SFD_NONBLOCK), failure),
+      end_(::eventfd(0, EFD_CLOEXEC), failure),
+      thread_([this] { watch(); }) {}
 
 SignalWatch::~SignalWatch() {
     const std::uint64_t one = 1;
-    if (::write(end_, &one, sizeof one) == static_cast<ssize_t>(sizeof one)) {
-        thread_.join();
-    } else {
-        thread_.detach();
+    while (::write(end_.get(), &one, sizeof one) < 0 && errno == EINTR) {
     }
-    ::close(signals_);
-    ::close(end_);
+    thread_.join();
+    // What came too late must not end the process when the block goes.
+    while (readSignal() != 0) {
+    }
 }
 
-void SignalWatch::onSignal(std::function<void()> handler) {
+void SignalWatch::setHandler(std::function<void()> handler) {
     const std::lock_guard lock(mutex_);
     handler_ = std::move(handler);
     if (received_ && handler_) {
@@ -64,7 +75,7 @@ void SignalWatch::onSignal(std::function<void()> handler) {
 }
 
 void SignalWatch::watch() {
-    std::array<pollfd, 2> sources = {{{signals_, POLLIN, 0}, {end_, POLLIN, 0}}};
+    std::array<pollfd, 2> sources = {{{signals_.get(), POLLIN, 0}, {end_.get(), POLLIN, 0}}};
     for (;;) {
         if (::poll(sources.data(), sources.size(), -1) < 0) {
             if (errno == EINTR) {
@@ -75,20 +86,35 @@ void SignalWatch::watch() {
         if ((sources[1].revents & POLLIN) != 0) {
             return;
         }
-        signalfd_siginfo info{};
-        if ((sources[0].revents & POLLIN) == 0 ||
-            ::read(signals_, &info, sizeof info) != static_cast<ssize_t>(sizeof info)) {
+        const int signal = readSignal();
+        if (signal == 0) {
             continue;
         }
         const std::lock_guard lock(mutex_);
         if (std::exchange(received_, true)) {
             // Whoever asks twice does not want to wait for the orderly end.
-            ::_exit(exitCodeOfSignal + static_cast<int>(info.ssi_signo));
+            ::_exit(exitCodeOfSignal + signal);
         }
         if (handler_) {
             handler_();
         }
     }
+}
+
+// 0 if there is none.
+int SignalWatch::readSignal() const {
+    signalfd_siginfo info{};
+    const bool isRead =
+        ::read(signals_.get(), &info, sizeof info) == static_cast<ssize_t>(sizeof info);
+    return isRead ? static_cast<int>(info.ssi_signo) : 0;
+}
+
+SignalHandler::SignalHandler(SignalWatch& watch, std::function<void()> handler) : watch_(watch) {
+    watch_.setHandler(std::move(handler));
+}
+
+SignalHandler::~SignalHandler() {
+    watch_.setHandler({});
 }
 
 }  // namespace Orlix::App

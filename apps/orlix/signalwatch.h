@@ -2,34 +2,77 @@
 // second one ends the process at once.
 #pragma once
 
+#include <csignal>
 #include <functional>
 #include <mutex>
 #include <thread>
 
 namespace Orlix::App {
 
+// A file descriptor that is closed at the end. Throws std::system_error for one that failed.
+class Descriptor {
+public:
+    Descriptor(int value, const char* what);
+    ~Descriptor();
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    [[nodiscard]] int get() const noexcept { return value_; }
+
+private:
+    int value_;
+};
+
+// Keeps signals from the thread that makes it, and from those that this one starts, until its end.
+class SignalBlock {
+public:
+    explicit SignalBlock(const sigset_t& signals);
+    ~SignalBlock();
+    SignalBlock(const SignalBlock&) = delete;
+    SignalBlock& operator=(const SignalBlock&) = delete;
+
+private:
+    sigset_t before_{};
+};
+
 // To be made before any other thread, since it blocks the two signals for all threads that are
-// started later. One object at a time.
+// started later, and to be destroyed on the thread that made it. One object at a time.
 class SignalWatch {
 public:
     SignalWatch();
+    // Passes over signals that are still on their way.
     ~SignalWatch();
     SignalWatch(const SignalWatch&) = delete;
     SignalWatch& operator=(const SignalWatch&) = delete;
 
-    // What the first signal calls, on the watch's thread; at once if that signal has come already.
-    // An empty function is nothing. Returns after a call in progress.
-    void onSignal(std::function<void()> handler);
-
 private:
-    void watch();
+    friend class SignalHandler;
 
-    int signals_ = -1;
-    int end_ = -1;
+    // An empty function is nothing. Returns after a call in progress.
+    void setHandler(std::function<void()> handler);
+    void watch();
+    [[nodiscard]] int readSignal() const;
+
+    const SignalBlock block_;
+    const Descriptor signals_;
+    const Descriptor end_;
     std::mutex mutex_;
     std::function<void()> handler_;
     bool received_ = false;
     std::thread thread_;
+};
+
+// What the first signal calls, on the watch's thread, for as long as this object lives; at once if
+// that signal has come already. The end waits for a call in progress.
+class SignalHandler {
+public:
+    SignalHandler(SignalWatch& watch, std::function<void()> handler);
+    ~SignalHandler();
+    SignalHandler(const SignalHandler&) = delete;
+    SignalHandler& operator=(const SignalHandler&) = delete;
+
+private:
+    SignalWatch& watch_;
 };
 
 }  // namespace Orlix::App

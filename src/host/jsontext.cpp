@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <sstream>
 #include <vector>
 
 #include "gcbase/gcexception.h"
@@ -14,33 +15,6 @@ namespace {
 constexpr int maxDepth = 100;
 constexpr std::size_t maxShownText = 60;
 
-// Watches the parser for what it would accept in silence.
-class ParserGuard {
-public:
-    explicit ParserGuard(std::string source) : source_(std::move(source)) {}
-
-    bool operator()(int depth, Json::parse_event_t event, const Json& parsed) {
-        if (depth > maxDepth) {
-            fail(source_ + ": nested deeper than " + std::to_string(maxDepth) + " levels");
-        }
-        if (event == Json::parse_event_t::object_start) {
-            keys_.emplace_back();
-        } else if (event == Json::parse_event_t::object_end) {
-            keys_.pop_back();
-        } else if (event == Json::parse_event_t::key) {
-            const std::string key = parsed.get<std::string>();
-            if (!keys_.back().insert(key).second) {
-                fail(source_ + ": the key \"" + key + "\" occurs twice in one object");
-            }
-        }
-        return true;
-    }
-
-private:
-    std::string source_;
-    std::vector<std::set<std::string>> keys_;
-};
-
 // The place of a byte, both counted from 1.
 std::string placeOf(const std::string& text, std::size_t byte) {
     const std::size_t end = std::min(byte > 0 ? byte - 1 : 0, text.size());
@@ -51,9 +25,81 @@ std::string placeOf(const std::string& text, std::size_t byte) {
     return std::to_string(line) + ":" + std::to_string(column);
 }
 
+// The text on its way into the parser, and how far it has come.
+class Source {
+public:
+    Source(const std::string& text, std::string name)
+        : text_(text), name_(std::move(name)), stream_(text) {}
+
+    [[nodiscard]] std::istream& stream() { return stream_; }
+
+    // With the place of the last character that was read.
+    [[noreturn]] void failHere(const std::string& what) { failAt(bytesRead(), what); }
+    [[noreturn]] void failAt(std::size_t byte, const std::string& what) const {
+        fail(name_ + ":" + placeOf(text_, byte) + ": " + what);
+    }
+    // With the place where a piece of the text begins that was read just now.
+    [[noreturn]] void failAtLast(const std::string& piece, const std::string& what) {
+        const std::size_t end = bytesRead();
+        const std::size_t found = text_.rfind(piece, end);
+        // One character may have been read ahead; a piece that is escaped in the text isn't found.
+        const bool isLast = found != std::string::npos && found + piece.size() + 1 >= end;
+        failAt(isLast ? found + 1 : end, what);
+    }
+
+private:
+    [[nodiscard]] std::size_t bytesRead() {
+        // Not tellg(), which has no answer at the end of the text.
+        const auto position = stream_.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in);
+        return static_cast<std::size_t>(std::max<std::streamoff>(position, 0));
+    }
+
+    const std::string& text_;
+    std::string name_;
+    std::istringstream stream_;
+};
+
+// Watches the parser for what it would accept in silence.
+class ParserGuard {
+public:
+    explicit ParserGuard(Source& source) : source_(source) {}
+
+    bool operator()(int depth, Json::parse_event_t event, const Json& parsed) {
+        const bool isStart =
+            event == Json::parse_event_t::object_start || event == Json::parse_event_t::array_start;
+        if (isStart && depth >= maxDepth) {
+            source_.failHere("nested deeper than " + std::to_string(maxDepth) + " levels");
+        }
+        if (event == Json::parse_event_t::object_start) {
+            keys_.emplace_back();
+        } else if (event == Json::parse_event_t::object_end) {
+            keys_.pop_back();
+        } else if (event == Json::parse_event_t::key) {
+            const std::string key = parsed.get<std::string>();
+            if (!keys_.back().insert(key).second) {
+                source_.failAtLast(inQuotes(key),
+                                   "the key " + inQuotes(key) + " occurs twice in one object");
+            }
+        }
+        return true;
+    }
+
+private:
+    Source& source_;
+    std::vector<std::set<std::string>> keys_;
+};
+
+// The parser takes a zero byte for the end of the text and would pass over all that follows.
+void refuseZeroBytes(const std::string& text, const Source& source) {
+    const std::size_t zero = text.find('\0');
+    if (zero != std::string::npos) {
+        source.failAt(zero + 1, "a zero byte, which UTF-8 text does not have");
+    }
+}
+
 // The parser's own text without its identifier and place, and without the last characters that it
 // has read: the place says where they are.
-std::string reasonOf(const Json::exception& error) {
+std::string reasonOf(const Json::parse_error& error) {
     std::string text = error.what();
     const std::size_t place = text.find(", column ");
     const std::size_t start = text.find(": ", place == std::string::npos ? 0 : place);
@@ -66,18 +112,40 @@ std::string reasonOf(const Json::exception& error) {
     return text;
 }
 
+// The number that the parser can not hold: "... number overflow parsing '1e400'".
+std::string numberOf(const Json::out_of_range& error) {
+    const std::string text = error.what();
+    const std::size_t end = text.rfind('\'');
+    const std::size_t begin = text.find('\'') + 1;
+    return begin > 0 && end > begin ? text.substr(begin, end - begin) : text;
+}
+
+// The beginning of a long text, without the bytes of a character that would be cut in two.
+std::string cutText(const std::string& text) {
+    std::size_t end = maxShownText;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0U) == 0x80U) {
+        --end;
+    }
+    return text.substr(0, end) + "...";
+}
+
 }  // namespace
 
 Json parseJson(const std::string& text, const std::string& source) {
+    Source input(text, source);
+    refuseZeroBytes(text, input);
     try {
-        auto guard = std::make_shared<ParserGuard>(source);
-        return Json::parse(text, [guard](int depth, Json::parse_event_t event, Json& parsed) {
-            return (*guard)(depth, event, parsed);
-        });
+        // By reference: the parser copies what it is given.
+        ParserGuard guard(input);
+        return Json::parse(input.stream(),
+                           [&guard](int depth, Json::parse_event_t event, Json& parsed) {
+                               return guard(depth, event, parsed);
+                           });
     } catch (const Json::parse_error& error) {
-        fail(source + ":" + placeOf(text, error.byte) + ": " + reasonOf(error));
-    } catch (const Json::exception& error) {
-        fail(source + ": " + reasonOf(error));
+        input.failAt(error.byte, reasonOf(error));
+    } catch (const Json::out_of_range& error) {
+        const std::string number = numberOf(error);
+        input.failAtLast(number, "the number " + number + " is too large");
     }
 }
 
@@ -89,8 +157,7 @@ std::string describeJson(const Json& value) {
             return "an array";
         case Json::value_t::string: {
             const auto& text = value.get_ref<const std::string&>();
-            const bool isLong = text.size() > maxShownText;
-            return "the text \"" + (isLong ? text.substr(0, maxShownText) + "..." : text) + "\"";
+            return "the text " + inQuotes(text.size() > maxShownText ? cutText(text) : text);
         }
         case Json::value_t::boolean:
             return value.get<bool>() ? "true" : "false";

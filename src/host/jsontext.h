@@ -8,8 +8,9 @@ namespace Orlix::Host {
 
 using Json = nlohmann::ordered_json;
 
-// Throws RuntimeException `SOURCE:LINE:COLUMN: what is wrong`. A key that occurs twice in one
-// object is refused, since half of the file would be ignored in silence.
+// From UTF-8, with or without a byte order mark. Throws RuntimeException `SOURCE:LINE:COLUMN: what
+// is wrong`. A key that occurs twice in one object is refused, since half of the file would be
+// ignored in silence; so are more than 100 levels of nesting and numbers beyond those of a double.
 [[nodiscard]] Json parseJson(const std::string& text, const std::string& source);
 
 // For messages: "the number 5", "the text "abc"", "an array", "a section".

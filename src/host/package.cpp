@@ -54,6 +54,9 @@ void checkUsable(const Module& module) {
 }
 
 void* openLibrary(const std::string& file) {
+    if (file.empty()) {
+        fail("the name of the package file is empty");
+    }
     // A name without a slash would be searched in the system's folders.
     const fs::path path = fs::absolute(file);
     std::error_code failure;

@@ -217,7 +217,7 @@ std::string knownFeatures(GenApi::INodeMap& map) {
     return join(names);
 }
 
-// What would be allowed, for a refused value; empty if there is nothing to say.
+// What would be allowed instead of a refused value; empty if there is nothing to say.
 std::string allowedValues(const Parameter& parameter) {
     if (!parameter.entries.empty()) {
         return "; it takes " + join(parameter.entries);
@@ -233,6 +233,15 @@ std::string allowedValues(const Parameter& parameter) {
     const bool hasStep = !std::holds_alternative<std::monostate>(parameter.inc) &&
                          parameter.inc != ParameterValue(std::int64_t{1});
     return hasStep ? text + " in steps of " + parameterText(parameter.inc) : text;
+}
+
+// The message of a refused value, which goes on with what would be allowed.
+std::string withAllowed(std::string message, const Parameter& parameter) {
+    const std::string allowed = allowedValues(parameter);
+    if (!allowed.empty() && message.ends_with('.')) {
+        message.pop_back();
+    }
+    return message + allowed;
 }
 
 void assign(GenApi::INode& node, const std::string& value) {
@@ -279,8 +288,8 @@ void setParameter(GenApi::INodeMap& map, const std::string& name, const std::str
     try {
         assign(*node, value);
     } catch (...) {
-        fail(place + ": can not be set to " + inQuotes(value) + ": " + currentMessage() +
-             allowedValues(parameter));
+        fail(place + ": can not be set to " + inQuotes(value) + ": " +
+             withAllowed(currentMessage(), parameter));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <map>
 
 #include "host/message.h"
 
@@ -126,21 +127,21 @@ std::vector<RecipeNode> RecipeChecker::nodes() const {
         failAt("nodes", "a recipe has at least one node");
     }
     std::vector<RecipeNode> nodes;
+    std::map<std::string, std::size_t> indices;
     for (std::size_t i = 0; i < values.size(); ++i) {
-        RecipeNode next = node(values[i], at("nodes", i));
-        for (std::size_t earlier = 0; earlier < nodes.size(); ++earlier) {
-            if (nodes[earlier].name == next.name) {
-                failAt(at("nodes", i) + ".name",
-                       inQuotes(next.name) + " is the name of " + at("nodes", earlier) + " too");
-            }
+        nodes.push_back(node(values[i], at("nodes", i)));
+        const std::string& name = nodes.back().name;
+        const auto [earlier, isNew] = indices.emplace(name, i);
+        if (!isNew) {
+            failAt(at("nodes", i) + ".name",
+                   inQuotes(name) + " is the name of " + at("nodes", earlier->second) + " too");
         }
-        nodes.push_back(std::move(next));
     }
     return nodes;
 }
 
 void RecipeChecker::splitPin(const Json& connection, const char* key, const std::string& place,
-                             const std::vector<RecipeNode>& nodes, std::string& node,
+                             const std::set<std::string>& names, std::string& node,
                              std::string& pin) const {
     const std::string value = requiredText(connection, key, place);
     const std::size_t dot = value.find('.');
@@ -149,9 +150,7 @@ void RecipeChecker::splitPin(const Json& connection, const char* key, const std:
     }
     node = value.substr(0, dot);
     pin = value.substr(dot + 1);
-    const bool exists = std::any_of(nodes.begin(), nodes.end(),
-                                    [&](const RecipeNode& other) { return other.name == node; });
-    if (!exists) {
+    if (!names.contains(node)) {
         failAt(place + "." + key, "there is no node " + inQuotes(node) + " in the recipe");
     }
 }
@@ -159,12 +158,16 @@ void RecipeChecker::splitPin(const Json& connection, const char* key, const std:
 std::vector<RecipeConnection> RecipeChecker::connections(
     const std::vector<RecipeNode>& nodes) const {
     const Json& values = list("connections");
+    std::set<std::string> names;
+    for (const RecipeNode& node : nodes) {
+        names.insert(node.name);
+    }
     std::vector<RecipeConnection> connections(values.size());
     for (std::size_t i = 0; i < values.size(); ++i) {
         const std::string place = at("connections", i);
         RecipeConnection& next = connections[i];
-        splitPin(values[i], "from", place, nodes, next.fromNode, next.fromPin);
-        splitPin(values[i], "to", place, nodes, next.toNode, next.toPin);
+        splitPin(values[i], "from", place, names, next.fromNode, next.fromPin);
+        splitPin(values[i], "to", place, names, next.toNode, next.toPin);
     }
     return connections;
 }

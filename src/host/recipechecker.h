@@ -1,6 +1,7 @@
 // Checks the JSON of a recipe against its format and takes out what the host works with.
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,7 +32,7 @@ private:
     void checkName(const std::string& name, const std::string& place) const;
     // Sets node and pin from "Node.Pin".
     void splitPin(const Json& connection, const char* key, const std::string& place,
-                  const std::vector<RecipeNode>& nodes, std::string& node, std::string& pin) const;
+                  const std::set<std::string>& names, std::string& node, std::string& pin) const;
 
     const Json& root_;
     const std::string& source_;

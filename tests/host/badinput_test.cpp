@@ -160,6 +160,26 @@ TEST_F(BadInput, MissingFolderNamesIt) {
     EXPECT_NE(result.err.find("none"), std::string::npos);
 }
 
+TEST_F(BadInput, OfSeveralNodesTheOneThatCanNotStartIsNamed) {
+    writePictures(folder_, "images", 1);
+    const std::string file = writeRecipe(
+        std::string(loader) +
+        R"(, {"name": "Second", "type": "ImageLoading", "settings": {"sourcePath": "r.json"}},
+            {"name": "Third", "type": "ImageLoading", "settings": {"sourcePath": "images"}})");
+    expectFailure(runOrlix({"run", file, "--idle", "5"}),
+                  file + ": node \"Second\" (SourcePath = \"" + file +
+                      "\"): can not start: No images found in specified image source path.");
+}
+
+TEST_F(BadInput, ConnectionOfANodeToItself) {
+    const std::string file =
+        writeRecipe(converter, R"([{"from": "Converter.Image", "to": "Converter.Image"}])");
+    expectFailure(runOrlix({"validate", file}),
+                  file +
+                      ": connections[0]: Can't connect \"Converter.Image\" to \"Converter.Image\": "
+                      "the connection would close a cycle.");
+}
+
 TEST_F(BadInput, NoOpenImageOutputToCount) {
     const std::string file = writeTestRecipe(folder_, "ValueSource");
     expectFailure(runWithTestNodes({"run", file, "--frames", "1"}),
@@ -169,6 +189,7 @@ TEST_F(BadInput, NoOpenImageOutputToCount) {
 TEST_F(BadInput, PackageThatIsMissing) {
     expectFailure(runOrlix({"catalog", "--package", "none.so"}),
                   "none.so: there is no such package file");
+    expectFailure(runOrlix({"catalog", "--package", ""}), "the name of the package file is empty");
 }
 
 TEST_F(BadInput, PackageThatIsNoPackage) {
@@ -256,13 +277,18 @@ TEST_F(BadSet, ParameterThatIsNotWritable) {
 }
 
 TEST(BadUsage, IsOneMessage) {
-    expectFailure(runOrlix({}), "A subcommand is required");
+    expectFailure(runOrlix({}), "a command is required; orlix --help lists them");
+    expectFailure(runOrlix({"bogus"}), "The following argument was not expected: bogus");
     expectFailure(runOrlix({"run"}), "RECIPE is required");
     expectFailure(runOrlix({"params"}), "NODE is required");
     expectFailure(runOrlix({"run", "r.json", "--frames", "0"}),
                   "--frames: expected a whole number above 0, found \"0\"");
     expectFailure(runOrlix({"run", "r.json", "--frames", "-1"}),
                   "--frames: expected a whole number above 0, found \"-1\"");
+    expectFailure(runOrlix({"run", "r.json", "--frames", "18446744073709551616"}),
+                  "--frames: the number 18446744073709551616 is too large");
+    expectFailure(runOrlix({"run", "r.json", "--out", ""}),
+                  "--out: expected the name of a folder, found \"\"");
     expectFailure(runOrlix({"run", "r.json", "--seconds", "nan"}),
                   "--seconds: expected a number of seconds above 0, found \"nan\"");
     expectFailure(runOrlix({"run", "r.json", "--idle", "0"}),

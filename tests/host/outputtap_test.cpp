@@ -57,6 +57,20 @@ TEST_F(OutputTapTest, UpdatesBehindTheLimitBelongNoLongerToTheRun) {
     EXPECT_EQ(other_.report().frames, 1U);
 }
 
+// A source may hand its updates over in another order than it has made them.
+TEST_F(OutputTapTest, OlderUpdateThatComesBehindTheLimitDoesNotCount) {
+    const auto first = nextUpdate();
+    const auto second = nextUpdate();
+    const auto third = nextUpdate();
+    tap_.put(second, good_);
+    tap_.put(third, good_);
+    tap_.put(first, bad_);
+    EXPECT_EQ(tap_.report().frames, 2U);
+    EXPECT_EQ(tap_.report().errors, 0U);
+    other_.put(first, good_);
+    EXPECT_EQ(other_.report().frames, 1U) << "it belongs to the run all the same";
+}
+
 TEST_F(OutputTapTest, SkipIsNoValue) {
     tap_.skip(nextUpdate());
     EXPECT_EQ(tap_.report().frames, 0U);

@@ -66,11 +66,45 @@ TEST(Recipe, BrokenJsonIsToldWithLineAndColumn) {
 
 TEST(Recipe, KeyThatOccursTwiceIsRefused) {
     EXPECT_EQ(errorOf(R"({"version": 1, "nodes": [{"name": "A", "name": "B", "type": "T"}]})"),
-              "r.json: the key \"name\" occurs twice in one object");
+              "r.json:1:40: the key \"name\" occurs twice in one object");
+    EXPECT_EQ(errorOf("{\"version\": 1,\n \"a\": 1, \"\\u0061\": 2}"),
+              "r.json:2:17: the key \"a\" occurs twice in one object");
 }
 
 TEST(Recipe, NestingThatIsTooDeepIsRefused) {
-    EXPECT_EQ(errorOf(std::string(100000, '[')), "r.json: nested deeper than 100 levels");
+    EXPECT_EQ(errorOf(std::string(100000, '[')), "r.json:1:101: nested deeper than 100 levels");
+    std::string objects;
+    for (int i = 0; i < 100000; ++i) {
+        objects += "{\"a\":";
+    }
+    EXPECT_EQ(errorOf(objects), "r.json:1:501: nested deeper than 100 levels");
+}
+
+TEST(Recipe, NumberThatNothingHoldsIsRefused) {
+    EXPECT_EQ(errorOf("{\n  \"version\": 1e400}"), "r.json:2:14: the number 1e400 is too large");
+    EXPECT_EQ(errorOf("-1e999"), "r.json:1:1: the number -1e999 is too large");
+}
+
+TEST(Recipe, ByteOrderMarkIsPassedOver) {
+    EXPECT_EQ(parse("\xef\xbb\xbf" + oneNode(R"({"name": "A", "type": "T"})")).nodes().size(), 1U);
+}
+
+TEST(Recipe, TextInAnotherEncodingIsRefused) {
+    using namespace std::string_literals;
+    EXPECT_EQ(errorOf("{\0\"\0v\0\"\0"s),
+              "r.json:1:2: a zero byte, which UTF-8 text does not have");
+    EXPECT_EQ(errorOf("\xff\xfe{\0"s), "r.json:1:4: a zero byte, which UTF-8 text does not have");
+    EXPECT_EQ(
+        errorOf("{\"\xe4\": 1}"),
+        "r.json:1:4: syntax error while parsing object key - invalid string: ill-formed UTF-8 "
+        "byte; expected string literal");
+}
+
+// The parser would take it for the end of the text.
+TEST(Recipe, NothingIsPassedOverBehindAZeroByte) {
+    using namespace std::string_literals;
+    EXPECT_EQ(errorOf(oneNode(R"({"name": "A", "type": "T"})") + "\n\0garbage"s),
+              "r.json:2:1: a zero byte, which UTF-8 text does not have");
 }
 
 TEST(Recipe, ErrorsNameFileAndPlace) {

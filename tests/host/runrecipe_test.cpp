@@ -1,13 +1,12 @@
 // Runs of recipes through the real program: what ends them, what they report, what they write.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "host/support/fiforeader.h"
 #include "host/support/recipes.h"
 #include "orlixcamera/orliximage.h"
 
@@ -229,33 +228,6 @@ TEST_F(RunValues, KeysOfALineHaveTheirOrder) {
     EXPECT_NE(readFile(values()).find(R"({"node":"S","pin":"Number","update":1,"value":1})"),
               std::string::npos);
 }
-
-// A reader of the pipe that the run writes its values to.
-class FifoReader {
-public:
-    explicit FifoReader(const std::string& path) : file_(::open(path.c_str(), O_RDONLY)) {}
-    ~FifoReader() { ::close(file_); }
-    FifoReader(const FifoReader&) = delete;
-    FifoReader& operator=(const FifoReader&) = delete;
-
-    // Blocks until the run has written something.
-    void waitForFirstByte() {
-        char first = 0;
-        EXPECT_EQ(::read(file_, &first, 1), 1);
-        text_ += first;
-    }
-    std::string readToEnd() {
-        char block[4096];
-        for (ssize_t count = 0; (count = ::read(file_, block, sizeof block)) > 0;) {
-            text_.append(block, static_cast<std::size_t>(count));
-        }
-        return text_;
-    }
-
-private:
-    int file_;
-    std::string text_;
-};
 
 class RunSignal : public RunValues, public testing::WithParamInterface<int> {};
 

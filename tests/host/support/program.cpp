@@ -10,6 +10,8 @@
 #include <csignal>
 #include <stdexcept>
 
+#include "host/support/terminal.h"
+
 namespace Orlix::Host::Testing {
 namespace {
 
@@ -27,9 +29,9 @@ Pipe makePipe() {
 }
 
 [[noreturn]] void runChild(const std::vector<const char*>& arguments, const std::string& folder,
-                           const Pipe& out, const Pipe& err) {
-    ::dup2(out.write, STDOUT_FILENO);
-    ::dup2(err.write, STDERR_FILENO);
+                           int out, int err) {
+    ::dup2(out, STDOUT_FILENO);
+    ::dup2(err, STDERR_FILENO);
     if (folder.empty() || ::chdir(folder.c_str()) == 0) {
         ::execv(arguments.front(), const_cast<char* const*>(arguments.data()));
     }
@@ -49,7 +51,7 @@ bool readSome(int file, std::string& text) {
 }  // namespace
 
 Program::Program(const std::string& file, const std::vector<std::string>& arguments,
-                 const std::string& folder) {
+                 const std::string& folder, const Terminal* terminal) {
     std::vector<const char*> texts = {file.c_str()};
     for (const std::string& argument : arguments) {
         texts.push_back(argument.c_str());
@@ -59,7 +61,7 @@ Program::Program(const std::string& file, const std::vector<std::string>& argume
     const Pipe err = makePipe();
     child_ = ::fork();
     if (child_ == 0) {
-        runChild(texts, folder, out, err);
+        runChild(texts, folder, out.write, terminal != nullptr ? terminal->childEnd() : err.write);
     }
     ::close(out.write);
     ::close(err.write);

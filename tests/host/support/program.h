@@ -14,12 +14,14 @@ struct ProgramResult {
     std::string err;
 };
 
+class Terminal;
+
 // A child that runs. The destructor kills it if nobody has waited for it.
 class Program {
 public:
-    // The working folder may be empty.
+    // The working folder may be empty. With a terminal, standard error goes there and nowhere else.
     Program(const std::string& file, const std::vector<std::string>& arguments,
-            const std::string& folder = {});
+            const std::string& folder = {}, const Terminal* terminal = nullptr);
     ~Program();
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
