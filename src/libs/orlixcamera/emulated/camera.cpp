@@ -26,6 +26,19 @@ gcstring text(const std::string& value) {
     return gcstring(value);
 }
 
+std::uint64_t ticksOf(Clock::time_point time) {
+    return static_cast<std::uint64_t>(time.time_since_epoch() / std::chrono::nanoseconds(1));
+}
+
+Clock::duration seconds(double count) {
+    return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(count));
+}
+
+std::uint64_t exposureTicks(const PictureSettings& settings) {
+    constexpr double ticksPerMicrosecond = 1000;
+    return static_cast<std::uint64_t>(settings.exposureMicroseconds * ticksPerMicrosecond);
+}
+
 }  // namespace
 
 Camera::Camera(Identity identity, std::string address, bool fixedAddress)
@@ -56,18 +69,19 @@ std::string Camera::GetLabel() const {
     return labelOf(registers_.GetIdentity());
 }
 
-Session Camera::Take(const std::string& holder, std::function<void()> lost) {
+Session Camera::Take(const std::string& name, std::shared_ptr<Holder> holder) {
     const std::scoped_lock lock(mutex_);
     const std::string device = "Device '" + labelOf(registers_.GetIdentity()) + "' ";
     if (!plugged_) {
         throw RuntimeException((device + "can't be reached.").c_str(), __FILE__, __LINE__);
     }
     if (session_ != 0) {
-        throw AccessException((device + "is in use by " + holder_ + ".").c_str(), __FILE__,
+        throw AccessException((device + "is in use by " + holderName_ + ".").c_str(), __FILE__,
                               __LINE__);
     }
-    holder_ = holder;
-    lost_ = std::move(lost);
+    holderName_ = name;
+    holder_ = std::move(holder);
+    eventsLost_ = false;
     session_ = ++lastSession_;
     return session_;
 }
@@ -76,7 +90,7 @@ void Camera::Release(Session session) noexcept {
     const std::scoped_lock lock(mutex_);
     if (session != 0 && session == session_) {
         session_ = 0;
-        lost_ = nullptr;
+        holder_ = nullptr;
         registers_.EndAcquisition();
         changed_.notify_all();
     }
@@ -97,6 +111,9 @@ void Camera::Write(Session session, std::int64_t address, const void* buffer, st
     const std::scoped_lock lock(mutex_);
     requireSession(session);
     registers_.Write(address, buffer, length);
+    if (registers_.TakeTestEvent()) {
+        post(EventKind::Test, ticksOf(Clock::now()), 0);
+    }
     changed_.notify_all();
 }
 
@@ -106,7 +123,7 @@ bool Camera::IsPlugged() const noexcept {
 }
 
 bool Camera::Unplug() {
-    std::function<void()> lost;
+    std::shared_ptr<Holder> holder;
     {
         const std::scoped_lock lock(mutex_);
         if (!plugged_) {
@@ -115,11 +132,11 @@ bool Camera::Unplug() {
         plugged_ = false;
         session_ = 0;
         registers_.EndAcquisition();
-        lost = std::exchange(lost_, nullptr);
+        holder = std::exchange(holder_, nullptr);
         changed_.notify_all();
     }
-    if (lost) {
-        lost();
+    if (holder != nullptr) {
+        holder->OnLost();
     }
     return true;
 }
@@ -143,6 +160,7 @@ void Camera::BeginStream(Session session) {
         throw RuntimeException(message.c_str(), __FILE__, __LINE__);
     }
     streaming_ = session;
+    registers_.ResetFramesSent();
 }
 
 void Camera::EndStream(Session session) noexcept {
@@ -157,26 +175,31 @@ bool Camera::WaitForFrame(Session session, const bool& stop, FrameCursor& cursor
     Lock lock(mutex_);
     while (!isEnded(session, stop)) {
         if (!waitForAcquisition(lock, session, stop, cursor) ||
-            !waitForTrigger(lock, session, stop, cursor, Trigger::FrameStart)) {
+            !waitForTrigger(lock, session, stop, cursor, Trigger::FrameStart) ||
+            !waitForExposure(lock, session, stop, cursor)) {
             continue;
         }
-        // A change of the settings counts for the next exposure, so they are taken now.
-        order.settings = registers_.GetPictureSettings();
-        order.frameNumber = cursor.frameCount;
-        order.timestamp = static_cast<std::uint64_t>(cursor.nextExposure.time_since_epoch() /
-                                                     std::chrono::nanoseconds(1));
-        const auto period = std::chrono::duration_cast<Clock::duration>(
-            std::chrono::duration<double>(registers_.GetFramePeriod()));
-        cursor.nextExposure += period;
-        const bool broken = changed_.wait_until(lock, cursor.nextExposure, [&] {
-            return isEnded(session, stop) || !isCurrent(cursor);
-        });
-        if (!broken) {
+        beginFrame(cursor, order);
+        const Clock::time_point start = cursor.nextExposure;
+        cursor.nextExposure = start + seconds(registers_.GetFramePeriod());
+        if (waitUntil(lock, session, stop, cursor, start + seconds(registers_.GetFrameTime()))) {
             finishFrame(cursor);
+            post(EventKind::ExposureEnd, order.timestamp + exposureTicks(order.settings),
+                 order.frameNumber + 1);
             return true;
         }
     }
     return false;
+}
+
+void Camera::EndFrame(Session session, const FrameOrder& order, Outcome outcome) {
+    const std::scoped_lock lock(mutex_);
+    if (session == session_) {
+        registers_.CountFrame();
+        const bool received = outcome == Outcome::Received;
+        post(received ? EventKind::FrameEnd : EventKind::Overrun, ticksOf(Clock::now()),
+             order.frameNumber + 1);
+    }
 }
 
 void Camera::Raise(bool& flag) noexcept {
@@ -212,7 +235,7 @@ bool Camera::waitForAcquisition(Lock& lock, Session session, const bool& stop,
     if (isEnded(session, stop)) {
         return false;
     }
-    cursor = {registers_.GetAcquisitionNumber(), 0, false, Clock::now()};
+    cursor = {registers_.GetAcquisitionNumber(), 0, false, false, Clock::now()};
     cursor.started = waitForTrigger(lock, session, stop, cursor, Trigger::AcquisitionStart);
     return cursor.started;
 }
@@ -228,11 +251,41 @@ bool Camera::waitForTrigger(Lock& lock, Session session, const bool& stop, Frame
         fired = !on || registers_.TakeTrigger(trigger);
         return fired || isEnded(session, stop) || !isCurrent(cursor);
     });
+    cursor.triggered = waited;
     const Clock::time_point now = Clock::now();
     if (waited || cursor.nextExposure + mostCatchUp < now) {
         cursor.nextExposure = std::max(cursor.nextExposure, now);
     }
     return fired && !isEnded(session, stop) && isCurrent(cursor);
+}
+
+// False when the acquisition or the stream ended before that time.
+bool Camera::waitUntil(Lock& lock, Session session, const bool& stop, const FrameCursor& cursor,
+                       Clock::time_point time) {
+    return !changed_.wait_until(lock, time,
+                                [&] { return isEnded(session, stop) || !isCurrent(cursor); });
+}
+
+// A start that nobody sees isn't waited for on its own, if the end of the frame before was near.
+bool Camera::waitForExposure(Lock& lock, Session session, const bool& stop,
+                             const FrameCursor& cursor) {
+    constexpr std::chrono::milliseconds near{1};
+    return (cursor.nextExposure - Clock::now() < near &&
+            !registers_.IsEventOn(EventKind::FrameStart)) ||
+           waitUntil(lock, session, stop, cursor, cursor.nextExposure);
+}
+
+// A change of the settings counts for the next exposure, so they are taken at its start.
+void Camera::beginFrame(FrameCursor& cursor, FrameOrder& order) {
+    order.settings = registers_.GetPictureSettings();
+    order.chunks = registers_.GetChunkSettings();
+    order.frameNumber = cursor.frameCount;
+    order.timestamp = ticksOf(cursor.nextExposure);
+    const PictureSettings& settings = order.settings;
+    order.values = {order.frameNumber + 1,         order.timestamp,
+                    settings.exposureMicroseconds, settings.gainDecibels,
+                    registers_.GetLineStatus(),    cursor.triggered};
+    post(EventKind::FrameStart, order.timestamp, order.frameNumber + 1);
 }
 
 void Camera::finishFrame(FrameCursor& cursor) {
@@ -241,6 +294,16 @@ void Camera::finishFrame(FrameCursor& cursor) {
     if (limit != 0 && cursor.frameCount >= limit) {
         registers_.EndAcquisition();
     }
+}
+
+void Camera::post(EventKind kind, std::uint64_t timestamp, std::uint64_t frameId) {
+    if (holder_ == nullptr || !registers_.IsEventOn(kind)) {
+        return;
+    }
+    if (eventsLost_ && registers_.IsEventOn(EventKind::EventOverrun)) {
+        eventsLost_ = !holder_->OnEvent({EventKind::EventOverrun, timestamp, 0});
+    }
+    eventsLost_ = !holder_->OnEvent({kind, timestamp, frameId}) || eventsLost_;
 }
 
 }  // namespace Orlix::Emulated

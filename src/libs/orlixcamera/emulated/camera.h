@@ -5,11 +5,12 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 
 #include "orlixcamera/deviceinfo.h"
+#include "orlixcamera/emulated/notices.h"
 #include "orlixcamera/emulated/registers.h"
 
 namespace Orlix::Emulated {
@@ -23,13 +24,18 @@ struct FrameOrder {
     std::uint64_t frameNumber = 0;  // from 0 with each acquisition
     std::uint64_t timestamp = 0;    // nanoseconds of the camera's clock, at the start of exposure
     PictureSettings settings;
+    ChunkSettings chunks;
+    ChunkValues values;
 };
+
+enum class Outcome : std::uint8_t { Received, NoBuffer };
 
 // Where a stream stands between two frames; it begins empty.
 struct FrameCursor {
     std::uint64_t acquisition = 0;
     std::uint64_t frameCount = 0;
-    bool started = false;  // by the trigger of the acquisition
+    bool started = false;    // by the trigger of the acquisition
+    bool triggered = false;  // the frame that comes next
     Clock::time_point nextExposure;
 };
 
@@ -42,9 +48,9 @@ public:
     // "Name (serial number)", for messages.
     [[nodiscard]] std::string GetLabel() const;
 
-    // Takes control. `lost` is called once if the camera is unplugged before Release, with no lock
-    // held. Throws AccessException if another has control, RuntimeException if it isn't there.
-    [[nodiscard]] Session Take(const std::string& holder, std::function<void()> lost);
+    // Takes control. The holder hears of the camera until Release; of its loss once, and as the
+    // last. Throws AccessException if another has control, RuntimeException if it isn't there.
+    [[nodiscard]] Session Take(const std::string& name, std::shared_ptr<Holder> holder);
     void Release(Session session) noexcept;
     [[nodiscard]] bool Holds(Session session) const noexcept;
 
@@ -65,6 +71,8 @@ public:
     // `stop` is set, which Raise does.
     [[nodiscard]] bool WaitForFrame(Session session, const bool& stop, FrameCursor& cursor,
                                     FrameOrder& order);
+    // To be told of every frame that WaitForFrame gave.
+    void EndFrame(Session session, const FrameOrder& order, Outcome outcome);
     // Sets `flag` where WaitForFrame sees it at once.
     void Raise(bool& flag) noexcept;
 
@@ -77,7 +85,12 @@ private:
     bool waitForAcquisition(Lock& lock, Session session, const bool& stop, FrameCursor& cursor);
     bool waitForTrigger(Lock& lock, Session session, const bool& stop, FrameCursor& cursor,
                         Trigger trigger);
+    bool waitUntil(Lock& lock, Session session, const bool& stop, const FrameCursor& cursor,
+                   Clock::time_point time);
+    bool waitForExposure(Lock& lock, Session session, const bool& stop, const FrameCursor& cursor);
+    void beginFrame(FrameCursor& cursor, FrameOrder& order);
     void finishFrame(FrameCursor& cursor);
+    void post(EventKind kind, std::uint64_t timestamp, std::uint64_t frameId);
 
     const std::string address_;
     const bool fixedAddress_;
@@ -88,8 +101,9 @@ private:
     Session session_ = 0;  // that has control
     Session lastSession_ = 0;
     Session streaming_ = 0;
-    std::string holder_;
-    std::function<void()> lost_;
+    std::string holderName_;
+    std::shared_ptr<Holder> holder_;
+    bool eventsLost_ = false;
 };
 
 }  // namespace Orlix::Emulated

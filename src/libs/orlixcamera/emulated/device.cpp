@@ -2,64 +2,18 @@
 
 #include <unistd.h>
 
-#include <condition_variable>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "gcbase/gcexception.h"
 #include "orlixcamera/emulated/description.h"
+#include "orlixcamera/emulated/notices.h"
 #include "orlixcamera/emulated/stream.h"
 
 namespace Orlix::Emulated {
 
 using GenICam::InvalidArgumentException;
 using GenICam::RuntimeException;
-
-class LossNotice : public std::enable_shared_from_this<LossNotice> {
-public:
-    void SetSink(Transport::IDeviceSink* sink) {
-        std::unique_lock lock(mutex_);
-        sink_ = sink;
-        if (caller_ != std::this_thread::get_id()) {
-            callEnded_.wait(lock, [this] { return caller_ == std::thread::id(); });
-        }
-    }
-
-    // The thread keeps this object, and nothing else.
-    void Send(std::uint64_t opening) {
-        std::thread([self = shared_from_this(), opening] { self->call(opening); }).detach();
-    }
-
-    // News of an opening that was closed meanwhile would be taken for that of the next.
-    [[nodiscard]] std::uint64_t BeginOpening() {
-        const std::scoped_lock lock(mutex_);
-        return ++opening_;
-    }
-
-private:
-    void call(std::uint64_t opening) noexcept {
-        std::unique_lock lock(mutex_);
-        // A loss soon after that of the opening before waits for its turn.
-        callEnded_.wait(lock, [this] { return caller_ == std::thread::id(); });
-        if (sink_ == nullptr || opening != opening_) {
-            return;
-        }
-        Transport::IDeviceSink* const sink = sink_;
-        caller_ = std::this_thread::get_id();
-        lock.unlock();
-        sink->OnLost();
-        lock.lock();
-        caller_ = std::thread::id();
-        callEnded_.notify_all();
-    }
-
-    std::mutex mutex_;
-    std::condition_variable callEnded_;
-    Transport::IDeviceSink* sink_ = nullptr;
-    std::uint64_t opening_ = 0;
-    std::thread::id caller_;
-};
 
 namespace {
 
@@ -77,11 +31,11 @@ std::string holderText() {
 Device::Device(std::shared_ptr<Camera> camera)
     : camera_(std::move(camera)),
       info_(camera_->GetInfo()),
-      notice_(std::make_shared<LossNotice>()) {}
+      notices_(std::make_shared<Notices>()) {}
 
 Device::~Device() {
     Close();
-    notice_->SetSink(nullptr);
+    notices_->Finish();
 }
 
 void Device::Open() {
@@ -90,14 +44,13 @@ void Device::Open() {
         const std::string text = "Device '" + camera_->GetLabel() + "' is open already.";
         throw RuntimeException(text.c_str(), __FILE__, __LINE__);
     }
-    session_ = camera_->Take(holderText(), [notice = notice_, opening = notice_->BeginOpening()] {
-        notice->Send(opening);
-    });
+    session_ = camera_->Take(holderText(), notices_->BeginOpening());
 }
 
 void Device::Close() noexcept {
     const std::scoped_lock lock(mutex_);
     camera_->Release(std::exchange(session_, 0));
+    notices_->EndOpening();
 }
 
 bool Device::IsOpen() const noexcept {
@@ -129,7 +82,7 @@ void Device::WriteLayer(std::int64_t, const void*, std::size_t) {
 }
 
 void Device::SetSink(Transport::IDeviceSink* sink) {
-    notice_->SetSink(sink);
+    notices_->SetSink(sink);
 }
 
 std::unique_ptr<Transport::IStream> Device::OpenStream() {

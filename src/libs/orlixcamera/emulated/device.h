@@ -9,8 +9,7 @@
 
 namespace Orlix::Emulated {
 
-// Tells a sink of the loss, on a thread of its own that may outlive the device.
-class LossNotice;
+class Notices;
 
 class Device final : public Transport::IDevice {
 public:
@@ -41,7 +40,7 @@ private:
 
     const std::shared_ptr<Camera> camera_;
     const CDeviceInfo info_;
-    const std::shared_ptr<LossNotice> notice_;
+    const std::shared_ptr<Notices> notices_;
     mutable std::mutex mutex_;
     Session session_ = 0;
 };

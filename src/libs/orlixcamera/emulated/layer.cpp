@@ -17,9 +17,10 @@ namespace {
 std::shared_ptr<Camera> makeCamera(std::size_t number) {
     char serial[16];
     std::snprintf(serial, sizeof serial, "EMU-%04zu", number);
-    Identity identity{"Orlix", "EmulatedCamera", "1.0", serial, ""};
+    Identity identity{"Orlix", "EmulatedCamera", "1.0", serial, "", {}};
     if (number % 2 == 0) {
         identity.userDefinedName = "Camera " + std::to_string(number);
+        identity.chunkByteOrder = Transport::ChunkByteOrder::LittleEndian;
     }
     constexpr std::size_t addresses = 254;
     const std::string address = "127.1." + std::to_string((number - 1) / addresses % 256) + "." +

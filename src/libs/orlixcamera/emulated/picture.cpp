@@ -16,6 +16,19 @@ constexpr double defaultExposure = 5000;     // microseconds that show the scene
 constexpr std::uint32_t levelStep = 0x0101;  // from 8 to 16 bits
 constexpr std::uint32_t fullLevel = 0xFFFF;
 
+// As the description calls them.
+constexpr std::array patternNames = {
+    "Scene",
+    "Black",
+    "White",
+    "GreyHorizontalRamp",
+    "GreyVerticalRamp",
+    "GreyVerticalRampMoving",
+    "GreyDiagonalRamp",
+    "GreyDiagonalRampMoving",
+    "ColorBar",
+};
+
 // 16 bits a colour, cut to what a format holds when it is written.
 struct Colour {
     std::uint32_t red;
@@ -58,11 +71,12 @@ Brightness brightnessOf(const PictureSettings& settings, PixelFamily family) {
                std::pow(10.0, decibels / decibelsPerDecade);
     };
     if (family == PixelFamily::Mono) {
-        const double common = factor(settings.commonGainDecibels);
+        const double common = factor(settings.gainDecibels[0]);
         return {common, common, common};
     }
-    return {factor(settings.gainDecibels[0]), factor(settings.gainDecibels[1]),
-            factor(settings.gainDecibels[2])};
+    const double common = settings.gainDecibels[0];
+    return {factor(common + settings.gainDecibels[1]), factor(common + settings.gainDecibels[2]),
+            factor(common + settings.gainDecibels[3])};
 }
 
 // The scene by the sum of column and line, of which it is made: to paint is then a look-up.
@@ -266,6 +280,7 @@ void Picture::Prepare(const PictureSettings& settings) {
         return;
     }
     settings_ = settings;
+    sceneName_ = patternNames.at(static_cast<std::size_t>(settings.pattern));
     planes_ = ComputePlanes(settings.pixelType, settings.region.width, settings.region.height, 0);
     for (std::size_t plane = 0; plane < planes_.count; ++plane) {
         paintPlane(plane);

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "orlixcamera/emulated/registers.h"
@@ -21,6 +22,8 @@ public:
     [[nodiscard]] std::size_t GetSize() const noexcept {
         return static_cast<std::size_t>(planes_.size);
     }
+    // What the sensor sees, in a word: the name of the test pattern, or "Scene".
+    [[nodiscard]] const std::string& GetSceneName() const noexcept { return sceneName_; }
     // Writes GetSize() bytes. The first frame has the number 0.
     void Write(void* buffer, std::uint64_t frameNumber) const;
 
@@ -30,6 +33,7 @@ private:
 
     PictureSettings settings_;
     bool prepared_ = false;
+    std::string sceneName_;
     ImagePlanes planes_;
     std::array<std::vector<std::uint8_t>, 3> lines_;  // of each plane, one behind the other
 };

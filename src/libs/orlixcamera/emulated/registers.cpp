@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "gcbase/gcexception.h"
+#include "orlixcamera/emulated/registertable.h"
 #include "orlixcamera/pixel/pixeltable.h"
 
 namespace Orlix::Emulated {
@@ -17,50 +18,6 @@ using GenICam::InvalidArgumentException;
 using GenICam::OutOfRangeException;
 
 namespace {
-
-// The addresses that emulatedcamera.xml gives to its registers.
-namespace At {
-constexpr std::int64_t texts = 0x0000;
-constexpr std::int64_t userDefinedName = 0x0100;
-constexpr std::int64_t textsEnd = 0x0140;
-constexpr std::int64_t sensorWidth = 0x1000;
-constexpr std::int64_t sensorHeight = 0x1008;
-constexpr std::int64_t widthMax = 0x1010;
-constexpr std::int64_t heightMax = 0x1018;
-constexpr std::int64_t widthInc = 0x1020;
-constexpr std::int64_t heightInc = 0x1028;
-constexpr std::int64_t payloadSize = 0x1030;
-constexpr std::int64_t width = 0x1100;
-constexpr std::int64_t height = 0x1108;
-constexpr std::int64_t offsetX = 0x1110;
-constexpr std::int64_t offsetY = 0x1118;
-constexpr std::int64_t binningHorizontal = 0x1120;
-constexpr std::int64_t binningVertical = 0x1128;
-constexpr std::int64_t reverseX = 0x1130;
-constexpr std::int64_t reverseY = 0x1138;
-constexpr std::int64_t pixelFormat = 0x1140;
-constexpr std::int64_t testPattern = 0x1148;
-constexpr std::int64_t acquisitionMode = 0x1200;
-constexpr std::int64_t acquisitionStart = 0x1208;
-constexpr std::int64_t acquisitionStop = 0x1210;
-constexpr std::int64_t acquisitionFrameCount = 0x1218;
-constexpr std::int64_t acquiring = 0x1220;
-constexpr std::int64_t exposureTime = 0x1228;
-constexpr std::int64_t frameRateEnable = 0x1230;
-constexpr std::int64_t frameRate = 0x1238;
-constexpr std::int64_t resultingFrameRate = 0x1240;
-constexpr std::int64_t triggerMode = 0x1250;
-constexpr std::int64_t triggerSource = 0x1260;
-constexpr std::int64_t triggerSoftware = 0x1270;
-constexpr std::int64_t gain = 0x1300;
-constexpr std::int64_t userSetLoad = 0x1400;
-constexpr std::int64_t userSetSave = 0x1418;
-constexpr std::int64_t userSetDefault = 0x1430;
-}  // namespace At
-
-constexpr std::size_t registerSize = 8;
-constexpr std::size_t textSize = 64;
-constexpr std::int64_t bankStep = 8;
 
 // The link of the sensor: what reading out a frame takes at least.
 constexpr double readOutOverhead = 2e-6;
@@ -137,110 +94,9 @@ std::uint32_t roundDown(std::uint32_t value, std::uint32_t step) {
     return value / step * step;
 }
 
-enum class Kind : std::uint8_t { Integer, Real };
-enum class Access : std::uint8_t { Read, Write, Command };
-// Free ones may be written during an acquisition.
-enum class Lock : std::uint8_t { Free, Acquisition };
-enum class Store : std::uint8_t { No, UserSet };
-
-// A register that holds a number.
-struct Row {
-    std::int64_t address;
-    const char* name;
-    Kind kind;
-    Access access;
-    Lock lock;
-    Store store;
-    double initial;
-    double min;
-    double max;
-};
-
-constexpr Row geometry(std::int64_t address, const char* name, double initial, double min,
-                       double max) {
-    return {address, name, Kind::Integer, Access::Write, Lock::Acquisition, Store::UserSet, initial,
-            min,     max};
-}
-constexpr Row choice(std::int64_t address, const char* name, double initial, double max) {
-    return {address, name, Kind::Integer, Access::Write, Lock::Free, Store::UserSet, initial,
-            0,       max};
-}
-constexpr Row real(std::int64_t address, const char* name, double initial, double min, double max) {
-    return {address, name, Kind::Real, Access::Write, Lock::Free, Store::UserSet,
-            initial, min,  max};
-}
-constexpr Row result(std::int64_t address, const char* name, Kind kind = Kind::Integer) {
-    return {address, name, kind, Access::Read, Lock::Free, Store::No, 0, 0, 0};
-}
-constexpr Row command(std::int64_t address, const char* name, Lock lock = Lock::Free) {
-    return {address, name, Kind::Integer, Access::Command, lock, Store::No, 0, 1, 1};
-}
-
-// clang-format off
-constexpr std::array registerTable = {
-    result(At::sensorWidth, "SensorWidth"),
-    result(At::sensorHeight, "SensorHeight"),
-    result(At::widthMax, "WidthMax"),
-    result(At::heightMax, "HeightMax"),
-    result(At::widthInc, "WidthInc"),
-    result(At::heightInc, "HeightInc"),
-    result(At::payloadSize, "PayloadSize"),
-    //       address                name                  initial           smallest, largest
-    geometry(At::width,             "Width",              1024,             1, Registers::sensorWidth),
-    geometry(At::height,            "Height",             768,              1, Registers::sensorHeight),
-    geometry(At::offsetX,           "OffsetX",            0,                0, Registers::sensorWidth),
-    geometry(At::offsetY,           "OffsetY",            0,                0, Registers::sensorHeight),
-    geometry(At::binningHorizontal, "BinningHorizontal",  1,                1, 4),
-    geometry(At::binningVertical,   "BinningVertical",    1,                1, 4),
-    geometry(At::reverseX,          "ReverseX",           0,                0, 1),
-    geometry(At::reverseY,          "ReverseY",           0,                0, 1),
-    geometry(At::pixelFormat,       "PixelFormat",        PixelType_Mono8,  0, 0xFFFFFFFF),
-    choice(At::testPattern,         "TestPattern",        0,                   8),
-    geometry(At::acquisitionMode,   "AcquisitionMode",    0,                0, 2),
-    command(At::acquisitionStart,   "AcquisitionStart",   Lock::Acquisition),
-    command(At::acquisitionStop,    "AcquisitionStop"),
-    geometry(At::acquisitionFrameCount, "AcquisitionFrameCount", 1,         1, 65535),
-    result(At::acquiring,           "Acquiring"),
-    real(At::exposureTime,          "ExposureTime",       5000,             1, 1e7),
-    choice(At::frameRateEnable,     "AcquisitionFrameRateEnable", 0,           1),
-    real(At::frameRate,             "AcquisitionFrameRate", 100,            0.1, 1e5),
-    result(At::resultingFrameRate,  "ResultingFrameRate", Kind::Real),
-    choice(At::triggerMode,                 "TriggerMode of AcquisitionStart", 0, 1),
-    choice(At::triggerMode + bankStep,      "TriggerMode of FrameStart",       0, 1),
-    choice(At::triggerSource,               "TriggerSource of AcquisitionStart", 0, 0),
-    choice(At::triggerSource + bankStep,    "TriggerSource of FrameStart",     0, 0),
-    command(At::triggerSoftware,            "TriggerSoftware of AcquisitionStart"),
-    command(At::triggerSoftware + bankStep, "TriggerSoftware of FrameStart"),
-    real(At::gain,                  "Gain of All",        0,                0, 24),
-    real(At::gain + bankStep,       "Gain of Red",        0,                0, 24),
-    real(At::gain + 2 * bankStep,   "Gain of Green",      0,                0, 24),
-    real(At::gain + 3 * bankStep,   "Gain of Blue",       0,                0, 24),
-    command(At::userSetLoad,                "UserSetLoad of Default",  Lock::Acquisition),
-    command(At::userSetLoad + bankStep,     "UserSetLoad of UserSet1", Lock::Acquisition),
-    command(At::userSetLoad + 2 * bankStep, "UserSetLoad of UserSet2", Lock::Acquisition),
-    command(At::userSetSave + bankStep,     "UserSetSave of UserSet1"),
-    command(At::userSetSave + 2 * bankStep, "UserSetSave of UserSet2"),
-    Row{At::userSetDefault, "UserSetDefault", Kind::Integer, Access::Write, Lock::Free, Store::No, 0, 0, 2},
-};
-// clang-format on
-
-static_assert(std::is_sorted(registerTable.begin(), registerTable.end(),
-                             [](const Row& a, const Row& b) { return a.address < b.address; }));
-
-constexpr std::size_t noRow = registerTable.size();
-
-std::size_t findRow(std::int64_t address) noexcept {
-    const auto found =
-        std::lower_bound(registerTable.begin(), registerTable.end(), address,
-                         [](const Row& row, std::int64_t value) { return row.address < value; });
-    return found != registerTable.end() && found->address == address
-               ? static_cast<std::size_t>(found - registerTable.begin())
-               : noRow;
-}
-
 std::vector<double> factoryValues() {
     std::vector<double> values;
-    for (const Row& row : registerTable) {
+    for (const Row& row : AllRegisters()) {
         values.push_back(row.initial);
     }
     return values;
@@ -280,45 +136,56 @@ void Registers::Read(std::int64_t address, void* buffer, std::size_t length) con
     std::size_t done = 0;
     while (done < length) {
         const std::int64_t here = address + static_cast<std::int64_t>(done);
-        const std::string* text = findText(here);
-        const std::size_t row = findRow(here);
-        const std::size_t size = text != nullptr ? textSize : registerSize;
-        if ((text == nullptr && row == noRow) || length - done < size) {
+        const std::size_t size = readOne(here, out + done, length - done);
+        if (size == 0) {
             throwNoRegister("Read", address, length);
-        }
-        if (text != nullptr) {
-            std::memset(out + done, 0, textSize);
-            std::memcpy(out + done, text->data(), std::min(text->size(), textSize));
-        } else {
-            if (registerTable[row].access == Access::Command) {
-                throwAccess(registerTable[row].name, "can't be read.");
-            }
-            const std::uint64_t bits = encode(registerTable[row], valueOf(here));
-            std::memcpy(out + done, &bits, sizeof bits);
         }
         done += size;
     }
 }
 
-void Registers::Write(std::int64_t address, const void* buffer, std::size_t length) {
-    if (findText(address) != nullptr) {
-        if (address != At::userDefinedName) {
-            throwAccess("the device's identity", "can't be written.");
+// The size of the register, or 0 if there is none that `room` bytes hold.
+std::size_t Registers::readOne(std::int64_t address, std::uint8_t* out, std::size_t room) const {
+    const std::size_t text = FindText(address);
+    if (text < AllTexts().size()) {
+        const std::size_t size = AllTexts()[text].size;
+        if (size > room) {
+            return 0;
         }
-        writeUserDefinedName(buffer, length);
+        const std::string& value = textOf(address);
+        std::memset(out, 0, size);
+        std::memcpy(out, value.data(), std::min(value.size(), size));
+        return size;
+    }
+    const std::size_t row = FindRegister(address);
+    if (row == AllRegisters().size() || room < registerSize) {
+        return 0;
+    }
+    if (AllRegisters()[row].access == Access::Command) {
+        throwAccess(AllRegisters()[row].name, "can't be read.");
+    }
+    const std::uint64_t bits = encode(AllRegisters()[row], valueOf(address));
+    std::memcpy(out, &bits, sizeof bits);
+    return registerSize;
+}
+
+void Registers::Write(std::int64_t address, const void* buffer, std::size_t length) {
+    const std::size_t text = FindText(address);
+    if (text < AllTexts().size()) {
+        writeText(text, buffer, length);
         return;
     }
-    const std::size_t row = findRow(address);
-    if (row == noRow || length != registerSize) {
+    const std::size_t row = FindRegister(address);
+    if (row == AllRegisters().size() || length != registerSize) {
         throwNoRegister("Write", address, length);
     }
-    if (registerTable[row].access == Access::Read) {
-        throwAccess(registerTable[row].name, "can't be written.");
+    if (AllRegisters()[row].access == Access::Read) {
+        throwAccess(AllRegisters()[row].name, "can't be written.");
     }
-    if (acquiring_ && registerTable[row].lock == Lock::Acquisition) {
-        throwAccess(registerTable[row].name, "can't be written during an acquisition.");
+    if (acquiring_ && AllRegisters()[row].lock == Lock::Acquisition) {
+        throwAccess(AllRegisters()[row].name, "can't be written during an acquisition.");
     }
-    const double value = decode(registerTable[row], buffer);
+    const double value = decode(AllRegisters()[row], buffer);
     checkRange(row, value);
     apply(address, value);
 }
@@ -337,25 +204,57 @@ PictureSettings Registers::GetPictureSettings() const {
     settings.reverseY = valueOf(At::reverseY) != 0;
     settings.pattern = static_cast<Pattern>(static_cast<int>(valueOf(At::testPattern)));
     settings.exposureMicroseconds = valueOf(At::exposureTime);
-    settings.commonGainDecibels = valueOf(At::gain);
     std::int64_t bank = At::gain;
     for (double& gain : settings.gainDecibels) {
+        gain = valueOf(bank);
         bank += bankStep;
-        gain = settings.commonGainDecibels + valueOf(bank);
     }
     return settings;
 }
 
 std::uint64_t Registers::GetPayloadSize() const {
     const Region region = getRegion();
-    return ComputeBufferSize(pixelType(), region.width, region.height);
+    return ComputeBufferSize(pixelType(), region.width, region.height) +
+           GetChunkBytes(GetChunkSettings());
+}
+
+ChunkSettings Registers::GetChunkSettings() const {
+    ChunkSettings settings;
+    settings.active = valueOf(At::chunkModeActive) != 0;
+    settings.byteOrder = identity_.chunkByteOrder;
+    for (std::size_t chunk = 0; chunk < chunkCount; ++chunk) {
+        const bool enabled =
+            valueOf(At::chunkEnable + static_cast<std::int64_t>(chunk) * bankStep) != 0;
+        settings.enabled |= enabled ? 1U << chunk : 0U;
+    }
+    return settings;
+}
+
+bool Registers::IsEventOn(EventKind kind) const {
+    return valueOf(At::eventNotification + static_cast<std::int64_t>(kind) * bankStep) != 0;
+}
+
+bool Registers::TakeTestEvent() noexcept {
+    return std::exchange(testEvent_, false);
+}
+
+std::uint64_t Registers::GetLineStatus() const noexcept {
+    constexpr std::uint64_t acquisitionActive = 1;
+    constexpr std::uint64_t togglesWithFrames = 2;
+    return (acquiring_ ? acquisitionActive : 0) | (framesSent_ % 2 != 0 ? togglesWithFrames : 0);
+}
+
+double Registers::readOutTime() const {
+    return readOutOverhead + static_cast<double>(GetPayloadSize()) / readOutBytesPerSecond;
 }
 
 double Registers::GetFramePeriod() const {
-    const double readOut =
-        readOutOverhead + static_cast<double>(GetPayloadSize()) / readOutBytesPerSecond;
     const double asked = valueOf(At::frameRateEnable) != 0 ? 1 / valueOf(At::frameRate) : 0;
-    return std::max({readOut, asked, valueOf(At::exposureTime) * 1e-6});
+    return std::max(asked, GetFrameTime());
+}
+
+double Registers::GetFrameTime() const {
+    return std::max(readOutTime(), valueOf(At::exposureTime) * 1e-6);
 }
 
 std::uint64_t Registers::GetFrameLimit() const {
@@ -376,24 +275,28 @@ bool Registers::TakeTrigger(Trigger trigger) noexcept {
     return std::exchange(fired_[static_cast<std::size_t>(trigger)], false);
 }
 
-const std::string* Registers::findText(std::int64_t address) const noexcept {
-    if (address < At::texts || address >= At::textsEnd ||
-        address % static_cast<std::int64_t>(textSize) != 0) {
-        return nullptr;
+const std::string& Registers::textOf(std::int64_t address) const noexcept {
+    switch (address) {
+        case At::vendor:
+            return identity_.vendor;
+        case At::model:
+            return identity_.model;
+        case At::version:
+            return identity_.version;
+        case At::serialNumber:
+            return identity_.serialNumber;
+        default:
+            return identity_.userDefinedName;
     }
-    const std::array<const std::string*, 5> texts = {&identity_.vendor, &identity_.model,
-                                                     &identity_.version, &identity_.serialNumber,
-                                                     &identity_.userDefinedName};
-    return texts[static_cast<std::size_t>(address) / textSize];
 }
 
 double Registers::valueOf(std::int64_t address) const {
-    const std::size_t row = findRow(address);
-    return registerTable[row].access == Access::Read ? computed(address) : values_[row];
+    const std::size_t row = FindRegister(address);
+    return AllRegisters()[row].access == Access::Read ? computed(address) : values_[row];
 }
 
 void Registers::setValue(std::int64_t address, double value) {
-    values_[findRow(address)] = value;
+    values_[FindRegister(address)] = value;
 }
 
 double Registers::computed(std::int64_t address) const {
@@ -412,6 +315,10 @@ double Registers::computed(std::int64_t address) const {
             return heightStep(pixelType());
         case At::payloadSize:
             return static_cast<double>(GetPayloadSize());
+        case At::framesSent:
+            return static_cast<double>(framesSent_);
+        case At::lineStatusAll:
+            return static_cast<double>(GetLineStatus());
         case At::acquiring:
             return acquiring_ ? 1 : 0;
         default:
@@ -419,16 +326,20 @@ double Registers::computed(std::int64_t address) const {
     }
 }
 
-void Registers::writeUserDefinedName(const void* buffer, std::size_t length) {
-    if (length != textSize) {
-        throwNoRegister("Write", At::userDefinedName, length);
+void Registers::writeText(std::size_t row, const void* buffer, std::size_t length) {
+    const TextRow& wanted = AllTexts()[row];
+    if (wanted.access != Access::Write) {
+        throwAccess(wanted.name, "can't be written.");
+    }
+    if (length != wanted.size) {
+        throwNoRegister("Write", wanted.address, length);
     }
     const auto* text = static_cast<const char*>(buffer);
-    identity_.userDefinedName.assign(text, strnlen(text, textSize));
+    identity_.userDefinedName.assign(text, strnlen(text, length));
 }
 
 void Registers::checkRange(std::size_t row, double value) const {
-    const Row& wanted = registerTable[row];
+    const Row& wanted = AllRegisters()[row];
     if (!(value >= wanted.min && value <= wanted.max)) {
         throwRange(wanted.name, value);
     }
@@ -462,7 +373,7 @@ void Registers::checkRange(std::size_t row, double value) const {
 }
 
 void Registers::apply(std::int64_t address, double value) {
-    if (registerTable[findRow(address)].access == Access::Write) {
+    if (AllRegisters()[FindRegister(address)].access == Access::Write) {
         setValue(address, value);
         fitRegion();
         return;
@@ -479,6 +390,9 @@ void Registers::apply(std::int64_t address, double value) {
             break;
         case At::triggerSoftware + bankStep:
             fire(Trigger::FrameStart);
+            break;
+        case At::testEventGenerate:
+            testEvent_ = true;
             break;
         case At::userSetSave + bankStep:
         case At::userSetSave + 2 * bankStep:
@@ -518,8 +432,8 @@ void Registers::fitRegion() {
 }
 
 void Registers::loadUserSet(std::size_t number) {
-    for (std::size_t row = 0; row < registerTable.size(); ++row) {
-        if (registerTable[row].store == Store::UserSet) {
+    for (std::size_t row = 0; row < AllRegisters().size(); ++row) {
+        if (AllRegisters()[row].store == Store::UserSet) {
             values_[row] = userSets_[number][row];
         }
     }

@@ -10,17 +10,20 @@
 #include <vector>
 
 #include "orlixcamera/api.h"
+#include "orlixcamera/emulated/chunks.h"
+#include "orlixcamera/emulated/event.h"
 #include "orlixcamera/pixeltype.h"
 
 namespace Orlix::Emulated {
 
-// The texts that tell one camera from another.
+// What tells one camera from another.
 struct Identity {
     std::string vendor;
     std::string model;
     std::string version;
     std::string serialNumber;
     std::string userDefinedName;
+    Transport::ChunkByteOrder chunkByteOrder = Transport::ChunkByteOrder::BigEndian;
 };
 
 enum class Pattern : std::uint8_t {
@@ -53,8 +56,7 @@ struct PictureSettings {
     bool reverseY = false;
     Pattern pattern = Pattern::Off;
     double exposureMicroseconds = 0;
-    std::array<double, 3> gainDecibels{};  // red, green, blue, with the common one in each
-    double commonGainDecibels = 0;         // that of formats without colour
+    std::array<double, 4> gainDecibels{};  // of all, red, green, blue; the first adds to the others
     bool operator==(const PictureSettings&) const = default;
 };
 
@@ -78,8 +80,11 @@ public:
     [[nodiscard]] const Identity& GetIdentity() const noexcept { return identity_; }
     [[nodiscard]] PictureSettings GetPictureSettings() const;
     [[nodiscard]] std::uint64_t GetPayloadSize() const;
+    [[nodiscard]] ChunkSettings GetChunkSettings() const;
     // From the start of one frame to that of the next, in seconds, as all settings allow it.
     [[nodiscard]] double GetFramePeriod() const;
+    // From the start of a frame to its end, in seconds.
+    [[nodiscard]] double GetFrameTime() const;
 
     [[nodiscard]] bool IsAcquiring() const noexcept { return acquiring_; }
     // Counts the acquisitions, so that the end of one and the start of the next isn't missed.
@@ -92,15 +97,27 @@ public:
     // Whether the trigger was fired since it was last taken; takes it.
     [[nodiscard]] bool TakeTrigger(Trigger trigger) noexcept;
 
+    [[nodiscard]] bool IsEventOn(EventKind kind) const;
+    // Whether a test event was asked for since; takes it.
+    [[nodiscard]] bool TakeTestEvent() noexcept;
+
+    // Since the stream was opened.
+    void ResetFramesSent() noexcept { framesSent_ = 0; }
+    void CountFrame() noexcept { ++framesSent_; }
+    // Line 1 is high during an acquisition, line 2 changes with every frame.
+    [[nodiscard]] std::uint64_t GetLineStatus() const noexcept;
+
 private:
     // One number for each row of the table of registers, whole ones exactly.
     using Values = std::vector<double>;
 
-    [[nodiscard]] const std::string* findText(std::int64_t address) const noexcept;
+    std::size_t readOne(std::int64_t address, std::uint8_t* out, std::size_t room) const;
+    [[nodiscard]] const std::string& textOf(std::int64_t address) const noexcept;
     [[nodiscard]] double valueOf(std::int64_t address) const;
     void setValue(std::int64_t address, double value);
     [[nodiscard]] double computed(std::int64_t address) const;
-    void writeUserDefinedName(const void* buffer, std::size_t length);
+    [[nodiscard]] double readOutTime() const;
+    void writeText(std::size_t row, const void* buffer, std::size_t length);
     void checkRange(std::size_t row, double value) const;
     void apply(std::int64_t address, double value);
     void fire(Trigger trigger);
@@ -119,6 +136,8 @@ private:
     bool acquiring_ = false;
     std::uint64_t acquisitionNumber_ = 0;
     std::array<bool, 2> fired_{};
+    bool testEvent_ = false;
+    std::uint64_t framesSent_ = 0;
 };
 
 }  // namespace Orlix::Emulated

@@ -122,12 +122,14 @@ void Stream::send(const FrameOrder& order, std::size_t payloadSize) {
     {
         const std::scoped_lock lock(mutex_);
         buffer = queued_.Pop();
-        if (buffer == nullptr) {
-            ++statistics_.missedForBuffer;
-            return;
-        }
+        statistics_.missedForBuffer += buffer == nullptr ? 1 : 0;
+    }
+    if (buffer == nullptr) {
+        camera_->EndFrame(session_, order, Outcome::NoBuffer);
+        return;
     }
     fill(*buffer, order, payloadSize);
+    camera_->EndFrame(session_, order, Outcome::Received);
     const std::scoped_lock lock(mutex_);
     ++(buffer->fate == FrameFate::Delivered ? statistics_.delivered : statistics_.failed);
     filled_.Push(*buffer);
@@ -135,18 +137,10 @@ void Stream::send(const FrameOrder& order, std::size_t payloadSize) {
 }
 
 void Stream::fill(StreamBuffer& buffer, const FrameOrder& order, std::size_t payloadSize) {
-    const PictureSettings& settings = order.settings;
-    picture_.Prepare(settings);
-    buffer.kind = Transport::PayloadKind::Image;
-    buffer.frameId = order.frameNumber + 1;
-    buffer.timestamp = order.timestamp;
-    buffer.pixelType = settings.pixelType;
-    buffer.width = settings.region.width;
-    buffer.height = settings.region.height;
-    buffer.offsetX = settings.region.offsetX;
-    buffer.offsetY = settings.region.offsetY;
-    buffer.paddingX = 0;
-    const std::size_t size = picture_.GetSize();
+    picture_.Prepare(order.settings);
+    describe(buffer, order);
+    const std::size_t pictureSize = picture_.GetSize();
+    const std::size_t size = pictureSize + GetChunkBytes(order.chunks);
     const std::size_t room = std::min(payloadSize, buffer.capacity);
     if (size > room) {
         const std::string text = "The frame has " + std::to_string(size) +
@@ -157,9 +151,26 @@ void Stream::fill(StreamBuffer& buffer, const FrameOrder& order, std::size_t pay
         return;
     }
     picture_.Write(buffer.data, order.frameNumber);
+    WriteChunks(order.chunks, order.values, picture_.GetSceneName(),
+                static_cast<std::uint8_t*>(buffer.data), pictureSize);
     buffer.fate = FrameFate::Delivered;
     buffer.error = gcstring();
     buffer.filled = size;
+}
+
+void Stream::describe(StreamBuffer& buffer, const FrameOrder& order) {
+    const PictureSettings& settings = order.settings;
+    buffer.kind = order.chunks.active ? Transport::PayloadKind::ImageWithChunks
+                                      : Transport::PayloadKind::Image;
+    buffer.chunkByteOrder = order.chunks.byteOrder;
+    buffer.frameId = order.frameNumber + 1;
+    buffer.timestamp = order.timestamp;
+    buffer.pixelType = settings.pixelType;
+    buffer.width = settings.region.width;
+    buffer.height = settings.region.height;
+    buffer.offsetX = settings.region.offsetX;
+    buffer.offsetY = settings.region.offsetY;
+    buffer.paddingX = 0;
 }
 
 void Stream::throwGone() const {

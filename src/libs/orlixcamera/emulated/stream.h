@@ -36,6 +36,7 @@ private:
     void run(std::size_t payloadSize);
     void send(const FrameOrder& order, std::size_t payloadSize);
     void fill(Transport::StreamBuffer& buffer, const FrameOrder& order, std::size_t payloadSize);
+    static void describe(Transport::StreamBuffer& buffer, const FrameOrder& order);
     [[noreturn]] void throwGone() const;
 
     const std::shared_ptr<Camera> camera_;
