@@ -5,24 +5,12 @@
 namespace AnythingToNodeMapAdapter::Detail {
 
 void CBooleanNodeMapPort::Read(void* buffer, std::int64_t address, std::int64_t length) {
-    if (!port() || length != wordSize) {
-        storeZeros(buffer, length);
-        return;
-    }
-    switch (address) {
-        case WordBlock::valueOffset:
-            return storeFlag(buffer, port()->getValue());
-        case WordBlock::availabilityOffset:
-            return storeFlag(buffer, port()->isAvailable());
-        case WordBlock::lockOffset:
-            return storeFlag(buffer, !port()->isWritable());
-        default:
-            return;
-    }
+    readWordBlock(port().get(), buffer, address, length,
+                  [this] { return std::int64_t{port()->getValue()}; });
 }
 
 void CBooleanNodeMapPort::Write(const void* buffer, std::int64_t address, std::int64_t length) {
-    if (port() && length == wordSize && address == WordBlock::valueOffset) {
+    if (isWordWrite(port().get(), address, length)) {
         port()->setValue(loadWord(buffer) != 0, true);
     }
 }
@@ -33,16 +21,13 @@ void CBooleanNodeMapPort::generateNode(std::ostream& out, bool ownPort, const gc
         return;
     }
     NodeWriter writer(out, *port(), prefix + getName(), portName, address);
-    writer.open("Boolean", mergePriority());
-    writer.availability(dependencies("IsAvailable"));
-    writer.lock(dependencies("IsLocked"));
-    writer.element("Streamable", "Yes");
+    writer.openValue("Boolean", mergePriority(), dependencies("IsAvailable"),
+                     dependencies("IsLocked"));
     writer.reference("pValue", "Value");
     writer.close("Boolean");
 
     writer.valueRegister("Value", valueAccessMode(*port()), Sign::Unsigned, {});
-    writer.availabilityRegister(WordBlock::availabilityOffset, Sign::Unsigned);
-    writer.lockRegister(WordBlock::lockOffset, Sign::Unsigned);
+    writer.stateRegisters(WordBlock::availabilityOffset, WordBlock::lockOffset, Sign::Unsigned);
     if (ownPort) {
         writer.port();
     }

@@ -5,25 +5,12 @@
 namespace AnythingToNodeMapAdapter::Detail {
 
 void CCommandNodeMapPort::Read(void* buffer, std::int64_t address, std::int64_t length) {
-    if (!port() || length != wordSize) {
-        storeZeros(buffer, length);
-        return;
-    }
-    switch (address) {
-        case WordBlock::valueOffset:
-            return storeFlag(buffer, port()->isExecuting());
-        case WordBlock::availabilityOffset:
-            return storeFlag(buffer, port()->isAvailable());
-        case WordBlock::lockOffset:
-            return storeFlag(buffer, !port()->isWritable());
-        default:
-            return;
-    }
+    readWordBlock(port().get(), buffer, address, length,
+                  [this] { return std::int64_t{port()->isExecuting()}; });
 }
 
 void CCommandNodeMapPort::Write(const void* buffer, std::int64_t address, std::int64_t length) {
-    if (port() && length == wordSize && address == WordBlock::valueOffset &&
-        loadWord(buffer) != 0) {
+    if (isWordWrite(port().get(), address, length) && loadWord(buffer) != 0) {
         port()->execute(true);
     }
 }

@@ -93,6 +93,14 @@ void NodeWriter::open(const char* kind, std::int32_t mergePriority) {
     element("Visibility", parameter_.getVisibility());
 }
 
+void NodeWriter::openValue(const char* kind, std::int32_t mergePriority, const Names& availability,
+                           const Names& lock) {
+    open(kind, mergePriority);
+    this->availability(availability);
+    this->lock(lock);
+    element("Streamable", "Yes");
+}
+
 void NodeWriter::close(const char* kind) {
     out_ << "    </" << kind << ">\n";
 }
@@ -147,6 +155,12 @@ void NodeWriter::lockRegister(std::int64_t offset, Sign sign) {
     if (parameter_.hasLockRegister()) {
         readOnlyRegister("IsLocked", offset, sign);
     }
+}
+
+void NodeWriter::stateRegisters(std::int64_t availabilityOffset, std::int64_t lockOffset,
+                                Sign sign) {
+    availabilityRegister(availabilityOffset, sign);
+    lockRegister(lockOffset, sign);
 }
 
 void NodeWriter::textRegister(std::int64_t length, const char* accessMode,

@@ -43,6 +43,9 @@ public:
 
     // The node's first line, texts and visibility.
     void open(const char* kind, std::int32_t mergePriority);
+    // The same for a parameter with a value, up to and with its place in the stream of settings.
+    void openValue(const char* kind, std::int32_t mergePriority, const Names& availability,
+                   const Names& lock);
     void close(const char* kind);
 
     // A reference to the parameter's own register if it has one, else to each of `names`.
@@ -59,6 +62,8 @@ public:
     // Only if the parameter has such a register.
     void availabilityRegister(std::int64_t offset, Sign sign);
     void lockRegister(std::int64_t offset, Sign sign);
+    // Both, in their order.
+    void stateRegisters(std::int64_t availabilityOffset, std::int64_t lockOffset, Sign sign);
     void textRegister(std::int64_t length, const char* accessMode, const Names& invalidators);
     // The port that serves this node alone.
     void port();

@@ -6,24 +6,11 @@
 namespace AnythingToNodeMapAdapter::Detail {
 
 void CEnumNodeMapPort::Read(void* buffer, std::int64_t address, std::int64_t length) {
-    if (!port() || length != wordSize) {
-        storeZeros(buffer, length);
-        return;
-    }
-    switch (address) {
-        case WordBlock::valueOffset:
-            return storeWord(buffer, port()->getValue());
-        case WordBlock::availabilityOffset:
-            return storeFlag(buffer, port()->isAvailable());
-        case WordBlock::lockOffset:
-            return storeFlag(buffer, !port()->isWritable());
-        default:
-            return;
-    }
+    readWordBlock(port().get(), buffer, address, length, [this] { return port()->getValue(); });
 }
 
 void CEnumNodeMapPort::Write(const void* buffer, std::int64_t address, std::int64_t length) {
-    if (port() && length == wordSize && address == WordBlock::valueOffset) {
+    if (isWordWrite(port().get(), address, length)) {
         port()->setValue(loadWord(buffer), true);
     }
 }
@@ -34,10 +21,8 @@ void CEnumNodeMapPort::generateNode(std::ostream& out, bool ownPort, const gcstr
         return;
     }
     NodeWriter writer(out, *port(), prefix + getName(), portName, address);
-    writer.open("Enumeration", mergePriority());
-    writer.availability(dependencies("IsAvailable"));
-    writer.lock(dependencies("IsLocked"));
-    writer.element("Streamable", "Yes");
+    writer.openValue("Enumeration", mergePriority(), dependencies("IsAvailable"),
+                     dependencies("IsLocked"));
     for (const auto& entry : entries_) {
         entry->generateEntry(out, prefix);
     }
@@ -47,8 +32,7 @@ void CEnumNodeMapPort::generateNode(std::ostream& out, bool ownPort, const gcstr
 
     writer.valueRegister("IntValue", valueAccessMode(*port()), Sign::Unsigned,
                          dependencies("Invalidator"));
-    writer.availabilityRegister(WordBlock::availabilityOffset, Sign::Unsigned);
-    writer.lockRegister(WordBlock::lockOffset, Sign::Unsigned);
+    writer.stateRegisters(WordBlock::availabilityOffset, WordBlock::lockOffset, Sign::Unsigned);
     if (ownPort) {
         writer.port();
     }

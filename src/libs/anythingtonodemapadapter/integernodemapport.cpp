@@ -41,7 +41,7 @@ void CIntegerNodeMapPort::Read(void* buffer, std::int64_t address, std::int64_t 
 }
 
 void CIntegerNodeMapPort::Write(const void* buffer, std::int64_t address, std::int64_t length) {
-    if (port() && length == wordSize && address == valueOffset) {
+    if (isWordWrite(port().get(), address, length)) {
         // The node map invalidates its own nodes after a write.
         port()->setValue(loadWord(buffer), true);
     }
@@ -54,10 +54,8 @@ void CIntegerNodeMapPort::generateNode(std::ostream& out, bool ownPort, const gc
     }
     const Sign sign = port()->isSigned() ? Sign::Signed : Sign::Unsigned;
     NodeWriter writer(out, *port(), prefix + getName(), portName, address);
-    writer.open("Integer", mergePriority());
-    writer.availability(dependencies("IsAvailable"));
-    writer.lock(dependencies("IsLocked"));
-    writer.element("Streamable", "Yes");
+    writer.openValue("Integer", mergePriority(), dependencies("IsAvailable"),
+                     dependencies("IsLocked"));
     writer.reference("pValue", "Value");
     writer.reference("pMin", "Min");
     writer.reference("pMax", "Max");
@@ -73,8 +71,7 @@ void CIntegerNodeMapPort::generateNode(std::ostream& out, bool ownPort, const gc
     writer.readOnlyRegister("Max", maxOffset, sign);
     writer.readOnlyRegister("Min", minOffset, sign);
     writer.readOnlyRegister("Inc", incOffset, sign);
-    writer.availabilityRegister(availabilityOffset, sign);
-    writer.lockRegister(lockOffset, sign);
+    writer.stateRegisters(availabilityOffset, lockOffset, sign);
     if (ownPort) {
         writer.port();
     }

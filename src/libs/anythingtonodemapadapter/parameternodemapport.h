@@ -43,6 +43,33 @@ constexpr std::int64_t lockOffset = 16;
 constexpr std::int64_t size = 24;
 }  // namespace WordBlock
 
+// A read of such a block. `value` gives the word of the value, and is called for that register
+// only.
+template <typename Value>
+void readWordBlock(const IBasicDataParameterPort* port, void* buffer, std::int64_t address,
+                   std::int64_t length, const Value& value) {
+    if (port == nullptr || length != wordSize) {
+        storeZeros(buffer, length);
+        return;
+    }
+    switch (address) {
+        case WordBlock::valueOffset:
+            return storeWord(buffer, value());
+        case WordBlock::availabilityOffset:
+            return storeFlag(buffer, port->isAvailable());
+        case WordBlock::lockOffset:
+            return storeFlag(buffer, !port->isWritable());
+        default:
+            return;
+    }
+}
+
+// Whether a write reaches the value of a block that begins with one word; all others are ignored.
+[[nodiscard]] inline bool isWordWrite(const IBasicDataParameterPort* port, std::int64_t address,
+                                      std::int64_t length) {
+    return port != nullptr && length == wordSize && address == WordBlock::valueOffset;
+}
+
 // `Interface` is the parameter port's. A null parameter port is allowed: such a port reads zeros,
 // ignores writes and describes nothing.
 template <typename Interface>

@@ -46,16 +46,13 @@ void CStringNodeMapPort::generateNode(std::ostream& out, bool ownPort, const gcs
         return;
     }
     NodeWriter writer(out, *port(), prefix + getName(), portName, address);
-    writer.open("String", mergePriority());
-    writer.availability(dependencies("IsAvailable"));
-    writer.lock(dependencies("IsLocked"));
-    writer.element("Streamable", "Yes");
+    writer.openValue("String", mergePriority(), dependencies("IsAvailable"),
+                     dependencies("IsLocked"));
     writer.reference("pValue", "Value");
     writer.close("String");
 
     writer.textRegister(stringLength_, valueAccessMode(*port()), dependencies("Invalidator"));
-    writer.availabilityRegister(availabilityOffset(), Sign::Unsigned);
-    writer.lockRegister(lockOffset(), Sign::Unsigned);
+    writer.stateRegisters(availabilityOffset(), lockOffset(), Sign::Unsigned);
     if (ownPort) {
         writer.port();
     }
