@@ -1,12 +1,14 @@
 // A typed holder of a value with reflection by Variant: a node's input or output of one job.
 // Values go in and out as COWPtr handles, so nothing is copied that nobody writes to. A property
-// belongs to one thread at a time, which for those of a node is the thread that runs its job: a
-// lock for every access would cost more than all the rest of a short job.
+// with a mutex of its own is safe from any thread; one without belongs to one thread at a time,
+// which for those of a node is the thread that runs its job.
 #pragma once
 
 #include <memory>
+#include <utility>
 
 #include "orlixdataprocessingcore/api.h"
+#include "orlixdataprocessingcore/threading/recursivemutex.h"
 #include "orlixdataprocessingcore/utils/cowptr.h"
 #include "orlixdataprocessingcore/utils/typeinfo.h"
 #include "orlixdataprocessingcore/utils/variant.h"
@@ -75,12 +77,18 @@ template <typename T>
 class ResettableProperty final : public IResettablePropertyT<T> {
 public:
     explicit ResettableProperty(bool resetOnGet = false) : resetOnGet_(resetOnGet) {}
-    // Copying shares the value, or resets this property as the other one is.
+    // A leaf lock: no value is destroyed and no foreign code runs while it is held, except for the
+    // setter of a subproperty.
+    explicit ResettableProperty(std::unique_ptr<Threading::RecursiveMutex> mutex,
+                                bool resetOnGet = false)
+        : mutex_(std::move(mutex)), resetOnGet_(resetOnGet) {}
+    // Copying shares the value, or resets this property as the other one is. The new property has
+    // no mutex; an old one keeps its own.
     ResettableProperty(const ResettableProperty& other);
     ResettableProperty& operator=(const ResettableProperty& other);
 
     TypeInfo getValueType() const override { return TypeInfo::getTypeInfo<T>(false); }
-    bool isSet() const override { return value_.isValid(); }
+    bool isSet() const override;
     Variant getVariant(const gcstring& path = gcstring()) const override;
     void setVariant(const gcstring& path, const Variant& value) override;
     void reset() override;
@@ -95,8 +103,15 @@ public:
     void setValue(const T& value) override { setValue(&value); }
 
 private:
+    // Holds the mutex, if there is one, for a scope.
+    class Guard;
+
+    [[nodiscard]] COWPtr<T> share() const;
+    // Puts another handle in the place of the present one, which is returned.
+    [[nodiscard]] COWPtr<T> exchange(COWPtr<T> value);
     void setSubproperty(const gcstring& path, const Variant& value);
 
+    std::unique_ptr<Threading::RecursiveMutex> mutex_;
     COWPtr<T> value_;  // empty in the reset state
     bool resetOnGet_;
 };

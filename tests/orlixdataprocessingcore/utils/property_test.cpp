@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <thread>
+
 #include "orlixdataprocessingcore/core/float.h"
 #include "orlixdataprocessingcore/core/image.h"
 #include "orlixdataprocessingcore/core/integer.h"
@@ -15,6 +18,7 @@ using namespace Orlix::DataProcessing::Utils;
 using GenICam::InvalidArgumentException;
 using GenICam::PropertyException;
 using GenICam::RuntimeException;
+using Orlix::DataProcessing::Threading::RecursiveMutex;
 using Orlix::Test::expectThrow;
 
 constexpr const char* resetted = "Property is resetted.";
@@ -165,6 +169,61 @@ TEST(ResettableProperty, UnknownSubpropertiesAreNamed) {
     expectThrow<InvalidArgumentException>(
         [&] { property.setVariant("Value.", Variant(String("y"))); },
         "Property path \"Value.\" has an empty element.");
+}
+
+TEST(ResettableProperty, WithAMutexAValueGoesThroughBothOfAPair) {
+    ResettableProperty<Integer> input(std::make_unique<RecursiveMutex>());
+    ResettableProperty<Integer> output(std::make_unique<RecursiveMutex>(), true);
+    input.setValue(Integer(5));
+    output = input;
+    EXPECT_TRUE(input.getValue() == output.takeValue());
+    EXPECT_FALSE(output.isSet()) << "assigning changes neither mutex nor reset on get";
+    const ResettableProperty<Integer> copy(input);
+    EXPECT_TRUE(copy.getValue() == input.getValue());
+}
+
+// A value that looks at its property when it is destroyed.
+class Looking : public String {
+public:
+    explicit Looking(const std::function<void()>& atEnd) : atEnd_(atEnd) {}
+    ~Looking() override { atEnd_(); }
+    Looking(const Looking&) = default;
+
+private:
+    std::function<void()> atEnd_;
+};
+
+TEST(ResettableProperty, WithAMutexAFormerValueGoesWithTheMutexFree) {
+    ResettableProperty<String> property(std::make_unique<RecursiveMutex>());
+    int seen = 0;
+    const auto lookFromAnotherThread = [&] {
+        std::thread([&] { seen += property.isSet() ? 1 : 10; }).join();
+    };
+    property.setValue(COWPtr<String>(std::unique_ptr<String>(new Looking(lookFromAnotherThread))));
+    property.setValue(String("next"));
+    EXPECT_EQ(seen, 1);
+    property.setValue(COWPtr<String>(std::unique_ptr<String>(new Looking(lookFromAnotherThread))));
+    property.reset();
+    EXPECT_EQ(seen, 11);
+}
+
+TEST(ResettableProperty, WithAMutexItIsSafeFromAnyThread) {
+    ResettableProperty<Integer> first(std::make_unique<RecursiveMutex>());
+    ResettableProperty<Integer> second(std::make_unique<RecursiveMutex>());
+    first.setValue(Integer(1));
+    second.setValue(Integer(2));
+    const auto work = [](ResettableProperty<Integer>& own, ResettableProperty<Integer>& other) {
+        for (int i = 0; i < 1000; ++i) {
+            own.setValue(Integer(i));
+            own = other;
+            const std::int64_t value = own.getValue().getConst()->get();
+            EXPECT_GE(value, 0);
+            EXPECT_TRUE(other.isSet());
+        }
+    };
+    std::thread thread([&] { work(first, second); });
+    work(second, first);
+    thread.join();
 }
 
 }  // namespace

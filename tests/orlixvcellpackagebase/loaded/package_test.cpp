@@ -18,7 +18,9 @@
 #include "orlixdataprocessingcore/core/inode.h"
 #include "orlixdataprocessingcore/core/nodearguments.h"
 #include "orlixdataprocessingcore/core/nodemapcontainer.h"
+#include "orlixdataprocessingcore/failingnew.h"
 #include "orlixdataprocessingcore/utils/typeinfo.h"
+#include "orlixdataprocessingcore/utils/uuid.h"
 #include "orlixvcellpackagebase/entrypoints.h"
 #include "orlixvcellpackagebase/imageloading.h"
 #include "support/recordingsink.h"
@@ -211,6 +213,9 @@ TEST_F(Package, EveryRecordHasWorkingEntryPoints) {
         ASSERT_NE(node, nullptr) << name;
         EXPECT_EQ(node->getTypeInfo(true).getIdentifier().str(),
                   "Plugin::OrlixVCellPackageBase::" + name);
+        const Utils::Uuid* uuid = node->getTypeInfo(true).getUuid();
+        ASSERT_NE(uuid, nullptr) << name;
+        EXPECT_EQ(uuid->toString().str(), module["Uuid"].get<std::string>());
         auto* container = Utils::object_cast<Core::INodeMapContainer>(node.get());
         ASSERT_NE(container, nullptr);
         EXPECT_EQ(container->getNodeMapInfos().at(0).GetDisplayName().str(),
@@ -229,6 +234,24 @@ TEST_F(Package, ExceptionOfAConstructorReachesTheHost) {
     EXPECT_EQ(getFailure<GenICam::InvalidArgumentException>(
                   [] { find<CreateNode>("create_Camera")(nullptr); }),
               "Resource pool must not be nullptr. ");
+}
+
+// The first allocation is the object's own; its constructor would need more of them, and throw.
+TEST_F(Package, WithoutMemoryForTheObjectACreatorAnswersNull) {
+    for (const std::string name : {"Camera", "ImageFormatConverter", "ImageLoading"}) {
+        const auto create = find<CreateNode>("create_" + name);
+        const std::shared_ptr<ResourcePool> pool = std::make_shared<TestPool>();
+        Node* node = nullptr;
+        bool hasFailed = false;
+        {
+            const Orlix::Test::FailingNew failing(0);
+            node = create(pool);
+            hasFailed = Orlix::Test::FailingNew::hasFailed();
+        }
+        EXPECT_EQ(node, nullptr) << name;
+        EXPECT_TRUE(hasFailed) << name;
+        EXPECT_EQ(pool.use_count(), 1);
+    }
 }
 
 TEST_F(Package, OtherNodesNeedNoPool) {

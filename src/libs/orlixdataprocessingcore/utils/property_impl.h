@@ -10,36 +10,77 @@
 namespace Orlix::DataProcessing::Utils {
 
 template <typename T>
+class ResettableProperty<T>::Guard {
+public:
+    explicit Guard(const ResettableProperty& property) : mutex_(property.mutex_.get()) {
+        if (mutex_ != nullptr) {
+            mutex_->lock();
+        }
+    }
+    ~Guard() {
+        if (mutex_ != nullptr) {
+            mutex_->unlock();
+        }
+    }
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
+
+private:
+    Threading::RecursiveMutex* mutex_;
+};
+
+template <typename T>
 ResettableProperty<T>::ResettableProperty(const ResettableProperty& other)
-    : value_(other.value_), resetOnGet_(other.resetOnGet_) {}
+    : value_(other.share()), resetOnGet_(other.resetOnGet_) {}
 
 template <typename T>
 ResettableProperty<T>& ResettableProperty<T>::operator=(const ResettableProperty& other) {
-    COWPtr<T> value = other.value_;
-    std::swap(value_, value);
+    // One mutex after the other, never both. The former value goes with the end of this call.
+    const COWPtr<T> former = exchange(other.share());
     return *this;
 }
 
 template <typename T>
-COWPtr<T> ResettableProperty<T>::getValue() const {
-    if (!value_.isValid()) {
-        throw GenICam::PropertyException("Property is resetted.", __FILE__, __LINE__);
-    }
+bool ResettableProperty<T>::isSet() const {
+    const Guard guard(*this);
+    return value_.isValid();
+}
+
+template <typename T>
+COWPtr<T> ResettableProperty<T>::share() const {
+    const Guard guard(*this);
     return value_;
 }
 
 template <typename T>
-COWPtr<T> ResettableProperty<T>::takeValue() {
-    if (!value_.isValid()) {
+COWPtr<T> ResettableProperty<T>::exchange(COWPtr<T> value) {
+    const Guard guard(*this);
+    std::swap(value_, value);
+    return value;
+}
+
+template <typename T>
+COWPtr<T> ResettableProperty<T>::getValue() const {
+    COWPtr<T> value = share();
+    if (!value.isValid()) {
         throw GenICam::PropertyException("Property is resetted.", __FILE__, __LINE__);
     }
-    return resetOnGet_ ? std::exchange(value_, COWPtr<T>()) : value_;
+    return value;
+}
+
+template <typename T>
+COWPtr<T> ResettableProperty<T>::takeValue() {
+    COWPtr<T> value = resetOnGet_ ? exchange(COWPtr<T>()) : share();
+    if (!value.isValid()) {
+        throw GenICam::PropertyException("Property is resetted.", __FILE__, __LINE__);
+    }
+    return value;
 }
 
 template <typename T>
 void ResettableProperty<T>::reset() {
     // Reset first: the end of the value may be foreign code that looks here.
-    const COWPtr<T> value = std::exchange(value_, COWPtr<T>());
+    const COWPtr<T> former = exchange(COWPtr<T>());
 }
 
 template <typename T>
@@ -48,7 +89,7 @@ void ResettableProperty<T>::setValue(COWPtr<T> value) {
         throw GenICam::InvalidArgumentException("Invalid value pointer passed.", __FILE__,
                                                 __LINE__);
     }
-    std::swap(value_, value);
+    const COWPtr<T> former = exchange(std::move(value));
 }
 
 template <typename T>
@@ -87,7 +128,8 @@ Variant ResettableProperty<T>::takeVariant() {
 
 template <typename T>
 Variant ResettableProperty<T>::moveVariant() {
-    return value_.isValid() ? Variant(std::exchange(value_, COWPtr<T>())) : Variant();
+    COWPtr<T> value = exchange(COWPtr<T>());
+    return value.isValid() ? Variant(std::move(value)) : Variant();
 }
 
 template <typename T>
@@ -113,6 +155,7 @@ void ResettableProperty<T>::setVariant(const gcstring& path, const Variant& valu
 
 template <typename T>
 void ResettableProperty<T>::setSubproperty(const gcstring& path, const Variant& value) {
+    const Guard guard(*this);
     if (!value_.isValid()) {
         throw GenICam::RuntimeException("Cannot set a subproperty of a resetted property.",
                                         __FILE__, __LINE__);

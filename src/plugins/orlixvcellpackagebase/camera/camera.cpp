@@ -12,7 +12,8 @@ namespace Plugin::OrlixVCellPackageBase {
 namespace Core = Orlix::DataProcessing::Core;
 namespace Utils = Orlix::DataProcessing::Utils;
 
-ORLIX_REGISTER_TYPE(Camera, Core::AdvancedNode, Core::INodeMapContainer)
+ORLIX_REGISTER_TYPE_WITH_UUID("846bca11-6bf2-4895-88c4-fe038f5a659c", Camera, Core::AdvancedNode,
+                              Core::INodeMapContainer)
 
 namespace {
 

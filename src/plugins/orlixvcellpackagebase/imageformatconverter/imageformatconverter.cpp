@@ -9,8 +9,10 @@ namespace Plugin::OrlixVCellPackageBase {
 namespace Core = Orlix::DataProcessing::Core;
 namespace Utils = Orlix::DataProcessing::Utils;
 using Orlix::CImageFormatConverter;
+using Orlix::DataProcessing::Threading::RecursiveMutex;
 
-ORLIX_REGISTER_TYPE(ImageFormatConverter, Core::SimpleNode, Core::INodeMapContainer)
+ORLIX_REGISTER_TYPE_WITH_UUID("4049ea56-3827-4faf-9478-c3ba02e4a0cb", ImageFormatConverter,
+                              Core::SimpleNode, Core::INodeMapContainer)
 
 namespace ImageFormatConverterNames {
 
@@ -27,7 +29,10 @@ const gcstring maxNumThreads("MaxNumThreads");
 ORLIX_DEFINE_OBJECT(ImageFormatConverter)
 
 ImageFormatConverter::ImageFormatConverter(const std::shared_ptr<Core::IResourcePool>& pool)
-    : SimpleNode(pool), impl_(std::make_unique<Impl>()) {
+    : SimpleNode(pool),
+      input_(std::make_unique<RecursiveMutex>()),
+      output_(std::make_unique<RecursiveMutex>()),
+      impl_(std::make_unique<Impl>()) {
     setLock(impl_->lock);
     buildParameterTree();
     impl_->publishParameters("Image Format Converter");

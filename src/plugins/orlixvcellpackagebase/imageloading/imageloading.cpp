@@ -19,7 +19,8 @@ namespace Core = Orlix::DataProcessing::Core;
 namespace Utils = Orlix::DataProcessing::Utils;
 using namespace ImageLoadingLog;
 
-ORLIX_REGISTER_TYPE(ImageLoading, Core::AdvancedNode, Core::INodeMapContainer)
+ORLIX_REGISTER_TYPE_WITH_UUID("4f2b72dc-294b-4503-885a-6b73d26eb6d7", ImageLoading,
+                              Core::AdvancedNode, Core::INodeMapContainer)
 
 namespace ImageLoadingNames {
 
