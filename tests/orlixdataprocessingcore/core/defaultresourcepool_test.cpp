@@ -7,18 +7,10 @@
 
 #include "gcbase/gcexception.h"
 #include "orlixdataprocessingcore/core/services.h"
+#include "orlixdataprocessingcore/core/testdevice.h"
 
 namespace Orlix::DataProcessing::Core {
 namespace {
-
-class TestDevice : public IDeviceResource {
-public:
-    Utils::TypeInfo getTypeInfo(bool throwOnError) const override {
-        return Utils::TypeInfo::getTypeInfo<IDeviceResource>(throwOnError);
-    }
-    const void* getRawPointer() const override { return static_cast<const IDeviceResource*>(this); }
-    void* getRawPointer() override { return static_cast<IDeviceResource*>(this); }
-};
 
 class TestLayer : public ITlResource {
 public:

@@ -1,0 +1,17 @@
+// A resource as tests put it into a pool.
+#pragma once
+
+#include "orlixdataprocessingcore/core/resourcepool.h"
+
+namespace Orlix::DataProcessing::Core {
+
+class TestDevice : public IDeviceResource {
+public:
+    Utils::TypeInfo getTypeInfo(bool throwOnError) const override {
+        return Utils::TypeInfo::getTypeInfo<IDeviceResource>(throwOnError);
+    }
+    const void* getRawPointer() const override { return static_cast<const IDeviceResource*>(this); }
+    void* getRawPointer() override { return static_cast<IDeviceResource*>(this); }
+};
+
+}  // namespace Orlix::DataProcessing::Core
