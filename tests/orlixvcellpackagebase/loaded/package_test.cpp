@@ -223,6 +223,30 @@ TEST_F(Package, EveryRecordHasWorkingEntryPoints) {
     }
 }
 
+TEST_F(Package, TypesOfItsNodesHaveTheIdentitiesOfTheCatalog) {
+    for (const auto& module : readCatalog()["Modules"]) {
+        const auto name = module["Name"].get<std::string>();
+        const Utils::Uuid* uuid = create(name)->getTypeInfo(true).getUuid();
+        ASSERT_NE(uuid, nullptr) << name;
+        EXPECT_EQ(uuid->toString().str(), module["Uuid"].get<std::string>());
+    }
+}
+
+TEST_F(Package, ParameterMapOfANodeServesUntilTheNodeIsDestroyed) {
+    for (const std::string name : {"Camera", "ImageFormatConverter", "ImageLoading"}) {
+        const NodePointer node = create(name);
+        auto* container = Utils::object_cast<Core::INodeMapContainer>(node.get());
+        GenApi::INodeMap* map = container->getNodeMapInfos().at(0).GetNodeMap();
+        EXPECT_TRUE(node->allocateResources().empty()) << name;
+        node->freeResources();
+        node->stop();
+        EXPECT_EQ(container->getNodeMapInfos().at(0).GetNodeMap(), map);
+        const GenApi::CCategoryPtr root(map->GetNode("Root"));
+        ASSERT_TRUE(root.IsValid()) << name;
+        EXPECT_EQ(root->GetNode()->GetName(), "Root");
+    }
+}
+
 TEST_F(Package, DestroyingNothingDoesNothing) {
     for (const char* name : {"Camera", "ImageFormatConverter", "ImageLoading"}) {
         find<DestroyNode>(std::string("destroy_") + name)(nullptr);
