@@ -1,5 +1,6 @@
 #include "orlixhost/package.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include "host/support/message.h"
@@ -26,6 +27,24 @@ TEST(Package, GivesItsCatalog) {
     EXPECT_EQ(package->modules()[0].displayName, "Values");
     EXPECT_EQ(package->modules()[0].supportedUuids,
               std::vector<std::string>{"00000000-0000-0000-0000-00000000000b"});
+}
+
+// Values, errors and jobs of a package hold its code and may outlive whoever has loaded it.
+bool isLoaded(const std::string& file) {
+    return ::dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD) != nullptr;
+}
+
+TEST(Package, StaysLoadedWhenTheHostLetsGoOfIt) {
+    ASSERT_FALSE(isLoaded(testPackage("testnodes")));
+    static_cast<void>(Package::load(testPackage("testnodes")));
+    EXPECT_TRUE(isLoaded(testPackage("testnodes")));
+}
+
+TEST(Package, CodeOfTheNodesStaysEvenIfAHostClosesIt) {
+    void* const library = ::dlopen(ORLIX_PACKAGE_FILE, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << ::dlerror();
+    ASSERT_EQ(::dlclose(library), 0);
+    EXPECT_TRUE(isLoaded(ORLIX_PACKAGE_FILE));
 }
 
 TEST(Package, MissingFileIsNamed) {
