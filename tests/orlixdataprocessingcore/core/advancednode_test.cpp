@@ -17,6 +17,37 @@ using NodeLock = Threading::UniqueLock<Threading::IRecursiveLockable>;
 class AdvancedNodeTest : public testing::Test {
 protected:
     void attach() { handle = source->attachOutputSink("Out", sink); }
+    // Whether the source, which has begun its start on another thread, was refused space in it;
+    // the wait for space ends only when the run has to end.
+    std::future<bool> startAndWaitForSpace() {
+        attach();
+        sink->setFull(true);
+        auto begun = std::make_shared<std::latch>(1);
+        auto refused = std::make_shared<std::atomic<bool>>(false);
+        source->starting = [this, begun, refused] {
+            begun->count_down();
+            *refused = !source->waitUntilSpaceAvailable();
+            ending();
+        };
+        auto started = std::async(std::launch::async, [this, refused] {
+            try {
+                source->start({});
+            } catch (int) {
+            }
+            return refused->load();
+        });
+        begun->wait();
+        return started;
+    }
+    // The answer to a source that asks for space while its only sink is full.
+    std::future<bool> waitForSpace() {
+        attach();
+        source->start({});
+        sink->setFull(true);
+        return std::async(std::launch::async, [&] { return source->waitUntilSpaceAvailable(); });
+    }
+
+    std::function<void()> ending = [] {};
 
     std::shared_ptr<TestSource> source = std::make_shared<TestSource>();
     std::shared_ptr<TestSink> sink = std::make_shared<TestSink>();
@@ -61,40 +92,23 @@ TEST_F(AdvancedNodeTest, TakesAJobUntilOnStoppingHasReturned) {
     EXPECT_EQ(sink->values(), std::vector<std::int64_t>{3});
 }
 
-// The wait for space ends only when the stop has been asked for.
 TEST_F(AdvancedNodeTest, StopWaitsForAStartOnAnotherThreadAndEndsThatRun) {
-    attach();
-    sink->setFull(true);
-    std::latch begun(1);
-    source->starting = [&] {
-        begun.count_down();
-        EXPECT_FALSE(source->waitUntilSpaceAvailable());
-    };
     bool stopped = false;
     source->stopping = [&] { stopped = true; };
-    std::thread starter([&] { source->start({}); });
-    begun.wait();
+    auto refused = startAndWaitForSpace();
     source->stop();
     EXPECT_EQ(source->getState(), NodeState::Stopped);
+    EXPECT_TRUE(refused.get());
     EXPECT_TRUE(stopped);
-    starter.join();
 }
 
 TEST_F(AdvancedNodeTest, CleanupDuringAStartOnAnotherThreadFreesBehindThatRun) {
-    attach();
-    sink->setFull(true);
-    std::latch begun(1);
-    source->starting = [&] {
-        begun.count_down();
-        EXPECT_FALSE(source->waitUntilSpaceAvailable());
-        throw 5;
-    };
-    std::thread starter([&] { EXPECT_ANY_THROW(source->start({})); });
-    begun.wait();
+    ending = [] { throw 5; };
+    auto refused = startAndWaitForSpace();
     source->cleanup();
     EXPECT_EQ(source->getState(), NodeState::Stopped);
     EXPECT_FALSE(sink->hasListener());
-    starter.join();
+    EXPECT_TRUE(refused.get());
 }
 
 TEST_F(AdvancedNodeTest, AStopAtTheVeryBeginningOfAStartIsNotUndone) {
@@ -143,11 +157,7 @@ TEST_F(AdvancedNodeTest, APinWithALimitOfZeroStillOffersSpace) {
 }
 
 TEST_F(AdvancedNodeTest, WaitsUntilASinkHasSpace) {
-    attach();
-    source->start({});
-    sink->setFull(true);
-    auto waiting =
-        std::async(std::launch::async, [&] { return source->waitUntilSpaceAvailable(); });
+    auto waiting = waitForSpace();
     sink->setFull(false);
     EXPECT_TRUE(waiting.get());
 }
@@ -186,11 +196,7 @@ TEST_F(AdvancedNodeTest, DrainingASinkNeedsNoLockOfTheNode) {
 }
 
 TEST_F(AdvancedNodeTest, ADetachedSinkThatWasFullHoldsNobodyBack) {
-    attach();
-    source->start({});
-    sink->setFull(true);
-    auto waiting =
-        std::async(std::launch::async, [&] { return source->waitUntilSpaceAvailable(); });
+    auto waiting = waitForSpace();
     source->detachOutputSink(handle);
     EXPECT_TRUE(waiting.get());
 }

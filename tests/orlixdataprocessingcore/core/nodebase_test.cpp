@@ -574,6 +574,38 @@ TEST(NodeBaseResources, CleanupFreesThemAfterTheStop) {
     EXPECT_EQ(node.calls, (std::vector<std::string>{"allocate true", "stop", "free false"}));
 }
 
+TEST(NodeBaseResources, CleanupDuringAStopOnAnotherThreadWaitsForItsEndAndFreesThen) {
+    ResourceNode node;
+    static_cast<void>(node.allocateResources());
+    std::latch isStopping(1);
+    std::latch mayEnd(1);
+    node.stopping = [&] {
+        isStopping.count_down();
+        mayEnd.wait();
+        node.calls.emplace_back("stop");
+    };
+    node.start({});
+    std::thread stopper([&] { node.stop(); });
+    isStopping.wait();
+    EXPECT_EQ(node.getState(), NodeState::Stopping);
+    std::thread releaser([&] { mayEnd.count_down(); });
+    node.cleanup();
+    EXPECT_EQ(node.getState(), NodeState::Stopped);
+    EXPECT_EQ(node.calls, (std::vector<std::string>{"allocate true", "stop", "free false"}));
+    releaser.join();
+    stopper.join();
+}
+
+// As a node does that loses what it needs while it is being stopped.
+TEST(NodeBaseResources, CleanupWithinOnStoppingDoesNotWaitForItself) {
+    ResourceNode node;
+    node.stopping = [&] { node.cleanup(); };
+    node.start({});
+    node.stop();
+    EXPECT_EQ(node.getState(), NodeState::Stopped);
+    EXPECT_EQ(node.calls, std::vector<std::string>{"free false"});
+}
+
 TEST(NodeTypes, AreRegisteredWithTheirBases) {
     const TestNode node;
     const auto simple = Utils::TypeInfo::getTypeInfo<SimpleNode>(true);

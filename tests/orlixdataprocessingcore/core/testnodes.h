@@ -90,9 +90,10 @@ public:
     void execute() override { work(*this); }
 
     // As a node does whose pins follow its settings.
-    void remakeInput(const gcstring& name, std::size_t index = 0) {
+    void remakeInput(const gcstring& name, std::size_t index = 0, bool optional = false,
+                     std::uint64_t maxJobCount = unlimitedJobs) {
         removeInput(name);
-        createInput(name, "", properties[index], integer(0), false, unlimitedJobs);
+        createInput(name, "", properties[index], integer(0), optional, maxJobCount);
     }
 
     [[nodiscard]] std::int64_t in(std::size_t index = 0) const {

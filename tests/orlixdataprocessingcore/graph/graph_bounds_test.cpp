@@ -2,8 +2,7 @@
 #include <atomic>
 #include <memory>
 
-#include "orlixdataprocessingcore/core/testnodes.h"
-#include "orlixdataprocessingcore/graph/graph.h"
+#include "orlixdataprocessingcore/graph/testgraphs.h"
 
 namespace Orlix::DataProcessing::Core {
 namespace {
@@ -127,14 +126,29 @@ TEST(GraphBounds, APinsOwnLimitLowersTheCapacity) {
     EXPECT_EQ(graph.statistics().connections.at(0).capacity, 3U);
 }
 
+TEST(GraphBounds, TheLimitOfAPinThatIsMadeAnewHoldsAtOnce) {
+    auto source = std::make_shared<TestSource>();
+    auto node = std::make_shared<TestNode>();
+    Graph graph(GraphOptions{8});
+    buildChain(graph, source, {node});
+    const auto capacity = [&] { return graph.statistics().connections.at(0).capacity; };
+    EXPECT_EQ(capacity(), 8U);
+    node->remakeInput("In", 0, false, 3);
+    EXPECT_EQ(capacity(), 3U);
+    graph.start({});
+    node->remakeInput("In", 0, false, 5);
+    EXPECT_EQ(capacity(), 5U);
+    graph.stop(StopMode::Drain);
+    source->removeOutput("Out");
+    source->createOutput("Out", "", Utils::TypeInfo::getTypeInfo<Integer>(true), true, 2);
+    EXPECT_EQ(capacity(), 2U);
+}
+
 TEST(GraphBounds, AFullSinkOfTheHostHoldsTheSourceBackUntilItHasSpace) {
     auto source = std::make_shared<TestSource>();
     auto sink = std::make_shared<TestSink>();
     Graph graph(GraphOptions{1});
-    graph.addNode("Source", source);
-    graph.addNode("A", std::make_shared<TestNode>());
-    graph.connect("Source", "Out", "A", "In");
-    graph.attachSink("A", "Out", sink);
+    buildChain(graph, source, {std::make_shared<TestNode>()}, sink);
     sink->setFull(true);
     graph.start({});
     source->send(1);

@@ -1,8 +1,7 @@
 // Errors travel with the values, and what is wrong with a graph is said at once.
 #include <memory>
 
-#include "orlixdataprocessingcore/core/testnodes.h"
-#include "orlixdataprocessingcore/graph/graph.h"
+#include "orlixdataprocessingcore/graph/testgraphs.h"
 #include "orlixdataprocessingcore/utils/log.h"
 
 namespace Orlix::DataProcessing::Core {
@@ -23,10 +22,7 @@ TEST(GraphErrors, AFailedJobFailsItsUpdateOnlyAndTheGraphRunsOn) {
         TestNode::sum(self);
     };
     Graph graph;
-    graph.addNode("Source", source);
-    graph.addNode("A", node);
-    graph.connect("Source", "Out", "A", "In");
-    graph.attachSink("A", "Out", sink);
+    buildChain(graph, source, {node}, sink);
     graph.start({});
     for (int value = 1; value <= 3; ++value) {
         source->send(value);
@@ -157,6 +153,12 @@ TEST_F(GraphBuilding, AnInputThatWasMadeAnewIsConnectedAgainAtTheStart) {
     EXPECT_FALSE(node->canConfigure("In"));
 }
 
+TEST_F(GraphBuilding, AnInputThatWasMadeAnewIsStillConnectedForTheValidation) {
+    graph.connect("Source", "Out", "A", "In");
+    node->remakeInput("In");
+    graph.validate();
+}
+
 class ScarceNode : public TestNode {
 public:
     explicit ScarceNode(std::vector<std::string>& calls, const char* name, bool fails)
@@ -196,9 +198,7 @@ TEST(GraphResources, AreAllocatedConsumersFirstAndAFailureUndoesAll) {
 TEST(GraphStatistics, NameConnectionsAndCountTheirValues) {
     auto source = std::make_shared<TestSource>();
     Graph graph;
-    graph.addNode("Source", source);
-    graph.addNode("A", std::make_shared<TestNode>());
-    graph.connect("Source", "Out", "A", "In");
+    buildChain(graph, source, {std::make_shared<TestNode>()});
     graph.start({});
     source->send(1);
     source->send(2);

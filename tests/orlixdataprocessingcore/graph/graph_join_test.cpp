@@ -183,6 +183,35 @@ TEST_F(GraphJoin, AnOptionalInputMayBeMissingFromAnUpdate) {
     EXPECT_EQ(reader->values(), (Numbers{5, 2}));
 }
 
+TEST_F(GraphJoin, AnInputThatIsMadeAnewInARunIsNeededOrNotAsItSaysNow) {
+    connectBoth();
+    graph.start({});
+    join->remakeInput("Y", 1, true);
+    source->send(PinValues{{"A", integer(5)}});
+    static_cast<void>(sink->waitFor(1));
+    join->remakeInput("Y", 1, false);
+    source->send(PinValues{{"A", integer(6)}});
+    send(1, 10);
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), (Numbers{5, 11}));
+    EXPECT_EQ(graph.statistics().droppedJobs, 1U);
+}
+
+TEST_F(GraphJoin, AnInputThatIsMadeAnewInARunResetsAgain) {
+    join->setAutoResetEnabled("Y", false);
+    connectBoth();
+    graph.start({});
+    source->send(PinValues{{"B", integer(10)}});
+    source->send(PinValues{{"A", integer(1)}});
+    static_cast<void>(sink->waitFor(2));
+    join->remakeInput("Y", 1);
+    source->send(PinValues{{"A", integer(2)}});
+    send(3, 30);
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), (Numbers{11, 33}));
+    EXPECT_EQ(graph.statistics().droppedJobs, 1U);
+}
+
 TEST_F(GraphJoin, RefusesInputsThatCanNeverShareAnUpdate) {
     graph.addNode("Second", std::make_shared<TestSource>());
     graph.connect("Source", "A", "Join", "X");

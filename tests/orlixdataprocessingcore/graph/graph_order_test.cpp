@@ -5,8 +5,7 @@
 #include <set>
 #include <thread>
 
-#include "orlixdataprocessingcore/core/testnodes.h"
-#include "orlixdataprocessingcore/graph/graph.h"
+#include "orlixdataprocessingcore/graph/testgraphs.h"
 
 namespace Orlix::DataProcessing::Core {
 namespace {
@@ -22,10 +21,7 @@ TEST(GraphOrder, ANodeRunsOneJobAtATimeInTheOrderOfUpdates) {
         --running;
     };
     Graph graph;
-    graph.addNode("Source", source);
-    graph.addNode("A", node);
-    graph.connect("Source", "Out", "A", "In");
-    graph.attachSink("A", "Out", sink);
+    buildChain(graph, source, {node}, sink);
     graph.start({});
     for (int value = 0; value < 5000; ++value) {
         ASSERT_TRUE(source->waitUntilSpaceAvailable());
@@ -85,12 +81,7 @@ TEST(GraphOrder, ConsecutiveNodesWorkOnDifferentUpdatesAtTheSameTime) {
         TestNode::sum(self);
     };
     Graph graph;
-    graph.addNode("Source", source);
-    graph.addNode("A", first);
-    graph.addNode("B", second);
-    graph.connect("Source", "Out", "A", "In");
-    graph.connect("A", "Out", "B", "In");
-    graph.attachSink("B", "Out", sink);
+    buildChain(graph, source, {first, second}, sink);
     graph.start({});
     source->send(1);
     source->send(2);
@@ -119,12 +110,7 @@ TEST(GraphOrder, ANodeThatSuddenlyTakesLongHoldsUpNoneOfThoseThatWereShort) {
         TestNode::sum(self);
     };
     Graph graph;
-    graph.addNode("Source", source);
-    graph.addNode("A", first);
-    graph.addNode("B", second);
-    graph.connect("Source", "Out", "A", "In");
-    graph.connect("A", "Out", "B", "In");
-    graph.attachSink("B", "Out", sink);
+    buildChain(graph, source, {first, second}, sink);
     graph.start({});
     for (int value = 0; value <= shortJobs + 1; ++value) {
         ASSERT_TRUE(source->waitUntilSpaceAvailable());
@@ -144,10 +130,7 @@ TEST(GraphOrder, NoJobRunsInTheThreadOfTheSource) {
         TestNode::sum(self);
     };
     Graph graph;
-    graph.addNode("Source", source);
-    graph.addNode("A", node);
-    graph.connect("Source", "Out", "A", "In");
-    graph.attachSink("A", "Out", sink);
+    buildChain(graph, source, {node}, sink);
     graph.start({});
     for (int value = 0; value < 100; ++value) {
         ASSERT_TRUE(source->waitUntilSpaceAvailable());

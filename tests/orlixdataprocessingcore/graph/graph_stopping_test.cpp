@@ -5,8 +5,7 @@
 #include <thread>
 
 #include "orlixdataprocessingcore/core/errors.h"
-#include "orlixdataprocessingcore/core/testnodes.h"
-#include "orlixdataprocessingcore/graph/graph.h"
+#include "orlixdataprocessingcore/graph/testgraphs.h"
 #include "orlixdataprocessingcore/utils/log.h"
 
 namespace Orlix::DataProcessing::Core {
@@ -16,12 +15,7 @@ using Numbers = std::vector<std::int64_t>;
 
 class GraphStopping : public testing::Test {
 protected:
-    GraphStopping() {
-        graph.addNode("Source", source);
-        graph.addNode("A", node);
-        graph.connect("Source", "Out", "A", "In");
-        graph.attachSink("A", "Out", sink);
-    }
+    GraphStopping() { buildChain(graph, source, {node}, sink); }
 
     std::shared_ptr<TestSource> source = std::make_shared<TestSource>();
     std::shared_ptr<TestNode> node = std::make_shared<TestNode>();
@@ -212,10 +206,7 @@ TEST(GraphEnd, StopsAndFreesItsNodesAndLeavesNoTraceInThem) {
     auto sink = std::make_shared<TestSink>();
     {
         Graph graph;
-        graph.addNode("Source", source);
-        graph.addNode("A", node);
-        graph.connect("Source", "Out", "A", "In");
-        graph.attachSink("A", "Out", sink);
+        buildChain(graph, source, {node}, sink);
         EXPECT_TRUE(graph.allocateResources().empty());
         graph.start({});
         source->send(1);
@@ -232,11 +223,7 @@ TEST(GraphEnd, MayComeAtAnyMomentOfARun) {
     for (int round = 0; round < 50; ++round) {
         auto source = std::make_shared<TestSource>();
         auto graph = std::make_unique<Graph>();
-        graph->addNode("Source", source);
-        graph->addNode("A", std::make_shared<TestNode>());
-        graph->addNode("B", std::make_shared<TestNode>());
-        graph->connect("Source", "Out", "A", "In");
-        graph->connect("A", "Out", "B", "In");
+        buildChain(*graph, source, {std::make_shared<TestNode>(), std::make_shared<TestNode>()});
         graph->start({});
         std::thread producer([&] {
             while (source->waitUntilSpaceAvailable()) {

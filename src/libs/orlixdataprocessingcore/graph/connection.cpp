@@ -5,12 +5,12 @@
 namespace Orlix::DataProcessing::Core {
 
 Connection::Connection(ConnectionEnds ends, std::shared_ptr<GraphNode> from,
-                       std::shared_ptr<GraphNode> to, bool needed, std::size_t capacity)
+                       std::shared_ptr<GraphNode> to, const ConnectionLimits& limits)
     : ends_(std::move(ends)),
       from_(std::move(from)),
       to_(std::move(to)),
-      needed_(needed),
-      capacity_(capacity) {}
+      needed_(limits.needed),
+      capacity_(limits.capacity) {}
 
 void Connection::put(const std::shared_ptr<IGraphUpdate>& update, const Utils::Variant& value) {
     to_->arrive(*this, update, value);

@@ -14,6 +14,12 @@ namespace Orlix::DataProcessing::Core {
 
 class GraphNode;
 
+// What the pins at both ends ask of a connection.
+struct ConnectionLimits {
+    bool needed = true;        // the consumer can't run without a value here
+    std::size_t capacity = 1;  // values that may wait
+};
+
 // Both ends of the way, as the names that a user knows.
 struct ConnectionEnds {
     gcstring fromNode;
@@ -27,7 +33,7 @@ struct ConnectionEnds {
 class Connection final : public IOutputSink {
 public:
     Connection(ConnectionEnds ends, std::shared_ptr<GraphNode> from, std::shared_ptr<GraphNode> to,
-               bool needed, std::size_t capacity);
+               const ConnectionLimits& limits);
 
     void put(const std::shared_ptr<IGraphUpdate>& update, const Utils::Variant& value) override;
     void skip(const std::shared_ptr<IGraphUpdate>& update) override;
@@ -37,9 +43,13 @@ public:
     [[nodiscard]] const ConnectionEnds& ends() const noexcept { return ends_; }
     [[nodiscard]] const GraphNode* from() const noexcept { return from_.get(); }
     [[nodiscard]] const GraphNode* to() const noexcept { return to_.get(); }
-    // Whether the consumer can't run without a value here.
     [[nodiscard]] bool isNeeded() const noexcept { return needed_; }
     [[nodiscard]] std::size_t capacity() const noexcept { return capacity_; }
+    // The pins may be made anew at any time. A value that waits stays, whatever the new capacity.
+    void setLimits(const ConnectionLimits& limits) noexcept {
+        needed_ = limits.needed;
+        capacity_ = limits.capacity;
+    }
 
     // With no limit every value is welcome, so that a run can be brought to its end.
     void setUnlimited(bool unlimited) noexcept { unlimited_ = unlimited; }
@@ -65,8 +75,8 @@ private:
     const ConnectionEnds ends_;
     const std::shared_ptr<GraphNode> from_;
     const std::shared_ptr<GraphNode> to_;
-    const bool needed_;
-    const std::size_t capacity_;
+    std::atomic<bool> needed_;
+    std::atomic<std::size_t> capacity_;
     std::atomic<std::size_t> size_{0};  // of the ring, for those who don't hold the lock
     std::atomic<bool> unlimited_{false};
     std::atomic<bool> keepsLastValue_{false};

@@ -78,6 +78,8 @@ Graph::Impl::~Impl() {
     for (Member& member : members_) {
         member.canExecute.reset();
         member.autoReset.reset();
+        member.inputs.reset();
+        member.outputs.reset();
     }
     activity_->waitUntilIdle();
 }
@@ -100,7 +102,7 @@ void Graph::Impl::addNode(const gcstring& name, const std::shared_ptr<INode>& no
             refuse("There is a node \"" + name.str() + "\" already.");
         }
     }
-    Member member{std::make_shared<GraphNode>(name, node, activity_), {}, {}, 0};
+    Member member{std::make_shared<GraphNode>(name, node, activity_), {}, {}, {}, {}, 0};
     observe(member);
     std::lock_guard guard(listMutex_);
     members_.push_back(std::move(member));
@@ -115,6 +117,9 @@ void Graph::Impl::observe(Member& member) {
         node->node().getAutoResetChangedSignal()->connect(
             [this, node](const gcstring& pin) { refreshAutoReset(*node, pin); }, trackables),
         true);
+    const auto refresh = [this, node] { refreshPins(*node); };
+    member.inputs.set(node->node().getInputsChangedSignal()->connect(refresh, trackables), true);
+    member.outputs.set(node->node().getOutputsChangedSignal()->connect(refresh, trackables), true);
 }
 
 const std::shared_ptr<GraphNode>& Graph::Impl::find(const gcstring& name) const {
@@ -145,10 +150,8 @@ void Graph::Impl::connect(const ConnectionEnds& ends) {
     if (reaches(*to, *from, connections())) {
         refuse("Can't connect " + place + ": the connection would close a cycle.");
     }
-    const std::size_t capacity = static_cast<std::size_t>(std::max<std::uint64_t>(
-        1, std::min({std::uint64_t{capacity_}, output.maxJobCount, input.maxJobCount})));
     Link link;
-    link.connection = std::make_shared<Connection>(ends, from, to, !input.optional, capacity);
+    link.connection = std::make_shared<Connection>(ends, from, to, limitsOf(output, input));
     link.connection->setKeepsLastValue(!to->node().isAutoResetEnabled(ends.toPin));
     link.input = to->node().configureInputType(ends.toPin, output.type);
     try {
@@ -163,7 +166,7 @@ void Graph::Impl::connect(const ConnectionEnds& ends) {
         to->connectInput(*link.connection);
         links_.push_back(std::move(link));
     }
-    refreshAutoReset(*to, ends.toPin);  // it may have changed before the connection was listed
+    refreshPins(*to);  // they may have changed before the connection was listed
 }
 
 void Graph::Impl::attachSink(const gcstring& node, const gcstring& pin,
@@ -199,12 +202,20 @@ void Graph::Impl::validate() const {
 
 void Graph::Impl::checkInputs(const GraphNode& node) const {
     for (const InputDescriptor& input : node.node().getInputDescriptors()) {
-        if (!input.optional && node.node().canConfigure(input.name)) {
+        if (!input.optional && node.node().canConfigure(input.name) &&
+            !isConnected(node, input.name)) {
             throw GenICam::RuntimeException(
                 ("The input " + placeOf(node.name(), input.name) + " has to be connected.").c_str(),
                 __FILE__, __LINE__);
         }
     }
+}
+
+bool Graph::Impl::isConnected(const GraphNode& node, const gcstring& input) const {
+    const Connections all = connections();
+    return std::any_of(all.begin(), all.end(), [&](const auto& connection) {
+        return connection->to() == &node && connection->ends().toPin == input;
+    });
 }
 
 // A node may have remade its pins since they were connected.
@@ -232,6 +243,42 @@ void Graph::Impl::renewLink(Link& link) {
     if (!from->node().isOutputSinkAttached(link.output)) {
         static_cast<void>(outputOf(*from, ends.fromPin));
         link.output = from->node().attachOutputSink(ends.fromPin, link.connection);
+    }
+}
+
+ConnectionLimits Graph::Impl::limitsOf(const OutputDescriptor& output,
+                                       const InputDescriptor& input) const {
+    const std::uint64_t capacity =
+        std::min({std::uint64_t{capacity_}, output.maxJobCount, input.maxJobCount});
+    return {!input.optional, static_cast<std::size_t>(std::max<std::uint64_t>(1, capacity))};
+}
+
+void Graph::Impl::refreshPins(GraphNode& node) {
+    for (const auto& connection : connections()) {
+        if (connection->from() == &node || connection->to() == &node) {
+            refreshLimits(*connection);
+        }
+    }
+    for (const InputDescriptor& input : node.node().getInputDescriptors()) {
+        refreshAutoReset(node, input.name);  // that of a pin made anew begins anew
+    }
+}
+
+// Any thread may remake a pin at any time: what holds in the end is what the nodes say. A pin that
+// is gone for the moment leaves the limits as they are.
+void Graph::Impl::refreshLimits(Connection& connection) const {
+    for (bool isSettled = false; !isSettled;) {
+        const auto outputs = connection.from()->node().getOutputDescriptors();
+        const auto inputs = connection.to()->node().getInputDescriptors();
+        const auto* const output = findPin(outputs, connection.ends().fromPin);
+        const auto* const input = findPin(inputs, connection.ends().toPin);
+        if (output == nullptr || input == nullptr) {
+            return;
+        }
+        const ConnectionLimits limits = limitsOf(*output, *input);
+        isSettled =
+            connection.isNeeded() == limits.needed && connection.capacity() == limits.capacity;
+        connection.setLimits(limits);
     }
 }
 

@@ -54,15 +54,22 @@ private:
         std::shared_ptr<GraphNode> node;
         Utils::ScopedConnection canExecute;
         Utils::ScopedConnection autoReset;
+        Utils::ScopedConnection inputs;
+        Utils::ScopedConnection outputs;
         std::uint64_t failedBefore = 0;
     };
 
     void checkStopped(const char* what) const;
     void observe(Member& member);
     void checkInputs(const GraphNode& node) const;
+    [[nodiscard]] bool isConnected(const GraphNode& node, const gcstring& input) const;
     void renewAttachments();
     void renewLink(Link& link);
     void refreshAutoReset(GraphNode& node, const gcstring& pin);
+    [[nodiscard]] ConnectionLimits limitsOf(const OutputDescriptor& output,
+                                            const InputDescriptor& input) const;
+    void refreshPins(GraphNode& node);
+    void refreshLimits(Connection& connection) const;
     [[nodiscard]] std::shared_ptr<SinkWaker> wakerOf(
         const std::shared_ptr<IOutputSink>& sink) const;
 
