@@ -6,6 +6,8 @@
 #include <regex>
 
 #include "gcbase/gcexception.h"
+#include "host/support/pages.h"
+#include "host/support/program.h"
 #include "host/support/temporaryfolder.h"
 #include "orlixhost/recipe.h"
 
@@ -104,32 +106,29 @@ protected:
     Json schema_;
 };
 
-// Every indented block of the format's page that begins with a brace and has nodes.
-std::vector<std::string> recipesOfTheManual() {
-    std::istringstream page(
-        Testing::readFile(std::string(ORLIX_SOURCE_FOLDER) + "/docs/recipe-format.md"));
-    std::vector<std::string> recipes;
-    std::string block;
-    for (std::string line; std::getline(page, line);) {
-        if (line.compare(0, 4, "    ") == 0) {
-            block += line.substr(4) + "\n";
-            continue;
-        }
-        if (block.compare(0, 1, "{") == 0 && block.find("\"nodes\"") != std::string::npos) {
-            recipes.push_back(block);
-        }
-        block.clear();
-    }
-    return recipes;
-}
+class RecipeSchemaPage : public RecipeSchema, public testing::WithParamInterface<const char*> {};
 
-TEST_F(RecipeSchema, AcceptsTheRecipesOfTheManual) {
-    const auto recipes = recipesOfTheManual();
+TEST_P(RecipeSchemaPage, HasRecipesThatSchemaAndHostAccept) {
+    const auto recipes = Testing::recipesOfPage(GetParam());
     ASSERT_FALSE(recipes.empty());
     for (const std::string& recipe : recipes) {
         EXPECT_TRUE(accepts(recipe)) << recipe;
         EXPECT_TRUE(hostAccepts(recipe)) << recipe;
     }
+}
+
+INSTANTIATE_TEST_SUITE_P(Pages, RecipeSchemaPage,
+                         testing::Values("README.md", "docs/recipe-format.md"));
+
+TEST_F(RecipeSchema, AcceptsTheRecipeOfTheDemoAndWhatIsSavedOfIt) {
+    const Testing::TemporaryFolder folder;
+    const std::string demo = folder / "demo";
+    const std::string program = std::string(ORLIX_PROGRAM_FOLDER) + "/demoimages";
+    ASSERT_EQ(Testing::Program(program, {demo}).wait().exitCode, 0);
+    EXPECT_TRUE(accepts(Testing::readFile(demo + "/recipe.json")));
+    const std::string saved = folder / "saved.json";
+    ASSERT_EQ(Testing::runOrlix({"save", demo + "/recipe.json", "-o", saved}).exitCode, 0);
+    EXPECT_TRUE(accepts(Testing::readFile(saved)));
 }
 
 TEST_F(RecipeSchema, JudgesAsTheHostDoes) {
