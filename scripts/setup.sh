@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   g++ cmake ninja-build ccache pkg-config git python3 clang-format
-  libpugixml-dev zlib1g-dev nlohmann-json3-dev libspdlog-dev libcli11-dev libtbb-dev libhwy-dev
+  zlib1g-dev nlohmann-json3-dev libspdlog-dev libcli11-dev libtbb-dev libhwy-dev
   libjpeg62-turbo-dev libspng-dev libpng-dev libtiff-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   ${ORLIX_EXTRA_PACKAGES:-}

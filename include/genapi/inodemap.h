@@ -41,6 +41,10 @@ public:
     [[nodiscard]] virtual gcstring GetStandardNameSpace() const = 0;
     [[nodiscard]] virtual gcstring GetProductGuid() const = 0;
     [[nodiscard]] virtual gcstring GetVersionGuid() const = 0;
+    // The schema decides the byte order of some transports. 1.1 where the description names none.
+    [[nodiscard]] virtual Version_t GetSchemaVersion() const = 0;
+    // MajorVersion, MinorVersion and SubMinorVersion of the description.
+    [[nodiscard]] virtual Version_t GetDeviceVersion() const = 0;
 
     // Handles count themselves here; the last one to go destroys the map.
     virtual void AddReference() const noexcept = 0;

@@ -19,6 +19,7 @@ struct LoadRemark {
     std::string name;     // the node that it is or belongs to; may be empty
     std::uint32_t line;   // of the description, from 1; 0 if it has none
     std::string reason;
+    std::uint32_t document = 0;  // 0 for the description itself, then the injected ones in order
 };
 
 struct LoadReport {

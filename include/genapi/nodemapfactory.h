@@ -20,6 +20,12 @@ public:
                     ECacheUsage_t CacheUsage = CacheUsage_Automatic,
                     bool SuppressStringsOnLoad = false);
     ~CNodeMapFactory();
+    // Adds the nodes of another description, before the first map is made; LogicalErrorException
+    // afterwards. Categories of one name share their features. Of other nodes of one name the one
+    // with the higher MergePriority (1, 0 or -1) counts, which the load report tells; two of one
+    // priority are a RuntimeException of the first CreateNodeMap. The root's attributes are those
+    // of the first description.
+    void InjectDescription(EContentType_t ContentType, const void* pData, std::size_t DataLength);
     CNodeMapFactory(CNodeMapFactory&&) noexcept;
     CNodeMapFactory& operator=(CNodeMapFactory&&) noexcept;
 

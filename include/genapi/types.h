@@ -80,6 +80,14 @@ enum EDisplayNotation {
 };
 enum EIncMode { noIncrement = 0, fixedIncrement = 1, listIncrement = 2 };
 
+// As the root of a description states it; 0 where it does not.
+struct Version_t {
+    std::uint16_t Major = 0;
+    std::uint16_t Minor = 0;
+    std::uint16_t SubMinor = 0;
+    bool operator==(const Version_t&) const = default;
+};
+
 // Which links INode::GetChildren follows.
 enum ELinkType {
     ctAllDependingNodes = 0,    // nodes that an invalidation of this one reaches, transitively

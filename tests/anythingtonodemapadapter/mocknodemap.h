@@ -29,6 +29,8 @@ public:
     MOCK_METHOD(gcstring, GetStandardNameSpace, (), (const, override));
     MOCK_METHOD(gcstring, GetProductGuid, (), (const, override));
     MOCK_METHOD(gcstring, GetVersionGuid, (), (const, override));
+    MOCK_METHOD(GenApi::Version_t, GetSchemaVersion, (), (const, override));
+    MOCK_METHOD(GenApi::Version_t, GetDeviceVersion, (), (const, override));
     void AddReference() const noexcept override {}
     void RemoveReference() const noexcept override {}
 };

@@ -64,6 +64,50 @@ TEST(Hostile, Rule12DepthIsBounded) {
     EXPECT_THAT(refusal(document(text)), HasSubstr("elements are nested deeper than 256."));
 }
 
+TEST(Hostile, Rule12NumbersOfElementsAndAttributesAreBounded) {
+    std::string many = "<RegisterDescription";
+    for (int i = 0; i < 300; ++i) {
+        many += " a" + std::to_string(i) + "=''";
+    }
+    EXPECT_THAT(refusal(many + "/>"), HasSubstr("an element has more than 256 attributes."));
+    std::string elements = "<RegisterDescription>";
+    elements.reserve(20'000'000);
+    for (int i = 0; i < 4'200'000; ++i) {
+        elements += "<a/>";
+    }
+    EXPECT_THAT(refusal(elements), HasSubstr("there are more than 4194304 elements."));
+}
+
+// What stands once in the parent counts for every entry.
+TEST(Hostile, Rule12ATextThatAsksForFarMoreThanItHasIsRefused) {
+    std::string tips = "<StructReg><ToolTip>" + std::string(1'000'000, 'x') + "</ToolTip>";
+    std::string links = "<Integer Name=\"Zero\"><Value>0</Value></Integer><StructReg>";
+    for (int i = 0; i < 3000; ++i) {
+        links += "<pAddress>Zero</pAddress>";
+    }
+    for (int i = 0; i < 3000; ++i) {
+        const std::string entry = "<StructEntry Name=\"E" + std::to_string(i) + "\"/>";
+        tips += entry;
+        links += entry;
+    }
+    for (const std::string& nodes : {tips, links}) {
+        EXPECT_EQ(refusal(document(nodes + "</StructReg>")),
+                  "Node map description: the nodes would take far more memory than its text.");
+    }
+}
+
+TEST(Hostile, Rule12ExpressionsThatDoubleAreBounded) {
+    std::string knife = "<IntSwissKnife Name=\"K\"><Expression Name=\"E0\">1</Expression>";
+    for (int i = 1; i < 60; ++i) {
+        const std::string before = "E" + std::to_string(i - 1);
+        knife += "<Expression Name=\"E" + std::to_string(i) + "\">" + before + " + " + before +
+                 "</Expression>";
+    }
+    TestMap t(knife + "<Formula>E59</Formula></IntSwissKnife>");
+    EXPECT_EQ(t.mode("K"), NA);
+    EXPECT_THAT(t.reasons("K"), HasSubstr("it is too long"));
+}
+
 TEST(Hostile, ABrokenContainerIsRefused) {
     CNodeMapFactory factory(ContentType_ZippedXml, "PK", 2);
     EXPECT_EQ(errorOf<GenICam::RuntimeException>([&] { (void)factory.CreateNodeMap(); }),

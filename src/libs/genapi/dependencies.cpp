@@ -28,22 +28,34 @@ std::vector<Edge> invalidationEdges(LoadContext& context) {
             addWithSources(d, id, selected, edges);
         }
     }
-    std::sort(edges.begin(), edges.end());
-    edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
     return edges;
 }
 
-// Fills one slice for each node from edges sorted by provider.
+// Fills one slice for each node, each dependant once and in the order of their numbers. The edges
+// are counted first, so that only the few of each node are left to sort.
 void index(const std::vector<Edge>& edges, std::size_t count, std::vector<Slice>& slices,
            std::vector<NodeId>& links) {
+    std::vector<std::uint32_t> places(count + 1, 0);
+    for (const Edge& edge : edges) {
+        ++places[edge.provider + 1];
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        places[i + 1] += places[i];
+    }
+    std::vector<NodeId> sorted(edges.size());
+    std::vector<std::uint32_t> next(places.begin(), places.end() - 1);
+    for (const Edge& edge : edges) {
+        sorted[next[edge.provider]++] = edge.dependant;
+    }
     slices.assign(count, {});
     links.reserve(edges.size());
-    for (const Edge& edge : edges) {
-        Slice& slice = slices[edge.provider];
-        if (slice.count++ == 0) {
-            slice.begin = static_cast<std::uint32_t>(links.size());
-        }
-        links.push_back(edge.dependant);
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto first = sorted.begin() + places[i];
+        const auto last = sorted.begin() + places[i + 1];
+        std::sort(first, last);
+        slices[i].begin = static_cast<std::uint32_t>(links.size());
+        links.insert(links.end(), first, std::unique(first, last));
+        slices[i].count = static_cast<std::uint32_t>(links.size()) - slices[i].begin;
     }
 }
 
@@ -94,11 +106,11 @@ void linkDependants(LoadContext& context) {
     Description& d = context.description;
     index(invalidationEdges(context), d.nodes.size(), d.dependants, d.dependantLinks);
     std::vector<Edge> providers;
+    providers.reserve(context.reads.size());
     for (const Edge& edge : context.reads) {
         providers.push_back({edge.dependant, edge.provider});
     }
-    std::sort(providers.begin(), providers.end());
-    providers.erase(std::unique(providers.begin(), providers.end()), providers.end());
+    context.reads.clear();
     index(providers, d.nodes.size(), d.providers, d.providerLinks);
     linkSelecting(context);
     markFeatures(d);

@@ -40,7 +40,12 @@ enum class Kind : std::uint8_t {
     string,
     stringReg,
     byteRegister,
-    port
+    port,
+    configRom,
+    configText,
+    configInteger,
+    advancedFeature,
+    smartFeature
 };
 
 // How a value comes out of a node of some kind.
@@ -93,7 +98,6 @@ struct Node {
     std::int64_t pollingTime = -1;
     std::uint64_t eventId = 0;
     bool hasEventId = false;
-    std::uint32_t line = 0;
 };
 
 // Value tables of Integer and Float: the value of the entry whose index the index node has.
@@ -184,6 +188,12 @@ struct FormulaDetail {
     bool isLinear = false;
 };
 
+// TextDesc and IntKey: an entry of a configuration ROM.
+struct ConfigKeyDetail {
+    NodeId rom = noNode;
+    std::uint8_t key = 0;
+};
+
 struct PortDetail {
     bool swapEndianess = false;
     bool hasChunkId = false;
@@ -220,6 +230,7 @@ struct Description {
     std::vector<NodeId> registerNodes;  // of each register detail, its node
     std::vector<PortDetail> ports;
     std::vector<NodeId> portNodes;
+    std::vector<ConfigKeyDetail> configKeys;
     std::vector<FormulaDetail> formulas;
     std::vector<FormulaVariable> variables;
     std::vector<NodeId> polled;
@@ -241,6 +252,7 @@ struct Description {
     std::vector<NodeId> providerLinks;
 
     std::string modelName, vendorName, toolTip, standardNameSpace, productGuid, versionGuid;
+    Version_t schemaVersion, deviceVersion;
     LoadReport report;
 
     Description() = default;
@@ -277,28 +289,34 @@ struct KindRow {
     ValueType value;
     bool isRegister;
     bool isFormula;
+    EInterfaceType interface;
 };
 
 // In the order of Kind.
-inline constexpr std::array<KindRow, 18> kindTable = {{
-    {"Category", ValueType::none, false, false},
-    {"Integer", ValueType::integer, false, false},
-    {"IntReg", ValueType::integer, true, false},
-    {"MaskedIntReg", ValueType::integer, true, false},
-    {"IntSwissKnife", ValueType::integer, false, true},
-    {"IntConverter", ValueType::integer, false, true},
-    {"Float", ValueType::real, false, false},
-    {"FloatReg", ValueType::real, true, false},
-    {"SwissKnife", ValueType::real, false, true},
-    {"Converter", ValueType::real, false, true},
-    {"Boolean", ValueType::integer, false, false},
-    {"Enumeration", ValueType::integer, false, false},
-    {"EnumEntry", ValueType::integer, false, false},
-    {"Command", ValueType::integer, false, false},
-    {"String", ValueType::text, false, false},
-    {"StringReg", ValueType::text, true, false},
-    {"Register", ValueType::none, true, false},
-    {"Port", ValueType::none, false, false},
+inline constexpr std::array<KindRow, 23> kindTable = {{
+    {"Category", ValueType::none, false, false, intfICategory},
+    {"Integer", ValueType::integer, false, false, intfIInteger},
+    {"IntReg", ValueType::integer, true, false, intfIInteger},
+    {"MaskedIntReg", ValueType::integer, true, false, intfIInteger},
+    {"IntSwissKnife", ValueType::integer, false, true, intfIInteger},
+    {"IntConverter", ValueType::integer, false, true, intfIInteger},
+    {"Float", ValueType::real, false, false, intfIFloat},
+    {"FloatReg", ValueType::real, true, false, intfIFloat},
+    {"SwissKnife", ValueType::real, false, true, intfIFloat},
+    {"Converter", ValueType::real, false, true, intfIFloat},
+    {"Boolean", ValueType::integer, false, false, intfIBoolean},
+    {"Enumeration", ValueType::integer, false, false, intfIEnumeration},
+    {"EnumEntry", ValueType::integer, false, false, intfIEnumEntry},
+    {"Command", ValueType::integer, false, false, intfICommand},
+    {"String", ValueType::text, false, false, intfIString},
+    {"StringReg", ValueType::text, true, false, intfIString},
+    {"Register", ValueType::none, true, false, intfIRegister},
+    {"Port", ValueType::none, false, false, intfIPort},
+    {"ConfRom", ValueType::none, true, false, intfIRegister},
+    {"TextDesc", ValueType::text, false, false, intfIString},
+    {"IntKey", ValueType::integer, false, false, intfIInteger},
+    {"AdvFeatureLock", ValueType::integer, true, false, intfIInteger},
+    {"SmartFeature", ValueType::integer, true, false, intfIInteger},
 }};
 
 [[nodiscard]] inline const KindRow& rowOf(Kind kind) {

@@ -7,86 +7,63 @@ namespace GenApi::Detail {
 
 namespace {
 
-// In the order of Element, which is that of their characters.
-constexpr std::array<std::string_view, 77> elementNames = {"AccessMode",
-                                                           "Address",
-                                                           "Bit",
-                                                           "Cachable",
-                                                           "CacheChunkData",
-                                                           "ChunkID",
-                                                           "CommandValue",
-                                                           "Constant",
-                                                           "Description",
-                                                           "DisplayName",
-                                                           "DisplayNotation",
-                                                           "DisplayPrecision",
-                                                           "DocuURL",
-                                                           "Endianess",
-                                                           "EnumEntry",
-                                                           "EventID",
-                                                           "Expression",
-                                                           "Extension",
-                                                           "Formula",
-                                                           "FormulaFrom",
-                                                           "FormulaTo",
-                                                           "ImposedAccessMode",
-                                                           "ImposedVisibility",
-                                                           "Inc",
-                                                           "Input",
-                                                           "IntSwissKnife",
-                                                           "IsDeprecated",
-                                                           "IsLinear",
-                                                           "IsSelfClearing",
-                                                           "LSB",
-                                                           "Length",
-                                                           "MSB",
-                                                           "Max",
-                                                           "Min",
-                                                           "NumericValue",
-                                                           "OffValue",
-                                                           "OnValue",
-                                                           "Output",
-                                                           "PollingTime",
-                                                           "Representation",
-                                                           "Sign",
-                                                           "Slope",
-                                                           "Streamable",
-                                                           "StructEntry",
-                                                           "SwapEndianess",
-                                                           "Symbolic",
-                                                           "ToolTip",
-                                                           "Unit",
-                                                           "ValidValueSet",
-                                                           "Value",
-                                                           "ValueDefault",
-                                                           "ValueIndexed",
-                                                           "Visibility",
-                                                           "pAddress",
-                                                           "pAlias",
-                                                           "pBlockPolling",
-                                                           "pCastAlias",
-                                                           "pChunkID",
-                                                           "pCommandValue",
-                                                           "pError",
-                                                           "pFeature",
-                                                           "pInc",
-                                                           "pIndex",
-                                                           "pInvalidator",
-                                                           "pIsAvailable",
-                                                           "pIsImplemented",
-                                                           "pIsLocked",
-                                                           "pLength",
-                                                           "pMax",
-                                                           "pMin",
-                                                           "pPort",
-                                                           "pSelected",
-                                                           "pValue",
-                                                           "pValueCopy",
-                                                           "pValueDefault",
-                                                           "pValueIndexed",
-                                                           "pVariable"};
+constexpr std::array<std::string_view, elementCount> elementNames = {
+#define GENAPI_ELEMENT(name) #name,
+    GENAPI_ELEMENTS(GENAPI_ELEMENT)
+#undef GENAPI_ELEMENT
+};
 
-static_assert(std::is_sorted(elementNames.begin(), elementNames.end()));
+// Finds a word among some dozens. The table is made at compile time.
+template <std::size_t count>
+class WordIndex {
+public:
+    template <typename NameOf>
+    explicit constexpr WordIndex(NameOf nameOf) {
+        for (std::size_t i = 0; i < count; ++i) {
+            names_[i] = nameOf(i);
+            std::size_t slot = slotOf(names_[i]);
+            while (slots_[slot] != 0) {
+                slot = (slot + 1) % slotCount;
+            }
+            slots_[slot] = static_cast<std::uint8_t>(i + 1);
+        }
+    }
+
+    // The word's number; `count` for an unknown one.
+    [[nodiscard]] constexpr std::size_t find(std::string_view name) const {
+        for (std::size_t slot = slotOf(name); slots_[slot] != 0; slot = (slot + 1) % slotCount) {
+            if (names_[slots_[slot] - 1U] == name) {
+                return slots_[slot] - 1U;
+            }
+        }
+        return count;
+    }
+
+private:
+    static constexpr std::size_t slotCount = 512;
+    static constexpr std::size_t slotOf(std::string_view name) {
+        std::uint32_t hash = static_cast<std::uint32_t>(name.size());
+        for (const char c : name) {
+            hash = hash * 31 + static_cast<unsigned char>(c);
+        }
+        return (hash ^ hash >> 9) % slotCount;
+    }
+
+    std::array<std::string_view, count> names_{};
+    std::array<std::uint8_t, slotCount> slots_{};
+};
+
+constexpr WordIndex<elementCount> elementIndex([](std::size_t i) { return elementNames[i]; });
+constexpr WordIndex<kindTable.size()> kindIndex([](std::size_t i) { return kindTable[i].element; });
+
+constexpr std::array<Element, 24> repeatables = {
+    Element::Address,      Element::Constant,     Element::EnumEntry,      Element::Expression,
+    Element::Extension,    Element::Input,        Element::IntKey,         Element::IntSwissKnife,
+    Element::NumericValue, Element::Output,       Element::StructEntry,    Element::TextDesc,
+    Element::ValueIndexed, Element::pAddress,     Element::pFeature,       Element::pIndex,
+    Element::pInvalidator, Element::pIsAvailable, Element::pIsImplemented, Element::pIsLocked,
+    Element::pSelected,    Element::pValueCopy,   Element::pValueIndexed,  Element::pVariable,
+};
 
 template <typename Value>
 struct Word {
@@ -103,26 +80,6 @@ std::optional<Value> find(const std::array<Word<Value>, count>& words, std::stri
     }
     return std::nullopt;
 }
-
-constexpr std::array<Word<Kind>, 17> kindWords = {{
-    {"IntReg", Kind::intReg},
-    {"MaskedIntReg", Kind::maskedIntReg},
-    {"Integer", Kind::integer},
-    {"IntSwissKnife", Kind::intSwissKnife},
-    {"Enumeration", Kind::enumeration},
-    {"Boolean", Kind::boolean},
-    {"Category", Kind::category},
-    {"SwissKnife", Kind::swissKnife},
-    {"Float", Kind::floating},
-    {"Command", Kind::command},
-    {"StringReg", Kind::stringReg},
-    {"Converter", Kind::converter},
-    {"FloatReg", Kind::floatReg},
-    {"Port", Kind::port},
-    {"IntConverter", Kind::intConverter},
-    {"Register", Kind::byteRegister},
-    {"String", Kind::string},
-}};
 
 // R, W and WR occur in real files.
 constexpr std::array<Word<EAccessMode>, 6> accessWords = {
@@ -162,15 +119,20 @@ constexpr std::array<Word<Slope>, 4> slopeWords = {{{"Increasing", Slope::increa
 }  // namespace
 
 std::optional<Element> elementOf(std::string_view name) {
-    const auto place = std::lower_bound(elementNames.begin(), elementNames.end(), name);
-    if (place == elementNames.end() || *place != name) {
-        return std::nullopt;
-    }
-    return static_cast<Element>(place - elementNames.begin());
+    const std::size_t place = elementIndex.find(name);
+    return place == elementCount ? std::nullopt : std::optional(static_cast<Element>(place));
+}
+
+bool isRepeatable(Element element) {
+    return std::find(repeatables.begin(), repeatables.end(), element) != repeatables.end();
 }
 
 std::optional<Kind> kindOf(std::string_view elementName) {
-    return find(kindWords, elementName);
+    const std::size_t place = kindIndex.find(elementName);
+    // Entries are no nodes of their own at the top.
+    return place == kindTable.size() || static_cast<Kind>(place) == Kind::enumEntry
+               ? std::nullopt
+               : std::optional(static_cast<Kind>(place));
 }
 
 std::optional<EAccessMode> accessModeOf(std::string_view word) {

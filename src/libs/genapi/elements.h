@@ -2,6 +2,7 @@
 // tables. Pure data and functions.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -10,88 +11,36 @@
 
 namespace GenApi::Detail {
 
-// Children of node elements. Names as the schema spells them.
+// Children of node elements, as the schema spells them.
+// clang-format off
+#define GENAPI_ELEMENTS(X) \
+    X(AccessMode) X(Address) X(Bit) X(Cachable) X(CacheChunkData) X(ChunkID) X(CommandValue) \
+    X(Constant) X(Description) X(DisplayName) X(DisplayNotation) X(DisplayPrecision) \
+    X(DocuURL) X(Endianess) X(EnumEntry) X(EventID) X(Expression) X(Extension) X(FeatureID) \
+    X(Formula) X(FormulaFrom) X(FormulaTo) X(ImposedAccessMode) X(ImposedVisibility) X(Inc) \
+    X(Input) X(IntKey) X(IntSwissKnife) X(IsDeprecated) X(IsLinear) X(IsSelfClearing) X(Key) \
+    X(LSB) X(Length) X(MSB) X(Max) X(Min) X(NumericValue) X(OffValue) X(OnValue) X(Output) \
+    X(PollingTime) X(Representation) X(Sign) X(Slope) X(Streamable) X(StructEntry) \
+    X(SwapEndianess) X(Symbolic) X(TextDesc) X(Timeout) X(ToolTip) X(Unit) X(ValidValueSet) \
+    X(Value) X(ValueDefault) X(ValueIndexed) X(Visibility) X(p1212Parser) X(pAddress) \
+    X(pAlias) X(pBlockPolling) X(pCastAlias) X(pChunkID) X(pCommandValue) X(pError) \
+    X(pFeature) X(pInc) X(pIndex) X(pInvalidator) X(pIsAvailable) X(pIsImplemented) \
+    X(pIsLocked) X(pLength) X(pMax) X(pMin) X(pPort) X(pSelected) X(pValue) X(pValueCopy) \
+    X(pValueDefault) X(pValueIndexed) X(pVariable)
+// clang-format on
+
 enum class Element : std::uint8_t {
-    AccessMode,
-    Address,
-    Bit,
-    Cachable,
-    CacheChunkData,
-    ChunkID,
-    CommandValue,
-    Constant,
-    Description,
-    DisplayName,
-    DisplayNotation,
-    DisplayPrecision,
-    DocuURL,
-    Endianess,
-    EnumEntry,
-    EventID,
-    Expression,
-    Extension,
-    Formula,
-    FormulaFrom,
-    FormulaTo,
-    ImposedAccessMode,
-    ImposedVisibility,
-    Inc,
-    Input,
-    IntSwissKnife,
-    IsDeprecated,
-    IsLinear,
-    IsSelfClearing,
-    LSB,
-    Length,
-    MSB,
-    Max,
-    Min,
-    NumericValue,
-    OffValue,
-    OnValue,
-    Output,
-    PollingTime,
-    Representation,
-    Sign,
-    Slope,
-    Streamable,
-    StructEntry,
-    SwapEndianess,
-    Symbolic,
-    ToolTip,
-    Unit,
-    ValidValueSet,
-    Value,
-    ValueDefault,
-    ValueIndexed,
-    Visibility,
-    pAddress,
-    pAlias,
-    pBlockPolling,
-    pCastAlias,
-    pChunkID,
-    pCommandValue,
-    pError,
-    pFeature,
-    pInc,
-    pIndex,
-    pInvalidator,
-    pIsAvailable,
-    pIsImplemented,
-    pIsLocked,
-    pLength,
-    pMax,
-    pMin,
-    pPort,
-    pSelected,
-    pValue,
-    pValueCopy,
-    pValueDefault,
-    pValueIndexed,
-    pVariable
+#define GENAPI_ELEMENT(name) name,
+    GENAPI_ELEMENTS(GENAPI_ELEMENT)
+#undef GENAPI_ELEMENT
+        count
 };
+inline constexpr std::size_t elementCount = static_cast<std::size_t>(Element::count);
 
 [[nodiscard]] std::optional<Element> elementOf(std::string_view name);
+
+// Whether a node may have several of them.
+[[nodiscard]] bool isRepeatable(Element element);
 
 // The kind of a node element, by its name. EnumEntry and StructReg are not among them, since they
 // are no nodes of their own at the top.

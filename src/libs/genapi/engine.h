@@ -243,6 +243,12 @@ private:
     [[nodiscard]] double realValue(NodeId id, CacheUse use);
     [[nodiscard]] std::int64_t registerInteger(NodeId id, CacheUse use);
 
+    // engineconfig.cpp
+    [[nodiscard]] std::int64_t configInteger(NodeId id, CacheUse use);
+    [[nodiscard]] std::string configString(NodeId id, CacheUse use);
+    [[nodiscard]] std::vector<std::uint8_t> configRom(NodeId id, CacheUse use);
+    [[noreturn]] void refuseConfigKey(NodeId id) const;
+
     // engineformula.cpp
     [[nodiscard]] EAccessMode formulaAccess(NodeId id, Ask ask);
     [[nodiscard]] FormulaNumber formulaValue(NodeId id, CacheUse use);

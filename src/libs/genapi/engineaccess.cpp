@@ -201,9 +201,15 @@ EAccessMode Engine::sourceAccess(NodeId id, Ask ask) {
             return RO;
         case Kind::port:
             return portAccess(id);
+        case Kind::configText:
+        case Kind::configInteger:
+            return linkReadable(id, d_->configKeys[self.detail].rom) ? RO : NA;
         case Kind::integer:
         case Kind::floating:
             return numberAccess(id, ask);
+        case Kind::command:
+            // Without a register there is nothing that tells how far it is.
+            return self.value == noNode ? WO : coreAccess(self.value, ask);
         default:
             break;
     }

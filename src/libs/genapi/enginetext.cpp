@@ -66,7 +66,9 @@ std::string Engine::toText(NodeId id, CacheUse use) {
         }
         case Kind::string:
         case Kind::stringReg:
+        case Kind::configText:
             return text(id, use);
+        case Kind::configRom:
         case Kind::byteRegister: {
             std::vector<std::uint8_t> bytes(static_cast<std::size_t>(length(id)));
             readBytes(id, bytes, use);
@@ -109,11 +111,13 @@ void Engine::fromText(NodeId id, std::string_view text, Verify verify) {
         case Kind::stringReg:
             setText(id, text);
             return;
+        case Kind::configRom:
         case Kind::byteRegister:
             setBytes(id, bytesOf(id, text));
             return;
         case Kind::category:
         case Kind::enumEntry:
+        case Kind::configText:
             requireWritable(id);
             return;
         default:

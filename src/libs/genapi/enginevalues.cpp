@@ -111,6 +111,11 @@ std::int64_t Engine::integer(NodeId id, CacheUse use) {
         case Kind::intReg:
         case Kind::maskedIntReg:
             return registerInteger(id, use);
+        case Kind::configInteger:
+            return configInteger(id, use);
+        case Kind::advancedFeature:
+        case Kind::smartFeature:
+            return address(id);
         case Kind::intSwissKnife:
         case Kind::intConverter:
             return integerResult(id, formulaValue(id, use));
@@ -184,6 +189,9 @@ std::string Engine::text(NodeId id, CacheUse use) {
     const Node& self = node(id);
     if (self.kind == Kind::string) {
         return self.value != noNode ? text(self.value, use) : heldTexts_[self.held];
+    }
+    if (self.kind == Kind::configText) {
+        return configString(id, use);
     }
     std::string bytes(static_cast<std::size_t>(length(id)), '\0');
     readBytes(id, {reinterpret_cast<std::uint8_t*>(bytes.data()), bytes.size()}, use);

@@ -360,6 +360,8 @@ auto withType(Kind kind, Use use) {
             return use(static_cast<CategoryLayer*>(nullptr));
         case Kind::intReg:
         case Kind::maskedIntReg:
+        case Kind::advancedFeature:
+        case Kind::smartFeature:
             return use(static_cast<RegisterLayer<IntegerLayer>*>(nullptr));
         case Kind::floating:
         case Kind::swissKnife:
@@ -376,10 +378,12 @@ auto withType(Kind kind, Use use) {
         case Kind::command:
             return use(static_cast<CommandLayer*>(nullptr));
         case Kind::string:
+        case Kind::configText:
             return use(static_cast<StringLayer*>(nullptr));
         case Kind::stringReg:
             return use(static_cast<RegisterLayer<StringLayer>*>(nullptr));
         case Kind::byteRegister:
+        case Kind::configRom:
             return use(static_cast<RegisterLayer<ValueLayer>*>(nullptr));
         case Kind::port:
             return use(static_cast<PortLayer*>(nullptr));

@@ -1,29 +1,34 @@
 #include "genapi/loadcontext.h"
 
-#include "genapi/numbertext.h"
+#include "gcbase/gcexception.h"
 
 namespace GenApi::Detail {
 
-void LoadContext::remark(LoadSeverity severity, pugi::xml_node element, std::string_view name,
+void LoadContext::remark(LoadSeverity severity, XmlElement element, std::string_view name,
                          std::string reason) {
     LoadReport& report = description.report;
     if (report.remarks.size() >= maximumRemarks) {
         ++report.notListed;
         return;
     }
-    report.remarks.push_back(
-        {severity, element.name(), std::string(name), lineOf(element), std::move(reason)});
+    report.remarks.push_back({severity, std::string(element.name()), std::string(name),
+                              element.line(), std::move(reason), element.document()});
 }
 
-std::uint32_t LoadContext::lineOf(pugi::xml_node element) const {
-    const auto offset = element.offset_debug();
-    return offset < 0 ? 0 : text.place(static_cast<std::size_t>(offset)).line;
+void LoadContext::spend(std::size_t bytes) {
+    if (bytes > room) {
+        throw GenICam::RuntimeException(
+            "Node map description: the nodes would take far more memory than its text.", __FILE__,
+            __LINE__);
+    }
+    room -= bytes;
 }
 
 Slice LoadContext::store(std::string_view value) {
     if (value.empty()) {
         return {};
     }
+    spend(value.size());
     const Slice slice{static_cast<std::uint32_t>(description.texts.size()),
                       static_cast<std::uint32_t>(value.size())};
     description.texts.append(value);
@@ -31,24 +36,11 @@ Slice LoadContext::store(std::string_view value) {
 }
 
 Slice LoadContext::store(const std::vector<NodeId>& list) {
+    spend(list.size() * sizeof(NodeId));
     const Slice slice{static_cast<std::uint32_t>(description.links.size()),
                       static_cast<std::uint32_t>(list.size())};
     description.links.insert(description.links.end(), list.begin(), list.end());
     return slice;
-}
-
-std::string rawTextOf(pugi::xml_node element) {
-    std::string text;
-    for (const pugi::xml_node part : element.children()) {
-        if (part.type() == pugi::node_pcdata || part.type() == pugi::node_cdata) {
-            text += part.value();
-        }
-    }
-    return text;
-}
-
-std::string textOf(pugi::xml_node element) {
-    return std::string(trim(rawTextOf(element)));
 }
 
 }  // namespace GenApi::Detail

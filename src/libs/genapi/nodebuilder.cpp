@@ -9,78 +9,121 @@
 
 namespace GenApi::Detail {
 
+void NodeBuilder::Draft::reset() {
+    for (auto* list : {&implemented, &available, &locked, &invalidators, &selected, &members,
+                       &copiesBefore, &copiesAfter}) {
+        list->clear();
+    }
+    number = {};
+    boolean = {};
+    entry = {};
+    command = {};
+    text = {};
+    reg = {};
+    port = {};
+    configKey = {};
+    formula = {};
+    readText.clear();
+    writeText.clear();
+    constants.clear();
+    expressions.clear();
+    variableNames.clear();
+    variables.clear();
+    terms.clear();
+    indexed.clear();
+    validValues.clear();
+    seen.reset();
+    hasEntryValue = hasNumeric = hasBitFirst = hasBitLast = hasEndianess = hasAccess = false;
+    broken.clear();
+}
+
 void NodeBuilder::build(NodeId id, const PendingNode& pending) {
     id_ = id;
     element_ = pending.element;
     node_ = d_.nodes[id];
-    // A copy of the name may not hang on the pool, which grows while links are reported.
-    const std::string name(d_.text(node_.name));
-    name_ = name;
-    draft_ = Draft{};
+    // The pool of the names grows while links are reported.
+    name_ = d_.text(node_.name);
+    draft_.reset();
+    imposedVisibility_ = Beginner;
     if (pending.structRegister) {
         // An element that the entry has itself replaces all of that name of its parent.
-        std::set<std::string_view> own = {"StructEntry"};
-        for (const pugi::xml_node child : pending.element.children()) {
-            own.insert(child.name());
+        Elements own;
+        own.set(static_cast<std::size_t>(Element::StructEntry));
+        for (const XmlElement child : pending.element.children()) {
+            if (const auto element = elementOf(child.name())) {
+                own.set(static_cast<std::size_t>(*element));
+            }
         }
         applyChildren(pending.structRegister, own);
+        draft_.seen.reset();
     }
     applyChildren(pending.element, {});
+    for (std::size_t i = 0; pending.joining != nullptr && i < pending.joining->size(); ++i) {
+        Elements allButFeatures;
+        allButFeatures.set();
+        allButFeatures.reset(static_cast<std::size_t>(Element::pFeature));
+        applyChildren((*pending.joining)[i], allButFeatures);
+    }
     finish(id, pending);
-    name_ = {};
 }
 
-void NodeBuilder::applyChildren(pugi::xml_node element, const std::set<std::string_view>& except) {
-    for (const pugi::xml_node child : element.children()) {
-        if (child.type() == pugi::node_element && except.count(child.name()) == 0) {
-            apply(child);
+void NodeBuilder::applyChildren(XmlElement element, const Elements& except) {
+    for (const XmlElement child : element.children()) {
+        const auto known = elementOf(child.name());
+        if (!known) {
+            context_.drop(child, name_, "The element is unknown.");
+            continue;
+        }
+        const auto number = static_cast<std::size_t>(*known);
+        if (except.test(number)) {
+            continue;
+        }
+        if (draft_.seen.test(number) && !isRepeatable(*known)) {
+            context_.drop(child, name_, "The element is there once already, which counts.");
+            continue;
+        }
+        draft_.seen.set(number);
+        raw_ = child.text(buffer_);
+        text_ = trim(raw_);
+        if (!applyCommon(*known, child) && !applyKind(*known, child)) {
+            context_.drop(child, name_,
+                          "The element has no meaning in a node of type '" +
+                              std::string(elementName(node_.kind)) + "'.");
         }
     }
 }
 
-void NodeBuilder::apply(pugi::xml_node child) {
-    const auto element = elementOf(child.name());
-    if (!element) {
-        context_.drop(child, name_, "The element is unknown.");
-        return;
-    }
-    if (!applyCommon(*element, child) && !applyKind(*element, child)) {
-        context_.drop(child, name_,
-                      "The element has no meaning in a node of type '" +
-                          std::string(elementName(node_.kind)) + "'.");
-    }
-}
-
-bool NodeBuilder::applyCommon(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyCommon(Element element, XmlElement child) {
     return applyText(element, child) || applyLink(element, child) || applyDisplay(element, child);
 }
 
-bool NodeBuilder::applyText(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyText(Element element, XmlElement child) {
     const bool keep = context_.strings == StringPolicy::keepAll;
     switch (element) {
         case Element::DisplayName:
-            node_.displayName = context_.store(rawTextOf(child));
+            node_.displayName = context_.store(raw_);
             return true;
         case Element::ToolTip:
-            node_.toolTip = keep ? context_.store(rawTextOf(child)) : Slice{};
+            node_.toolTip = keep ? context_.store(raw_) : Slice{};
             return true;
         case Element::Description:
-            node_.description = keep ? context_.store(rawTextOf(child)) : Slice{};
+            node_.description = keep ? context_.store(raw_) : Slice{};
             return true;
         case Element::DocuURL:
-            node_.documentation = context_.store(textOf(child));
+            node_.documentation = context_.store(text_);
             return true;
         case Element::Unit:
-            node_.unit = context_.store(textOf(child));
+            node_.unit = context_.store(text_);
             return true;
         case Element::Extension:
             return true;
         case Element::EventID:
-            if (const auto event = parseHex(textOf(child))) {
+            if (const auto event = parseHexId(text_)) {
                 node_.eventId = *event;
                 node_.hasEventId = true;
             } else {
-                context_.drop(child, name_, "'" + textOf(child) + "' is no hexadecimal number.");
+                context_.drop(child, name_,
+                              "'" + std::string(text_) + "' is no hexadecimal number.");
             }
             return true;
         default:
@@ -88,7 +131,7 @@ bool NodeBuilder::applyText(Element element, pugi::xml_node child) {
     }
 }
 
-bool NodeBuilder::applyLink(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyLink(Element element, XmlElement child) {
     const auto condition = [&](std::vector<NodeId>& list) {
         const NodeId target = link(child, Wanted::number);
         if (target != noNode) {
@@ -126,21 +169,22 @@ bool NodeBuilder::applyLink(Element element, pugi::xml_node child) {
     }
 }
 
-bool NodeBuilder::applyDisplay(Element element, pugi::xml_node child) {
-    const std::string text = textOf(child);
+bool NodeBuilder::applyDisplay(Element element, XmlElement child) {
     switch (element) {
         case Element::Visibility:
-            word(child, visibilityOf(text),
+            word(child, visibilityOf(text_),
                  [&](EVisibility v) { node_.visibility = std::uint8_t(v); });
             return true;
         case Element::ImposedVisibility:
+            word(child, visibilityOf(text_),
+                 [&](EVisibility v) { imposedVisibility_ = std::max(imposedVisibility_, v); });
             return true;
         case Element::Representation:
-            word(child, representationOf(text),
+            word(child, representationOf(text_),
                  [&](ERepresentation r) { node_.representation = std::uint8_t(r); });
             return true;
         case Element::DisplayNotation:
-            word(child, notationOf(text),
+            word(child, notationOf(text_),
                  [&](EDisplayNotation n) { node_.notation = std::uint8_t(n); });
             return true;
         case Element::DisplayPrecision:
@@ -148,13 +192,13 @@ bool NodeBuilder::applyDisplay(Element element, pugi::xml_node child) {
                 static_cast<std::int16_t>(std::clamp<std::int64_t>(integer(child), 0, 99));
             return true;
         case Element::Streamable:
-            word(child, yesNoOf(text), [&](bool yes) { node_.streamable = yes; });
+            word(child, yesNoOf(text_), [&](bool yes) { node_.streamable = yes; });
             return true;
         case Element::IsDeprecated:
-            word(child, yesNoOf(text), [&](bool yes) { node_.deprecated = yes; });
+            word(child, yesNoOf(text_), [&](bool yes) { node_.deprecated = yes; });
             return true;
         case Element::ImposedAccessMode:
-            word(child, accessModeOf(text),
+            word(child, accessModeOf(text_),
                  [&](EAccessMode m) { node_.imposedAccess = std::uint8_t(m); });
             return true;
         case Element::PollingTime:
@@ -165,7 +209,7 @@ bool NodeBuilder::applyDisplay(Element element, pugi::xml_node child) {
     }
 }
 
-void NodeBuilder::setBroken(const std::string& reason, pugi::xml_node where) {
+void NodeBuilder::setBroken(const std::string& reason, XmlElement where) {
     context_.drop(where ? where : element_, name_, "The node is not available: " + reason + ".");
     // The first cause is the one to tell at an access.
     if (draft_.broken.empty()) {
@@ -182,70 +226,76 @@ NodeId NodeBuilder::resolve(std::string_view name) const {
     return d_.find(name);
 }
 
-NodeId NodeBuilder::link(pugi::xml_node child, Wanted wanted) {
-    const std::string target = textOf(child);
-    const NodeId id = resolve(target);
-    const std::string what = "its " + std::string(child.name()) + " names '" + target + "', ";
-    std::string problem;
+NodeId NodeBuilder::link(XmlElement child, Wanted wanted) {
+    const NodeId id = resolve(text_);
+    const char* problem = nullptr;
     if (id == noNode) {
-        problem = what + "which is not in the description";
+        problem = "which is not in the description";
     } else {
         const Kind kind = d_.nodes[id].kind;
         const ValueType type = valueTypeOf(kind);
         if (wanted == Wanted::number && type != ValueType::integer && type != ValueType::real) {
-            problem = what + "which has no number";
+            problem = "which has no number";
         } else if (wanted == Wanted::text && type != ValueType::text) {
-            problem = what + "which has no text";
+            problem = "which has no text";
         } else if (wanted == Wanted::port && kind != Kind::port) {
-            problem = what + "which is no port";
+            problem = "which is no port";
+        } else if (wanted == Wanted::configRom && kind != Kind::configRom) {
+            problem = "which is no configuration ROM";
         }
     }
-    if (!problem.empty()) {
-        setBroken(problem, child);
+    if (problem != nullptr) {
+        setBroken(
+            "its " + std::string(child.name()) + " names '" + std::string(text_) + "', " + problem,
+            child);
         return noNode;
     }
-    context_.reads.push_back({id, id_});
+    context_.addRead(id, id_);
     return id;
 }
 
-NodeId NodeBuilder::looseLink(pugi::xml_node child) {
-    const std::string target = textOf(child);
-    const NodeId id = resolve(target);
+NodeId NodeBuilder::looseLink(XmlElement child) {
+    const NodeId id = resolve(text_);
     if (id == noNode) {
-        context_.drop(child, name_,
-                      "The link names '" + target + "', which is not in the description.");
+        context_.drop(
+            child, name_,
+            "The link names '" + std::string(text_) + "', which is not in the description.");
     }
     return id;
 }
 
-void NodeBuilder::looseLink(pugi::xml_node child, std::vector<NodeId>& list) {
+void NodeBuilder::looseLink(XmlElement child, std::vector<NodeId>& list) {
     const NodeId id = looseLink(child);
     if (id != noNode && std::find(list.begin(), list.end(), id) == list.end()) {
         list.push_back(id);
     }
 }
 
-std::int64_t NodeBuilder::integer(pugi::xml_node child) {
-    const std::string text = textOf(child);
-    const auto value = parseInteger(text);
-    if (!value) {
-        const std::string problem =
-            "its " + std::string(child.name()) + " '" + text + "' is no 64-bit integer";
-        setBroken(problem, child);
-    }
-    return value.value_or(0);
+std::string NodeBuilder::textIn(XmlElement child) const {
+    return "its " + std::string(child.name()) + " '" + std::string(text_) + "'";
 }
 
-Number NodeBuilder::number(pugi::xml_node child) {
+std::int64_t NodeBuilder::integer(XmlElement child) {
+    if (const auto value = parseInteger(text_)) {
+        return *value;
+    }
+    // Some write what is meant as 64 bits without a sign.
+    if (const auto bits = parseUnsigned(text_)) {
+        context_.warn(child, name_,
+                      "'" + std::string(text_) + "' is no signed 64-bit integer; its bits count.");
+        return static_cast<std::int64_t>(*bits);
+    }
+    setBroken(textIn(child) + " is no 64-bit integer", child);
+    return 0;
+}
+
+Number NodeBuilder::number(XmlElement child) {
     Number result;
     result.given = true;
     if (valueTypeOf(node_.kind) == ValueType::real) {
-        const std::string text = textOf(child);
-        const auto value = parseFloat(text);
+        const auto value = parseFloat(text_);
         if (!value) {
-            const std::string problem =
-                "its " + std::string(child.name()) + " '" + text + "' is no finite number";
-            setBroken(problem, child);
+            setBroken(textIn(child) + " is no finite number", child);
         }
         result.real = value.value_or(0);
         return result;
@@ -255,7 +305,27 @@ Number NodeBuilder::number(pugi::xml_node child) {
     return result;
 }
 
-Number NodeBuilder::linkedNumber(pugi::xml_node child) {
+Number NodeBuilder::bound(XmlElement child) {
+    const bool isReal = valueTypeOf(node_.kind) == ValueType::real;
+    const bool isInside = isReal ? parseFloat(text_).has_value() : parseInteger(text_).has_value();
+    const int side = isInside ? 0 : sideOfLargeNumber(text_);
+    if (side == 0) {
+        return number(child);
+    }
+    using Integer = std::numeric_limits<std::int64_t>;
+    constexpr double largest = std::numeric_limits<double>::max();
+    if (!isReal) {
+        context_.warn(child, name_,
+                      "'" + std::string(text_) + "' is beyond 64-bit integers; their end counts.");
+    }
+    Number result;
+    result.given = true;
+    result.integer = side < 0 ? Integer::min() : Integer::max();
+    result.real = isReal ? side * largest : static_cast<double>(result.integer);
+    return result;
+}
+
+Number NodeBuilder::linkedNumber(XmlElement child) {
     Number result;
     result.link = link(child, Wanted::number);
     result.given = result.link != noNode;
@@ -273,12 +343,12 @@ void NodeBuilder::finish(NodeId id, const PendingNode& pending) {
         draft_.members.push_back(pending.firstEntry + i);
     }
     node_.members = context_.store(draft_.members);
+    node_.visibility = std::max(node_.visibility, static_cast<std::uint8_t>(imposedVisibility_));
     node_.broken = context_.store(draft_.broken);
     node_.unconditional = draft_.implemented.empty() && draft_.available.empty() &&
                           draft_.locked.empty() && draft_.broken.empty() &&
                           node_.imposedAccess == RW;
-    node_.standardNameSpace =
-        std::string_view(pending.element.attribute("NameSpace").value()) == "Standard";
+    node_.standardNameSpace = pending.element.valueOf("NameSpace") == "Standard";
     if (node_.pollingTime > 0) {
         d_.polled.push_back(id);
     }

@@ -2,7 +2,7 @@
 // first node is built, so links become numbers at once.
 #pragma once
 
-#include <set>
+#include <bitset>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,10 +14,11 @@
 namespace GenApi::Detail {
 
 struct PendingNode {
-    pugi::xml_node element;
-    pugi::xml_node structRegister;  // the parent of a struct entry
-    NodeId enumeration = noNode;    // the owner of an enumeration's entry
-    NodeId firstEntry = noNode;     // an enumeration's entries follow each other
+    XmlElement element;
+    XmlElement structRegister;                         // the parent of a struct entry
+    const std::vector<XmlElement>* joining = nullptr;  // categories that are merged into this one
+    NodeId owner = noNode;       // the enumeration of an entry, the configuration ROM of a key
+    NodeId firstEntry = noNode;  // an enumeration's entries follow each other
     std::uint32_t entryCount = 0;
 };
 
@@ -38,6 +39,7 @@ private:
         StringDetail text;
         RegisterDetail reg;
         PortDetail port;
+        ConfigKeyDetail configKey;
         std::vector<NodeId> implemented, available, locked, invalidators, selected, members;
         std::vector<NodeId> copiesBefore, copiesAfter;
         FormulaDetail formula;
@@ -48,6 +50,7 @@ private:
         std::vector<AddressTerm> terms;
         std::vector<IndexedNumber> indexed;
         std::vector<Number> validValues;
+        std::bitset<elementCount> seen;
         bool hasEntryValue = false;
         bool hasNumeric = false;
         bool hasBitFirst = false;
@@ -55,30 +58,35 @@ private:
         bool hasEndianess = false;
         bool hasAccess = false;
         std::string broken;
+
+        // As new, but for the memory of its lists.
+        void reset();
     };
 
-    void applyChildren(pugi::xml_node element, const std::set<std::string_view>& except);
-    void apply(pugi::xml_node child);
-    bool applyCommon(Element element, pugi::xml_node child);
-    bool applyText(Element element, pugi::xml_node child);
-    bool applyLink(Element element, pugi::xml_node child);
-    bool applyDisplay(Element element, pugi::xml_node child);
-    bool applyKind(Element element, pugi::xml_node child);
-    bool applyNumber(Element element, pugi::xml_node child);
-    bool applyIndexed(Element element, pugi::xml_node child);
-    void applyValidValues(pugi::xml_node child);
-    bool applyBoolean(Element element, pugi::xml_node child);
-    bool applyEnumeration(Element element, pugi::xml_node child);
-    bool applyEntry(Element element, pugi::xml_node child);
-    bool applyCommand(Element element, pugi::xml_node child);
-    bool applyString(Element element, pugi::xml_node child);
-    bool applyRegister(Element element, pugi::xml_node child);
-    bool applyAddress(Element element, pugi::xml_node child);
-    bool applyLayout(Element element, pugi::xml_node child);
-    bool applyPort(Element element, pugi::xml_node child);
-    bool applyFormula(Element element, pugi::xml_node child);
-    bool applyConverter(Element element, pugi::xml_node child);
-    void addVariable(pugi::xml_node child);
+    using Elements = std::bitset<elementCount>;
+    void applyChildren(XmlElement element, const Elements& except);
+    void apply(XmlElement child);
+    bool applyCommon(Element element, XmlElement child);
+    bool applyText(Element element, XmlElement child);
+    bool applyLink(Element element, XmlElement child);
+    bool applyDisplay(Element element, XmlElement child);
+    bool applyKind(Element element, XmlElement child);
+    bool applyNumber(Element element, XmlElement child);
+    bool applyIndexed(Element element, XmlElement child);
+    void applyValidValues(XmlElement child);
+    bool applyBoolean(Element element, XmlElement child);
+    bool applyEnumeration(Element element, XmlElement child);
+    bool applyEntry(Element element, XmlElement child);
+    bool applyCommand(Element element, XmlElement child);
+    bool applyString(Element element, XmlElement child);
+    bool applyRegister(Element element, XmlElement child);
+    bool applyAddress(Element element, XmlElement child);
+    bool applyLayout(Element element, XmlElement child);
+    bool applyPort(Element element, XmlElement child);
+    bool applyFormula(Element element, XmlElement child);
+    bool applyConverter(Element element, XmlElement child);
+    bool applyConfigKey(Element element, XmlElement child);
+    void addVariable(XmlElement child);
     std::optional<std::uint32_t> variableIndex(std::string_view name);
     // The member that a suffix of a name asks for; false for an unknown one.
     bool chooseMember(std::string_view suffix, FormulaVariable& variable) const;
@@ -88,47 +96,54 @@ private:
     void finishNumber(bool isFloat);
     void finishRegister(NodeId id);
     void finishFormula();
+    void finishConfigKey(const PendingNode& pending);
     [[nodiscard]] Program compile(const std::string& text, std::string_view argument);
     void finishEntry(NodeId id, const PendingNode& pending);
     void holdNumber(const Number& value);
     // The node stays in the map but is not available; `where` is the element to blame.
-    void setBroken(const std::string& reason, pugi::xml_node where = {});
+    void setBroken(const std::string& reason, XmlElement where = {});
 
     // Links. A missing target breaks the node; `follow` links feed the invalidation.
-    enum class Wanted { number, text, port, anything };
-    [[nodiscard]] NodeId link(pugi::xml_node child, Wanted wanted);
+    enum class Wanted { number, text, port, configRom };
+    [[nodiscard]] NodeId link(XmlElement child, Wanted wanted);
     // Links that may lead nowhere: left out and reported.
-    void looseLink(pugi::xml_node child, std::vector<NodeId>& list);
-    [[nodiscard]] NodeId looseLink(pugi::xml_node child);
+    void looseLink(XmlElement child, std::vector<NodeId>& list);
+    [[nodiscard]] NodeId looseLink(XmlElement child);
     [[nodiscard]] NodeId resolve(std::string_view name) const;
 
-    // Numbers; text that is none breaks the node.
-    [[nodiscard]] std::int64_t integer(pugi::xml_node child);
-    [[nodiscard]] Number number(pugi::xml_node child);
-    [[nodiscard]] Number linkedNumber(pugi::xml_node child);
+    // Numbers; text that is none breaks the node. Bounds beyond what a number can be are its ends.
+    [[nodiscard]] std::int64_t integer(XmlElement child);
+    [[nodiscard]] Number number(XmlElement child);
+    [[nodiscard]] Number bound(XmlElement child);
+    [[nodiscard]] std::string textIn(XmlElement child) const;
+    [[nodiscard]] Number linkedNumber(XmlElement child);
     // A word of an enumerated element, handed to `store`; an unknown one costs the element.
     template <typename Value, typename Store>
-    void word(pugi::xml_node child, std::optional<Value> value, Store store);
+    void word(XmlElement child, std::optional<Value> value, Store store);
 
     LoadContext& context_;
     Description& d_;
     NodeId id_ = noNode;
-    pugi::xml_node element_;
+    XmlElement element_;
+    // Of the child that is being applied: its text, and that without white space at its ends.
+    std::string buffer_;
+    std::string_view raw_, text_;
     Node node_;
-    std::string_view name_;
+    EVisibility imposedVisibility_ = Beginner;
+    std::string name_;
     Draft draft_;
 };
 
 template <typename Value, typename Store>
-void NodeBuilder::word(pugi::xml_node child, std::optional<Value> value, Store store) {
-    const std::string text = textOf(child);
+void NodeBuilder::word(XmlElement child, std::optional<Value> value, Store store) {
     if (!value) {
-        context_.drop(child, name_, "The word '" + text + "' is unknown here.");
+        context_.drop(child, name_, "The word '" + std::string(text_) + "' is unknown here.");
         return;
     }
     if constexpr (std::is_same_v<Value, EAccessMode>) {
-        if (text == "R" || text == "W" || text == "WR") {
-            context_.warn(child, name_, "'" + text + "' is taken for the schema's word.");
+        if (text_ == "R" || text_ == "W" || text_ == "WR") {
+            context_.warn(child, name_,
+                          "'" + std::string(text_) + "' is taken for the schema's word.");
         }
     }
     store(*value);

@@ -7,16 +7,18 @@
 
 namespace GenApi::Detail {
 
-bool NodeBuilder::applyFormula(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyFormula(Element element, XmlElement child) {
     switch (element) {
         case Element::pVariable:
             addVariable(child);
             return true;
         case Element::Constant:
-            draft_.constants.push_back({child.attribute("Name").value(), textOf(child)});
+            draft_.constants.push_back(
+                {std::string(trim(child.valueOf("Name"))), std::string(text_)});
             return true;
         case Element::Expression:
-            draft_.expressions.push_back({child.attribute("Name").value(), textOf(child)});
+            draft_.expressions.push_back(
+                {std::string(trim(child.valueOf("Name"))), std::string(text_)});
             return true;
         // Notes of an author to its tools.
         case Element::Input:
@@ -30,38 +32,38 @@ bool NodeBuilder::applyFormula(Element element, pugi::xml_node child) {
         return applyConverter(element, child);
     }
     if (element == Element::Formula) {
-        draft_.readText = textOf(child);
+        draft_.readText = text_;
         return true;
     }
     return false;
 }
 
-bool NodeBuilder::applyConverter(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyConverter(Element element, XmlElement child) {
     switch (element) {
         case Element::FormulaFrom:
-            draft_.readText = textOf(child);
+            draft_.readText = text_;
             return true;
         case Element::FormulaTo:
-            draft_.writeText = textOf(child);
+            draft_.writeText = text_;
             return true;
         case Element::pValue:
             node_.value = link(child, Wanted::number);
             return true;
         case Element::Slope:
-            word(child, slopeOf(textOf(child)), [&](Slope slope) { draft_.formula.slope = slope; });
+            word(child, slopeOf(text_), [&](Slope slope) { draft_.formula.slope = slope; });
             return true;
         case Element::IsLinear:
-            word(child, yesNoOf(textOf(child)), [&](bool yes) { draft_.formula.isLinear = yes; });
+            word(child, yesNoOf(text_), [&](bool yes) { draft_.formula.isLinear = yes; });
             return true;
         default:
             return false;
     }
 }
 
-void NodeBuilder::addVariable(pugi::xml_node child) {
+void NodeBuilder::addVariable(XmlElement child) {
     FormulaVariable variable;
     variable.node = link(child, Wanted::number);
-    const std::string name(trim(child.attribute("Name").value()));
+    const std::string name(trim(child.valueOf("Name")));
     const std::size_t dot = name.find('.');
     if (name.empty()) {
         setBroken("a variable of its formula has no name", child);
@@ -133,6 +135,7 @@ Program NodeBuilder::compile(const std::string& text, std::string_view argument)
     if (!result.error.empty()) {
         setBroken("its formula '" + text.substr(0, 100) + "' is wrong: " + result.error);
     }
+    context_.spend(result.program.code.size() * sizeof(Instruction));
     return std::move(result.program);
 }
 
@@ -154,7 +157,7 @@ void NodeBuilder::finishFormula() {
                         static_cast<std::uint32_t>(draft_.variables.size())};
     d_.variables.insert(d_.variables.end(), draft_.variables.begin(), draft_.variables.end());
     node_.detail = static_cast<std::uint32_t>(d_.formulas.size());
-    d_.formulas.push_back(detail);
+    d_.formulas.push_back(std::move(detail));
 }
 
 }  // namespace GenApi::Detail

@@ -17,7 +17,7 @@ std::uint32_t append(std::vector<Detail>& details, const Detail& detail) {
 
 }  // namespace
 
-bool NodeBuilder::applyKind(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyKind(Element element, XmlElement child) {
     switch (node_.kind) {
         case Kind::integer:
         case Kind::floating:
@@ -34,6 +34,9 @@ bool NodeBuilder::applyKind(Element element, pugi::xml_node child) {
             return applyString(element, child);
         case Kind::port:
             return applyPort(element, child);
+        case Kind::configText:
+        case Kind::configInteger:
+            return applyConfigKey(element, child);
         case Kind::category:
             if (element == Element::pFeature) {
                 looseLink(child, draft_.members);
@@ -46,7 +49,7 @@ bool NodeBuilder::applyKind(Element element, pugi::xml_node child) {
     }
 }
 
-bool NodeBuilder::applyNumber(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyNumber(Element element, XmlElement child) {
     NumberDetail& detail = draft_.number;
     switch (element) {
         case Element::Value:
@@ -56,13 +59,13 @@ bool NodeBuilder::applyNumber(Element element, pugi::xml_node child) {
             node_.value = link(child, Wanted::number);
             return true;
         case Element::Min:
-            detail.minimum = number(child);
+            detail.minimum = bound(child);
             return true;
         case Element::pMin:
             detail.minimum = linkedNumber(child);
             return true;
         case Element::Max:
-            detail.maximum = number(child);
+            detail.maximum = bound(child);
             return true;
         case Element::pMax:
             detail.maximum = linkedNumber(child);
@@ -82,7 +85,7 @@ bool NodeBuilder::applyNumber(Element element, pugi::xml_node child) {
             return true;
         }
         case Element::AccessMode:
-            word(child, accessModeOf(textOf(child)),
+            word(child, accessModeOf(text_),
                  [&](EAccessMode mode) { node_.imposedAccess = std::uint8_t(mode); });
             return true;
         default:
@@ -90,10 +93,10 @@ bool NodeBuilder::applyNumber(Element element, pugi::xml_node child) {
     }
 }
 
-bool NodeBuilder::applyIndexed(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyIndexed(Element element, XmlElement child) {
     NumberDetail& detail = draft_.number;
     const auto add = [&](const Number& value) {
-        const auto index = parseInteger(child.attribute("Index").value());
+        const auto index = parseInteger(child.valueOf("Index"));
         if (!index) {
             context_.drop(child, name_, "The attribute 'Index' is no integer.");
             return;
@@ -125,11 +128,10 @@ bool NodeBuilder::applyIndexed(Element element, pugi::xml_node child) {
 }
 
 // Numbers between semicolons.
-void NodeBuilder::applyValidValues(pugi::xml_node child) {
-    const std::string text = textOf(child);
-    for (std::size_t begin = 0; begin < text.size();) {
-        const std::size_t end = std::min(text.find(';', begin), text.size());
-        const std::string_view part = trim(std::string_view(text).substr(begin, end - begin));
+void NodeBuilder::applyValidValues(XmlElement child) {
+    for (std::size_t begin = 0; begin < text_.size();) {
+        const std::size_t end = std::min(text_.find(';', begin), text_.size());
+        const std::string_view part = trim(text_.substr(begin, end - begin));
         begin = end + 1;
         if (part.empty()) {
             continue;
@@ -149,14 +151,13 @@ void NodeBuilder::applyValidValues(pugi::xml_node child) {
               });
 }
 
-bool NodeBuilder::applyBoolean(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyBoolean(Element element, XmlElement child) {
     switch (element) {
         case Element::Value: {
             // Some write the words where a number is due.
-            const std::string text = textOf(child);
-            if (text == "true" || text == "false") {
+            if (text_ == "true" || text_ == "false") {
                 draft_.boolean.value.given = true;
-                draft_.boolean.value.integer = text == "true" ? 1 : 0;
+                draft_.boolean.value.integer = text_ == "true" ? 1 : 0;
             } else {
                 draft_.boolean.value = number(child);
             }
@@ -176,7 +177,7 @@ bool NodeBuilder::applyBoolean(Element element, pugi::xml_node child) {
     }
 }
 
-bool NodeBuilder::applyEnumeration(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyEnumeration(Element element, XmlElement child) {
     switch (element) {
         case Element::Value:
             draft_.number.value = number(child);
@@ -191,32 +192,32 @@ bool NodeBuilder::applyEnumeration(Element element, pugi::xml_node child) {
     }
 }
 
-bool NodeBuilder::applyEntry(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyEntry(Element element, XmlElement child) {
     switch (element) {
         case Element::Value:
             draft_.entry.value = integer(child);
             draft_.hasEntryValue = true;
             return true;
         case Element::NumericValue:
-            if (const auto value = parseFloat(textOf(child))) {
+            if (const auto value = parseFloat(text_)) {
                 draft_.entry.numeric = *value;
                 draft_.hasNumeric = true;
                 return true;
             }
-            context_.drop(child, name_, "'" + textOf(child) + "' is no finite number.");
+            context_.drop(child, name_, "'" + std::string(text_) + "' is no finite number.");
             return true;
         case Element::Symbolic:
-            draft_.entry.symbolic = context_.store(textOf(child));
+            draft_.entry.symbolic = context_.store(text_);
             return true;
         case Element::IsSelfClearing:
-            word(child, yesNoOf(textOf(child)), [&](bool yes) { draft_.entry.selfClearing = yes; });
+            word(child, yesNoOf(text_), [&](bool yes) { draft_.entry.selfClearing = yes; });
             return true;
         default:
             return false;
     }
 }
 
-bool NodeBuilder::applyCommand(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyCommand(Element element, XmlElement child) {
     switch (element) {
         case Element::Value:
             draft_.command.value = number(child);
@@ -235,17 +236,17 @@ bool NodeBuilder::applyCommand(Element element, pugi::xml_node child) {
     }
 }
 
-bool NodeBuilder::applyString(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyString(Element element, XmlElement child) {
     switch (element) {
         case Element::Value:
-            draft_.text.value = context_.store(rawTextOf(child));
+            draft_.text.value = context_.store(raw_);
             draft_.text.given = true;
             return true;
         case Element::pValue:
             node_.value = link(child, Wanted::text);
             return true;
         case Element::AccessMode:
-            word(child, accessModeOf(textOf(child)),
+            word(child, accessModeOf(text_),
                  [&](EAccessMode mode) { node_.imposedAccess = std::uint8_t(mode); });
             return true;
         default:
@@ -253,29 +254,62 @@ bool NodeBuilder::applyString(Element element, pugi::xml_node child) {
     }
 }
 
-bool NodeBuilder::applyPort(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyPort(Element element, XmlElement child) {
     switch (element) {
         case Element::SwapEndianess:
-            word(child, yesNoOf(textOf(child)), [&](bool yes) { draft_.port.swapEndianess = yes; });
+            word(child, yesNoOf(text_), [&](bool yes) { draft_.port.swapEndianess = yes; });
             return true;
         case Element::ChunkID:
-            if (const auto id = parseHex(textOf(child))) {
+            if (const auto id = parseHexId(text_)) {
                 draft_.port.chunkId = *id;
                 draft_.port.hasChunkId = true;
             } else {
-                context_.drop(child, name_, "'" + textOf(child) + "' is no hexadecimal number.");
+                context_.drop(child, name_,
+                              "'" + std::string(text_) + "' is no hexadecimal number.");
             }
             return true;
         case Element::pChunkID:
             draft_.port.chunkIdNode = link(child, Wanted::number);
             return true;
         case Element::CacheChunkData:
-            word(child, yesNoOf(textOf(child)),
-                 [&](bool yes) { draft_.port.cacheChunkData = yes; });
+            word(child, yesNoOf(text_), [&](bool yes) { draft_.port.cacheChunkData = yes; });
             return true;
         default:
             return false;
     }
+}
+
+bool NodeBuilder::applyConfigKey(Element element, XmlElement child) {
+    switch (element) {
+        case Element::Key:
+            if (const auto key = parseHexId(text_); key && *key <= 0xFF) {
+                draft_.configKey.key = static_cast<std::uint8_t>(*key);
+                draft_.hasEntryValue = true;
+            } else {
+                setBroken(textIn(child) + " is no hexadecimal number of eight bits", child);
+            }
+            return true;
+        case Element::p1212Parser:
+            draft_.configKey.rom = link(child, Wanted::configRom);
+            return true;
+        default:
+            return false;
+    }
+}
+
+void NodeBuilder::finishConfigKey(const PendingNode& pending) {
+    ConfigKeyDetail& detail = draft_.configKey;
+    if (detail.rom == noNode && pending.owner != noNode) {
+        detail.rom = pending.owner;
+        context_.addRead(detail.rom, id_);
+    }
+    if (detail.rom == noNode) {
+        setBroken("it has no p1212Parser");
+    }
+    if (!draft_.hasEntryValue) {
+        setBroken("it has no Key");
+    }
+    node_.detail = append(d_.configKeys, detail);
 }
 
 void NodeBuilder::holdNumber(const Number& value) {
@@ -323,6 +357,10 @@ void NodeBuilder::finishDetail(NodeId id, const PendingNode& pending) {
             d_.portNodes.push_back(id);
             node_.detail = append(d_.ports, draft_.port);
             break;
+        case Kind::configText:
+        case Kind::configInteger:
+            finishConfigKey(pending);
+            break;
         default:
             if (isRegister(node_.kind)) {
                 finishRegister(id);
@@ -354,7 +392,7 @@ void NodeBuilder::finishNumber(bool isFloat) {
 
 void NodeBuilder::finishEntry(NodeId id, const PendingNode& pending) {
     EntryDetail& detail = draft_.entry;
-    detail.enumeration = pending.enumeration;
+    detail.enumeration = pending.owner;
     if (!draft_.hasEntryValue) {
         setBroken("it has no Value");
     }
@@ -362,10 +400,10 @@ void NodeBuilder::finishEntry(NodeId id, const PendingNode& pending) {
         detail.numeric = static_cast<double>(detail.value);
     }
     if (detail.symbolic.count == 0) {
-        detail.symbolic = context_.store(pending.element.attribute("Name").value());
+        detail.symbolic = context_.store(pending.element.valueOf("Name"));
     }
     // What may be chosen is part of the enumeration's state.
-    context_.reads.push_back({id, pending.enumeration});
+    context_.addRead(id, pending.owner);
     node_.detail = append(d_.entries, detail);
 }
 

@@ -13,7 +13,7 @@ constexpr std::int64_t maximumRegisterLength = std::int64_t{64} * 1024 * 1024;
 
 }  // namespace
 
-bool NodeBuilder::applyRegister(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyRegister(Element element, XmlElement child) {
     RegisterDetail& detail = draft_.reg;
     switch (element) {
         case Element::Length:
@@ -27,23 +27,31 @@ bool NodeBuilder::applyRegister(Element element, pugi::xml_node child) {
             detail.port = link(child, Wanted::port);
             return true;
         case Element::AccessMode:
-            word(child, accessModeOf(textOf(child)), [&](EAccessMode mode) {
+            word(child, accessModeOf(text_), [&](EAccessMode mode) {
                 detail.access = std::uint8_t(mode);
                 draft_.hasAccess = true;
             });
             return true;
         case Element::Cachable:
-            word(child, cachingOf(textOf(child)), [&](ECachingMode mode) {
+            word(child, cachingOf(text_), [&](ECachingMode mode) {
                 detail.caching = std::uint8_t(mode);
                 node_.ownCaching = true;
             });
             return true;
+        // Nodes of their own.
+        case Element::IntKey:
+        case Element::TextDesc:
+            return node_.kind == Kind::configRom;
+        // What a feature is called, and how long it stays open. Who opens it has to know both.
+        case Element::FeatureID:
+        case Element::Timeout:
+            return node_.kind == Kind::advancedFeature || node_.kind == Kind::smartFeature;
         default:
             return applyAddress(element, child) || applyLayout(element, child);
     }
 }
 
-bool NodeBuilder::applyAddress(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyAddress(Element element, XmlElement child) {
     AddressTerm term;
     switch (element) {
         case Element::Address:
@@ -56,10 +64,10 @@ bool NodeBuilder::applyAddress(Element element, pugi::xml_node child) {
             term.node = link(child, Wanted::number);
             break;
         case Element::IntSwissKnife: {
-            const auto place = context_.inlineNodes.find(child.internal_object());
+            const auto place = context_.inlineNodes.find(child.key());
             term.node = place == context_.inlineNodes.end() ? noNode : place->second;
             if (term.node != noNode) {
-                context_.reads.push_back({term.node, id_});
+                context_.addRead(term.node, id_);
             } else {
                 setBroken("the formula of its address could not be loaded");
             }
@@ -69,7 +77,7 @@ bool NodeBuilder::applyAddress(Element element, pugi::xml_node child) {
             term.node = link(child, Wanted::number);
             term.scale = AddressTerm::Scale::length;
             if (const auto offset = child.attribute("Offset")) {
-                const auto value = parseInteger(offset.value());
+                const auto value = parseInteger(*offset);
                 term.scale = AddressTerm::Scale::constant;
                 term.offset = value.value_or(0);
                 if (!value) {
@@ -77,11 +85,11 @@ bool NodeBuilder::applyAddress(Element element, pugi::xml_node child) {
                 }
             } else if (const auto node = child.attribute("pOffset")) {
                 term.scale = AddressTerm::Scale::node;
-                term.offsetNode = resolve(trim(node.value()));
+                term.offsetNode = resolve(trim(*node));
                 if (term.offsetNode == noNode) {
                     setBroken("the attribute 'pOffset' of its pIndex names a missing node", child);
                 } else {
-                    context_.reads.push_back({term.offsetNode, id_});
+                    context_.addRead(term.offsetNode, id_);
                 }
             }
             break;
@@ -90,23 +98,23 @@ bool NodeBuilder::applyAddress(Element element, pugi::xml_node child) {
             return false;
     }
     if (term.node != noNode) {
+        context_.spend(sizeof term);
         draft_.terms.push_back(term);
     }
     return true;
 }
 
-bool NodeBuilder::applyLayout(Element element, pugi::xml_node child) {
+bool NodeBuilder::applyLayout(Element element, XmlElement child) {
     RegisterDetail& detail = draft_.reg;
     const auto bit = [&] {
         return static_cast<std::int16_t>(std::clamp<std::int64_t>(integer(child), -1, 1000));
     };
     switch (element) {
         case Element::Sign:
-            word(child, signOf(textOf(child)),
-                 [&](ESign sign) { detail.isSigned = sign == Signed; });
+            word(child, signOf(text_), [&](ESign sign) { detail.isSigned = sign == Signed; });
             return true;
         case Element::Endianess:
-            word(child, endianessOf(textOf(child)), [&](EEndianess order) {
+            word(child, endianessOf(text_), [&](EEndianess order) {
                 detail.bigEndian = order == BigEndian;
                 draft_.hasEndianess = true;
             });
@@ -145,6 +153,10 @@ void NodeBuilder::finishRegister(NodeId id) {
             (isFloat && length != 4 && length != 8)) {
             setBroken("its length of " + std::to_string(length) + " bytes is not possible");
         }
+    }
+    if (kind == Kind::advancedFeature || kind == Kind::smartFeature) {
+        // Their number is their address, which nobody can change.
+        detail.access = RO;
     }
     if (kind == Kind::floatReg && !node_.ownCaching) {
         detail.caching = WriteAround;

@@ -52,12 +52,7 @@ EVisibility NodeHandle::GetVisibility() const {
 }
 
 EInterfaceType NodeHandle::GetPrincipalInterfaceType() const {
-    // In the order of Kind.
-    constexpr std::array<EInterfaceType, 18> types = {
-        intfICategory,  intfIInteger, intfIInteger, intfIInteger, intfIInteger,  intfIInteger,
-        intfIFloat,     intfIFloat,   intfIFloat,   intfIFloat,   intfIBoolean,  intfIEnumeration,
-        intfIEnumEntry, intfICommand, intfIString,  intfIString,  intfIRegister, intfIPort};
-    return types[static_cast<std::size_t>(row().kind)];
+    return rowOf(row().kind).interface;
 }
 
 gcstring NodeHandle::GetElementName() const {

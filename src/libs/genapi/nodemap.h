@@ -69,6 +69,12 @@ public:
     [[nodiscard]] gcstring GetStandardNameSpace() const override;
     [[nodiscard]] gcstring GetProductGuid() const override;
     [[nodiscard]] gcstring GetVersionGuid() const override;
+    [[nodiscard]] Version_t GetSchemaVersion() const override {
+        return description_->schemaVersion;
+    }
+    [[nodiscard]] Version_t GetDeviceVersion() const override {
+        return description_->deviceVersion;
+    }
     void AddReference() const noexcept override;
     void RemoveReference() const noexcept override;
 

@@ -1,5 +1,8 @@
 #include "genapi/nodemapfactory.h"
 
+#include <string>
+#include <vector>
+
 #include "gcbase/gcexception.h"
 #include "genapi/loader.h"
 #include "genapi/nodemap.h"
@@ -7,23 +10,45 @@
 
 namespace GenApi {
 
-struct CNodeMapFactory::Impl {
+namespace {
+
+struct Source {
     EContentType_t contentType;
-    Detail::StringPolicy strings;
     std::string text;
+};
+
+Source sourceOf(EContentType_t contentType, const void* data, std::size_t length) {
+    if (data == nullptr && length != 0) {
+        throw GenICam::InvalidArgumentException("Node map description: no text passed.", __FILE__,
+                                                __LINE__);
+    }
+    return {contentType,
+            length == 0 ? std::string() : std::string(static_cast<const char*>(data), length)};
+}
+
+// Some deliver one form under the other's name.
+std::string plainText(const Source& source) {
+    const bool isZipped = source.contentType == ContentType_ZippedXml || Detail::isZip(source.text);
+    return isZipped ? Detail::unzipDescription(source.text) : source.text;
+}
+
+}  // namespace
+
+struct CNodeMapFactory::Impl {
+    Detail::StringPolicy strings;
+    std::vector<Source> sources;  // the description, then what is injected into it
     std::shared_ptr<const Detail::Description> description;
 
     const std::shared_ptr<const Detail::Description>& load(bool releaseText) {
         if (description == nullptr) {
-            // Some deliver one form under the other's name.
-            if (contentType == ContentType_ZippedXml || Detail::isZip(text)) {
-                text = Detail::unzipDescription(text);
-                contentType = ContentType_Xml;
+            std::vector<std::string> texts;
+            for (const Source& source : sources) {
+                texts.push_back(plainText(source));
             }
-            description = Detail::loadDescription(text, strings);
+            description = Detail::loadDescription(std::move(texts), strings);
         }
         if (releaseText) {
-            text = {};
+            sources.clear();
         }
         return description;
     }
@@ -36,16 +61,19 @@ struct CNodeMapFactory::Impl {
 CNodeMapFactory::CNodeMapFactory(EContentType_t ContentType, const void* pData,
                                  std::size_t DataLength, ECacheUsage_t, bool SuppressStringsOnLoad)
     : impl_(std::make_unique<Impl>()) {
-    if (pData == nullptr && DataLength != 0) {
-        throw GenICam::InvalidArgumentException("Node map description: no text passed.", __FILE__,
-                                                __LINE__);
-    }
-    impl_->contentType = ContentType;
     impl_->strings =
         SuppressStringsOnLoad ? Detail::StringPolicy::dropLongTexts : Detail::StringPolicy::keepAll;
-    if (DataLength != 0) {
-        impl_->text.assign(static_cast<const char*>(pData), DataLength);
+    impl_->sources.push_back(sourceOf(ContentType, pData, DataLength));
+}
+
+void CNodeMapFactory::InjectDescription(EContentType_t ContentType, const void* pData,
+                                        std::size_t DataLength) {
+    if (impl_->description != nullptr) {
+        throw GenICam::LogicalErrorException(
+            "Node map description: nothing can be injected after the first map was made.", __FILE__,
+            __LINE__);
     }
+    impl_->sources.push_back(sourceOf(ContentType, pData, DataLength));
 }
 
 CNodeMapFactory::~CNodeMapFactory() = default;

@@ -122,6 +122,11 @@ std::optional<std::uint64_t> parseHex(std::string_view digits) {
     return parseWhole<std::uint64_t>(digits, 16);
 }
 
+std::optional<std::uint64_t> parseHexId(std::string_view text) {
+    text = trim(text);
+    return parseHex(isHexPrefix(text) ? text.substr(2) : text);
+}
+
 std::optional<std::int64_t> parseInteger(std::string_view text) {
     text = trim(text);
     std::string_view digits = text;
@@ -157,6 +162,30 @@ std::optional<double> parseFloat(std::string_view text) {
         return std::nullopt;
     }
     return negative ? -*value : *value;
+}
+
+std::optional<std::uint64_t> parseUnsigned(std::string_view text) {
+    return parseWhole<std::uint64_t>(trim(text), 10);
+}
+
+int sideOfLargeNumber(std::string_view text) {
+    text = trim(text);
+    const bool negative = takeSign(text);
+    const bool isDigit = !text.empty() && text[0] >= '0' && text[0] <= '9';
+    double value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const bool isWhole = end == text.data() + text.size();
+    const bool isInfinite = text == "INF" || text == "Infinity";
+    // Too small a number is out of range as well.
+    const bool isLarge =
+        isDigit && isWhole &&
+        (error == std::errc::result_out_of_range ? text.find("e-") == std::string_view::npos &&
+                                                       text.find("E-") == std::string_view::npos
+                                                 : error == std::errc{} && value >= 0x1p63);
+    if (!isInfinite && !isLarge) {
+        return 0;
+    }
+    return negative ? -1 : 1;
 }
 
 std::string formatInteger(std::int64_t value, ERepresentation representation) {
