@@ -12,6 +12,10 @@
 #include "orlixdataprocessingcore/utils/signal.h"
 #include "orlixdataprocessingcore/utils/typeinfo.h"
 
+namespace Orlix {
+class ICameraDevice;
+}
+
 namespace Orlix::DataProcessing::Threading {
 class IThreadPool;
 }
@@ -22,7 +26,14 @@ class IBufferProvider;
 class IUpdateFactory;
 
 // A camera or another device that a node can take for itself.
-class ORLIXDATAPROCESSINGCORE_API IDeviceResource : public Utils::IObject {};
+class ORLIXDATAPROCESSINGCORE_API IDeviceResource : public Utils::IObject {
+public:
+    // The device, closed; null if there is none to be had. Opening it tells whether it is free.
+    // Nodes pass false. The device returns to the pool with the last holder of the pointer.
+    [[nodiscard]] virtual std::shared_ptr<Orlix::ICameraDevice> acquireDevice(bool shared) = 0;
+    // Whether no other holder has the device.
+    [[nodiscard]] virtual bool isUnused() = 0;
+};
 
 // A transport layer that devices are reached through.
 class ORLIXDATAPROCESSINGCORE_API ITlResource : public Utils::IObject {};

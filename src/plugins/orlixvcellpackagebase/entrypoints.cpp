@@ -4,9 +4,9 @@
 #include <cstring>
 #include <new>
 
-#include "camera/camera.h"
 #include "catalog/catalogtext.h"
 #include "imageformatconverter/imageformatconverter.h"
+#include "orlixvcellpackagebase/camera.h"
 #include "orlixvcellpackagebase/imageloading.h"
 
 using namespace Plugin::OrlixVCellPackageBase;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "anythingtonodemapadapter/adapter.h"
+#include "anythingtonodemapadapter/parameterport.h"
 #include "gcbase/gcstring.h"
 #include "orlixdataprocessingcore/core/nodemapcontainer.h"
 #include "orlixdataprocessingcore/threading/recursiveclock.h"
@@ -17,6 +18,8 @@ using GenICam::gcstring;
 
 using NodeLock =
     Orlix::DataProcessing::Threading::UniqueLock<Orlix::DataProcessing::Threading::RecursiveCLock>;
+template <typename Interface>
+using PortPointer = std::shared_ptr<AnythingToNodeMapAdapter::BasicDataParameterPort<Interface>>;
 using NodeMapsSignal =
     Orlix::DataProcessing::Utils::Signal<void(), Orlix::DataProcessing::Utils::VoidCombiner>;
 

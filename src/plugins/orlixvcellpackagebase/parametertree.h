@@ -20,12 +20,24 @@ public:
             std::make_shared<AnythingToNodeMapAdapter::CategoryParameterPort>(root));
     }
 
-    // Adds the parameter and shows it as the last one of the category "Root". Returns the port.
+    // Adds the parameter and shows it as the last one of the category. Returns the port.
     template <typename Port>
-    std::shared_ptr<Port> add(std::shared_ptr<Port> port) {
+    std::shared_ptr<Port> add(std::shared_ptr<Port> port, const char* category = root) {
         adapter_.addParameter(port);
-        adapter_.addDependency(root, "Feature", port->getName());
+        adapter_.addDependency(category, "Feature", port->getName());
         return port;
+    }
+
+    // Adds a category without showing it, and shows it as the last one of "Root".
+    template <typename Category>
+    void addCategory(std::shared_ptr<Category> category) {
+        adapter_.addParameter(category);
+    }
+    void showCategory(const char* name) { adapter_.addDependency(root, "Feature", name); }
+
+    // The selector switches what the other parameter shows.
+    void select(const char* selector, const char* selected) {
+        adapter_.addDependency(selector, "Selected", selected);
     }
 
     // Adds an entry to an enumeration that is in the tree. Returns the entry.

@@ -12,6 +12,10 @@ public:
     }
     const void* getRawPointer() const override { return static_cast<const IDeviceResource*>(this); }
     void* getRawPointer() override { return static_cast<IDeviceResource*>(this); }
+    std::shared_ptr<Orlix::ICameraDevice> acquireDevice(bool /*shared*/) override {
+        return nullptr;
+    }
+    bool isUnused() override { return true; }
 };
 
 }  // namespace Orlix::DataProcessing::Core

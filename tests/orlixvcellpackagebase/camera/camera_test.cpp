@@ -1,4 +1,4 @@
-#include "camera/camera.h"
+#include "orlixvcellpackagebase/camera.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -76,44 +76,6 @@ TEST_F(CameraNode, IsRegisteredUnderItsFullName) {
     EXPECT_EQ(node.getTypeInfo(true).getIdentifier(), "Plugin::OrlixVCellPackageBase::Camera");
     Core::INode& base = node;
     EXPECT_EQ(Utils::object_cast<Core::INodeMapContainer>(&base), &node);
-}
-
-TEST_F(CameraNode, NullStoreIsRefusedWithALine) {
-    const Utils::LogCapture capture;
-    using E = GenICam::InvalidArgumentException;
-    EXPECT_EQ(getFailure<E>([this] { node.saveSettings(nullptr); }), "No settings passed.");
-    EXPECT_EQ(getFailure<E>([this] { node.loadSettings(nullptr); }), "No settings passed.");
-    EXPECT_THAT(getLines(capture, category),
-                ElementsAre(StartsWith(failureLine("saveSettings", "No settings passed.")),
-                            StartsWith(failureLine("loadSettings", "No settings passed."))));
-}
-
-TEST_F(CameraNode, RunningNodeIsNeitherLoadedNorSaved) {
-    const auto store = std::make_shared<MemorySettings>();
-    node.start(Core::NodeArgumentCollection());
-    const Utils::LogCapture capture;
-    using E = GenICam::RuntimeException;
-    EXPECT_EQ(getFailure<E>([&] { node.saveSettings(store); }),
-              "vCell must not be running to save.");
-    EXPECT_EQ(getFailure<E>([&] { node.loadSettings(store); }),
-              "vCell must not be running to load.");
-    EXPECT_THAT(
-        getLines(capture, category),
-        ElementsAre(StartsWith(failureLine("saveSettings", "vCell must not be running to save.")),
-                    StartsWith(failureLine("loadSettings", "vCell must not be running to load."))));
-    node.stop();
-}
-
-TEST_F(CameraNode, LoadTellsObserversWithTheLockFree) {
-    int changes = 0;
-    bool owned = true;
-    const auto connection = node.getSettingsChangedSignal()->connect([&] {
-        ++changes;
-        owned = node.getNodeMapInfos().at(0).GetNodeMap()->GetLock().IsOwned();
-    });
-    node.loadSettings(std::make_shared<MemorySettings>());
-    EXPECT_EQ(changes, 1);
-    EXPECT_FALSE(owned);
 }
 
 }  // namespace

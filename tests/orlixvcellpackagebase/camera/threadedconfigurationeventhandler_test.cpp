@@ -1,5 +1,5 @@
 // The removal of a device: one job at a time, cancelled before it begins, waited for after.
-#include "camera/threadedconfigurationeventhandler.h"
+#include "orlixvcellpackagebase/threadedconfigurationeventhandler.h"
 
 #include <gtest/gtest.h>
 

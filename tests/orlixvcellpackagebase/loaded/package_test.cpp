@@ -21,8 +21,10 @@
 #include "orlixdataprocessingcore/failingnew.h"
 #include "orlixdataprocessingcore/utils/typeinfo.h"
 #include "orlixdataprocessingcore/utils/uuid.h"
+#include "orlixvcellpackagebase/camera.h"
 #include "orlixvcellpackagebase/entrypoints.h"
 #include "orlixvcellpackagebase/imageloading.h"
+#include "support/deviceresources.h"
 #include "support/recordingsink.h"
 #include "support/temporaryfolder.h"
 #include "support/testpool.h"
@@ -112,7 +114,7 @@ std::vector<std::string> keysOf(const nlohmann::ordered_json& object) {
     return keys;
 }
 
-TEST_F(Package, ExportsItsEntryPointsAndTwoMembersOnly) {
+TEST_F(Package, ExportsItsEntryPointsAndSixMembersOnly) {
     EXPECT_THAT(
         DynamicSymbols(library).names(),
         UnorderedElementsAre(
@@ -122,7 +124,13 @@ TEST_F(Package, ExportsItsEntryPointsAndTwoMembersOnly) {
             "_ZN6Plugin21OrlixVCellPackageBase12ImageLoading11getSettingsERN7GenICam8gcstringERNS0_"
             "6SortByERmS7_S7_RbS8_",
             "_ZN6Plugin21OrlixVCellPackageBase12ImageLoading11setSettingsERKN7GenICam8gcstringENS0_"
-            "6SortByEmmmbb"));
+            "6SortByEmmmbb",
+            "_ZNK6Plugin21OrlixVCellPackageBase6Camera29getActiveAssignmentPropertiesEv",
+            "_ZN6Plugin21OrlixVCellPackageBase6Camera29setActiveAssignmentPropertiesERKN5Orlix14"
+            "DataProcessing4Core12ResourceInfoE",
+            "_ZN6Plugin21OrlixVCellPackageBase6Camera23getAssignmentPropertiesERKN5Orlix14"
+            "DataProcessing4Core12ResourceInfoERKSt6vectorIS5_SaIS5_EE",
+            "_ZN6Plugin21OrlixVCellPackageBase6Camera19getCameraDeviceDataEv"));
 }
 
 TEST_F(Package, HasInterfaceVersion2) {
@@ -305,6 +313,27 @@ TEST_F(Package, SettingsDialogReadsAndWritesAllSettingsInOneStep) {
     EXPECT_EQ(runs, 4U);
     EXPECT_TRUE(continuously);
     EXPECT_TRUE(absolute);
+}
+
+TEST_F(Package, CameraDialogAssignsADevice) {
+    CountingPool resources;
+    const auto left = makeInfo({{"DeviceClass", "C"}, {"ModelName", "M"}, {"SerialNumber", "1"}});
+    const auto right = makeInfo({{"DeviceClass", "C"}, {"ModelName", "M"}, {"SerialNumber", "2"}});
+    resources.add(left);
+    resources.add(right)->unused = false;
+    const NodePointer node(find<CreateNode>("create_Camera")(resources.pool),
+                           find<DestroyNode>("destroy_Camera"));
+    auto* camera = static_cast<Camera*>(node->getRawPointer());
+
+    const DeviceData data = camera->getCameraDeviceData();
+    ASSERT_EQ(data.devices.size(), 2U);
+    EXPECT_FALSE(data.devices[0].inUse);
+    EXPECT_TRUE(data.devices[1].inUse);
+    const ResourceInfo properties =
+        camera->getAssignmentProperties(data.devices[0].info, {left, right});
+    EXPECT_TRUE(properties.IsSubset(left) && left.IsSubset(properties));
+    camera->setActiveAssignmentProperties(properties);
+    EXPECT_TRUE(camera->getActiveAssignmentProperties().IsSubset(left));
 }
 
 TEST_F(Package, ImagesTravelFromTheLoadedNodeToTheHost) {

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "gcbase/gcexception.h"
@@ -27,14 +28,19 @@ inline std::string toText(const void* address) {
     return text;
 }
 
-// The description of the exception of class E that the call throws; "no exception" without one.
+// The description of the exception of class E that the call throws, or what() of a standard one;
+// "no exception" without one.
 template <typename E, typename Call>
 std::string getFailure(Call call) {
     try {
         call();
         return "no exception";
     } catch (const E& exception) {
-        return exception.GetDescription();
+        if constexpr (std::is_base_of_v<GenICam::GenericException, E>) {
+            return exception.GetDescription();
+        } else {
+            return exception.what();
+        }
     }
 }
 

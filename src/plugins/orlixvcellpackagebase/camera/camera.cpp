@@ -1,10 +1,13 @@
-#include "camera/camera.h"
+#include "orlixvcellpackagebase/camera.h"
 
+#include <utility>
+
+#include "camera/cameraimpl.h"
+#include "camera/log.h"
+#include "camera/names.h"
 #include "gcbase/gcexception.h"
-#include "nodedata.h"
 #include "orlixdataprocessingcore/core/image.h"
-#include "orlixdataprocessingcore/utils/failure.h"
-#include "parametertree.h"
+#include "orlixdataprocessingcore/core/lockedconnection.h"
 #include "unituuids.h"
 
 namespace Plugin::OrlixVCellPackageBase {
@@ -15,84 +18,126 @@ namespace Utils = Orlix::DataProcessing::Utils;
 ORLIX_REGISTER_TYPE_WITH_UUID("846bca11-6bf2-4895-88c4-fe038f5a659c", Camera, Core::AdvancedNode,
                               Core::INodeMapContainer)
 
-namespace {
+namespace CameraNames {
 
 const gcstring imagePin("Image");
+const gcstring imageCorruptPin("ImageCorrupt");
 
-Utils::CatId category() {
+const gcstring devicePropertiesKey("DeviceProperties");
+const gcstring eventConfigurationKey("EventConfiguration");
+const gcstring chunkPinConfigurationsKey("ChunkPinConfigurations");
+const gcstring acquisitionModeKey("AcquisitionMode");
+const gcstring fixCorruptImagesKey("FixCorruptImages");
+const gcstring featureStreamsKey("FeatureStreams");
+
+const gcstring cameraInstanceMap("@CameraInstance");
+const gcstring streamGrabberMap("@StreamGrabber0");
+const gcstring cameraDeviceMap("@CameraDevice");
+const gcstring transportLayerMap("@DeviceTransportLayer");
+
+}  // namespace CameraNames
+
+Utils::CatId CameraLog::category() {
     static const Utils::CatId id = Utils::getCatId("orlix.dataprocessing.vcell.Camera");
     return id;
 }
 
-Utils::LogSubject getSubject(const Camera* node) {
+Utils::LogSubject CameraLog::getSubject(const Camera* node) {
     return {"Plugin::OrlixVCellPackageBase::Camera", node, category()};
 }
-
-}  // namespace
-
-struct Camera::Impl : NodeData {};
 
 ORLIX_DEFINE_OBJECT(Camera)
 
 Camera::Camera(const std::shared_ptr<Core::IResourcePool>& pool)
-    : AdvancedNode(pool), impl_(std::make_unique<Impl>()) {
+    : AdvancedNode(pool),
+      ThreadedConfigurationEventHandler(getThreadPool()),
+      impl_(std::make_unique<Impl>()) {
     if (pool == nullptr) {
         Utils::logAndThrow<GenICam::InvalidArgumentException>(
-            getSubject(this), "Resource pool must not be nullptr. ", "Camera");
+            CameraLog::getSubject(this), "Resource pool must not be nullptr. ", "Camera");
     }
+    impl_->lock = std::make_shared<Orlix::DataProcessing::Threading::RecursiveCLock>();
     setLock(impl_->lock);
-    buildParameterTree();
-    impl_->publishParameters("Camera");
-    createOutput(imagePin, "The image output.", Utils::TypeInfo::getTypeInfo<Core::Image>(true),
-                 true, Core::unlimitedJobs);
+    impl_->signals = std::make_shared<Impl::Signals>();
+    impl_->resourcePool = pool;
+    try {
+        // From the connection on the pool may call; it finds the list filled or the lock taken.
+        const Guard guard = lockNode();
+        connectToPool();
+        buildParameterTree();
+        publish();
+        updateResources();
+    } catch (...) {
+        disconnectFromPool();
+        throw;
+    }
+    try {
+        createOutput(CameraNames::imagePin, "The image output.",
+                     Utils::TypeInfo::getTypeInfo<Core::Image>(true), true, Core::unlimitedJobs);
+        setOFSParametersAvailable(true);
+    } catch (...) {
+        disconnectFromPool();
+        throw;
+    }
 }
 
 Camera::~Camera() {
+    // A removal that is at work calls into the node.
+    waitForCameraDeviceRemoval();
     cleanup();
+    waitForCameraDeviceRemoval();
+    disconnectFromPool();
 }
 
-void Camera::buildParameterTree() {
-    NodeLock lock(*impl_->lock);
-    ParameterTree tree(impl_->adapter);
-    tree.createNodeMap(*impl_->lock);
+Camera::Guard Camera::lockNode() const {
+    return Guard(*getLock());
+}
+
+// No emission waits for the node's lock.
+void Camera::connectToPool() {
+    impl_->signals->poolConnection.set(
+        Core::connectUnderLock(*impl_->resourcePool->getResourcesChangedSignal(), impl_->lock,
+                               getThreadPool(), [this] { updateResources(); }),
+        true);
+}
+
+// Taken out under the lock and ended with it free, since an update may wait for the lock. A host
+// may still hold the signal, so that the connection does not end by itself.
+void Camera::disconnectFromPool() {
+    Guard guard = lockNode();
+    impl_->nodeMaps.clear();
+    const std::shared_ptr<Impl::Signals> signals = std::exchange(impl_->signals, nullptr);
+    guard.unlock();
+    signals->poolConnection.reset();
+}
+
+void Camera::publish() {
+    impl_->nodeMaps.emplace_back("@vCell", "Camera", impl_->adapter.getNodeMap());
+    impl_->activeStreams.clear();
+    impl_->stagedStreams.clear();
 }
 
 bool Camera::isForwardingUpdates() const {
     return false;
 }
 
-void Camera::saveSettings(const std::shared_ptr<Core::ISettings>& settings) {
-    if (settings == nullptr) {
-        Utils::logAndThrow<GenICam::InvalidArgumentException>(
-            getSubject(this), "No settings passed.", "saveSettings");
-    }
-    NodeLock lock(*impl_->lock);
-    if (getState() != Core::NodeState::Stopped) {
-        Utils::logAndThrow<GenICam::RuntimeException>(
-            getSubject(this), "vCell must not be running to save.", "saveSettings");
-    }
-}
-
-void Camera::loadSettings(const std::shared_ptr<Core::ISettings>& settings) {
-    if (settings == nullptr) {
-        Utils::logAndThrow<GenICam::InvalidArgumentException>(
-            getSubject(this), "No settings passed.", "loadSettings");
-    }
-    NodeLock lock(*impl_->lock);
-    if (getState() != Core::NodeState::Stopped) {
-        Utils::logAndThrow<GenICam::RuntimeException>(
-            getSubject(this), "vCell must not be running to load.", "loadSettings");
-    }
-    lock.unlock();
-    notifySettingsChanged();
-}
-
 std::vector<Core::NodeMapInfo> Camera::getNodeMapInfos() {
-    return impl_->getNodeMapInfos();
+    const Guard guard = lockNode();
+    return impl_->nodeMaps;
 }
 
 std::shared_ptr<Utils::ISignal<void()>> Camera::getNodeMapsChangedSignal() {
-    return impl_->nodeMapsChanged;
+    const Guard guard = lockNode();
+    return {impl_->signals, &impl_->signals->nodeMapsChanged};
 }
+
+gcstring Camera::describeParameters() {
+    const Guard guard = lockNode();
+    gcstring description;
+    impl_->adapter.generateDescription(description, "", "");
+    return description;
+}
+
+void Camera::handleCameraDeviceRemoved() {}
 
 }  // namespace Plugin::OrlixVCellPackageBase

@@ -1,4 +1,4 @@
-#include "camera/threadedconfigurationeventhandler.h"
+#include "orlixvcellpackagebase/threadedconfigurationeventhandler.h"
 
 #include <utility>
 

@@ -19,8 +19,6 @@
 
 namespace Plugin::OrlixVCellPackageBase {
 
-template <typename Interface>
-using PortPointer = std::shared_ptr<AnythingToNodeMapAdapter::BasicDataParameterPort<Interface>>;
 using SortByEntryPointer =
     std::shared_ptr<AnythingToNodeMapAdapter::EnumEntryParameterPort<SortBy>>;
 

@@ -1,0 +1,206 @@
+// The list of event pins and the outputs made from it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "orlixdataprocessingcore/core/boolean.h"
+#include "orlixdataprocessingcore/core/float.h"
+#include "orlixdataprocessingcore/core/integer.h"
+#include "orlixdataprocessingcore/core/string.h"
+#include "support/camerafixture.h"
+
+namespace Plugin::OrlixVCellPackageBase {
+namespace {
+
+namespace Core = Orlix::DataProcessing::Core;
+namespace Utils = Orlix::DataProcessing::Utils;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr auto end = "End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEnd";
+constexpr auto start = "Start.Type=Integer.EventName=FrameStart.ValueName=EventFrameStart";
+
+class CameraEventPins : public CameraFixture {
+protected:
+    void add(const char* configuration) {
+        execute("EventPinAdd");
+        setText("EventPinConfiguration", configuration);
+    }
+    // The entry that is selected then.
+    std::string entry(std::int64_t index) {
+        setNumber("EventPinSelector", index);
+        return text("EventPinConfiguration");
+    }
+};
+
+TEST_F(CameraEventPins, ANewEntryIsNotYetConfigured) {
+    execute("EventPinAdd");
+    EXPECT_EQ(text("EventPinConfiguration"), "<not yet configured>");
+    EXPECT_EQ(number("EventPinSelector"), 0);
+    EXPECT_EQ(maximum("EventPinSelector"), 0);
+    EXPECT_THAT(outputs(), ElementsAre("Image"));
+    execute("EventPinAdd");
+    EXPECT_EQ(number("EventPinSelector"), 1);
+    EXPECT_EQ(maximum("EventPinSelector"), 1);
+}
+
+TEST_F(CameraEventPins, AValidTextMakesAnOutput) {
+    const Utils::LogCapture capture;
+    add(end);
+    EXPECT_THAT(outputs(), ElementsAre("Image", "End"));
+    const auto output = node().getOutputDescriptors().at(1);
+    EXPECT_EQ(output.description, "A camera event.");
+    EXPECT_EQ(output.type, Utils::TypeInfo::getTypeInfo<Core::Integer>(true));
+    EXPECT_TRUE(output.optional);
+    EXPECT_EQ(output.maxJobCount, Core::unlimitedJobs);
+    EXPECT_EQ(text("EventPinConfiguration"), end);
+    EXPECT_THAT(getLines(capture, category),
+                ElementsAre("3 Camera: (0,0): Error : Expected valid name not found.",
+                            "6 Camera: Add camera event output: End of type Integer"));
+}
+
+TEST_F(CameraEventPins, OutputsHaveTheDeclaredType) {
+    add("A.Type=Boolean.EventName=E.ValueName=V");
+    add("B.Type=Float.EventName=E.ValueName=V");
+    add("C.Type=String.EventName=E.ValueName=V");
+    const auto descriptors = node().getOutputDescriptors();
+    EXPECT_EQ(descriptors.at(1).type, Utils::TypeInfo::getTypeInfo<Core::Boolean>(true));
+    EXPECT_EQ(descriptors.at(2).type, Utils::TypeInfo::getTypeInfo<Core::Float>(true));
+    EXPECT_EQ(descriptors.at(3).type, Utils::TypeInfo::getTypeInfo<Core::String>(true));
+}
+
+TEST_F(CameraEventPins, AnInvalidTextLeavesTheEntryAndLogsLineAndColumnZero) {
+    execute("EventPinAdd");
+    const Utils::LogCapture capture;
+    setText("EventPinConfiguration", "A.Type=integer");
+    EXPECT_EQ(text("EventPinConfiguration"), "<not yet configured>");
+    EXPECT_THAT(getLines(capture, category),
+                ElementsAre("3 Camera: (0,0): Error : Pin type 'integer' is not valid"));
+}
+
+TEST_F(CameraEventPins, TextsThatSayTooLittleOrTooMuchAreLogged) {
+    execute("EventPinAdd");
+    const Utils::LogCapture capture;
+    setText("EventPinConfiguration", "A.EventName=E");
+    setText("EventPinConfiguration", "A.Type=Float B.Type=Float");
+    setText("EventPinConfiguration", "A.Type=Float.EventName=E");
+    setText("EventPinConfiguration", "A.Type=Float.EventName=E.ValueName=V.ValueName=W");
+    EXPECT_EQ(text("EventPinConfiguration"), "<not yet configured>");
+    EXPECT_THAT(getLines(capture, category),
+                ElementsAre("3 Camera: Wrong number of event configurations found:0",
+                            "3 Camera: Wrong number of event configurations found:2",
+                            "3 Camera: Incomplete event configuration found",
+                            "3 Camera: Incomplete event configuration found"));
+}
+
+TEST_F(CameraEventPins, AValueThatIsGivenTwiceFailsTheSetter) {
+    execute("EventPinAdd");
+    EXPECT_EQ(
+        getFailure<std::runtime_error>([&] {
+            node().setEventPinConfiguration("A.Type=Float.EventName=E.ValueName=V.ValueName=V");
+        }),
+        "Value 'V' cannot be applied multiple times.");
+    EXPECT_EQ(text("EventPinConfiguration"), "<not yet configured>");
+}
+
+TEST_F(CameraEventPins, ASecondTextForAnEntryWithAnOutputIsIgnored) {
+    add(end);
+    setText("EventPinConfiguration", start);
+    EXPECT_EQ(text("EventPinConfiguration"), end);
+    EXPECT_THAT(outputs(), ElementsAre("Image", "End"));
+}
+
+TEST_F(CameraEventPins, ANameThatAnotherEntryHasIsIgnored) {
+    add(end);
+    execute("EventPinAdd");
+    setText("EventPinConfiguration", "End.Type=Float.EventName=E.ValueName=V");
+    EXPECT_EQ(text("EventPinConfiguration"), "<not yet configured>");
+    EXPECT_THAT(outputs(), ElementsAre("Image", "End"));
+}
+
+TEST_F(CameraEventPins, ANameOfAFixedOutputGetsNoOutputOfItsOwn) {
+    execute("EventPinAdd");
+    const Utils::LogCapture capture;
+    setText("EventPinConfiguration", "Image.Type=Integer.EventName=E.ValueName=V");
+    EXPECT_THAT(outputs(), ElementsAre("Image"));
+    EXPECT_THAT(getLines(capture, category),
+                testing::Contains("4 Camera: Unable to create output Image of type Integer"));
+}
+
+TEST_F(CameraEventPins, ATextForARunningNodeIsStoredWithoutAnOutput) {
+    execute("EventPinAdd");
+    startWithoutGrabbing();
+    node().setEventPinConfiguration(end);
+    EXPECT_EQ(node().getEventPinConfiguration(), end);
+    EXPECT_THAT(outputs(), ElementsAre("Image"));
+    node().stop();
+}
+
+TEST_F(CameraEventPins, OnlyAddAndRemoveTellObserversWithTheLockFree) {
+    int changes = 0;
+    bool owned = false;
+    GenApi::CLock& lock = map().GetLock();
+    const auto connection = node().getSettingsChangedSignal()->connect([&] {
+        ++changes;
+        owned = owned || lock.IsOwned();
+    });
+    node().executeEventPinAdd();
+    EXPECT_EQ(changes, 1);
+    node().setEventPinConfiguration(end);
+    EXPECT_EQ(changes, 1);
+    node().executeEventPinRemove();
+    EXPECT_EQ(changes, 2);
+    EXPECT_FALSE(owned);
+}
+
+TEST_F(CameraEventPins, RemoveTakesTheOutputAndMovesLaterEntriesDown) {
+    add(end);
+    add(start);
+    setNumber("EventPinSelector", 0);
+    execute("EventPinRemove");
+    EXPECT_THAT(outputs(), ElementsAre("Image", "Start"));
+    EXPECT_EQ(entry(0), start);
+    EXPECT_EQ(maximum("EventPinSelector"), 0);
+    add(end);
+    EXPECT_THAT(outputs(), testing::UnorderedElementsAre("Image", "Start", "End"));
+}
+
+TEST_F(CameraEventPins, RemovingTheLastEntryMakesThePortsUnavailable) {
+    execute("EventPinAdd");
+    EXPECT_TRUE(isAvailable("EventPinSelector"));
+    EXPECT_TRUE(isAvailable("EventPinConfiguration"));
+    EXPECT_TRUE(isAvailable("EventPinRemove"));
+    execute("EventPinRemove");
+    EXPECT_FALSE(isAvailable("EventPinSelector"));
+    EXPECT_FALSE(isAvailable("EventPinConfiguration"));
+    EXPECT_FALSE(isAvailable("EventPinRemove"));
+    EXPECT_TRUE(isAvailable("EventPinAdd"));
+    EXPECT_EQ(static_cast<std::int64_t>(node().getEventPinSelector()), -1);
+}
+
+TEST_F(CameraEventPins, RemoveFromARunningNodeChangesNothingAndTellsObservers) {
+    add(end);
+    startWithoutGrabbing();
+    int changes = 0;
+    const auto connection = node().getSettingsChangedSignal()->connect([&] { ++changes; });
+    node().executeEventPinRemove();
+    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(node().getEventPinConfiguration(), end);
+    EXPECT_THAT(outputs(), ElementsAre("Image", "End"));
+    node().stop();
+}
+
+TEST_F(CameraEventPins, ASelectorBeyondTheListThrowsWhereAChunkPinIsEmpty) {
+    EXPECT_EQ(getFailure<std::out_of_range>(
+                  [&] { static_cast<void>(node().getEventPinConfiguration()); }),
+              "invalid vector subscript");
+    EXPECT_EQ(getFailure<std::out_of_range>([&] { node().setEventPinConfiguration(end); }),
+              "invalid vector subscript");
+    EXPECT_EQ(node().getChunkPinValue(), "");
+    EXPECT_THAT(outputs(), ElementsAre("Image"));
+}
+
+}  // namespace
+}  // namespace Plugin::OrlixVCellPackageBase
