@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
 
 #include "orlixcamera/api.h"
 
@@ -13,8 +14,17 @@ namespace Transport {
 class ILayer;
 }
 
-// A layer with `count` cameras, each with its own identity; device class "OrlixEmulated". They live
-// as long as the layer and the devices made from it.
+struct EmulatedCameraOptions {
+    std::size_t count = 1;
+    // What goes wrong with which camera, and when; docs/fault-scripts.md describes the language.
+    std::string faultScript;
+};
+
+// A layer of cameras, each with its own identity; device class "OrlixEmulated". They live as long
+// as the layer and the devices made from it. Throws InvalidArgumentException for a mistake in the
+// script, which tells its line and column.
+[[nodiscard]] ORLIXCAMERA_API std::shared_ptr<Transport::ILayer> CreateEmulatedCameras(
+    const EmulatedCameraOptions& options);
 [[nodiscard]] ORLIXCAMERA_API std::shared_ptr<Transport::ILayer> CreateEmulatedCameras(
     std::size_t count);
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <future>
 #include <set>
 #include <string>
@@ -107,14 +108,14 @@ TEST(EmulatedLayer, LossIsToldOnceOnAThreadOfItsOwn) {
     OpenCamera camera(layer);
     LossSink sink;
     camera.device->SetSink(&sink);
-    int changes = 0;
-    layer.SetDevicesChanged([&] { ++changes; });
+    std::promise<std::thread::id> changed;
+    layer.SetDevicesChanged([&] { changed.set_value(std::this_thread::get_id()); });
     layer.Unplug(0);
     layer.Unplug(0);
+    EXPECT_NE(changed.get_future().get(), std::this_thread::get_id());
     EXPECT_NE(sink.lost.get_future().get(), std::this_thread::get_id());
     camera.device->SetSink(nullptr);
     EXPECT_EQ(sink.calls, 1);
-    EXPECT_EQ(changes, 1);
     EXPECT_EQ(layer.Enumerate().size(), 1U);
     try {
         static_cast<void>(camera.features.integer("Width")->GetValue(false, true));
@@ -122,6 +123,35 @@ TEST(EmulatedLayer, LossIsToldOnceOnAThreadOfItsOwn) {
     } catch (const GenICam::RuntimeException& error) {
         EXPECT_STREQ(error.GetDescription(), "Device 'EmulatedCamera (EMU-0001)' was removed.");
     }
+}
+
+TEST(EmulatedLayer, NobodyIsToldOfChangesOnceTheFunctionIsTakenAway) {
+    Layer layer(1);
+    std::atomic<int> changes = 0;
+    for (int round = 0; round < 50; ++round) {
+        layer.SetDevicesChanged([&] { ++changes; });
+        layer.Unplug(0);
+        layer.Plug(0);
+        layer.SetDevicesChanged({});
+        const int before = changes;
+        layer.Unplug(0);
+        layer.Plug(0);
+        std::this_thread::yield();
+        EXPECT_EQ(changes, before);
+    }
+}
+
+TEST(EmulatedLayer, FunctionMayEndTheLayer) {
+    std::promise<void> ended;
+    auto layer = std::make_unique<Layer>(1);
+    Layer& same = *layer;
+    same.SetDevicesChanged([&] {
+        layer.reset();
+        ended.set_value();
+    });
+    same.Unplug(0);
+    ended.get_future().get();
+    EXPECT_EQ(layer, nullptr);
 }
 
 TEST(EmulatedLayer, EveryOpeningOfADeviceHasItsOwnLoss) {

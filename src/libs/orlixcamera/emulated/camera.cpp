@@ -4,10 +4,10 @@
 #include <utility>
 
 #include "gcbase/gcexception.h"
+#include "orlixcamera/emulated/registertable.h"
 
 namespace Orlix::Emulated {
 
-using GenICam::AccessException;
 using GenICam::RuntimeException;
 
 namespace {
@@ -15,12 +15,6 @@ namespace {
 // A host that fell behind catches up on this much; older frames are left out, as a real camera's
 // clock can't run faster either.
 constexpr std::chrono::milliseconds mostCatchUp{100};
-
-std::string labelOf(const Identity& identity) {
-    const std::string& name =
-        identity.userDefinedName.empty() ? identity.model : identity.userDefinedName;
-    return name + " (" + identity.serialNumber + ")";
-}
 
 gcstring text(const std::string& value) {
     return gcstring(value);
@@ -41,8 +35,8 @@ std::uint64_t exposureTicks(const PictureSettings& settings) {
 
 }  // namespace
 
-Camera::Camera(Identity identity, std::string address, bool fixedAddress)
-    : address_(std::move(address)), fixedAddress_(fixedAddress), registers_(std::move(identity)) {}
+Camera::Camera(Identity identity, Place place)
+    : place_(std::move(place)), registers_(std::move(identity)) {}
 
 CDeviceInfo Camera::GetInfo() const {
     constexpr const char* dynamicConfiguration = "4";
@@ -52,32 +46,31 @@ CDeviceInfo Camera::GetInfo() const {
     CDeviceInfo info;
     info.SetPropertyValue(Key::DeviceClass, "OrlixEmulated");
     info.SetPropertyValue(Key::FullName, text("OrlixEmulated#" + identity.serialNumber));
-    info.SetPropertyValue(Key::FriendlyName, text(labelOf(identity)));
+    info.SetPropertyValue(Key::FriendlyName, text(LabelOf(identity)));
     info.SetPropertyValue(Key::VendorName, text(identity.vendor));
     info.SetPropertyValue(Key::ModelName, text(identity.model));
     info.SetPropertyValue(Key::DeviceVersion, text(identity.version));
     info.SetPropertyValue(Key::SerialNumber, text(identity.serialNumber));
     info.SetPropertyValue(Key::UserDefinedName, text(identity.userDefinedName));
-    info.SetPropertyValue(Key::IpAddress, text(address_));
+    info.SetPropertyValue(Key::IpAddress, text(place_.address));
     info.SetPropertyValue(Key::IpConfigCurrent,
-                          fixedAddress_ ? persistentConfiguration : dynamicConfiguration);
+                          place_.fixedAddress ? persistentConfiguration : dynamicConfiguration);
     return info;
 }
 
 std::string Camera::GetLabel() const {
     const std::scoped_lock lock(mutex_);
-    return labelOf(registers_.GetIdentity());
+    return LabelOf(registers_.GetIdentity());
 }
 
 Session Camera::Take(const std::string& name, std::shared_ptr<Holder> holder) {
-    const std::scoped_lock lock(mutex_);
-    const std::string device = "Device '" + labelOf(registers_.GetIdentity()) + "' ";
+    Lock lock(mutex_);
     if (!plugged_) {
-        throw RuntimeException((device + "can't be reached.").c_str(), __FILE__, __LINE__);
+        throwUnreachable();
     }
+    failOpening(lock);
     if (session_ != 0) {
-        throw AccessException((device + "is in use by " + holderName_ + ".").c_str(), __FILE__,
-                              __LINE__);
+        throwInUse(holderName_);
     }
     holderName_ = name;
     holder_ = std::move(holder);
@@ -92,6 +85,7 @@ void Camera::Release(Session session) noexcept {
         session_ = 0;
         holder_ = nullptr;
         registers_.EndAcquisition();
+        watchIdle();
         changed_.notify_all();
     }
 }
@@ -101,19 +95,30 @@ bool Camera::Holds(Session session) const noexcept {
     return session != 0 && session == session_;
 }
 
-void Camera::Read(Session session, std::int64_t address, void* buffer, std::size_t length) const {
-    const std::scoped_lock lock(mutex_);
+void Camera::Read(Session session, std::int64_t address, void* buffer, std::size_t length) {
+    Lock lock(mutex_);
     requireSession(session);
+    failAccess(lock, session, Occasion::Read, "Read", address);
     registers_.Read(address, buffer, length);
 }
 
 void Camera::Write(Session session, std::int64_t address, const void* buffer, std::size_t length) {
-    const std::scoped_lock lock(mutex_);
+    Lock lock(mutex_);
     requireSession(session);
+    failAccess(lock, session, Occasion::Write, "Write", address);
+    if (address == At::acquisitionStart) {
+        failAccess(lock, session, Occasion::Start, "Write", address);
+    } else if (address == At::acquisitionStop) {
+        failAccess(lock, session, Occasion::Stop, "Write", address);
+    }
     registers_.Write(address, buffer, length);
     if (registers_.TakeTestEvent()) {
-        post(EventKind::Test, ticksOf(Clock::now()), 0);
+        postTests(1);
     }
+    if (registers_.TakeNewFaults()) {
+        beginFaults();
+    }
+    watchIdle();
     changed_.notify_all();
 }
 
@@ -122,41 +127,12 @@ bool Camera::IsPlugged() const noexcept {
     return plugged_;
 }
 
-bool Camera::Unplug() {
-    std::shared_ptr<Holder> holder;
-    {
-        const std::scoped_lock lock(mutex_);
-        if (!plugged_) {
-            return false;
-        }
-        plugged_ = false;
-        session_ = 0;
-        registers_.EndAcquisition();
-        holder = std::exchange(holder_, nullptr);
-        changed_.notify_all();
-    }
-    if (holder != nullptr) {
-        holder->OnLost();
-    }
-    return true;
-}
-
-bool Camera::Plug() {
-    const std::scoped_lock lock(mutex_);
-    if (plugged_) {
-        return false;
-    }
-    registers_.PowerUp();
-    plugged_ = true;
-    return true;
-}
-
 void Camera::BeginStream(Session session) {
     const std::scoped_lock lock(mutex_);
     requireSession(session);
     if (streaming_ == session) {
         const std::string message =
-            "Device '" + labelOf(registers_.GetIdentity()) + "' has an open stream already.";
+            "Device '" + LabelOf(registers_.GetIdentity()) + "' has an open stream already.";
         throw RuntimeException(message.c_str(), __FILE__, __LINE__);
     }
     streaming_ = session;
@@ -182,7 +158,8 @@ bool Camera::WaitForFrame(Session session, const bool& stop, FrameCursor& cursor
         beginFrame(cursor, order);
         const Clock::time_point start = cursor.nextExposure;
         cursor.nextExposure = start + seconds(registers_.GetFramePeriod());
-        if (waitUntil(lock, session, stop, cursor, start + seconds(registers_.GetFrameTime()))) {
+        if (waitUntil(lock, session, stop, cursor,
+                      start + seconds(registers_.GetFrameTime()) + order.faults.late)) {
             finishFrame(cursor);
             post(EventKind::ExposureEnd, order.timestamp + exposureTicks(order.settings),
                  order.frameNumber + 1);
@@ -212,7 +189,7 @@ void Camera::requireSession(Session session) const {
     if (session != 0 && session == session_) {
         return;
     }
-    const std::string message = "Device '" + labelOf(registers_.GetIdentity()) +
+    const std::string message = "Device '" + LabelOf(registers_.GetIdentity()) +
                                 (plugged_ ? "' isn't open." : "' was removed.");
     throw RuntimeException(message.c_str(), __FILE__, __LINE__);
 }
@@ -280,12 +257,15 @@ void Camera::beginFrame(FrameCursor& cursor, FrameOrder& order) {
     order.settings = registers_.GetPictureSettings();
     order.chunks = registers_.GetChunkSettings();
     order.frameNumber = cursor.frameCount;
+    order.faults = registers_.GetFaults().TakeFrame(order.frameNumber + 1);
+    order.chunks.unknown = order.faults.unknownChunk;
     order.timestamp = ticksOf(cursor.nextExposure);
     const PictureSettings& settings = order.settings;
     order.values = {order.frameNumber + 1,         order.timestamp,
                     settings.exposureMicroseconds, settings.gainDecibels,
                     registers_.GetLineStatus(),    cursor.triggered};
     post(EventKind::FrameStart, order.timestamp, order.frameNumber + 1);
+    postTests(order.faults.events);
 }
 
 void Camera::finishFrame(FrameCursor& cursor) {
@@ -293,6 +273,14 @@ void Camera::finishFrame(FrameCursor& cursor) {
     const std::uint64_t limit = registers_.GetFrameLimit();
     if (limit != 0 && cursor.frameCount >= limit) {
         registers_.EndAcquisition();
+        watchIdle();
+    }
+}
+
+void Camera::postTests(std::uint64_t count) {
+    const std::uint64_t now = ticksOf(Clock::now());
+    for (; count > 0; --count) {
+        post(EventKind::Test, now, 0);
     }
 }
 

@@ -5,11 +5,13 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
 
 #include "orlixcamera/deviceinfo.h"
+#include "orlixcamera/emulated/agenda.h"
 #include "orlixcamera/emulated/notices.h"
 #include "orlixcamera/emulated/registers.h"
 
@@ -26,6 +28,7 @@ struct FrameOrder {
     PictureSettings settings;
     ChunkSettings chunks;
     ChunkValues values;
+    FrameFaults faults;
 };
 
 enum class Outcome : std::uint8_t { Received, NoBuffer };
@@ -39,10 +42,20 @@ struct FrameCursor {
     Clock::time_point nextExposure;
 };
 
-// Any thread may call; no call waits for another but WaitForFrame.
-class Camera {
+// What a camera has of its surroundings.
+struct Place {
+    std::string address;
+    bool fixedAddress = false;
+    std::shared_ptr<Agenda> agenda;
+    // Called by the agenda when the camera was plugged in or out.
+    std::function<void()> plugChanged;
+};
+
+// Any thread may call; no call waits for another but WaitForFrame, and those that a fault script
+// lets time out.
+class Camera : public std::enable_shared_from_this<Camera> {
 public:
-    Camera(Identity identity, std::string address, bool fixedAddress);
+    Camera(Identity identity, Place place);
 
     [[nodiscard]] CDeviceInfo GetInfo() const;
     // "Name (serial number)", for messages.
@@ -55,13 +68,17 @@ public:
     [[nodiscard]] bool Holds(Session session) const noexcept;
 
     // Memory; RuntimeException if the session has ended.
-    void Read(Session session, std::int64_t address, void* buffer, std::size_t length) const;
+    void Read(Session session, std::int64_t address, void* buffer, std::size_t length);
     void Write(Session session, std::int64_t address, const void* buffer, std::size_t length);
 
     [[nodiscard]] bool IsPlugged() const noexcept;
-    // Both answer whether anything changed.
-    bool Unplug();
+    // Both answer whether anything changed. It is plugged in again after `duration`, if that isn't
+    // 0.
+    bool Unplug(std::chrono::nanoseconds duration = {});
     bool Plug();
+
+    // Replaces the fault script. Throws InvalidArgumentException as the parser.
+    void LoadFaults(const std::string& script);
 
     // One stream at a time. Begin throws RuntimeException if there is one, or the session has
     // ended.
@@ -91,9 +108,22 @@ private:
     void beginFrame(FrameCursor& cursor, FrameOrder& order);
     void finishFrame(FrameCursor& cursor);
     void post(EventKind kind, std::uint64_t timestamp, std::uint64_t frameId);
+    void postTests(std::uint64_t count);
 
-    const std::string address_;
-    const bool fixedAddress_;
+    bool unplug(std::chrono::nanoseconds duration);
+    [[noreturn]] void throwUnreachable() const;
+    [[noreturn]] void throwInUse(const std::string& name) const;
+    void failOpening(Lock& lock);
+    void failAccess(Lock& lock, Session session, Occasion occasion, const char* what,
+                    std::int64_t address);
+    void failAccess(Lock& lock, Session session, const FaultRule& rule, const std::string& what);
+    void beginFaults();
+    void schedule(Occasion occasion, std::uint64_t number);
+    void scheduleRule(std::size_t index, std::uint64_t number);
+    void onClock(std::size_t index, std::uint64_t faultsNumber, std::uint64_t number);
+    void watchIdle();
+
+    const Place place_;
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     Registers registers_;
@@ -104,6 +134,12 @@ private:
     std::string holderName_;
     std::shared_ptr<Holder> holder_;
     bool eventsLost_ = false;
+
+    // So that what was scheduled is known to be out of date.
+    std::uint64_t faultsNumber_ = 0;
+    std::uint64_t plugNumber_ = 0;
+    std::uint64_t idleNumber_ = 0;
+    bool idle_ = false;
 };
 
 }  // namespace Orlix::Emulated

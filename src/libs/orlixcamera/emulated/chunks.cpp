@@ -8,6 +8,8 @@ namespace {
 
 constexpr std::size_t trailerSize = 8;
 constexpr std::size_t sceneNameSize = 64;
+constexpr std::size_t unknownSize = 12;
+constexpr std::uint32_t unknownId = 0xDEAD0001;
 
 constexpr std::array<std::size_t, chunkCount> chunkSizes = {0, 8, 8, 8, 32, 8, sceneNameSize, 4};
 
@@ -21,6 +23,13 @@ void writeNumber(std::uint8_t* out, std::uint32_t value, Transport::ChunkByteOrd
         const bool big = order == Transport::ChunkByteOrder::BigEndian;
         out[index] = static_cast<std::uint8_t>(value >> 8 * (big ? size - 1 - index : index));
     }
+}
+
+std::uint8_t* writeTrailer(std::uint8_t* out, std::uint32_t id, std::size_t size,
+                           Transport::ChunkByteOrder order) {
+    writeNumber(out, id, order);
+    writeNumber(out + sizeof id, static_cast<std::uint32_t>(size), order);
+    return out + trailerSize;
 }
 
 // The machine has its lowest byte first, too.
@@ -67,7 +76,7 @@ std::size_t GetChunkBytes(const ChunkSettings& settings) noexcept {
         bytes +=
             isEnabled(settings, static_cast<Chunk>(chunk)) ? chunkSizes[chunk] + trailerSize : 0;
     }
-    return bytes;
+    return bytes + (settings.active && settings.unknown ? unknownSize + trailerSize : 0);
 }
 
 void WriteChunks(const ChunkSettings& settings, const ChunkValues& values,
@@ -82,10 +91,19 @@ void WriteChunks(const ChunkSettings& settings, const ChunkValues& values,
         writeContent(chunk, values, sceneName, out);
         out += chunkSizes[index];
         const std::size_t size = chunk == Chunk::Image ? pictureSize : chunkSizes[index];
-        writeNumber(out, ChunkIdOf(chunk), settings.byteOrder);
-        writeNumber(out + sizeof(std::uint32_t), static_cast<std::uint32_t>(size),
-                    settings.byteOrder);
-        out += trailerSize;
+        out = writeTrailer(out, ChunkIdOf(chunk), size, settings.byteOrder);
+    }
+    if (settings.active && settings.unknown) {
+        std::memset(out, 0xEE, unknownSize);
+        writeTrailer(out + unknownSize, unknownId, unknownSize, settings.byteOrder);
+    }
+}
+
+void CutChunk(const ChunkSettings& settings, std::uint8_t* buffer, std::size_t size) noexcept {
+    constexpr std::uint32_t tooMuch = 0x7FFFFFFF;
+    constexpr std::size_t lengthSize = sizeof tooMuch;
+    if (settings.active && size >= trailerSize) {
+        writeNumber(buffer + size - lengthSize, tooMuch, settings.byteOrder);
     }
 }
 

@@ -37,6 +37,7 @@ inline constexpr std::size_t chunkCount = 8;
 struct ChunkSettings {
     bool active = false;
     std::uint32_t enabled = 0;  // a bit for each chunk
+    bool unknown = false;       // one more, that no description knows
     Transport::ChunkByteOrder byteOrder = Transport::ChunkByteOrder::BigEndian;
 };
 
@@ -57,5 +58,9 @@ struct ChunkValues {
 ORLIXCAMERA_API void WriteChunks(const ChunkSettings& settings, const ChunkValues& values,
                                  const std::string& sceneName, std::uint8_t* buffer,
                                  std::size_t pictureSize) noexcept;
+
+// Damages the chunks of a frame of `size` bytes: the last one says that it began before the frame.
+ORLIXCAMERA_API void CutChunk(const ChunkSettings& settings, std::uint8_t* buffer,
+                              std::size_t size) noexcept;
 
 }  // namespace Orlix::Emulated

@@ -14,18 +14,24 @@ namespace {
 
 // The cameras differ in what a host can know them by: every second has a name that its user gave
 // it, and every third keeps its address.
-std::shared_ptr<Camera> makeCamera(std::size_t number) {
+std::shared_ptr<Camera> makeCamera(std::size_t number, const std::shared_ptr<Agenda>& agenda,
+                                   const std::shared_ptr<Announcer>& announcer) {
     char serial[16];
     std::snprintf(serial, sizeof serial, "EMU-%04zu", number);
-    Identity identity{"Orlix", "EmulatedCamera", "1.0", serial, "", {}};
+    Identity identity{
+        "Orlix", "EmulatedCamera", "1.0", serial, "", {}, static_cast<std::uint32_t>(number)};
     if (number % 2 == 0) {
         identity.userDefinedName = "Camera " + std::to_string(number);
         identity.chunkByteOrder = Transport::ChunkByteOrder::LittleEndian;
     }
     constexpr std::size_t addresses = 254;
-    const std::string address = "127.1." + std::to_string((number - 1) / addresses % 256) + "." +
-                                std::to_string((number - 1) % addresses + 1);
-    return std::make_shared<Camera>(std::move(identity), address, number % 3 == 0);
+    Place place;
+    place.address = "127.1." + std::to_string((number - 1) / addresses % 256) + "." +
+                    std::to_string((number - 1) % addresses + 1);
+    place.fixedAddress = number % 3 == 0;
+    place.agenda = agenda;
+    place.plugChanged = [announcer] { announcer->Tell(); };
+    return std::make_shared<Camera>(std::move(identity), std::move(place));
 }
 
 // The full name alone decides where it is given: other properties may have changed since.
@@ -42,12 +48,21 @@ CDeviceInfo wantedProperties(const CDeviceInfo& info) {
 
 Layer::Layer(std::size_t cameraCount) {
     info_.SetPropertyValue(Key::DeviceClass, "OrlixEmulated");
+    const auto agenda = std::make_shared<Agenda>();
     for (std::size_t number = 1; number <= cameraCount; ++number) {
-        cameras_.push_back(makeCamera(number));
+        cameras_.push_back(makeCamera(number, agenda, announcer_));
     }
 }
 
-Layer::~Layer() = default;
+Layer::~Layer() {
+    announcer_->Set({});
+}
+
+void Layer::LoadFaults(const std::string& script) {
+    for (const auto& camera : cameras_) {
+        camera->LoadFaults(script);
+    }
+}
 
 std::vector<CDeviceInfo> Layer::Enumerate() {
     std::vector<CDeviceInfo> devices;
@@ -83,37 +98,27 @@ std::shared_ptr<Transport::IDevice> Layer::CreateDevice(const CDeviceInfo& info)
 }
 
 void Layer::SetDevicesChanged(std::function<void()> changed) {
-    const std::scoped_lock lock(mutex_);
-    changed_ = std::move(changed);
+    announcer_->Set(std::move(changed));
 }
 
 void Layer::Unplug(std::size_t camera) {
-    if (cameras_.at(camera)->Unplug()) {
-        tellChanged();
-    }
+    cameras_.at(camera)->Unplug();
 }
 
 void Layer::Plug(std::size_t camera) {
-    if (cameras_.at(camera)->Plug()) {
-        tellChanged();
-    }
-}
-
-void Layer::tellChanged() {
-    std::function<void()> changed;
-    {
-        const std::scoped_lock lock(mutex_);
-        changed = changed_;
-    }
-    if (changed) {
-        changed();
-    }
+    cameras_.at(camera)->Plug();
 }
 
 }  // namespace Emulated
 
+std::shared_ptr<Transport::ILayer> CreateEmulatedCameras(const EmulatedCameraOptions& options) {
+    auto layer = std::make_shared<Emulated::Layer>(options.count);
+    layer->LoadFaults(options.faultScript);
+    return layer;
+}
+
 std::shared_ptr<Transport::ILayer> CreateEmulatedCameras(std::size_t count) {
-    return std::make_shared<Emulated::Layer>(count);
+    return CreateEmulatedCameras(EmulatedCameraOptions{count, {}});
 }
 
 }  // namespace Orlix

@@ -4,9 +4,10 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
+#include <string>
 #include <vector>
 
+#include "orlixcamera/emulated/announcer.h"
 #include "orlixcamera/emulated/camera.h"
 #include "orlixcamera/transport/transport.h"
 
@@ -23,7 +24,13 @@ public:
     // one that is unplugged only if no other has.
     [[nodiscard]] std::shared_ptr<Transport::IDevice> CreateDevice(
         const CDeviceInfo& info) override;
+    // Called on a thread of the layer. When this returns, no call of the function before is under
+    // way.
     void SetDevicesChanged(std::function<void()> changed) override;
+
+    // Gives every camera this fault script. Throws InvalidArgumentException that tells the place of
+    // a mistake, and changes nothing then.
+    void LoadFaults(const std::string& script);
 
     // Pull and push the cable of the camera of that index. A camera that is plugged begins as if
     // it got power. Nothing happens if it is so already.
@@ -31,12 +38,9 @@ public:
     void Plug(std::size_t camera);
 
 private:
-    void tellChanged();
-
     CInfoBase info_;
     std::vector<std::shared_ptr<Camera>> cameras_;
-    std::mutex mutex_;
-    std::function<void()> changed_;
+    const std::shared_ptr<Announcer> announcer_ = std::make_shared<Announcer>();
 };
 
 }  // namespace Orlix::Emulated

@@ -127,6 +127,12 @@ double decode(const Row& row, const void* buffer) {
 
 }  // namespace
 
+std::string LabelOf(const Identity& identity) {
+    const std::string& name =
+        identity.userDefinedName.empty() ? identity.model : identity.userDefinedName;
+    return name + " (" + identity.serialNumber + ")";
+}
+
 Registers::Registers(Identity identity) : identity_(std::move(identity)), values_(factoryValues()) {
     userSets_.fill(values_);
 }
@@ -214,8 +220,9 @@ PictureSettings Registers::GetPictureSettings() const {
 
 std::uint64_t Registers::GetPayloadSize() const {
     const Region region = getRegion();
-    return ComputeBufferSize(pixelType(), region.width, region.height) +
-           GetChunkBytes(GetChunkSettings());
+    ChunkSettings chunks = GetChunkSettings();
+    chunks.unknown = faults_.HasUnknownChunk();
+    return ComputeBufferSize(pixelType(), region.width, region.height) + GetChunkBytes(chunks);
 }
 
 ChunkSettings Registers::GetChunkSettings() const {
@@ -285,6 +292,8 @@ const std::string& Registers::textOf(std::int64_t address) const noexcept {
             return identity_.version;
         case At::serialNumber:
             return identity_.serialNumber;
+        case At::faultScript:
+            return faultScript_;
         default:
             return identity_.userDefinedName;
     }
@@ -334,8 +343,32 @@ void Registers::writeText(std::size_t row, const void* buffer, std::size_t lengt
     if (length != wanted.size) {
         throwNoRegister("Write", wanted.address, length);
     }
-    const auto* text = static_cast<const char*>(buffer);
-    identity_.userDefinedName.assign(text, strnlen(text, length));
+    const auto* begin = static_cast<const char*>(buffer);
+    const std::string text(begin, strnlen(begin, length));
+    if (wanted.address == At::faultScript) {
+        LoadFaults(text);
+    } else {
+        identity_.userDefinedName = text;
+    }
+}
+
+void Registers::LoadFaults(const std::string& script) {
+    faults_.Load(ParseFaultScript(script), identity_.number);
+    faultScript_ = script;
+    newFaults_ = true;
+}
+
+bool Registers::TakeNewFaults() noexcept {
+    return std::exchange(newFaults_, false);
+}
+
+std::string_view Registers::GetName(std::int64_t address) noexcept {
+    const std::size_t text = FindText(address);
+    if (text < AllTexts().size()) {
+        return AllTexts()[text].name;
+    }
+    const std::size_t row = FindRegister(address);
+    return row < AllRegisters().size() ? AllRegisters()[row].name : "";
 }
 
 void Registers::checkRange(std::size_t row, double value) const {

@@ -7,11 +7,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "orlixcamera/api.h"
 #include "orlixcamera/emulated/chunks.h"
 #include "orlixcamera/emulated/event.h"
+#include "orlixcamera/emulated/faultplan.h"
 #include "orlixcamera/pixeltype.h"
 
 namespace Orlix::Emulated {
@@ -24,7 +26,11 @@ struct Identity {
     std::string serialNumber;
     std::string userDefinedName;
     Transport::ChunkByteOrder chunkByteOrder = Transport::ChunkByteOrder::BigEndian;
+    std::uint32_t number = 1;  // of the camera in its layer
 };
+
+// "Name (serial number)", for messages.
+[[nodiscard]] std::string LabelOf(const Identity& identity);
 
 enum class Pattern : std::uint8_t {
     Off,  // the scene in front of the sensor, as bright as exposure and gain make it
@@ -101,6 +107,14 @@ public:
     // Whether a test event was asked for since; takes it.
     [[nodiscard]] bool TakeTestEvent() noexcept;
 
+    // What goes wrong; kept when the power is lost. Throws InvalidArgumentException as the parser.
+    void LoadFaults(const std::string& script);
+    [[nodiscard]] FaultPlan& GetFaults() noexcept { return faults_; }
+    // Whether a script was loaded since; takes it.
+    [[nodiscard]] bool TakeNewFaults() noexcept;
+    // What the register at that address is called; empty if there is none.
+    [[nodiscard]] static std::string_view GetName(std::int64_t address) noexcept;
+
     // Since the stream was opened.
     void ResetFramesSent() noexcept { framesSent_ = 0; }
     void CountFrame() noexcept { ++framesSent_; }
@@ -138,6 +152,9 @@ private:
     std::array<bool, 2> fired_{};
     bool testEvent_ = false;
     std::uint64_t framesSent_ = 0;
+    std::string faultScript_;
+    FaultPlan faults_;
+    bool newFaults_ = false;
 };
 
 }  // namespace Orlix::Emulated

@@ -103,6 +103,7 @@ constexpr std::array textTable = {
     TextRow{At::version, 64, "DeviceVersion", Access::Read},
     TextRow{At::serialNumber, 64, "DeviceSerialNumber", Access::Read},
     TextRow{At::userDefinedName, 64, "DeviceUserID", Access::Write},
+    TextRow{At::faultScript, 4096, "FaultScript", Access::Write},
 };
 
 template <typename Table>

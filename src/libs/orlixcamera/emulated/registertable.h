@@ -54,6 +54,7 @@ inline constexpr std::int64_t chunkModeActive = 0x1500;
 inline constexpr std::int64_t chunkEnable = 0x1508;
 inline constexpr std::int64_t eventNotification = 0x1600;
 inline constexpr std::int64_t testEventGenerate = 0x1640;
+inline constexpr std::int64_t faultScript = 0x2000;
 }  // namespace At
 
 // Registers of one feature, one for each value of its selector, follow each other in this distance.

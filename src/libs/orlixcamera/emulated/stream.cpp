@@ -1,6 +1,7 @@
 #include "orlixcamera/emulated/stream.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 #include <utility>
 
@@ -130,10 +131,17 @@ void Stream::send(const FrameOrder& order, std::size_t payloadSize) {
     }
     fill(*buffer, order, payloadSize);
     camera_->EndFrame(session_, order, Outcome::Received);
-    const std::scoped_lock lock(mutex_);
-    ++(buffer->fate == FrameFate::Delivered ? statistics_.delivered : statistics_.failed);
-    filled_.Push(*buffer);
-    filledOrEnded_.notify_one();
+    {
+        const std::scoped_lock lock(mutex_);
+        ++(buffer->fate == FrameFate::Delivered ? statistics_.delivered : statistics_.failed);
+        statistics_.resentPackets += order.faults.resentPackets;
+        statistics_.missingPackets += order.faults.missingPackets;
+        filled_.Push(*buffer);
+        filledOrEnded_.notify_one();
+    }
+    if (order.faults.unplug) {
+        camera_->Unplug(order.faults.unplugged);
+    }
 }
 
 void Stream::fill(StreamBuffer& buffer, const FrameOrder& order, std::size_t payloadSize) {
@@ -143,11 +151,9 @@ void Stream::fill(StreamBuffer& buffer, const FrameOrder& order, std::size_t pay
     const std::size_t size = pictureSize + GetChunkBytes(order.chunks);
     const std::size_t room = std::min(payloadSize, buffer.capacity);
     if (size > room) {
-        const std::string text = "The frame has " + std::to_string(size) +
-                                 " bytes, its buffer has room for " + std::to_string(room) + ".";
-        buffer.fate = FrameFate::WrongSize;
-        buffer.error = gcstring(text);
-        buffer.filled = 0;
+        fail(buffer, FrameFate::WrongSize, 0,
+             "The frame has " + std::to_string(size) + " bytes, its buffer has room for " +
+                 std::to_string(room) + ".");
         return;
     }
     picture_.Write(buffer.data, order.frameNumber);
@@ -156,6 +162,53 @@ void Stream::fill(StreamBuffer& buffer, const FrameOrder& order, std::size_t pay
     buffer.fate = FrameFate::Delivered;
     buffer.error = gcstring();
     buffer.filled = size;
+    spoil(buffer, order);
+}
+
+// What the receiver would make of a frame that comes like that.
+void Stream::spoil(StreamBuffer& buffer, const FrameOrder& order) {
+    const FrameFaults& faults = order.faults;
+    const std::size_t size = buffer.filled;
+    if (faults.cutChunk) {
+        CutChunk(order.chunks, static_cast<std::uint8_t*>(buffer.data), size);
+    }
+    if (faults.unplug) {
+        fail(buffer, FrameFate::Aborted, size / 2, "The device was lost during the frame.");
+    } else if (faults.lostEnd) {
+        fail(buffer, FrameFate::TimedOut, size, "The end of the frame didn't come in time.");
+    } else if (faults.missingPackets > 0) {
+        losePackets(buffer, faults.missingPackets);
+    } else if (faults.sizeChange != 0) {
+        const auto sent = static_cast<std::int64_t>(size) + faults.sizeChange;
+        const std::size_t received = static_cast<std::size_t>(std::max<std::int64_t>(sent, 0));
+        fail(buffer, FrameFate::WrongSize, std::min(received, buffer.capacity),
+             "The frame has " + std::to_string(received) + " bytes instead of " +
+                 std::to_string(size) + ".");
+    } else if (faults.badTrailer) {
+        fail(buffer, FrameFate::BadTrailer, size,
+             "The device marked the trailer of the frame as invalid.");
+    }
+}
+
+// Packets of the middle: what they would have brought stays black.
+void Stream::losePackets(StreamBuffer& buffer, std::uint64_t lost) {
+    constexpr std::uint64_t packetSize = 1440;
+    const std::uint64_t size = buffer.filled;
+    const std::uint64_t count = (size + packetSize - 1) / packetSize;
+    lost = std::min(lost, count);
+    const std::uint64_t from = (count - lost) / 2 * packetSize;
+    const std::uint64_t to = std::min(from + lost * packetSize, size);
+    std::memset(static_cast<std::uint8_t*>(buffer.data) + from, 0, to - from);
+    fail(buffer, FrameFate::MissingPackets, size - (to - from),
+         std::to_string(lost) + " of " + std::to_string(count) +
+             " packets of the frame are missing.");
+}
+
+void Stream::fail(StreamBuffer& buffer, FrameFate fate, std::size_t filled,
+                  const std::string& text) {
+    buffer.fate = fate;
+    buffer.filled = filled;
+    buffer.error = gcstring(text);
 }
 
 void Stream::describe(StreamBuffer& buffer, const FrameOrder& order) {

@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
 
 #include "orlixcamera/emulated/bufferring.h"
@@ -37,6 +38,10 @@ private:
     void send(const FrameOrder& order, std::size_t payloadSize);
     void fill(Transport::StreamBuffer& buffer, const FrameOrder& order, std::size_t payloadSize);
     static void describe(Transport::StreamBuffer& buffer, const FrameOrder& order);
+    static void spoil(Transport::StreamBuffer& buffer, const FrameOrder& order);
+    static void losePackets(Transport::StreamBuffer& buffer, std::uint64_t lost);
+    static void fail(Transport::StreamBuffer& buffer, Transport::FrameFate fate, std::size_t filled,
+                     const std::string& text);
     [[noreturn]] void throwGone() const;
 
     const std::shared_ptr<Camera> camera_;
