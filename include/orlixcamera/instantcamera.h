@@ -71,8 +71,8 @@ public:
     [[nodiscard]] bool IsCameraDeviceRemoved() const noexcept;
 
     // Takes control of the device and makes its node maps. A camera that is open already stays so.
-    // Fires OnOpen, OnOpened; if these throw, or opening fails, the camera is closed again and the
-    // exception leaves. RuntimeException without a device; AccessException if it is in use.
+    // Fires OnOpen, OnOpened; if the latter throws, or opening fails, the camera is closed again
+    // and the exception leaves. RuntimeException without a device; AccessException if it is in use.
     void Open();
     [[nodiscard]] bool IsOpen() const noexcept;
     // Stops grabbing where needed. Nothing happens if it is not open. Fires OnClose, OnClosed.
@@ -97,10 +97,10 @@ public:
     CIntegerParameter OutputQueueSize;
 
     // ---- Handlers. A null handler is an InvalidArgumentException. With Cleanup_Delete the camera
-    // owns the handler and destroys it when it was replaced, taken off or the camera ends, never
-    // while a call of it runs. Taking off returns false for one that is not registered; it waits
-    // for the end of a call that runs on another thread unless the camera owns the handler, for
-    // the caller may delete it next.
+    // owns the handler and destroys it when it was replaced or taken off, or the camera ends, never
+    // while a call of it runs; nobody waits for that. A handler that the camera doesn't own may be
+    // deleted by the caller next, so replacing it and taking it off wait for the end of a call that
+    // runs on another thread. Taking off returns false for a handler that is not registered.
 
     void RegisterImageEventHandler(CImageEventHandler* handler, ERegistrationMode mode,
                                    ECleanup cleanup);

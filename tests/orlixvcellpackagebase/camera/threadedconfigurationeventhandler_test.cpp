@@ -11,15 +11,9 @@
 #include <vector>
 
 #include "gcbase/gcexception.h"
+#include "orlixcamera/instantcamera.h"
 #include "orlixdataprocessingcore/core/services.h"
 #include "support/texts.h"
-
-namespace Orlix {
-
-// The handler looks at no camera, so that the tests need none.
-class CInstantCamera {};
-
-}  // namespace Orlix
 
 namespace Plugin::OrlixVCellPackageBase {
 

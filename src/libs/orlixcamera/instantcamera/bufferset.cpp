@@ -1,0 +1,59 @@
+#include "orlixcamera/instantcamera/bufferset.h"
+
+#include <utility>
+
+#include "orlixcamera/instantcamera/messages.h"
+
+namespace Orlix::Detail {
+
+BufferSet::BufferSet(std::size_t count, std::size_t capacity,
+                     const std::shared_ptr<ChunkMaps>& chunkMaps,
+                     std::shared_ptr<StreamCounters> counters)
+    : capacity_(capacity), counters_(std::move(counters)) {
+    slots_.reserve(count);
+    free_.reserve(count);
+    for (std::size_t index = 0; index < count; ++index) {
+        slots_.push_back(std::make_unique<FrameSlot>(capacity, chunkMaps));
+        free_.push_back(slots_.back().get());
+    }
+}
+
+void BufferSet::Activate(Transport::IStream& stream, Queueing queueing) {
+    const std::scoped_lock lock(mutex_);
+    stream_ = &stream;
+    queueing_ = queueing;
+    while (queueing == Queueing::Automatic && !free_.empty()) {
+        stream.Queue(free_.back()->buffer);
+        free_.pop_back();
+    }
+}
+
+void BufferSet::Deactivate() noexcept {
+    const std::scoped_lock lock(mutex_);
+    stream_ = nullptr;
+}
+
+bool BufferSet::QueueOne() {
+    const std::scoped_lock lock(mutex_);
+    if (stream_ == nullptr || free_.empty()) {
+        return false;
+    }
+    stream_->Queue(free_.back()->buffer);
+    free_.pop_back();
+    return true;
+}
+
+void BufferSet::Return(FrameSlot& slot) noexcept {
+    const std::scoped_lock lock(mutex_);
+    if (stream_ != nullptr && queueing_ == Queueing::Automatic) {
+        try {
+            stream_->Queue(slot.buffer);
+            return;
+        } catch (...) {
+            Tell("A buffer can't be queued: " + TextOfCurrentException());
+        }
+    }
+    free_.push_back(&slot);
+}
+
+}  // namespace Orlix::Detail

@@ -1,0 +1,167 @@
+#include "orlixcamera/instantcamera/eventdelivery.h"
+
+#include <utility>
+
+#include "genapi/callback.h"
+#include "orlixcamera/instantcamera/messages.h"
+#include "orlixcamera/instantcamera/threadpriority.h"
+
+namespace Orlix::Detail {
+
+namespace {
+
+// Set while this thread gives a message to a map: a change of a node at another time, or on
+// another thread, is no event.
+thread_local bool delivering = false;
+
+}  // namespace
+
+bool EventRegistration::Bind(std::shared_ptr<DeviceMaps> maps) {
+    Unbind();
+    GenApi::INode* const node = maps->GetDevice().GetNode(nodeName);
+    if (node == nullptr) {
+        return false;
+    }
+    auto changed = std::make_shared<std::atomic<bool>>(false);
+    const auto note = [changed](GenApi::INode*) {
+        if (delivering) {
+            *changed = true;
+        }
+    };
+    const std::intptr_t callback = GenApi::Register(node, note, GenApi::cbPostOutsideLock);
+    const std::scoped_lock lock(mutex_);
+    maps_ = std::move(maps);
+    node_ = node;
+    callback_ = callback;
+    changed_ = std::move(changed);
+    return true;
+}
+
+void EventRegistration::Unbind() noexcept {
+    std::shared_ptr<DeviceMaps> maps;
+    GenApi::INode* node = nullptr;
+    {
+        const std::scoped_lock lock(mutex_);
+        maps = std::move(maps_);
+        node = std::exchange(node_, nullptr);
+        changed_.reset();
+    }
+    if (node != nullptr) {
+        GenApi::Deregister(node, callback_);
+    }
+}
+
+GenApi::INode* EventRegistration::TakeChanged() {
+    const std::scoped_lock lock(mutex_);
+    return changed_ != nullptr && changed_->exchange(false) ? node_ : nullptr;
+}
+
+EventDelivery::EventDelivery(EventRegistrations& handlers, StreamCounters& counters,
+                             CallHandler callHandler)
+    : handlers_(handlers), counters_(counters), callHandler_(std::move(callHandler)) {}
+
+EventDelivery::~EventDelivery() {
+    Quit();
+}
+
+void EventDelivery::Quit() {
+    {
+        const std::scoped_lock lock(mutex_);
+        quit_ = true;
+        changed_.notify_all();
+    }
+    if (thread_.joinable()) {
+        thread_.join();
+    }
+}
+
+void EventDelivery::Begin(std::shared_ptr<DeviceMaps> maps, int priority) {
+    const std::scoped_lock lock(mutex_);
+    ring_.resize(queueSize);
+    maps_ = std::move(maps);
+    count_ = 0;
+    if (!thread_.joinable()) {
+        thread_ = std::thread([this, priority] { run(priority); });
+    }
+}
+
+void EventDelivery::End() noexcept {
+    std::shared_ptr<DeviceMaps> maps;  // ends, if it does, with the lock released
+    const std::scoped_lock lock(mutex_);
+    maps = std::move(maps_);
+    count_ = 0;
+}
+
+void EventDelivery::Post(const Transport::EventMessage& message) noexcept {
+    bool taken = false;
+    try {
+        const std::scoped_lock lock(mutex_);
+        if (maps_ == nullptr) {
+            return;
+        }
+        if (count_ < ring_.size()) {
+            Message& place = ring_[(first_ + count_) % ring_.size()];
+            place.eventId = message.eventId;
+            place.data.assign(message.data, message.data + message.size);
+            ++count_;
+            taken = true;
+            changed_.notify_one();
+        }
+    } catch (...) {
+        Tell("An event can't be kept: " + TextOfCurrentException());
+    }
+    if (!taken) {
+        counters_.CountEventLost();
+    }
+}
+
+bool EventDelivery::take(Message& message, std::shared_ptr<DeviceMaps>& maps) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return count_ != 0 || quit_; });
+    if (quit_) {
+        return false;
+    }
+    std::swap(message, ring_[first_]);
+    first_ = (first_ + 1) % ring_.size();
+    --count_;
+    maps = maps_;
+    return true;
+}
+
+void EventDelivery::run(int priority) {
+    SetThreadPriority(priority, "event");
+    Message message;
+    std::shared_ptr<DeviceMaps> maps;
+    while (take(message, maps)) {
+        if (maps != nullptr) {
+            CallGuarded("the delivery of a camera event", [&] { deliver(message, *maps); });
+        }
+        maps.reset();
+    }
+}
+
+bool EventDelivery::isCurrent(const DeviceMaps& maps) const {
+    const std::scoped_lock lock(mutex_);
+    return maps_.get() == &maps && !quit_;
+}
+
+void EventDelivery::deliver(const Message& message, DeviceMaps& maps) {
+    {
+        struct Delivering {
+            Delivering() { delivering = true; }
+            ~Delivering() { delivering = false; }
+        };
+        const Delivering mark;
+        maps.GetEventAdapter().DeliverMessage(message.eventId, message.data.data(),
+                                              static_cast<std::int64_t>(message.data.size()));
+    }
+    const auto handlers = handlers_.Get();
+    for (const auto& handler : *handlers) {
+        GenApi::INode* const node = handler->TakeChanged();
+        if (node != nullptr && isCurrent(maps)) {
+            callHandler_(*handler, node);
+        }
+    }
+}
+
+}  // namespace Orlix::Detail

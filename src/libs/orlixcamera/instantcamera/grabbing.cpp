@@ -1,0 +1,242 @@
+#include <chrono>
+#include <string>
+#include <utility>
+
+#include "gcbase/gcexception.h"
+#include "genapi/pointer.h"
+#include "orlixcamera/instantcamera/instantcamera_impl.h"
+#include "orlixcamera/instantcamera/messages.h"
+#include "orlixcamera/instantcamera/threadpriority.h"
+
+namespace Orlix {
+
+using Detail::CallGuarded;
+using Detail::GrabRun;
+using GenICam::RuntimeException;
+using std::chrono::milliseconds;
+
+namespace {
+
+// A wait that begins anew; the end of grabbing ends it.
+constexpr milliseconds loopWait{1000};
+
+}  // namespace
+
+std::shared_ptr<GrabRun> CInstantCamera::Impl::getRun() const {
+    const std::scoped_lock lock(state_);
+    return run_;
+}
+
+void CInstantCamera::Impl::StartGrabbing(Detail::GrabPlan plan) {
+    Open();
+    plan.deliverFailed = settings_->deliverFailedFrames;
+    if (plan.strategy == GrabStrategy_LatestImages) {
+        plan.queueSize = static_cast<std::size_t>(settings_->outputQueueSize);
+    }
+    if (getRun() != nullptr) {
+        throw RuntimeException("The camera is grabbing already.", __FILE__, __LINE__);
+    }
+    notify(&CConfigurationEventHandler::OnGrabStart, "OnGrabStart");
+    {
+        const std::scoped_lock control(control_);
+        start(plan);
+    }
+    notify(&CConfigurationEventHandler::OnGrabStarted, "OnGrabStarted");
+}
+
+void CInstantCamera::Impl::start(const Detail::GrabPlan& plan) {
+    if (getRun() != nullptr || !settings_->isOpen) {
+        throw RuntimeException(settings_->isOpen ? "The camera is grabbing already."
+                                                 : "The camera was closed meanwhile.",
+                               __FILE__, __LINE__);
+    }
+    const CIntegerParameter payload(GetMaps()->GetDevice(), "PayloadSize");
+    if (!payload.IsReadable()) {
+        throw RuntimeException(
+            "Grabbing can't be started: the device doesn't tell the size of its frames in a "
+            "feature 'PayloadSize'.",
+            __FILE__, __LINE__);
+    }
+    const auto payloadSize = static_cast<std::size_t>(payload.GetValue());
+    prepareBuffers(payloadSize);
+    if (grabber_ == nullptr) {
+        grabber_ = std::make_shared<Detail::StreamGrabber>(device_, counters_);
+    }
+    auto run = std::make_shared<GrabRun>(plan, grabber_);
+    lockTransport(true);
+    try {
+        run->Start(buffers_, payloadSize);
+        if (settings_->controlAcquisition) {
+            executeCommand("AcquisitionStart");
+        }
+        if (plan.loop == GrabLoop_ProvidedByInstantCamera) {
+            // Calls of two runs never overlap, so the new thread waits for the old one first.
+            std::thread before = std::move(grabThread_);
+            grabThread_ = std::thread([this, run, before = std::move(before)]() mutable {
+                if (before.joinable()) {
+                    before.join();
+                }
+                grabLoop(run);
+            });
+        }
+    } catch (...) {
+        run->Stop();
+        lockTransport(false);
+        throw;
+    }
+    settings_->isGrabbing = true;
+    const std::scoped_lock lock(state_);
+    lastRun_ = run;
+    run_ = std::move(run);
+}
+
+// Buffers of the last run are taken again, also those that somebody still holds.
+void CInstantCamera::Impl::prepareBuffers(std::size_t payloadSize) {
+    const auto count = static_cast<std::size_t>(settings_->maxNumBuffer.load());
+    if (buffers_ == nullptr || buffers_->GetCount() != count ||
+        buffers_->GetCapacity() != payloadSize) {
+        buffers_.reset();
+        buffers_ = std::make_shared<Detail::BufferSet>(count, payloadSize,
+                                                       GetMaps()->GetChunkMaps(), counters_);
+    }
+}
+
+void CInstantCamera::Impl::StopGrabbing() {
+    std::shared_ptr<GrabRun> run;
+    {
+        const std::scoped_lock lock(state_);
+        run = lastRun_;
+    }
+    if (run != nullptr) {
+        endRun(run);
+    }
+}
+
+// On the grab thread, too, when a run ends by itself.
+void CInstantCamera::Impl::endRun(const std::shared_ptr<GrabRun>& run) {
+    if (run->Claim(GrabRun::Step::Stop)) {
+        notify(&CConfigurationEventHandler::OnGrabStop, "OnGrabStop");
+    }
+    {
+        const std::scoped_lock control(control_);
+        stop(*run);
+    }
+    // Whoever comes here first tells, so that nothing is told of the run after StopGrabbing.
+    if (run->Claim(GrabRun::Step::Stopped)) {
+        notify(&CConfigurationEventHandler::OnGrabStopped, "OnGrabStopped");
+    }
+}
+
+void CInstantCamera::Impl::stop(GrabRun& run) noexcept {
+    run.Forbid();
+    if (getRun().get() != &run) {
+        return;
+    }
+    if (settings_->controlAcquisition && !settings_->isRemoved) {
+        // A device that is lost, or just getting lost, has stopped anyway.
+        try {
+            executeCommand("AcquisitionStop");
+        } catch (...) {
+            if (!settings_->isRemoved) {
+                Detail::Tell("The acquisition can't be stopped: " +
+                             Detail::TextOfCurrentException());
+            }
+        }
+    }
+    run.Stop();
+    if (!settings_->isRemoved) {
+        lockTransport(false);
+    }
+    settings_->isGrabbing = false;
+    const std::scoped_lock lock(state_);
+    run_.reset();
+}
+
+void CInstantCamera::Impl::executeCommand(const char* name) {
+    const GenApi::CCommandPtr command = GetMaps()->GetDevice().GetNode(name);
+    if (GenApi::IsWritable(command)) {
+        command->Execute();
+    }
+}
+
+void CInstantCamera::Impl::lockTransport(bool locked) noexcept {
+    try {
+        CIntegerParameter parameter(GetMaps()->GetDevice(), "TLParamsLocked");
+        if (parameter.IsWritable()) {
+            parameter.SetValue(locked ? 1 : 0);
+        }
+    } catch (...) {
+        Detail::Tell("The transport parameters can't be locked: " +
+                     Detail::TextOfCurrentException());
+    }
+}
+
+void CInstantCamera::Impl::grabLoop(const std::shared_ptr<GrabRun>& run) {
+    Detail::SetThreadPriority(static_cast<int>(settings_->grabThreadPriority), "grab");
+    try {
+        while (run->IsAllowed() && !run->IsComplete()) {
+            if (const CGrabResultPtr frame = run->Next(loopWait)) {
+                handOver(*run, frame);
+            }
+        }
+    } catch (...) {
+        const std::string text = Detail::TextOfCurrentException();
+        for (const auto& item : *configurations_.Get()) {
+            item->Call([&](CConfigurationEventHandler& handler) {
+                CallGuarded("OnGrabError", [&] { handler.OnGrabError(camera_, text.c_str()); });
+            });
+        }
+    }
+    if (run->IsAllowed()) {
+        endRun(run);
+    }
+}
+
+void CInstantCamera::Impl::handOver(GrabRun& run, const CGrabResultPtr& frame) {
+    run.Count(*frame, run.IsAllowed());
+    const std::size_t skipped = frame->GetNumberOfSkippedImages();
+    const auto handlers = imageHandlers_.Get();
+    for (const auto& item : *handlers) {
+        item->Call([&](CImageEventHandler& handler) {
+            if (skipped != 0 && run.IsAllowed()) {
+                CallGuarded("OnImagesSkipped", [&] { handler.OnImagesSkipped(camera_, skipped); });
+            }
+            if (run.IsAllowed()) {
+                CallGuarded("OnImageGrabbed", [&] { handler.OnImageGrabbed(camera_, frame); });
+            }
+        });
+    }
+}
+
+bool CInstantCamera::Impl::RetrieveResult(unsigned int timeoutMilliseconds, CGrabResultPtr& result,
+                                          ETimeoutHandling timeoutHandling) {
+    result.Release();
+    const auto run = getRun();
+    if (run == nullptr) {
+        return false;
+    }
+    if (run->GetPlan().loop != GrabLoop_ProvidedByUser) {
+        throw RuntimeException("A thread of the camera takes the frames already.", __FILE__,
+                               __LINE__);
+    }
+    try {
+        result = run->Next(milliseconds(timeoutMilliseconds));
+    } catch (...) {
+        endRun(run);
+        throw;
+    }
+    if (result.IsValid()) {
+        run->Count(*result, true);
+    }
+    if (run->IsComplete()) {
+        endRun(run);
+    } else if (!result.IsValid() && run->IsAllowed() &&
+               timeoutHandling == TimeoutHandling_ThrowException) {
+        const std::string text =
+            "No frame came within " + std::to_string(timeoutMilliseconds) + " milliseconds.";
+        throw GenICam::TimeoutException(text.c_str(), __FILE__, __LINE__);
+    }
+    return result.IsValid();
+}
+
+}  // namespace Orlix

@@ -1,0 +1,212 @@
+#include "orlixcamera/instantcamera/grabrun.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Orlix::Detail {
+
+using std::chrono::milliseconds;
+using Transport::FrameFate;
+
+namespace {
+
+// How long a wait that nobody limits lasts before it begins anew; it is ended when grabbing is.
+constexpr milliseconds collectorWait{1000};
+
+milliseconds until(std::chrono::steady_clock::time_point deadline) {
+    const auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
+    return std::max(left, milliseconds(0));
+}
+
+}  // namespace
+
+GrabRun::GrabRun(GrabPlan plan, std::shared_ptr<StreamGrabber> grabber)
+    : plan_(plan), grabber_(std::move(grabber)) {}
+
+GrabRun::~GrabRun() {
+    Forbid();
+    if (collector_.joinable()) {
+        collector_.join();
+    }
+}
+
+bool GrabRun::collectsLatest() const noexcept {
+    return plan_.strategy == GrabStrategy_LatestImageOnly ||
+           plan_.strategy == GrabStrategy_LatestImages;
+}
+
+void GrabRun::Start(std::shared_ptr<BufferSet> buffers, std::size_t payloadSize) {
+    buffers_ = std::move(buffers);
+    const bool onDemand = plan_.strategy == GrabStrategy_UpcomingImage;
+    number_ =
+        grabber_->Start(buffers_, onDemand ? Queueing::OnDemand : Queueing::Automatic, payloadSize);
+    if (collectsLatest()) {
+        collector_ = std::thread([this] { collect(); });
+    }
+}
+
+void GrabRun::Forbid() noexcept {
+    const std::scoped_lock lock(mutex_);
+    allowed_ = false;
+    collected_.notify_all();
+}
+
+void GrabRun::Stop() noexcept {
+    Forbid();
+    grabber_->Stop();
+    if (collector_.joinable()) {
+        collector_.join();
+    }
+    dropCollected();
+}
+
+bool GrabRun::IsAllowed() const {
+    const std::scoped_lock lock(mutex_);
+    return allowed_;
+}
+
+bool GrabRun::Claim(Step step) {
+    const std::scoped_lock lock(mutex_);
+    return !std::exchange(claimed_.at(static_cast<std::size_t>(step)), true);
+}
+
+bool GrabRun::IsComplete() const {
+    const std::scoped_lock lock(mutex_);
+    return plan_.maxImages != 0 && handedOut_ >= plan_.maxImages;
+}
+
+CGrabResultPtr GrabRun::Next(milliseconds timeOut) {
+    const Clock::time_point deadline = Clock::now() + timeOut;
+    std::size_t skipped = 0;
+    FrameSlot* slot = nullptr;
+    if (collectsLatest()) {
+        slot = takeLatest(deadline, skipped);
+    } else if (plan_.strategy == GrabStrategy_UpcomingImage) {
+        slot = takeUpcoming(deadline);
+    } else {
+        slot = takeWanted(deadline);
+    }
+    if (slot == nullptr) {
+        return {};
+    }
+    FrameNumbers numbers{0, skipped};
+    {
+        const std::scoped_lock lock(mutex_);
+        const bool tooMany = plan_.maxImages != 0 && handedOut_ >= plan_.maxImages;
+        if (!allowed_ || tooMany) {
+            grabber_->GetCounters().Count(FrameFate::Aborted);
+            buffers_->Return(*slot);
+            return {};
+        }
+        numbers.imageNumber = ++handedOut_;
+    }
+    return slot->HandOut(buffers_, numbers);
+}
+
+void GrabRun::Count(const CGrabResultData& frame, bool handedOver) {
+    grabber_->GetCounters().Count(handedOver ? FrameSlot::Of(frame).buffer.fate
+                                             : FrameFate::Aborted);
+}
+
+// The next frame that is handed over at all.
+FrameSlot* GrabRun::takeWanted(Clock::time_point deadline) {
+    for (;;) {
+        FrameSlot* const slot = grabber_->Take(number_, until(deadline));
+        if (slot == nullptr || plan_.deliverFailed || slot->buffer.fate == FrameFate::Delivered) {
+            return slot;
+        }
+        grabber_->GetCounters().Count(slot->buffer.fate);
+        buffers_->Return(*slot);
+    }
+}
+
+// What was filled before it was asked for is too old; then one buffer goes to the stream.
+FrameSlot* GrabRun::takeUpcoming(Clock::time_point deadline) {
+    while (FrameSlot* const old = grabber_->Take(number_, milliseconds(0))) {
+        skip(*old);
+        const std::scoped_lock lock(mutex_);
+        upcomingQueued_ = false;
+    }
+    for (;;) {
+        {
+            const std::scoped_lock lock(mutex_);
+            upcomingQueued_ = upcomingQueued_ || buffers_->QueueOne();
+        }
+        FrameSlot* const slot = grabber_->Take(number_, until(deadline));
+        if (slot == nullptr) {
+            return nullptr;
+        }
+        {
+            const std::scoped_lock lock(mutex_);
+            upcomingQueued_ = false;
+        }
+        if (plan_.deliverFailed || slot->buffer.fate == FrameFate::Delivered) {
+            return slot;
+        }
+        grabber_->GetCounters().Count(slot->buffer.fate);
+        buffers_->Return(*slot);
+    }
+}
+
+FrameSlot* GrabRun::takeLatest(Clock::time_point deadline, std::size_t& skipped) {
+    std::unique_lock lock(mutex_);
+    collected_.wait_until(lock, deadline,
+                          [this] { return !latest_.empty() || failure_ || !allowed_; });
+    if (!allowed_ || latest_.empty()) {
+        if (allowed_ && failure_) {
+            std::rethrow_exception(failure_);
+        }
+        return nullptr;
+    }
+    FrameSlot* const slot = latest_.front();
+    latest_.pop_front();
+    skipped = std::exchange(skipped_, 0);
+    return slot;
+}
+
+void GrabRun::collect() noexcept {
+    try {
+        while (IsAllowed()) {
+            if (FrameSlot* const slot = takeWanted(Clock::now() + collectorWait)) {
+                put(*slot);
+            }
+        }
+    } catch (...) {
+        const std::scoped_lock lock(mutex_);
+        failure_ = std::current_exception();
+        collected_.notify_all();
+    }
+}
+
+void GrabRun::put(FrameSlot& slot) {
+    FrameSlot* oldest = nullptr;
+    {
+        const std::scoped_lock lock(mutex_);
+        if (latest_.size() >= plan_.queueSize) {
+            oldest = latest_.front();
+            latest_.pop_front();
+            ++skipped_;
+        }
+        latest_.push_back(&slot);
+        collected_.notify_one();
+    }
+    if (oldest != nullptr) {
+        skip(*oldest);
+    }
+}
+
+void GrabRun::skip(FrameSlot& slot) {
+    grabber_->GetCounters().CountSkipped();
+    buffers_->Return(slot);
+}
+
+void GrabRun::dropCollected() noexcept {
+    const std::scoped_lock lock(mutex_);
+    for (FrameSlot* const slot : latest_) {
+        grabber_->GetCounters().Count(FrameFate::Aborted);
+        buffers_->Return(*slot);
+    }
+    latest_.clear();
+}
+
+}  // namespace Orlix::Detail

@@ -1,0 +1,87 @@
+// One run of grabbing, from StartGrabbing to its end: which frames are handed over, and whether a
+// handler may still be called. Threads that are late keep it alive.
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+#include "orlixcamera/cameraenums.h"
+#include "orlixcamera/instantcamera/streamgrabber.h"
+
+namespace Orlix::Detail {
+
+struct GrabPlan {
+    EGrabStrategy strategy = GrabStrategy_OneByOne;
+    EGrabLoop loop = GrabLoop_ProvidedByInstantCamera;
+    std::size_t maxImages = 0;  // 0 for no limit
+    std::size_t queueSize = 1;  // frames that wait, with the strategies of the latest images
+    bool deliverFailed = true;
+};
+
+// Next is called by one thread or several; Start and Stop by those who control the camera, one at a
+// time.
+class GrabRun {
+public:
+    GrabRun(GrabPlan plan, std::shared_ptr<StreamGrabber> grabber);
+    ~GrabRun();
+    GrabRun(const GrabRun&) = delete;
+    GrabRun& operator=(const GrabRun&) = delete;
+
+    [[nodiscard]] const GrabPlan& GetPlan() const noexcept { return plan_; }
+
+    void Start(std::shared_ptr<BufferSet> buffers, std::size_t payloadSize);
+    // No call of a handler is begun from now on; waits for none.
+    void Forbid() noexcept;
+    // Ends the stream too.
+    void Stop() noexcept;
+    // Whether a call of a handler may begin now.
+    [[nodiscard]] bool IsAllowed() const;
+    // The steps of its end that handlers are told of; true for the first who asks.
+    enum class Step : std::uint8_t { Stop, Stopped };
+    [[nodiscard]] bool Claim(Step step);
+
+    // The next frame; invalid after the time-out or the end. Throws what the stream throws.
+    [[nodiscard]] CGrabResultPtr Next(std::chrono::milliseconds timeOut);
+    // The frame was handed over, or came too late for it.
+    void Count(const CGrabResultData& frame, bool handedOver);
+    // Whether all frames that were asked for have been handed out by Next.
+    [[nodiscard]] bool IsComplete() const;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    [[nodiscard]] bool collectsLatest() const noexcept;
+    [[nodiscard]] FrameSlot* takeWanted(Clock::time_point deadline);
+    [[nodiscard]] FrameSlot* takeUpcoming(Clock::time_point deadline);
+    [[nodiscard]] FrameSlot* takeLatest(Clock::time_point deadline, std::size_t& skipped);
+    void collect() noexcept;
+    void put(FrameSlot& slot);
+    void skip(FrameSlot& slot);
+    void dropCollected() noexcept;
+
+    const GrabPlan plan_;
+    const std::shared_ptr<StreamGrabber> grabber_;
+    std::shared_ptr<BufferSet> buffers_;
+    std::uint64_t number_ = 0;  // with the grabber
+
+    mutable std::mutex mutex_;
+    bool allowed_ = true;
+    std::array<bool, 2> claimed_{};
+    std::size_t handedOut_ = 0;
+    bool upcomingQueued_ = false;
+
+    // The strategies of the latest images: a thread that calls nobody empties the stream.
+    std::thread collector_;
+    std::condition_variable collected_;
+    std::deque<FrameSlot*> latest_;
+    std::size_t skipped_ = 0;
+    std::exception_ptr failure_;
+};
+
+}  // namespace Orlix::Detail

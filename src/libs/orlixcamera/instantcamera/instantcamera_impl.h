@@ -1,0 +1,125 @@
+// What an instant camera is made of. The device part is in instantcamera_impl.cpp, grabbing in
+// grabbing.cpp, the handlers in handlers.cpp.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "orlixcamera/instantcamera.h"
+#include "orlixcamera/instantcamera/cameramap.h"
+#include "orlixcamera/instantcamera/devicemaps.h"
+#include "orlixcamera/instantcamera/eventdelivery.h"
+#include "orlixcamera/instantcamera/grabrun.h"
+#include "orlixcamera/instantcamera/handlerlist.h"
+#include "orlixcamera/instantcamera/removalreporter.h"
+#include "orlixcamera/instantcamera/streamgrabber.h"
+#include "orlixcamera/transport/transport.h"
+
+namespace Orlix {
+
+// Two locks. `control_` lets one thread at a time change the state of the device; it is held while
+// the transport works, and never while a handler is called or waited for. `state_` is a leaf that
+// guards the members below it.
+class CInstantCamera::Impl final : private Transport::IDeviceSink {
+public:
+    explicit Impl(CInstantCamera& camera);
+    ~Impl() = default;
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+
+    // ---- instantcamera_impl.cpp
+    // Ends everything, threads and handlers too; nothing may be called afterwards.
+    void End();
+    void Attach(ICameraDevice* device, ECleanup cleanup);
+    ICameraDevice* DetachDevice();
+    void Open();
+    void Close();
+    [[nodiscard]] bool IsDeviceAttached() const noexcept;
+    [[nodiscard]] CDeviceInfo GetDeviceInfo() const;
+    [[nodiscard]] std::shared_ptr<Detail::DeviceMaps> GetMaps() const;
+
+    // ---- grabbing.cpp
+    // Those parts of the plan that are settings are filled in here.
+    void StartGrabbing(Detail::GrabPlan plan);
+    void StopGrabbing();
+    bool RetrieveResult(unsigned int timeoutMilliseconds, CGrabResultPtr& result,
+                        ETimeoutHandling timeoutHandling);
+
+    // ---- handlers.cpp
+    void RegisterImageEventHandler(CImageEventHandler* handler, ERegistrationMode mode,
+                                   ECleanup cleanup);
+    bool DeregisterImageEventHandler(CImageEventHandler* handler);
+    void RegisterConfiguration(CConfigurationEventHandler* handler, ERegistrationMode mode,
+                               ECleanup cleanup);
+    bool DeregisterConfiguration(CConfigurationEventHandler* handler);
+    void RegisterCameraEventHandler(std::unique_ptr<Detail::EventRegistration> registration,
+                                    ECameraEventRegistrationMode mode);
+    bool DeregisterCameraEventHandler(CCameraEventHandler* handler, const gcstring& nodeName);
+    [[nodiscard]] Detail::EventRegistration::Destroy DestroyerOf(ECleanup cleanup);
+
+    [[nodiscard]] Detail::CameraSettings& GetSettings() const noexcept { return *settings_; }
+    [[nodiscard]] GenApi::INodeMap& GetCameraMap() const { return cameraMap_->Get(); }
+
+private:
+    using ImageRegistration = Detail::Registration<CImageEventHandler>;
+    using ConfigurationRegistration = Detail::Registration<CConfigurationEventHandler>;
+    using Notification = void (CConfigurationEventHandler::*)(CInstantCamera&);
+
+    // Transport::IDeviceSink, on threads of the transport layer; they only post.
+    void OnEvent(const Transport::EventMessage& message) override;
+    void OnLost() override;
+
+    // ---- instantcamera_impl.cpp, with control_ held but for the last
+    void openDevice();
+    void closeDevice() noexcept;
+    void letGo() noexcept;
+    void invalidateMaps();
+
+    // ---- grabbing.cpp
+    // Null while nothing is being grabbed.
+    [[nodiscard]] std::shared_ptr<Detail::GrabRun> getRun() const;
+    void start(const Detail::GrabPlan& plan);      // with control_ held
+    void stop(Detail::GrabRun& run) noexcept;      // with control_ held
+    void prepareBuffers(std::size_t payloadSize);  // with control_ held
+    void endRun(const std::shared_ptr<Detail::GrabRun>& run);
+    void grabLoop(const std::shared_ptr<Detail::GrabRun>& run);
+    void handOver(Detail::GrabRun& run, const CGrabResultPtr& frame);
+    void executeCommand(const char* name);
+    void lockTransport(bool locked) noexcept;
+
+    // ---- handlers.cpp
+    void notify(Notification notification, const char* name);  // swallows
+    void notifyStrictly(Notification notification);            // throws
+    void bindEventHandlers(const std::shared_ptr<Detail::DeviceMaps>& maps);
+    void reportRemoval() noexcept;
+
+    CInstantCamera& camera_;
+    const std::shared_ptr<Detail::CameraSettings> settings_;
+    const std::shared_ptr<Detail::StreamCounters> counters_;
+    const std::unique_ptr<Detail::RegisterMap> cameraMap_;
+    Detail::HandlerList<ImageRegistration> imageHandlers_;
+    Detail::HandlerList<ConfigurationRegistration> configurations_;
+    Detail::EventRegistrations eventHandlers_;
+
+    // Recursive, for a callback of a node that starting writes may use the camera.
+    std::recursive_mutex control_;
+    std::shared_ptr<Detail::StreamGrabber> grabber_;  // these with control_ held
+    std::shared_ptr<Detail::BufferSet> buffers_;
+    std::thread grabThread_;  // the last; each waits for the one before
+    ECleanup cleanup_ = Cleanup_None;
+    bool openedHere_ = false;
+
+    mutable std::mutex state_;
+    ICameraDevice* attached_ = nullptr;
+    std::shared_ptr<Transport::IDevice> device_;
+    std::shared_ptr<Detail::DeviceMaps> maps_;  // since the first opening of this attachment
+    std::shared_ptr<Detail::GrabRun> run_;      // that goes on
+    std::shared_ptr<Detail::GrabRun> lastRun_;  // that was started last
+
+    Detail::EventDelivery events_;
+    Detail::RemovalReporter removal_;
+};
+
+}  // namespace Orlix

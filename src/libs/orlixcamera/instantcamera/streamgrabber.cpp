@@ -1,0 +1,107 @@
+#include "orlixcamera/instantcamera/streamgrabber.h"
+
+#include <utility>
+
+namespace Orlix::Detail {
+
+using Transport::StreamBuffer;
+
+StreamGrabber::StreamGrabber(std::shared_ptr<Transport::IDevice> device,
+                             std::shared_ptr<StreamCounters> counters)
+    : device_(std::move(device)), counters_(std::move(counters)) {}
+
+StreamGrabber::~StreamGrabber() {
+    Stop();
+    Close();
+}
+
+void StreamGrabber::openStream() {
+    if (stream_ == nullptr) {
+        stream_ = device_->OpenStream();
+        counters_->Attach(*stream_);
+    }
+}
+
+std::uint64_t StreamGrabber::Start(std::shared_ptr<BufferSet> buffers, Queueing queueing,
+                                   std::size_t payloadSize) {
+    openStream();
+    buffers_ = std::move(buffers);
+    counters_->SetBuffers(static_cast<std::int64_t>(payloadSize),
+                          static_cast<std::int64_t>(buffers_->GetCount()));
+    std::uint64_t run = 0;
+    {
+        const std::scoped_lock lock(mutex_);
+        running_ = true;
+        run = ++run_;
+    }
+    try {
+        buffers_->Activate(*stream_, queueing);
+        stream_->Start(payloadSize);
+    } catch (...) {
+        Stop();
+        throw;
+    }
+    return run;
+}
+
+void StreamGrabber::Stop() noexcept {
+    {
+        const std::scoped_lock lock(mutex_);
+        if (!running_) {
+            return;
+        }
+        running_ = false;
+    }
+    buffers_->Deactivate();
+    stream_->Stop();
+    {
+        // A frame of the next run must not fall to a Take of this one.
+        std::unique_lock lock(mutex_);
+        nobodyWaits_.wait(lock, [this] { return waiting_ == 0; });
+    }
+    takeAllBack();
+}
+
+void StreamGrabber::takeAllBack() noexcept {
+    while (StreamBuffer* const buffer = stream_->TakeBack()) {
+        buffers_->Return(FrameSlot::Of(*buffer));
+    }
+    counters_->CountAtStop();
+}
+
+void StreamGrabber::Close() noexcept {
+    if (stream_ != nullptr) {
+        counters_->Detach();
+        stream_.reset();
+    }
+}
+
+FrameSlot* StreamGrabber::Take(std::uint64_t run, std::chrono::milliseconds timeOut) {
+    {
+        const std::scoped_lock lock(mutex_);
+        if (!running_ || run != run_) {
+            return nullptr;
+        }
+        ++waiting_;
+    }
+    // Whatever happens, Stop must hear of the end of this call.
+    struct Leave {
+        StreamGrabber& grabber;
+        ~Leave() {
+            const std::scoped_lock lock(grabber.mutex_);
+            --grabber.waiting_;
+            grabber.nobodyWaits_.notify_all();
+        }
+    };
+    const Leave leave{*this};
+    StreamBuffer* const buffer = stream_->Wait(timeOut);
+    if (buffer == nullptr) {
+        return nullptr;
+    }
+    counters_->CountReceived();
+    FrameSlot& slot = FrameSlot::Of(*buffer);
+    slot.Examine();
+    return &slot;
+}
+
+}  // namespace Orlix::Detail
