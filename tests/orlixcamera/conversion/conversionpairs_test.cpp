@@ -37,7 +37,7 @@ constexpr std::size_t Paddings[] = {0, 1, 3, 7, 64};
 std::vector<std::int64_t> InstructionSets() {
     const std::int64_t supported = hwy::SupportedTargets();
     std::vector<std::int64_t> sets{0};
-    for (const std::int64_t set : {HWY_SSSE3, HWY_SSE4, HWY_AVX2, HWY_AVX3}) {
+    for (const std::int64_t set : {HWY_SSSE3, HWY_SSE4, HWY_AVX2, HWY_AVX3, HWY_AVX3_DL}) {
         if ((supported & set) != 0) {
             sets.push_back(set);
         }

@@ -27,11 +27,13 @@ struct ConversionJob {
     EPixelType destinationType = PixelType_Undefined;
     // The outermost pixels of a Bayer picture take the colour of those further in.
     bool copyInner = false;
+    // Memory for the rows of a kernel that makes such; see RowMemory. Null where it has none.
+    std::uint8_t* rows = nullptr;
 };
 
 // Converts the lines from `first` up to but without `end`. `first` is even, and so is `end` unless
-// it is the height, so that no 2 x 2 block is parted. Never throws, never allocates,
-// but for ConvertBySamples.
+// it is the height, so that no 2 x 2 block is parted. Never throws, and never allocates if the job
+// has rows.
 using ConversionKernel = void (*)(const ConversionJob& job, std::uint32_t first, std::uint32_t end);
 
 }  // namespace Orlix

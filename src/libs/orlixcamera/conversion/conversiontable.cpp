@@ -116,4 +116,8 @@ ConversionKernel FindConversionKernel(EPixelType source, EPixelType destination)
     return output && FindSampleFormat(source) != nullptr ? ConvertBySamples : nullptr;
 }
 
+bool NeedsRows(ConversionKernel kernel) noexcept {
+    return kernel == ConvertBySamples;
+}
+
 }  // namespace Orlix

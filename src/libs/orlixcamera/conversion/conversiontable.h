@@ -12,4 +12,7 @@ namespace Orlix {
 [[nodiscard]] ORLIXCAMERA_API ConversionKernel
 FindConversionKernel(EPixelType source, EPixelType destination) noexcept;
 
+// True for the kernel whose job needs rows.
+[[nodiscard]] bool NeedsRows(ConversionKernel kernel) noexcept;
+
 }  // namespace Orlix

@@ -2,14 +2,18 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
+#include <string>
 #include <thread>
 #include <utility>
 
+#include "gcbase/gcexception.h"
 #include "orlixcamera/conversion/conversionerror.h"
 #include "orlixcamera/conversion/conversionjob.h"
 #include "orlixcamera/conversion/conversiontable.h"
 #include "orlixcamera/conversion/parallelstrips.h"
 #include "orlixcamera/conversion/pictures.h"
+#include "orlixcamera/conversion/rowmemory.h"
 #include "orlixcamera/orliximage.h"
 
 namespace Orlix {
@@ -98,15 +102,30 @@ std::uint32_t GetStripLines(const SourcePicture& source, std::int64_t threads) {
     return static_cast<std::uint32_t>(std::min<std::uint64_t>(lines + lines % 2, source.height));
 }
 
+std::uint8_t* GetRows(std::size_t size) {
+    try {
+        return RowsOfThisThread(size);
+    } catch (const std::bad_alloc&) {
+        const std::string text = "Can't convert an image: " + std::to_string(size) +
+                                 " bytes for its rows could not be allocated.";
+        throw GenICam::BadAllocException(text.c_str(), __FILE__, __LINE__);
+    }
+}
+
 void ConvertPicture(ConversionKernel kernel, const ConversionJob& job, const ImagePlanes& output,
                     std::uint32_t stripLines) {
+    const std::size_t strips = (std::size_t{job.height} + stripLines - 1) / stripLines;
+    // All strips have their rows before the first begins, so that none can fail.
+    const std::size_t rowBytes = NeedsRows(kernel) ? RowMemory::Size(job.width) : 0;
+    std::uint8_t* rows = rowBytes > 0 ? GetRows(strips * rowBytes) : nullptr;
     const auto convertStrip = [&](std::size_t strip) {
         const auto first = static_cast<std::uint32_t>(strip * stripLines);
         const std::uint32_t end = first + std::min(stripLines, job.height - first);
-        kernel(job, first, end);
+        ConversionJob own = job;
+        own.rows = rows != nullptr ? rows + strip * rowBytes : nullptr;
+        kernel(own, first, end);
         ClearPadding(job, output, first, end);
     };
-    const std::size_t strips = (std::size_t{job.height} + stripLines - 1) / stripLines;
     if (strips == 1) {
         convertStrip(0);
     } else {

@@ -40,6 +40,48 @@ struct WidenedLumaStep {
     }
 };
 
+// Words of even and of odd lanes as pairs for the pairwise multiplication: red beside green, and
+// blue beside nothing. No lane leaves its place, so that no shuffle is needed.
+struct WordPairs {
+    hn::Vec<DI16> redGreenEven, blueEven, redGreenOdd, blueOdd;
+};
+
+ORLIX_VECTOR_FUNCTION WordPairs MakePairs(V16 r, V16 g, V16 b) {
+    const DU32 d;
+    const DI16 words;
+    const VU32 low = hn::Set(d, 0xFFFF);
+    const VU32 r32 = hn::BitCast(d, r);
+    const VU32 g32 = hn::BitCast(d, g);
+    const VU32 b32 = hn::BitCast(d, b);
+    return {hn::BitCast(words, hn::Or(hn::And(r32, low), hn::ShiftLeft<16>(g32))),
+            hn::BitCast(words, hn::And(b32, low)),
+            hn::BitCast(words, hn::Or(hn::ShiftRight<16>(r32), hn::AndNot(low, g32))),
+            hn::BitCast(words, hn::ShiftRight<16>(b32))};
+}
+
+struct Weights {
+    std::int16_t r, g, b;
+};
+constexpr Weights LumaWeights{299, 587, 114};  // over 1000
+
+// weights * (r, g, b) + bias for signed words.
+ORLIX_VECTOR_FUNCTION VI32 WeightedSum(hn::Vec<DI16> redGreen, hn::Vec<DI16> blue,
+                                       const Weights& weights, std::int32_t bias) {
+    const DI32 d;
+    const DI16 words;
+    const auto high = static_cast<std::uint32_t>(static_cast<std::uint16_t>(weights.g)) << 16U;
+    const auto low = static_cast<std::uint32_t>(static_cast<std::uint16_t>(weights.r));
+    const auto pair = hn::BitCast(words, hn::Set(DU32(), high | low));
+    const auto single = hn::BitCast(
+        words, hn::Set(DU32(), static_cast<std::uint32_t>(static_cast<std::uint16_t>(weights.b))));
+    return MultiplyPairs(blue, single, MultiplyPairs(redGreen, pair, hn::Set(d, bias)));
+}
+
+// Two vectors of small whole numbers, of even and odd lanes, as one vector of words.
+HWY_INLINE V16 JoinLanes(VI32 even, VI32 odd) {
+    return hn::BitCast(D16(), hn::Or(even, hn::ShiftLeft<16>(odd)));
+}
+
 // The luma of 16-bit words that are 32,768 too small, so that they are signed.
 HWY_INLINE VI32 LumaOfSignedPairs(hn::Vec<DI16> redGreen, hn::Vec<DI16> blue) {
     const DI32 d;
@@ -54,10 +96,18 @@ HWY_INLINE VI32 LumaOfSignedPairs(hn::Vec<DI16> redGreen, hn::Vec<DI16> blue) {
     return hn::ConvertTo(d, hn::MulAdd(eighth, hn::Set(floats, High), small));
 }
 
-struct ToMono16 {
+// 16-bit colour to 16-bit grey: the luma of the 16-bit values, then moved up, since some come with
+// fewer bits.
+struct WideLumaStep {
+    static constexpr std::size_t MaxLanes = hn::MaxLanes(D16());
+    static constexpr std::size_t SourceBytes = Rgb16::Bytes;
     static constexpr std::size_t Bytes = 2;
     static constexpr std::size_t Planes = 1;
-    static HWY_INLINE void Store(const Colour<V16>& pixel, const Line& to) {
+
+    static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D16()); }
+    static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to,
+                                   const ConversionJob& job) {
+        const Colour<V16> pixel = Rgb16::LoadWide(from, 0);
         const V16 sign = hn::Set(D16(), 0x8000);
         const V16 r = hn::Xor(pixel.r, sign);
         const V16 g = hn::Xor(pixel.g, sign);
@@ -66,9 +116,11 @@ struct ToMono16 {
         const WordPairs pairs = MakePairs(r, g, b);
         const V16 luma = JoinLanes(LumaOfSignedPairs(pairs.redGreenEven, pairs.blueEven),
                                    LumaOfSignedPairs(pairs.redGreenOdd, pairs.blueOdd));
-        hn::StoreU(hn::BitCast(D8(), luma), D8(), to[0]);
+        hn::StoreU(hn::BitCast(D8(), hn::ShiftLeftSame(luma, job.shiftUp)), D8(), to[0]);
     }
 };
+
+struct ToMono16;
 
 template <class Source, class Destination>
 struct Plan {
@@ -80,7 +132,7 @@ struct Plan<Source, ToMono16> {
 };
 template <>
 struct Plan<Rgb16, ToMono16> {
-    using Step = WideStep<Rgb16, ToMono16>;
+    using Step = WideLumaStep;
 };
 
 }  // namespace

@@ -1,30 +1,29 @@
-// The formats whose samples are read one by one: what a row of the table says, and the function
-// that reads a line. Constants and pure functions; any thread may use them.
+// The formats that are converted by rows: what a row of the table says. Constants; any thread may
+// use them.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
+#include "orlixcamera/conversion/rowkernels.h"
 #include "orlixcamera/pixeltype.h"
 
 namespace Orlix {
 
-enum class SampleKind : std::uint8_t { Grey, Rgb, Bgr, RgbPlanar, Bayer, Yuv };
-
-// Reads `count` samples from the beginning of a line, each at its own bit depth.
-using SampleReader = void (*)(const std::uint8_t* line, std::size_t count, std::uint16_t* samples);
+enum class SampleKind : std::uint8_t { Grey, Rgb, Bgr, RgbPlanar, Bayer, Uyvy, Yuyv, Semiplanar };
 
 struct SampleFormat {
     EPixelType pixelType;
     SampleKind kind;
-    SampleReader read;
-    // Bayer: where the red pixel is in the first 2 x 2 block. YUV: where luma (x) and blue chroma
-    // (y) are in a group of four bytes; semiplanar formats don't need it.
-    std::uint8_t x = 0;
-    std::uint8_t y = 0;
+    // How the samples of a line become bytes and words; YUV formats have other functions.
+    RowReader toBytes;
+    RowReader toWords;
+    // Bayer: the column and line of red in the first 2 x 2 block.
+    std::uint8_t redColumn = 0;
+    std::uint8_t redLine = 0;
 };
 
-// Null for a format that isn't read by samples.
+// Null for a format that isn't converted by rows.
 [[nodiscard]] const SampleFormat* FindSampleFormat(EPixelType pixelType) noexcept;
 
 }  // namespace Orlix

@@ -1,5 +1,5 @@
-// Kernels that only move the bytes of 8-bit pixels: they look up each byte of a 16-byte block of
-// the destination in a block of the source, which is faster than taking the channels apart
+// Kernels that only move the bytes of 8-bit pixels: they look up each byte of a block of the
+// destination in a block of the source, which is faster than taking the channels apart
 // and putting them together again.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "orlixcamera/conversion/swizzlekernels.cpp"
@@ -26,32 +26,60 @@ struct Swizzle {
     std::uint8_t from[4];
 };
 
-// Where both pixels have four bytes, blocks of 16 bytes fill a vector; otherwise one block is done
-// at a time, and moves on by fewer bytes than it is long.
+// Bytes are looked up within blocks of so many. Longer ones would do, but most of their places in
+// memory are in two cache lines.
+#if HWY_TARGET == HWY_AVX3_DL
+constexpr std::size_t BlockBytes = 32;
+#else
+constexpr std::size_t BlockBytes = 16;
+#endif
+
+// Where both pixels have four bytes, blocks fill a vector; otherwise one block is done at a time,
+// and moves on by fewer bytes than it is long.
 constexpr bool FillsVectors(const Swizzle& swizzle) {
-    return swizzle.sourceBytes == 4 && swizzle.destinationBytes == 4;
+    return BlockBytes == 16 && swizzle.sourceBytes == 4 && swizzle.destinationBytes == 4;
 }
 
 template <const Swizzle& Order>
-using TagFor = std::conditional_t<FillsVectors(Order), D8, hn::CappedTag<std::uint8_t, 16>>;
+using TagFor = std::conditional_t<FillsVectors(Order), D8, hn::CappedTag<std::uint8_t, BlockBytes>>;
 
 // The pixels of a block that are whole in the source and in the destination.
 constexpr std::size_t BlockPixels(const Swizzle& swizzle) {
-    return 16 / std::max(swizzle.sourceBytes, swizzle.destinationBytes);
+    return BlockBytes / std::max(swizzle.sourceBytes, swizzle.destinationBytes);
 }
+
+// An entry with the sign bit gives 255.
+#if HWY_TARGET == HWY_AVX3_DL
+template <class D>
+HWY_INLINE hn::Vec<D> LookUp(D, hn::Vec<D> block, hn::Vec<D> table) {
+    const __mmask32 opaque = _mm256_movepi8_mask(table.raw);
+    return {_mm256_mask_permutexvar_epi8(_mm256_set1_epi8(-1), ~opaque, table.raw, block.raw)};
+}
+#else
+template <class D>
+HWY_INLINE hn::Vec<D> LookUp(D d, hn::Vec<D> block, hn::Vec<D> table) {
+    const hn::RebindToSigned<D> bytes;
+    const auto opaque = hn::BitCast(d, hn::BroadcastSignBit(hn::BitCast(bytes, table)));
+    return hn::Or(hn::TableLookupBytesOr0(block, table), opaque);
+}
+#endif
 
 // The table of a block. What follows the block's last pixel doesn't matter: the next block
 // overwrites it.
 template <const Swizzle& Order>
 HWY_INLINE hn::Vec<TagFor<Order>> MakeTable() {
-    HWY_ALIGN std::uint8_t table[16] = {};
+    HWY_ALIGN std::uint8_t table[BlockBytes] = {};
     for (std::size_t index = 0; index < BlockPixels(Order) * Order.destinationBytes; ++index) {
         const std::uint8_t from = Order.from[index % Order.destinationBytes];
         const std::size_t pixel = index / Order.destinationBytes;
         table[index] =
             from == Opaque ? Opaque : static_cast<std::uint8_t>(pixel * Order.sourceBytes + from);
     }
+#if HWY_TARGET == HWY_AVX3_DL
+    return hn::Load(TagFor<Order>(), table);
+#else
     return hn::LoadDup128(TagFor<Order>(), table);
+#endif
 }
 
 template <const Swizzle& Order>
@@ -66,18 +94,14 @@ template <const Swizzle& Order>
 HWY_INLINE void SwizzleLine(const std::uint8_t* from, std::uint8_t* to, std::size_t width) {
     const TagFor<Order> d;
     const auto table = MakeTable<Order>();
-    // The sign bit of an entry gives 0 where it is looked up, and 255 where it is spread.
-    const hn::RebindToSigned<TagFor<Order>> bytes;
-    const auto opaque = hn::BitCast(d, hn::BroadcastSignBit(hn::BitCast(bytes, table)));
-    const std::size_t pixels = BlockPixels(Order) * hn::Lanes(d) / 16;
+    const std::size_t pixels = BlockPixels(Order) * hn::Lanes(d) / BlockBytes;
     // A step reads and writes whole vectors, which may reach beyond its own pixels.
     const std::size_t shorter = std::min(Order.sourceBytes, Order.destinationBytes);
     const std::size_t reach = (hn::Lanes(d) + shorter - 1) / shorter;
     std::size_t pixel = 0;
     for (; pixel + reach <= width; pixel += pixels) {
         const auto block = hn::LoadU(d, from + pixel * Order.sourceBytes);
-        hn::StoreU(hn::Or(hn::TableLookupBytesOr0(block, table), opaque), d,
-                   to + pixel * Order.destinationBytes);
+        hn::StoreU(LookUp(d, block, table), d, to + pixel * Order.destinationBytes);
     }
     for (; pixel < width; ++pixel) {
         SwizzlePixel<Order>(from + pixel * Order.sourceBytes, to + pixel * Order.destinationBytes);

@@ -13,6 +13,7 @@
 #include <cstring>
 
 #include "orlixcamera/conversion/conversionjob.h"
+#include "orlixcamera/conversion/triples.h"
 
 // Functions that are worth a call of their own where vectors are emulated by arrays: inlined, each
 // of their operations becomes a loop, and the compiler drowns in them.
@@ -27,11 +28,7 @@ HWY_BEFORE_NAMESPACE();
 namespace Orlix::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-using D8 = hn::ScalableTag<std::uint8_t>;
-using D16 = hn::ScalableTag<std::uint16_t>;
 using D8Half = hn::Rebind<std::uint8_t, D16>;
-using V8 = hn::Vec<D8>;
-using V16 = hn::Vec<D16>;
 
 template <class V>
 struct Grey {
@@ -101,30 +98,6 @@ HWY_INLINE V16 LoadWords(const std::uint8_t* from) {
     return hn::BitCast(D16(), hn::LoadU(D8(), from));
 }
 
-// Triples of words. The vector instructions take them from and to any byte; their emulation needs
-// them aligned, as the language does.
-HWY_INLINE Colour<V16> LoadWordTriples(const std::uint8_t* from) {
-    V16 r, g, b;
-#if HWY_TARGET == HWY_EMU128
-    HWY_ALIGN std::uint16_t words[3 * hn::MaxLanes(D16())];
-    std::memcpy(words, from, sizeof(words));
-#else
-    const auto* words = reinterpret_cast<const std::uint16_t*>(from);
-#endif
-    hn::LoadInterleaved3(D16(), words, r, g, b);
-    return {r, g, b};
-}
-
-HWY_INLINE void StoreWordTriples(V16 first, V16 second, V16 third, std::uint8_t* to) {
-#if HWY_TARGET == HWY_EMU128
-    HWY_ALIGN std::uint16_t words[3 * hn::MaxLanes(D16())];
-    hn::StoreInterleaved3(first, second, third, D16(), words);
-    std::memcpy(to, words, sizeof(words));
-#else
-    hn::StoreInterleaved3(first, second, third, D16(), reinterpret_cast<std::uint16_t*>(to));
-#endif
-}
-
 struct Mono8 {
     static constexpr std::size_t Bytes = 1;
     static ORLIX_VECTOR_FUNCTION Grey<V8> Load(const std::uint8_t* from, int) {
@@ -149,7 +122,7 @@ struct Rgb8 {
     static constexpr std::size_t Bytes = 3;
     static ORLIX_VECTOR_FUNCTION Colour<V8> Load(const std::uint8_t* from, int) {
         V8 r, g, b;
-        hn::LoadInterleaved3(D8(), from, r, g, b);
+        LoadTriples(from, r, g, b);
         return {r, g, b};
     }
     static ORLIX_VECTOR_FUNCTION Colour<V16> LoadWide(const std::uint8_t* from, int shift) {
@@ -207,7 +180,9 @@ struct Rgb16 {
                 Narrow(low.b, high.b, shift)};
     }
     static ORLIX_VECTOR_FUNCTION Colour<V16> LoadWide(const std::uint8_t* from, int) {
-        return LoadWordTriples(from);
+        V16 r, g, b;
+        LoadTriples(from, r, g, b);
+        return {r, g, b};
     }
 };
 

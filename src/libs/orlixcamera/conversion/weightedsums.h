@@ -15,108 +15,14 @@ HWY_BEFORE_NAMESPACE();
 namespace Orlix::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
+using DI8 = hn::ScalableTag<std::int8_t>;
 using DI16 = hn::ScalableTag<std::int16_t>;
+using VI16 = hn::Vec<DI16>;
 using DI32 = hn::ScalableTag<std::int32_t>;
 using DU32 = hn::ScalableTag<std::uint32_t>;
 using DF32 = hn::ScalableTag<float>;
 using VI32 = hn::Vec<DI32>;
 using VU32 = hn::Vec<DU32>;
-
-// Words of even and of odd lanes as pairs for the pairwise multiplication: red beside green, and
-// blue beside nothing. No lane leaves its place, so that no shuffle is needed.
-struct WordPairs {
-    hn::Vec<DI16> redGreenEven, blueEven, redGreenOdd, blueOdd;
-};
-
-ORLIX_VECTOR_FUNCTION WordPairs MakePairs(V16 r, V16 g, V16 b) {
-    const DU32 d;
-    const DI16 words;
-    const VU32 low = hn::Set(d, 0xFFFF);
-    const VU32 r32 = hn::BitCast(d, r);
-    const VU32 g32 = hn::BitCast(d, g);
-    const VU32 b32 = hn::BitCast(d, b);
-    return {hn::BitCast(words, hn::Or(hn::And(r32, low), hn::ShiftLeft<16>(g32))),
-            hn::BitCast(words, hn::And(b32, low)),
-            hn::BitCast(words, hn::Or(hn::ShiftRight<16>(r32), hn::AndNot(low, g32))),
-            hn::BitCast(words, hn::ShiftRight<16>(b32))};
-}
-
-struct Weights {
-    std::int16_t r, g, b;
-};
-inline constexpr Weights LumaWeights{299, 587, 114};    // over 1000
-inline constexpr Weights BlueWeights{-299, -587, 886};  // over 1772
-inline constexpr Weights RedWeights{701, -587, -114};   // over 1402
-
-HWY_INLINE VI32 MultiplyPairs(hn::Vec<DI16> a, hn::Vec<DI16> b, VI32 sum) {
-    VI32 other = hn::Zero(DI32());
-    sum = hn::ReorderWidenMulAccumulate(DI32(), a, b, sum, other);
-    return hn::RearrangeToOddPlusEven(sum, other);
-}
-
-// weights * (r, g, b) + bias for signed words.
-ORLIX_VECTOR_FUNCTION VI32 WeightedSum(hn::Vec<DI16> redGreen, hn::Vec<DI16> blue,
-                                       const Weights& weights, std::int32_t bias) {
-    const DI32 d;
-    const DI16 words;
-    const auto high = static_cast<std::uint32_t>(static_cast<std::uint16_t>(weights.g)) << 16U;
-    const auto low = static_cast<std::uint32_t>(static_cast<std::uint16_t>(weights.r));
-    const auto pair = hn::BitCast(words, hn::Set(DU32(), high | low));
-    const auto single = hn::BitCast(
-        words, hn::Set(DU32(), static_cast<std::uint32_t>(static_cast<std::uint16_t>(weights.b))));
-    return MultiplyPairs(blue, single, MultiplyPairs(redGreen, pair, hn::Set(d, bias)));
-}
-
-// Two vectors of small whole numbers, of even and odd lanes, as one vector of words.
-HWY_INLINE V16 JoinLanes(VI32 even, VI32 odd) {
-    return hn::BitCast(D16(), hn::Or(even, hn::ShiftLeft<16>(odd)));
-}
-
-// The luma of words of up to 255.
-ORLIX_VECTOR_FUNCTION V16 LumaOfWords(const WordPairs& pairs) {
-    // A sum is at most 255,500, and 1000 = 8 * 125: an eighth fits into a word, and its product
-    // with 2^22 / 125, rounded up to 33,555, gives the exact quotient.
-    const VI32 even = WeightedSum(pairs.redGreenEven, pairs.blueEven, LumaWeights, 500);
-    const VI32 odd = WeightedSum(pairs.redGreenOdd, pairs.blueOdd, LumaWeights, 500);
-    const V16 eighth = JoinLanes(hn::ShiftRight<3>(even), hn::ShiftRight<3>(odd));
-    return hn::ShiftRight<6>(hn::MulHigh(eighth, hn::Set(D16(), 33555)));
-}
-
-// How a chroma value is made from the sum over the pixels of a block.
-struct BlueDifference {
-    static constexpr Weights Factors = BlueWeights;
-    static constexpr std::int32_t Bias = 227702;  // 128.5 * 1772
-    static constexpr int Shift = 2;               // 1772 = 4 * 443
-    static constexpr float Divisor = 443.0F;
-};
-struct RedDifference {
-    static constexpr Weights Factors = RedWeights;
-    static constexpr std::int32_t Bias = 180157;  // 128.5 * 1402
-    static constexpr int Shift = 1;               // 1402 = 2 * 701
-    static constexpr float Divisor = 701.0F;
-};
-
-// The mean chroma of blocks of 2^BlockShift pixels. After the shift a number has at most 18 bits,
-// so it is exact as a float; with the half added a quotient is nowhere nearer to a whole number
-// than 1/1402, far more than a float can be wrong.
-template <class Difference, int BlockShift>
-ORLIX_VECTOR_FUNCTION VI32 ChromaOfPairs(hn::Vec<DI16> redGreen, hn::Vec<DI16> blue) {
-    const DI32 d;
-    const DF32 floats;
-    const VI32 sum =
-        WeightedSum(redGreen, blue, Difference::Factors, Difference::Bias * (1 << BlockShift));
-    const auto number = hn::ConvertTo(floats, hn::ShiftRight<Difference::Shift + BlockShift>(sum));
-    const auto quotient = hn::MulAdd(number, hn::Set(floats, 1.0F / Difference::Divisor),
-                                     hn::Set(floats, 0.5F / Difference::Divisor));
-    return hn::Min(hn::ConvertTo(d, quotient), hn::Set(d, 255));
-}
-
-// The same for all lanes of a vector of words.
-template <class Difference, int BlockShift>
-HWY_INLINE V16 ChromaOfWords(const WordPairs& pairs) {
-    return JoinLanes(ChromaOfPairs<Difference, BlockShift>(pairs.redGreenEven, pairs.blueEven),
-                     ChromaOfPairs<Difference, BlockShift>(pairs.redGreenOdd, pairs.blueOdd));
-}
 
 // The even and the odd bytes of a vector as words, and back.
 HWY_INLINE V16 EvenBytes(V8 value) {
@@ -129,21 +35,118 @@ HWY_INLINE V8 JoinBytes(V16 even, V16 odd) {
     return hn::BitCast(D8(), hn::Or(even, hn::ShiftLeft<8>(odd)));
 }
 
-template <class Pixel>
-ORLIX_VECTOR_FUNCTION WordPairs EvenPairs(const Pixel& pixel) {
-    return MakePairs(EvenBytes(pixel.r), EvenBytes(pixel.g), EvenBytes(pixel.b));
+// The even byte of each word times `even` plus the odd one times `odd`, which must fit into a
+// signed word. The vector instructions have this as one, which Highway doesn't name.
+#if HWY_TARGET == HWY_SSSE3 || HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || \
+    HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+HWY_INLINE V16 WeighBytes(V8 bytes, std::int8_t even, std::int8_t odd) {
+    const unsigned pair = static_cast<std::uint8_t>(even) | unsigned{static_cast<std::uint8_t>(odd)}
+                                                                << 8U;
+    const V16 weights = hn::Set(D16(), static_cast<std::uint16_t>(pair));
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    return V16{_mm512_maddubs_epi16(bytes.raw, weights.raw)};
+#elif HWY_TARGET == HWY_AVX2
+    return V16{_mm256_maddubs_epi16(bytes.raw, weights.raw)};
+#else
+    return V16{_mm_maddubs_epi16(bytes.raw, weights.raw)};
+#endif
 }
-template <class Pixel>
-ORLIX_VECTOR_FUNCTION WordPairs OddPairs(const Pixel& pixel) {
-    return MakePairs(OddBytes(pixel.r), OddBytes(pixel.g), OddBytes(pixel.b));
+#else
+ORLIX_VECTOR_FUNCTION V16 WeighBytes(V8 bytes, std::int8_t even, std::int8_t odd) {
+    const DI16 words;
+    const VI16 low = hn::Mul(hn::BitCast(words, EvenBytes(bytes)), hn::Set(words, even));
+    const VI16 high = hn::Mul(hn::BitCast(words, OddBytes(bytes)), hn::Set(words, odd));
+    return hn::BitCast(D16(), hn::Add(low, high));
+}
+#endif
+
+// The sums of the products of pairs of words.
+HWY_INLINE VI32 MultiplyPairs(hn::Vec<DI16> a, hn::Vec<DI16> b, VI32 sum) {
+    VI32 other = hn::Zero(DI32());
+    sum = hn::ReorderWidenMulAccumulate(DI32(), a, b, sum, other);
+    return hn::RearrangeToOddPlusEven(sum, other);
+}
+
+// Luma in thousandths is 299 R + 587 G + 114 B, and the weights are 2 * 128 + 43, 4 * 128 + 75 and
+// 114. `small` is what the 43, 75 and 114 give with 500 for the half, at most 59,660, and `large`
+// what the 2 and 4 give. An eighth of all, 16 * large + small / 8, fits into a word, and since
+// 1000 = 8 * 125, its product with 2^22 / 125, rounded up to 33,555, gives the exact quotient. The
+// result is 2^6 times luma and a fraction.
+HWY_INLINE V16 DivideLuma(V16 large, V16 small) {
+    const V16 biased = hn::Add(small, hn::Set(D16(), 500));
+    const V16 eighth = hn::Add(hn::ShiftRight<3>(biased), hn::ShiftLeft<4>(large));
+    return hn::MulHigh(eighth, hn::Set(D16(), 33555));
 }
 
 HWY_INLINE V8 Luma(const Grey<V8>& pixel) {
     return pixel.value;
 }
 template <class Pixel>
-HWY_INLINE V8 Luma(const Pixel& pixel) {
-    return JoinBytes(LumaOfWords(EvenPairs(pixel)), LumaOfWords(OddPairs(pixel)));
+ORLIX_VECTOR_FUNCTION V8 Luma(const Pixel& pixel) {
+    const D8 d;
+    const V16 low = hn::Set(D16(), 0xFF);
+    const V16 r = hn::BitCast(D16(), pixel.r);
+    const V16 g = hn::BitCast(D16(), pixel.g);
+    const V8 even = hn::BitCast(d, hn::Or(hn::And(r, low), hn::ShiftLeft<8>(g)));
+    const V8 odd = hn::BitCast(d, hn::Or(hn::ShiftRight<8>(r), hn::AndNot(low, g)));
+    const V16 evenLuma = DivideLuma(WeighBytes(even, 2, 4),
+                                    hn::Add(WeighBytes(even, 43, 75), WeighBytes(pixel.b, 114, 0)));
+    const V16 oddLuma = DivideLuma(WeighBytes(odd, 2, 4),
+                                   hn::Add(WeighBytes(odd, 43, 75), WeighBytes(pixel.b, 0, 114)));
+    const V16 upper = hn::AndNot(low, hn::ShiftLeft<2>(oddLuma));
+    return hn::BitCast(d, hn::Or(hn::ShiftRight<6>(evenLuma), upper));
+}
+
+// The mean chroma of blocks of 2^K pixels, from the sums over a block: with own - green = E and
+// green - other = D, blue chroma is 128.5 + (886 E + 299 D) / (1772 * 2^K) and red chroma
+// 128.5 + (701 E + 114 D) / (1402 * 2^K), rounded down. Whole multiples of the divisor in the first
+// product are E / 2^(K+1); the rest f of E goes on. What is left to divide is taken apart once more
+// so that it fits into a word: its divisor is Prime * 2^Shift, and 299 (114) is
+// Whole * 2^Shift + Rest. The offset makes the dividend positive; the product with Factor gives the
+// exact quotient by Prime for every word.
+struct BlueDifference {
+    static constexpr int Weight = 886;
+    static constexpr int Shift = 2;
+    static constexpr int Whole[] = {75, 37, 19};
+    static constexpr int Rest[] = {-1, 3, -5};
+    static constexpr int Prime = 443;
+    static constexpr int Offset = 44;
+    static constexpr int Factor = 2367;
+    static constexpr int FactorShift = 4;
+};
+struct RedDifference {
+    static constexpr int Weight = 701;
+    static constexpr int Shift = 1;
+    static constexpr int Whole[] = {57, 28, 14};
+    static constexpr int Rest[] = {0, 2, 2};
+    static constexpr int Prime = 701;
+    static constexpr int Offset = 21;
+    static constexpr int Factor = 47867;
+    static constexpr int FactorShift = 9;
+};
+
+HWY_INLINE VI16 Words(int value) {
+    return hn::Set(DI16(), static_cast<std::int16_t>(value));
+}
+
+template <class Difference, int K>
+ORLIX_VECTOR_FUNCTION V16 ChromaOfSums(V16 own, V16 green, V16 other) {
+    const DI16 d;
+    constexpr int Bias = Difference::Weight << K;
+    const VI16 e = hn::BitCast(d, hn::Sub(own, green));
+    const VI16 difference = hn::BitCast(d, hn::Sub(green, other));
+    const VI16 f = hn::And(e, Words((2 << K) - 1));
+    const VI16 rest = hn::Add(hn::Mul(f, Words(Difference::Weight)),
+                              hn::Mul(difference, Words(Difference::Rest[K])));
+    const VI16 part = hn::ShiftRight<Difference::Shift + K>(hn::Add(rest, Words(Bias)));
+    const VI16 dividend = hn::Add(hn::Mul(difference, Words(Difference::Whole[K])), part);
+    const V16 positive =
+        hn::BitCast(D16(), hn::Add(dividend, Words(Difference::Offset * Difference::Prime)));
+    const V16 factor = hn::Set(D16(), static_cast<std::uint16_t>(Difference::Factor));
+    const V16 quotient = hn::ShiftRight<Difference::FactorShift>(hn::MulHigh(positive, factor));
+    const VI16 chroma = hn::Add(hn::Add(hn::ShiftRight<1 + K>(e), hn::BitCast(d, quotient)),
+                                Words(128 - Difference::Offset));
+    return hn::BitCast(D16(), hn::Min(chroma, Words(255)));
 }
 
 }  // namespace Orlix::HWY_NAMESPACE

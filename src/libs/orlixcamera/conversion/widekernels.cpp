@@ -6,6 +6,7 @@
 
 #include "orlixcamera/conversion/kernels.h"
 #include "orlixcamera/conversion/vectorpixels.h"
+#include "orlixcamera/conversion/vectorsinks.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Orlix::HWY_NAMESPACE {
@@ -19,36 +20,11 @@ struct ToMono8 {
     }
 };
 
-// Lines begin at any byte, so words are stored through bytes.
-HWY_INLINE void StoreWords(V16 value, std::uint8_t* to) {
-    hn::StoreU(hn::BitCast(D8(), value), D8(), to);
-}
-
 struct ToMono16 {
     static constexpr std::size_t Bytes = 2;
     static constexpr std::size_t Planes = 1;
     static HWY_INLINE void Store(const Grey<V16>& pixel, const Line& to) {
         StoreWords(pixel.value, to[0]);
-    }
-};
-
-struct ToRgb16 {
-    static constexpr std::size_t Bytes = 6;
-    static constexpr std::size_t Planes = 1;
-    template <class Pixel>
-    static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
-        StoreWordTriples(Red(pixel), Green(pixel), Blue(pixel), to[0]);
-    }
-};
-
-struct ToRgb16Planar {
-    static constexpr std::size_t Bytes = 2;
-    static constexpr std::size_t Planes = 3;
-    template <class Pixel>
-    static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
-        StoreWords(Red(pixel), to[0]);
-        StoreWords(Green(pixel), to[1]);
-        StoreWords(Blue(pixel), to[2]);
     }
 };
 
@@ -69,7 +45,6 @@ struct Plan<Rgb8, ToRgb16> {
     using Step = WideStep<Mono8, ToMono16>;
     static constexpr std::size_t Samples = 3;
 };
-struct ToRgb8;
 template <>
 struct Plan<Rgb16, ToRgb8> {
     using Step = ByteStep<Mono16, ToMono8>;

@@ -12,29 +12,34 @@ HWY_BEFORE_NAMESPACE();
 namespace Orlix::HWY_NAMESPACE {
 namespace {
 
+struct Chroma {
+    V16 blue, red;
+};
+
+// From the sums over 2^K pixels.
+template <int K>
+HWY_INLINE Chroma ChromaOf(const Colour<V16>& sums) {
+    return {ChromaOfSums<BlueDifference, K>(sums.b, sums.g, sums.r),
+            ChromaOfSums<RedDifference, K>(sums.r, sums.g, sums.b)};
+}
+
 // Chroma for each pixel.
 struct FullChroma {
     static constexpr std::size_t Bytes = 1;
     static constexpr std::size_t Planes = 3;
     template <class Pixel>
     static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
-        const WordPairs even = EvenPairs(pixel);
-        const WordPairs odd = OddPairs(pixel);
-        hn::StoreU(JoinBytes(LumaOfWords(even), LumaOfWords(odd)), D8(), to[0]);
-        hn::StoreU(JoinBytes(ChromaOfWords<BlueDifference, 0>(even),
-                             ChromaOfWords<BlueDifference, 0>(odd)),
-                   D8(), to[1]);
-        hn::StoreU(
-            JoinBytes(ChromaOfWords<RedDifference, 0>(even), ChromaOfWords<RedDifference, 0>(odd)),
-            D8(), to[2]);
+        hn::StoreU(Luma(pixel), D8(), to[0]);
+        const auto even = ChromaOf<0>({EvenBytes(pixel.r), EvenBytes(pixel.g), EvenBytes(pixel.b)});
+        const auto odd = ChromaOf<0>({OddBytes(pixel.r), OddBytes(pixel.g), OddBytes(pixel.b)});
+        hn::StoreU(JoinBytes(even.blue, odd.blue), D8(), to[1]);
+        hn::StoreU(JoinBytes(even.red, odd.red), D8(), to[2]);
     }
 };
 
 // The sums of neighbouring pixels, one word a pair.
 HWY_INLINE Colour<V16> SumOfNeighbours(const Colour<V8>& pixel) {
-    return {hn::Add(EvenBytes(pixel.r), OddBytes(pixel.r)),
-            hn::Add(EvenBytes(pixel.g), OddBytes(pixel.g)),
-            hn::Add(EvenBytes(pixel.b), OddBytes(pixel.b))};
+    return {WeighBytes(pixel.r, 1, 1), WeighBytes(pixel.g, 1, 1), WeighBytes(pixel.b, 1, 1)};
 }
 
 HWY_INLINE Colour<V16> Sum(const Colour<V16>& a, const Colour<V16>& b) {
@@ -46,11 +51,12 @@ HWY_INLINE void StoreNarrow(V16 value, std::uint8_t* to) {
     hn::StoreU(hn::DemoteTo(D8Half(), hn::BitCast(words, value)), D8Half(), to);
 }
 
-template <int BlockShift>
+// Chroma of blocks of two pixels in each of so many lines.
+template <int Lines>
 HWY_INLINE void StoreChroma(const Colour<V16>& sums, std::uint8_t* u, std::uint8_t* v) {
-    const WordPairs pairs = MakePairs(sums.r, sums.g, sums.b);
-    StoreNarrow(ChromaOfWords<BlueDifference, BlockShift>(pairs), u);
-    StoreNarrow(ChromaOfWords<RedDifference, BlockShift>(pairs), v);
+    const auto chroma = ChromaOf<Lines>(sums);
+    StoreNarrow(chroma.blue, u);
+    StoreNarrow(chroma.red, v);
 }
 
 // The lines that a block of chroma covers: one, or two for 4:2:0, where the two are one line at

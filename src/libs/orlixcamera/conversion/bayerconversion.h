@@ -1,0 +1,48 @@
+// Lines of a Bayer picture, demosaiced pair by pair. It owns nothing and belongs to one thread.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "orlixcamera/conversion/conversionjob.h"
+#include "orlixcamera/conversion/rowmemory.h"
+#include "orlixcamera/conversion/sampleformats.h"
+
+namespace Orlix {
+
+// The planes of a line.
+using LinePlanes = std::array<std::uint8_t*, 3>;
+using LinePair = std::array<LinePlanes, 2>;
+
+class BayerConversion {
+public:
+    // The pixels are made in `rowType`, for which there is a demosaic function.
+    BayerConversion(const ConversionJob& job, const SampleFormat& format, const RowMemory& rows,
+                    EPixelType rowType, int shiftUp);
+
+    // Converts one or two lines.
+    void Convert(std::uint32_t line, const LinePair& to, std::uint32_t lines);
+
+    // Null for a form in which no line is made directly.
+    [[nodiscard]] static Demosaic FindDemosaic(EPixelType rowType) noexcept;
+
+private:
+    [[nodiscard]] const std::uint8_t* RawRow(std::ptrdiff_t line);
+    void MirrorEnds(std::uint8_t* row) const;
+    void Interpolate(std::size_t line, const LinePair& to, std::size_t lines);
+    void CopyInnerColumns(const LinePlanes& to) const;
+
+    const ConversionJob& job_;
+    const SampleFormat& format_;
+    RowMemory rows_;
+    Demosaic demosaic_;
+    RowReader read_;
+    std::size_t sampleBytes_;
+    std::size_t pixelBytes_;
+    std::size_t planes_;
+    int shiftUp_;
+    std::array<std::ptrdiff_t, RowMemory::Windows> held_;
+};
+
+}  // namespace Orlix
