@@ -1,12 +1,12 @@
 // The commands of the program. Each throws for a failure; main prints the one message.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "orlixhost/package.h"
+#include "orlixhost/resourcepool.h"
 #include "orlixhost/runner.h"
 
 namespace Orlix::App {
@@ -25,9 +25,9 @@ struct RunCommandOptions {
     std::string recipe;
     std::vector<std::string> sets;
     std::vector<std::string> arguments;
-    std::int64_t emulatedCameras = 0;
     Format format = Format::Text;
     bool quiet = false;
+    Host::CameraOptions cameras{1, {}};
     Host::RunOptions run;
 };
 
@@ -42,7 +42,7 @@ struct NodeMapOptions {
 void showCatalog(const CommonOptions& options, Format format);
 void showParameters(const CommonOptions& options, const std::string& type, Format format);
 void showNodeMap(const NodeMapOptions& options, Format format);
-void showDevices(Format format);
+void showDevices(const Host::CameraOptions& cameras, Format format);
 void validateRecipe(const CommonOptions& options, const std::string& recipe,
                     const std::vector<std::string>& sets);
 void saveRecipe(const CommonOptions& options, const std::string& recipe, const std::string& target,

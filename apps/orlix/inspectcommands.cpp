@@ -66,9 +66,9 @@ void showNodeMap(const NodeMapOptions& options, Format format) {
     }
 }
 
-void showDevices(Format format) {
+void showDevices(const Host::CameraOptions& cameras, Format format) {
     Host::printDevices(
-        std::cout, *Host::createResourcePool(),
+        std::cout, *Host::createResourcePool(cameras),
         format == Format::Json ? Host::DeviceFormat::Json : Host::DeviceFormat::Text);
 }
 

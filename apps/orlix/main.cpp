@@ -49,6 +49,16 @@ std::string positiveCount(const std::string& text) {
                                 : "expected a whole number above 0, found \"" + text + "\"";
 }
 
+std::string cameraCount(const std::string& text) {
+    constexpr std::size_t most = 1000;
+    std::size_t value = 0;
+    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const bool isCount = failure == std::errc() && end == text.data() + text.size();
+    return isCount && value <= most ? std::string()
+                                    : "expected a whole number from 0 to " + std::to_string(most) +
+                                          ", found \"" + text + "\"";
+}
+
 std::string folderName(const std::string& text) {
     return text.empty() ? "expected the name of a folder, found \"\"" : std::string();
 }
@@ -71,6 +81,19 @@ void addSets(CLI::App* command, std::vector<std::string>& sets) {
     command->add_option("--set", sets, "Set a parameter; may be repeated")
         ->type_name("NODE.PARAM=VALUE")
         ->allow_extra_args(false);
+}
+
+void addCameraOptions(CLI::App* command, Host::CameraOptions& cameras) {
+    command
+        ->add_option("--emulated-cameras", cameras.emulatedCameras,
+                     "Number of emulated cameras, 1 by default")
+        ->type_name("N")
+        ->check(cameraCount);
+    command
+        ->add_option(
+            "--fault", cameras.faults,
+            "What goes wrong with the emulated cameras: a fault script, or a file with one")
+        ->type_name("SCRIPT|@FILE");
 }
 
 void addInspectCommands(CLI::App& app, CommandLine& line) {
@@ -101,8 +124,9 @@ void addInspectCommands(CLI::App& app, CommandLine& line) {
         ->excludes(json);
 
     auto* devices = addCommand(app, line, "devices", "List the cameras that can be used",
-                               [&](Console&) { showDevices(line.format()); });
+                               [&](Console&) { showDevices(line.run.cameras, line.format()); });
     devices->add_flag("--json", line.json, "Print JSON");
+    addCameraOptions(devices, line.run.cameras);
 }
 
 void addRecipeCommands(CLI::App& app, CommandLine& line) {
@@ -148,10 +172,7 @@ void addRunCommand(CLI::App& app, CommandLine& line) {
                     "Write the values of all open outputs to a folder")
         ->type_name("DIR")
         ->check(folderName);
-    run->add_option("--emulated-cameras", options.emulatedCameras,
-                    "Number of emulated cameras; this version has none")
-        ->type_name("N")
-        ->check(CLI::NonNegativeNumber);
+    addCameraOptions(run, options.cameras);
     run->add_flag("--json", line.json, "Print the result as one JSON object, the last line");
     run->add_flag("--quiet", options.quiet, "No live line and no summary");
 }

@@ -50,10 +50,6 @@ void printReport(const Host::RunReport& report) {
 }  // namespace
 
 void runRecipe(const CommonOptions& options, RunCommandOptions command, Console& console) {
-    if (command.emulatedCameras > 0) {
-        fail("--emulated-cameras " + std::to_string(command.emulatedCameras) +
-             ": this version has no emulated cameras");
-    }
     addArguments(command.arguments, command.run);
     // A reader that has gone, or a limit on the size of files, is an error of a write and ends the
     // run in order.
@@ -61,7 +57,8 @@ void runRecipe(const CommonOptions& options, RunCommandOptions command, Console&
     std::signal(SIGXFSZ, SIG_IGN);
     SignalWatch signals;
     Host::Recipe loaded = Host::Recipe::load(command.recipe);
-    Host::RecipeGraph graph(std::move(loaded), loadPackages(options), Host::createResourcePool());
+    Host::RecipeGraph graph(std::move(loaded), loadPackages(options),
+                            Host::createResourcePool(command.cameras));
     for (const std::string& assignment : command.sets) {
         graph.set(assignment);
     }

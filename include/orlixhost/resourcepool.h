@@ -1,10 +1,17 @@
 // The resource pool of this host: what cameras there are, and the services of a run.
 #pragma once
 
+#include <cstddef>
 #include <iosfwd>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "orlixhost/api.h"
+
+namespace Orlix {
+class ICameraLayer;
+}
 
 namespace Orlix::DataProcessing::Core {
 class IResourcePool;
@@ -12,10 +19,22 @@ class IResourcePool;
 
 namespace Orlix::Host {
 
-// A pool with the process-wide threads, buffers and updates. This version knows no transport layer,
-// so that its list of devices is empty and stays so. Safe from any thread.
-[[nodiscard]] ORLIXHOST_API std::shared_ptr<DataProcessing::Core::IResourcePool>
-createResourcePool();
+struct CameraOptions {
+    std::size_t emulatedCameras = 0;
+    // What goes wrong with them: a fault script, or @ and the name of a file with one.
+    std::string faults;
+};
+
+// A pool with the process-wide threads, buffers and updates, and the cameras that the options ask
+// for. It lists what is there when it is made, and notices by itself what comes and goes: its
+// signal then fires on a thread of the camera library. Safe from any thread. Throws
+// RuntimeException for a mistake in the faults, which names it and its place.
+[[nodiscard]] ORLIXHOST_API std::shared_ptr<DataProcessing::Core::IResourcePool> createResourcePool(
+    const CameraOptions& options = {});
+
+// The same with the cameras of any layers.
+[[nodiscard]] ORLIXHOST_API std::shared_ptr<DataProcessing::Core::IResourcePool> createResourcePool(
+    std::vector<std::shared_ptr<ICameraLayer>> layers);
 
 enum class DeviceFormat { Text, Json };
 

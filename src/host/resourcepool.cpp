@@ -2,7 +2,12 @@
 
 #include <ostream>
 
+#include "host/cameraresources.h"
 #include "host/jsontext.h"
+#include "host/message.h"
+#include "host/textfile.h"
+#include "orlixcamera/cameralayer.h"
+#include "orlixcamera/emulatedcameras.h"
 #include "orlixdataprocessingcore/core/defaultresourcepool.h"
 
 namespace Orlix::Host {
@@ -24,10 +29,33 @@ Json propertiesOf(const Core::ResourceInfo& info) {
     return properties;
 }
 
+std::string scriptOf(const std::string& faults) {
+    return faults.starts_with('@')
+               ? withPlace("--fault", [&] { return readTextFile(faults.substr(1)); })
+               : faults;
+}
+
 }  // namespace
 
-std::shared_ptr<Core::IResourcePool> createResourcePool() {
-    return std::make_shared<Core::DefaultResourcePool>();
+std::shared_ptr<Core::IResourcePool> createResourcePool(const CameraOptions& options) {
+    const std::string script = scriptOf(options.faults);
+    std::vector<std::shared_ptr<ICameraLayer>> layers;
+    if (options.emulatedCameras > 0) {
+        const EmulatedCameraOptions emulated{options.emulatedCameras, script};
+        layers.push_back(withPlace(
+            "--fault", [&] { return CreateCameraLayer(CreateEmulatedCameras(emulated)); }));
+    }
+    return createResourcePool(std::move(layers));
+}
+
+std::shared_ptr<Core::IResourcePool> createResourcePool(
+    std::vector<std::shared_ptr<ICameraLayer>> layers) {
+    const auto cameras = std::make_shared<CameraResources>(std::move(layers));
+    const auto pool = std::make_shared<Core::DefaultResourcePool>(
+        [cameras](Core::DefaultResourcePool& self) { cameras->refresh(self); });
+    cameras->watch(pool);
+    pool->refreshResources({});
+    return pool;
 }
 
 void printDevices(std::ostream& out, Core::IResourcePool& pool, DeviceFormat format) {
@@ -41,7 +69,7 @@ void printDevices(std::ostream& out, Core::IResourcePool& pool, DeviceFormat for
         return;
     }
     if (devices.empty()) {
-        out << "No devices. This version of the host knows no transport layer.\n";
+        out << "No devices.\n";
     }
     for (const Json& device : devices) {
         for (const auto& property : device.items()) {

@@ -293,8 +293,11 @@ TEST(BadUsage, IsOneMessage) {
                   "--seconds: expected a number of seconds above 0, found \"nan\"");
     expectFailure(runOrlix({"run", "r.json", "--idle", "0"}),
                   "--idle: expected a number of seconds above 0, found \"0\"");
-    expectFailure(runOrlix({"run", "r.json", "--emulated-cameras", "1"}),
-                  "--emulated-cameras 1: this version has no emulated cameras");
+    for (const std::string count : {"-1", "1001", "two", ""}) {
+        expectFailure(
+            runOrlix({"run", "r.json", "--emulated-cameras", count}),
+            "--emulated-cameras: expected a whole number from 0 to 1000, found \"" + count + "\"");
+    }
     expectFailure(runOrlix({"run", "r.json", "--arg", "Mode"}), "--arg Mode: expected NAME=VALUE");
 }
 

@@ -71,12 +71,6 @@ TEST(ParamsCommand, UnknownTypeIsNamed) {
                   "ImageLoading");
 }
 
-TEST(DevicesCommand, SaysThatThereAreNone) {
-    EXPECT_EQ(runOrlix({"devices"}).out,
-              "No devices. This version of the host knows no transport layer.\n");
-    EXPECT_EQ(runOrlix({"devices", "--json"}).out, "[]\n");
-}
-
 constexpr const char* description = R"(<?xml version="1.0" encoding="utf-8"?>
 <RegisterDescription ModelName="Model" VendorName="Vendor" StandardNameSpace="None"
   SchemaMajorVersion="1" SchemaMinorVersion="1" SchemaSubMinorVersion="0" MajorVersion="1"
