@@ -7,10 +7,13 @@
 // node->getTypeInfo(). All members may be called from any thread.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
+#include "orlixcamera/cameraenums.h"
+#include "orlixcamera/imageeventhandler.h"
 #include "orlixdataprocessingcore/core/advancednode.h"
 #include "orlixdataprocessingcore/core/nodemapcontainer.h"
 #include "orlixdataprocessingcore/core/resourceinfo.h"
@@ -24,6 +27,7 @@ using GenICam::gcstring;
 using Orlix::DataProcessing::Core::ResourceInfo;
 
 class ParameterTree;
+struct EventPinMapping;
 struct PinMapping;
 
 // The values are those of saved recipes.
@@ -71,6 +75,7 @@ struct DeviceData {
 // One recursive lock guards everything; handlers of settings and of node maps run with it free.
 class Camera : public Orlix::DataProcessing::Core::AdvancedNode,
                public Orlix::DataProcessing::Core::INodeMapContainer,
+               public Orlix::CImageEventHandler,
                public ThreadedConfigurationEventHandler {
 public:
     explicit Camera(const std::shared_ptr<Orlix::DataProcessing::Core::IResourcePool>& pool);
@@ -165,8 +170,27 @@ public:
     [[nodiscard]] bool isExecutingOFSClear() const { return false; }
     void executeOFSClear();
 
+    // The library's side: its grab thread, and what the node does when a device comes and goes.
+
+    void OnImageGrabbed(Orlix::CInstantCamera& camera,
+                        const Orlix::CGrabResultPtr& grabResult) override;
+    void OnAttached(Orlix::CInstantCamera& camera) override;
+    void OnDetached(Orlix::CInstantCamera& camera) override;
+    void OnOpened(Orlix::CInstantCamera& camera) override;
+
+protected:
+    [[nodiscard]] std::vector<std::shared_ptr<Orlix::DataProcessing::Core::IError>>
+    allocateAdditionalResources(
+        const std::shared_ptr<Orlix::DataProcessing::Core::IResourcePool>& pool,
+        bool flag) override;
+    void freeAdditionalResources(bool flag) override;
+    void onStarting(const Orlix::DataProcessing::Core::NodeArgumentCollection& arguments) override;
+    void onStopping() override;
+
 private:
     struct Impl;
+    class EventHandler;
+    using Variant = Orlix::DataProcessing::Utils::Variant;
     using Guard = Orlix::DataProcessing::Threading::UniqueLock<
         Orlix::DataProcessing::Threading::IRecursiveLockable>;
 
@@ -196,6 +220,40 @@ private:
 
     void createImageCorruptOutput();
 
+    // Taking a device and giving it back
+    void pickDevice(bool maySearchTwice);
+    [[nodiscard]] const char* takeDevice();
+    void allocateCamera(Guard& guard, bool flag);
+    void publishDevice();
+    void transferDeviceSets(Guard& guard);
+    void freeCamera(Guard& guard);
+    void releaseCamera();
+    [[nodiscard]] bool isCameraOpen() const;
+    void withdrawDevice();
+    void showSelectedDevice();
+    void showNoDeviceSelected();
+    void setSelectedDevicePortsAvailable(bool available);
+    void writeSelectedDevice(const std::array<gcstring, 4>& texts);
+    void handleCameraDeviceRemoved() override;
+    void resetDeviceRemovedError();
+
+    // A run
+    [[nodiscard]] const char* getRequestedMode(
+        const Orlix::DataProcessing::Core::NodeArgumentCollection& arguments) const;
+    [[nodiscard]] const char* getConfiguredMode() const;
+    void startGrabbing(AcquisitionMode mode);
+    void outputFrame(const Orlix::CGrabResultPtr& grabResult);
+    void fillImageOutput(const Orlix::CGrabResultPtr& grabResult, Variant& image, bool& corrupt);
+    [[nodiscard]] Variant fixCorruptedImage(const Orlix::CGrabResultPtr& grabResult);
+    void readChunkValues(const Orlix::CGrabResultPtr& grabResult,
+                         Orlix::DataProcessing::Core::PinValues& outputs);
+
+    // Events
+    [[nodiscard]] bool turnEventOn(Orlix::CInstantCamera& camera, const gcstring& eventName);
+    void registerEventHandler(Orlix::CInstantCamera& camera, const EventPinMapping& mapping,
+                              Orlix::ECameraEventRegistrationMode mode);
+    void outputEventValue(const gcstring& pinName, Variant value);
+
     // Event pins
     void setEventPinParametersAvailable(bool available);
     void setEventPinEntryAvailable(bool available);
@@ -216,7 +274,6 @@ private:
     // Configuration sets
     void setOFSParametersAvailable(bool available);
     void updateFetchAvailability();
-    [[nodiscard]] bool isCameraOpen() const;
     void fetchSelectedSet();
     [[nodiscard]] gcstring modifyOFSStagedContent(const gcstring& stagedText) const;
     void commitOFS(StreamType type);
@@ -231,8 +288,6 @@ private:
     void loadActiveSets(Orlix::DataProcessing::Core::ISettings& store);
     void loadModes(Orlix::DataProcessing::Core::ISettings& store);
     void updatePortsOfLists();
-
-    void handleCameraDeviceRemoved() override;
 
     const std::unique_ptr<Impl> impl_;
 };

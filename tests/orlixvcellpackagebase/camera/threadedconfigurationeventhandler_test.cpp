@@ -12,6 +12,7 @@
 
 #include "gcbase/gcexception.h"
 #include "orlixcamera/instantcamera.h"
+#include "orlixcamera/instantcamera.h"
 #include "orlixdataprocessingcore/core/services.h"
 #include "support/texts.h"
 

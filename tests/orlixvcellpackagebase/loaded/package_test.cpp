@@ -245,7 +245,9 @@ TEST_F(Package, ParameterMapOfANodeServesUntilTheNodeIsDestroyed) {
         const NodePointer node = create(name);
         auto* container = Utils::object_cast<Core::INodeMapContainer>(node.get());
         GenApi::INodeMap* map = container->getNodeMapInfos().at(0).GetNodeMap();
-        EXPECT_TRUE(node->allocateResources().empty()) << name;
+        const Utils::LogCapture capture;
+        // The pool has no device for a camera.
+        EXPECT_EQ(node->allocateResources().empty(), name != "Camera") << name;
         node->freeResources();
         node->stop();
         EXPECT_EQ(container->getNodeMapInfos().at(0).GetNodeMap(), map);

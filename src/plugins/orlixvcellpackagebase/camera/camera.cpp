@@ -64,6 +64,10 @@ Camera::Camera(const std::shared_ptr<Core::IResourcePool>& pool)
         // From the connection on the pool may call; it finds the list filled or the lock taken.
         const Guard guard = lockNode();
         connectToPool();
+        impl_->instantCamera.RegisterImageEventHandler(this, Orlix::RegistrationMode_Append,
+                                                       Orlix::Cleanup_None);
+        impl_->instantCamera.RegisterConfiguration(this, Orlix::RegistrationMode_Append,
+                                                   Orlix::Cleanup_None);
         buildParameterTree();
         publish();
         updateResources();
@@ -113,6 +117,8 @@ void Camera::disconnectFromPool() {
 
 void Camera::publish() {
     impl_->nodeMaps.emplace_back("@vCell", "Camera", impl_->adapter.getNodeMap());
+    impl_->nodeMaps.emplace_back(CameraNames::cameraInstanceMap, "Camera Instance",
+                                 &impl_->instantCamera.GetInstantCameraNodeMap());
     impl_->activeStreams.clear();
     impl_->stagedStreams.clear();
 }
@@ -137,7 +143,5 @@ gcstring Camera::describeParameters() {
     impl_->adapter.generateDescription(description, "", "");
     return description;
 }
-
-void Camera::handleCameraDeviceRemoved() {}
 
 }  // namespace Plugin::OrlixVCellPackageBase

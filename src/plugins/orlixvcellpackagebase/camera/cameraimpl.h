@@ -16,6 +16,8 @@
 #include "anythingtonodemapadapter/stringparameterport.h"
 #include "camera/pinmapping.h"
 #include "nodedata.h"
+#include "orlixcamera/cameradevice.h"
+#include "orlixcamera/instantcamera.h"
 #include "orlixdataprocessingcore/core/errors.h"
 #include "orlixdataprocessingcore/core/resourcepool.h"
 #include "orlixdataprocessingcore/utils/signal.h"
@@ -99,7 +101,10 @@ struct Camera::Impl {
     PinMappingMap chunkPinMappings;
     std::vector<gcstring> chunkOutputNames;
     std::shared_ptr<Orlix::DataProcessing::Core::IResourcePool> resourcePool;
+    std::shared_ptr<Orlix::ICameraDevice> device;
+    Orlix::CInstantCamera instantCamera;
     std::shared_ptr<Signals> signals;
+    bool allocatedWithFlag = false;
     std::shared_ptr<Orlix::DataProcessing::Threading::RecursiveCLock> lock;
     std::shared_ptr<Orlix::DataProcessing::Core::IError> deviceRemovedError;
 

@@ -185,8 +185,4 @@ void Camera::executeOFSClear() {
     notifySettingsChanged();
 }
 
-bool Camera::isCameraOpen() const {
-    return false;
-}
-
 }  // namespace Plugin::OrlixVCellPackageBase

@@ -1,0 +1,39 @@
+// What Camera does when its device has vanished, on a pool thread.
+#include "camera/cameraimpl.h"
+#include "camera/log.h"
+
+namespace Plugin::OrlixVCellPackageBase {
+
+namespace Core = Orlix::DataProcessing::Core;
+using Orlix::DataProcessing::Utils::DateTime;
+using namespace CameraLog;
+
+// The error stays until the resources are given up or another device is open; a second removal
+// keeps the first one.
+void Camera::handleCameraDeviceRemoved() {
+    Guard guard = lockNode();
+    const std::shared_ptr<Impl::Signals> signals = impl_->signals;
+    if (impl_->deviceRemovedError == nullptr) {
+        impl_->deviceRemovedError = std::make_shared<Core::DeviceError>(
+            "vCell has stopped working because the camera has been disconnected.", DateTime::now());
+        setError(impl_->deviceRemovedError);
+    }
+    withdrawDevice();
+    showNoDeviceSelected();
+    createLogEntry(Severitiy::Error, category(), "Camera %p: Device has been removed.",
+                   static_cast<const void*>(this));
+    guard.unlock();
+    // Receivers may call back into the node.
+    signals->nodeMapsChanged();
+    releaseCamera();
+}
+
+void Camera::resetDeviceRemovedError() {
+    const Guard guard = lockNode();
+    if (impl_->deviceRemovedError != nullptr) {
+        resetError(impl_->deviceRemovedError);
+        impl_->deviceRemovedError.reset();
+    }
+}
+
+}  // namespace Plugin::OrlixVCellPackageBase
