@@ -24,9 +24,12 @@ public:
 
     [[nodiscard]] std::vector<std::string> texts(const char* key) const {
         const Json& value = at(key);
+        if (!value.is_array()) {
+            failKind(key, "an array of texts", value);
+        }
         std::vector<std::string> result;
         for (const Json& element : value) {
-            if (!value.is_array() || !element.is_string()) {
+            if (!element.is_string()) {
                 failKind(key, "an array of texts", element);
             }
             result.push_back(element.get<std::string>());

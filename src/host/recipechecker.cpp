@@ -86,7 +86,7 @@ std::string RecipeChecker::requiredText(const Json& object, const char* key,
     if (!object.contains(key)) {
         failAt(place + "." + key, "is missing");
     }
-    const std::string value = text(object, key, place);
+    std::string value = text(object, key, place);
     if (value.empty()) {
         failAt(place + "." + key, "is empty");
     }
