@@ -3,6 +3,8 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "host/support/message.h"
 #include "host/support/recipes.h"
 #include "orlixdataprocessingcore/core/inode.h"
@@ -35,9 +37,13 @@ bool isLoaded(const std::string& file) {
 }
 
 TEST(Package, StaysLoadedWhenTheHostLetsGoOfIt) {
-    ASSERT_FALSE(isLoaded(testPackage("testnodes")));
-    static_cast<void>(Package::load(testPackage("testnodes")));
-    EXPECT_TRUE(isLoaded(testPackage("testnodes")));
+    // A file of its own, which no other test of this process has loaded.
+    const Testing::TemporaryFolder folder;
+    const std::string file = folder / "package.so";
+    std::filesystem::copy_file(testPackage("testnodes"), file);
+    ASSERT_FALSE(isLoaded(file));
+    static_cast<void>(Package::load(file));
+    EXPECT_TRUE(isLoaded(file));
 }
 
 TEST(Package, CodeOfTheNodesStaysEvenIfAHostClosesIt) {
