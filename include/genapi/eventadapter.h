@@ -23,6 +23,9 @@ public:
     void AttachNodeMap(INodeMap* pNodeMap);
     // Disconnects them.
     void DetachNodeMap();
+    // The ports are not available until their next message. May be called while another thread
+    // delivers one.
+    void ForgetMessages();
 
 protected:
     CEventAdapter();

@@ -94,6 +94,18 @@ void CEventAdapter::DetachNodeMap() {
     map_._Destroy();
 }
 
+void CEventAdapter::ForgetMessages() {
+    if (!map_) {
+        return;
+    }
+    const NodeMap::Call call(implementationOf(map_));
+    for (const Receiver& receiver : receivers_) {
+        if (receiver.port != nullptr) {
+            receiver.port->DetachEvent();
+        }
+    }
+}
+
 bool CEventAdapter::deliver(std::uint64_t eventId, const std::uint8_t* bytes, std::int64_t length) {
     if (!map_) {
         GENAPI_THROW(RuntimeException, "Event adapter: no node map is attached.");

@@ -189,12 +189,13 @@ TEST_F(InstantCamera, TheStreamTellsThePayloadSizeFromTheFirstStartOn) {
 
 TEST_F(InstantCamera, ChangesOfStateFireCallbacksOfItsMaps) {
     int fired = 0;
-    GenApi::Register(camera.GetInstantCameraNodeMap().GetNode("IsOpen"),
-                     [&](GenApi::INode*) { ++fired; });
+    GenApi::INode* const node = camera.GetInstantCameraNodeMap().GetNode("IsOpen");
+    const auto handle = GenApi::Register(node, [&](GenApi::INode*) { ++fired; });
     open();
     EXPECT_EQ(fired, 1);
     camera.Close();
     EXPECT_EQ(fired, 2);
+    EXPECT_TRUE(GenApi::Deregister(node, handle));
 }
 
 TEST_F(InstantCamera, AnotherDeviceTakesThePlaceOfTheFirst) {

@@ -33,6 +33,7 @@ void DeviceMaps::SetOpen(bool open) {
 }
 
 void DeviceMaps::Invalidate() {
+    eventAdapter_.ForgetMessages();
     devicePort_->InvalidateNode();
     layerPort_->InvalidateNode();
     streamMap_->Invalidate();

@@ -31,7 +31,8 @@ public:
     [[nodiscard]] GenApi::CEventAdapterGeneric& GetEventAdapter() { return eventAdapter_; }
 
     void SetOpen(bool open);
-    // What was cached belongs to another opening; fires callbacks, so no lock may be held.
+    // What was cached, and the last events, belong to another opening. Fires callbacks, so no lock
+    // may be held.
     void Invalidate();
 
 private:

@@ -155,6 +155,11 @@ void EventDelivery::deliver(const Message& message, DeviceMaps& maps) {
         maps.GetEventAdapter().DeliverMessage(message.eventId, message.data.data(),
                                               static_cast<std::int64_t>(message.data.size()));
     }
+    if (!isCurrent(maps)) {
+        // Closed meanwhile; its nodes must not show a message that came too late.
+        maps.GetEventAdapter().ForgetMessages();
+        return;
+    }
     const auto handlers = handlers_.Get();
     for (const auto& handler : *handlers) {
         GenApi::INode* const node = handler->TakeChanged();

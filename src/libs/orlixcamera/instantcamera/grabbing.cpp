@@ -133,20 +133,18 @@ void CInstantCamera::Impl::stop(GrabRun& run) noexcept {
         return;
     }
     if (settings_->controlAcquisition && !settings_->isRemoved) {
-        // A device that is lost, or just getting lost, has stopped anyway.
+        // A device that is lost has stopped anyway; the news of that may be still on its way.
         try {
             executeCommand("AcquisitionStop");
         } catch (...) {
-            if (!settings_->isRemoved) {
+            if (!settings_->isRemoved && !run.HasFailed()) {
                 Detail::Tell("The acquisition can't be stopped: " +
                              Detail::TextOfCurrentException());
             }
         }
     }
     run.Stop();
-    if (!settings_->isRemoved) {
-        lockTransport(false);
-    }
+    lockTransport(false);
     settings_->isGrabbing = false;
     const std::scoped_lock lock(state_);
     run_.reset();
@@ -166,8 +164,10 @@ void CInstantCamera::Impl::lockTransport(bool locked) noexcept {
             parameter.SetValue(locked ? 1 : 0);
         }
     } catch (...) {
-        Detail::Tell("The transport parameters can't be locked: " +
-                     Detail::TextOfCurrentException());
+        if (!settings_->isRemoved) {
+            Detail::Tell("The transport parameters can't be locked: " +
+                         Detail::TextOfCurrentException());
+        }
     }
 }
 
@@ -180,6 +180,7 @@ void CInstantCamera::Impl::grabLoop(const std::shared_ptr<GrabRun>& run) {
             }
         }
     } catch (...) {
+        run->SetFailed();
         const std::string text = Detail::TextOfCurrentException();
         for (const auto& item : *configurations_.Get()) {
             item->Call([&](CConfigurationEventHandler& handler) {
@@ -222,6 +223,7 @@ bool CInstantCamera::Impl::RetrieveResult(unsigned int timeoutMilliseconds, CGra
     try {
         result = run->Next(milliseconds(timeoutMilliseconds));
     } catch (...) {
+        run->SetFailed();
         endRun(run);
         throw;
     }

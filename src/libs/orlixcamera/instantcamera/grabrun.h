@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -50,6 +51,9 @@ public:
     [[nodiscard]] CGrabResultPtr Next(std::chrono::milliseconds timeOut);
     // The frame was handed over, or came too late for it.
     void Count(const CGrabResultData& frame, bool handedOver);
+    // The stream has thrown, so that the device may be lost.
+    void SetFailed() noexcept { failed_ = true; }
+    [[nodiscard]] bool HasFailed() const noexcept { return failed_; }
     // Whether all frames that were asked for have been handed out by Next.
     [[nodiscard]] bool IsComplete() const;
 
@@ -70,6 +74,7 @@ private:
     std::shared_ptr<BufferSet> buffers_;
     std::uint64_t number_ = 0;  // with the grabber
 
+    std::atomic<bool> failed_{false};
     mutable std::mutex mutex_;
     bool allowed_ = true;
     std::array<bool, 2> claimed_{};
