@@ -90,7 +90,8 @@ TEST(Access, Rule62ARangeLinkThatCanNotBeReadMakesTheValueUnreadable) {
     EXPECT_EQ(t.mode("A"), NA);
     EXPECT_EQ(
         errorOf<GenICam::AccessException>([&] { (void)t.integer("A")->GetValue(); }),
-        "Node 'A' is not readable, its access mode is NA: 'A' needs 'W', which is not readable.");
+        "Node 'A' is not readable, its access mode is NA: 'A' needs 'W', which is not readable: "
+        "'W' is for writing only.");
 }
 
 TEST(Access, Rule63CategoriesAreReadOnlyAlsoWhenEmpty) {

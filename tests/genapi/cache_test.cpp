@@ -143,6 +143,52 @@ TEST(Cache, Rule69AWriteDropsTheBytesOfEveryNodeThatOverlaps) {
     EXPECT_EQ(costOf(t, "A"), 0U);
 }
 
+TEST(Cache, Rule69PortNodesThatLieOnOnePortShareItsBytes) {
+    TestMap t(std::string(Reg{"A", 0, "RW", ""}) +
+              "<Port Name=\"Q\"/><IntReg Name=\"B\"><Address>4</Address><Length>4</Length>"
+              "<AccessMode>RW</AccessMode><pPort>Q</pPort></IntReg>");
+    t.map->Connect(&t.port, "Q");
+    EXPECT_EQ(t.integer("A")->GetValue(), 0);
+    t.integer("B")->SetValue(1);
+    EXPECT_EQ(t.integer("A")->GetValue(), std::int64_t{1} << 32);
+}
+
+// Registers of all lengths lie on each other in all ways; what one writes the others read.
+TEST(Cache, Rule69AnyOverlapIsFoundAlsoAroundTheEndsOfTheAddresses) {
+    std::uint32_t noise = 7;
+    const auto next = [&](std::uint32_t below) {
+        noise = noise * 1664525 + 1013904223;
+        return (noise >> 8) % below;
+    };
+    std::string nodes;
+    constexpr int count = 60;
+    for (int i = 0; i < count; ++i) {
+        const std::uint32_t length = 1 + next(i % 5 == 0 ? 300 : 8);
+        const std::uint64_t address =
+            (i % 3 == 0 ? 0 : (i % 3 == 1 ? 0x7FFFFFFFFFFFFF80U : 0xFFFFFFFFFFFFFF80U)) + next(250);
+        nodes += "<Register Name=\"R" + std::to_string(i) + "\"><Address>" +
+                 std::to_string(static_cast<std::int64_t>(address)) + "</Address><Length>" +
+                 std::to_string(length) +
+                 "</Length><AccessMode>RW</AccessMode><pPort>P</pPort></Register>";
+    }
+    TestMap t(nodes);
+    for (int round = 0; round < 300; ++round) {
+        const CRegisterPtr written = t.node(("R" + std::to_string(next(count))).c_str());
+        std::vector<std::uint8_t> bytes(static_cast<std::size_t>(written->GetLength()));
+        std::generate(bytes.begin(), bytes.end(),
+                      [&] { return static_cast<std::uint8_t>(next(256)); });
+        written->Set(bytes.data(), written->GetLength());
+        for (int i = 0; i < count; ++i) {
+            const CRegisterPtr read = t.node(("R" + std::to_string(i)).c_str());
+            std::vector<std::uint8_t> seen(static_cast<std::size_t>(read->GetLength()));
+            std::vector<std::uint8_t> there(seen.size());
+            read->Get(seen.data(), read->GetLength());
+            t.port.memory.Read(there.data(), read->GetAddress(), read->GetLength());
+            ASSERT_EQ(seen, there) << "R" << i << " in round " << round;
+        }
+    }
+}
+
 TEST(Cache, Rule71SelectionGoesBothWays) {
     TestMap t(
         "<Integer "

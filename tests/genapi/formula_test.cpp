@@ -375,7 +375,7 @@ TEST(Converter, Rule45TheTargetsOwnRangeDecides) {
         "pValue><Slope>Varying</Slope></Converter>" +
         std::string(Reg{"S", 0, "RW", "", "IntReg", 1}));
     EXPECT_EQ(errorOf<GenICam::OutOfRangeException>([&] { t.real("D")->SetValue(300); }),
-              "Node 'S' can not take 300: its range is 0 to 255.");
+              "Node 'D' leads to 'S': Node 'S' can not take 300: its range is 0 to 255.");
     EXPECT_EQ(t.port.count('W'), 0U);
 }
 

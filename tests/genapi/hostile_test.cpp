@@ -121,7 +121,8 @@ TEST(Hostile, Rule11AValueCircleEndsWithAnErrorOfThatRead) {
         "<Integer Name=\"B\"><pValue>A</pValue></Integer>"
         "<Integer Name=\"Self\"><pValue>Self</pValue></Integer>");
     EXPECT_EQ(errorOf<GenICam::RuntimeException>([&] { (void)t.integer("A")->GetValue(); }),
-              "Node 'A' can not be evaluated: its links lead in a circle back to it.");
+              "Node 'A' leads through 'B' to 'A': Node 'A' can not be evaluated: its links lead "
+              "in a circle back to it.");
     EXPECT_THROW((void)t.integer("Self")->GetValue(), GenICam::RuntimeException);
     EXPECT_THROW(t.integer("A")->SetValue(1), GenICam::RuntimeException);
     EXPECT_THROW((void)t.integer("A")->GetMin(), GenICam::RuntimeException);

@@ -30,7 +30,7 @@ TEST(Integer, Rule47AGivenMinimumReplacesTheTargetsButTheTargetStillDecides) {
         "<Integer Name=\"B\"><Value>4</Value><Min>2</Min><Max>8</Max></Integer>");
     EXPECT_EQ(t.integer("A")->GetMin(), 0);
     EXPECT_EQ(errorOf<GenICam::OutOfRangeException>([&] { t.integer("A")->SetValue(1); }),
-              "Node 'B' can not take 1: its range is 2 to 8.");
+              "Node 'A' leads to 'B': Node 'B' can not take 1: its range is 2 to 8.");
     EXPECT_EQ(t.integer("B")->GetValue(), 4);
 }
 

@@ -100,6 +100,28 @@ void markFeatures(Description& d) {
     }
 }
 
+// Nearly no node has a set of valid values, so that writing need not look for one.
+void markListed(Description& d) {
+    const auto isListed = [&](const Node& node) {
+        if (node.kind != Kind::integer && node.kind != Kind::floating) {
+            return false;
+        }
+        const NumberDetail& detail = d.numbers[node.detail];
+        // Where a table leads is known later.
+        return detail.validValues.count != 0 || detail.index != noNode;
+    };
+    for (Node& node : d.nodes) {
+        const Node* source = &node;
+        for (int depth = 0; depth < 64 && !node.mayBeListed; ++depth) {
+            node.mayBeListed = isListed(*source) || depth == 63;
+            if (source->value == noNode) {
+                break;
+            }
+            source = &d.nodes[source->value];
+        }
+    }
+}
+
 }  // namespace
 
 void linkDependants(LoadContext& context) {
@@ -114,6 +136,7 @@ void linkDependants(LoadContext& context) {
     index(providers, d.nodes.size(), d.providers, d.providerLinks);
     linkSelecting(context);
     markFeatures(d);
+    markListed(d);
     d.prepareClosures();
 }
 

@@ -39,6 +39,21 @@ NodeId NameIndex::find(std::string_view name, std::span<const Node> nodes,
     return slots_.empty() ? noNode : slots_[slotOf(name, nodes, texts)];
 }
 
+// Big endian counts from the highest bit. Ends the wrong way round mean the same field.
+std::optional<BitField> bitFieldOf(const RegisterDetail& detail, int bits) {
+    if (!detail.hasBits) {
+        return BitField{0, bits};
+    }
+    int low = std::min(detail.lsb, detail.msb);
+    int high = std::max(detail.lsb, detail.msb);
+    if (detail.bigEndian) {
+        const int turned = bits - 1 - high;
+        high = bits - 1 - low;
+        low = turned;
+    }
+    return low < 0 || high >= bits ? std::nullopt : std::optional(BitField{low, high - low + 1});
+}
+
 Description::~Description() {
     for (std::size_t i = 0; closures_ != nullptr && i < nodes.size(); ++i) {
         delete[] closures_[i].load(std::memory_order_relaxed);

@@ -3,10 +3,13 @@
 // caches of their own. Any thread may read; the lists of dependants fill themselves safely.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <limits>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -75,7 +78,8 @@ struct Node {
     bool standardNameSpace = false;
     // No condition of its own decides the access, and nothing is imposed.
     bool unconditional = false;
-    bool ownCaching = false;  // the description says so; inherited otherwise
+    bool ownCaching = false;   // the description says so; inherited otherwise
+    bool mayBeListed = false;  // it or where it takes its value has a set of valid values
     std::uint8_t imposedAccess = RW;
     std::uint8_t visibility = Beginner;
     std::uint8_t representation = _UndefinedRepresentation;
@@ -167,7 +171,27 @@ struct RegisterDetail {
     bool hasBits = false;
     std::int16_t lsb = 0;
     std::int16_t msb = 0;
+    // Of an integer of constant length; a width of 0 for all others.
+    std::uint8_t shift = 0;
+    std::uint8_t width = 0;
+    std::int64_t minimum = 0;
+    std::int64_t maximum = 0;
 };
+
+// Where in a register of `bits` its number lies; nothing where it reaches beyond.
+struct BitField {
+    int shift = 0;
+    int width = 0;
+};
+[[nodiscard]] std::optional<BitField> bitFieldOf(const RegisterDetail& detail, int bits);
+// A register of w bits holds 2^w values; eight unsigned bytes are cut to what an int64 can be.
+[[nodiscard]] inline std::int64_t minimumOf(const RegisterDetail& detail, int width) {
+    return detail.isSigned ? std::numeric_limits<std::int64_t>::min() >> (64 - width) : 0;
+}
+[[nodiscard]] inline std::int64_t maximumOf(const RegisterDetail& detail, int width) {
+    const int magnitude = detail.isSigned ? width - 1 : std::min(width, 63);
+    return static_cast<std::int64_t>((std::uint64_t{1} << magnitude) - 1);
+}
 
 // What a name in a formula stands for.
 struct FormulaVariable {

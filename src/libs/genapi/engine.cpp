@@ -2,6 +2,7 @@
 // own: engine*.cpp.
 #include "genapi/engine.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "genapi/engineerror.h"
@@ -12,10 +13,15 @@ Engine::Engine(std::shared_ptr<const Description> description)
     : d_(std::move(description)),
       nodes_(d_->nodes.size()),
       registers_(d_->registers.size()),
+      hasBytes_(d_->registers.size(), 0),
       ports_(d_->ports.size()),
       heldNumbers_(d_->heldNumbers),
       heldTexts_(d_->heldTexts),
-      pollElapsed_(d_->polled.size(), 0) {
+      pollElapsed_(d_->polled.size(), 0),
+      variablesSeen_(d_->formulas.size(), 0) {
+    for (std::size_t i = 0; i < d_->registerNodes.size(); ++i) {
+        nodes_[d_->registerNodes[i]].reg = static_cast<std::uint32_t>(i);
+    }
     for (const Node& node : d_->nodes) {
         if (node.held == noSlot) {
             continue;
@@ -46,9 +52,31 @@ Engine::Engine(std::shared_ptr<const Description> description)
 }
 
 std::string Engine::says(NodeId id, std::string_view rest) const {
-    std::string text = "Node '";
-    text += d_->nameOf(id);
-    text += "' ";
+    // Innermost first.
+    std::vector<NodeId> way;
+    for (const Path* step = path_; step != nullptr; step = step->outer()) {
+        if (step->id() != (way.empty() ? id : way.back())) {
+            way.push_back(step->id());
+        }
+    }
+    const auto quoted = [&](NodeId node) { return "'" + std::string(d_->nameOf(node)) + "'"; };
+    std::string text;
+    if (!way.empty()) {
+        text = "Node " + quoted(way.back()) + " leads ";
+        // Of an endless way the ends are enough.
+        constexpr std::size_t most = 8;
+        for (std::size_t i = way.size() - 1; i-- > 0;) {
+            if (i >= most && way.size() - i > most) {
+                continue;
+            }
+            text += (i + 2 == way.size() ? "through " : ", ") + quoted(way[i]);
+            text += i == most ? ", ..." : "";
+        }
+        text += (way.size() > 1 ? " to " : "to ") + quoted(id) + ": ";
+    }
+    text += "Node ";
+    text += quoted(id);
+    text += ' ';
     text += rest;
     return text;
 }
@@ -77,11 +105,12 @@ void Engine::refuseVisit(NodeId id, bool circle) {
 // Drops the bytes of all that depends on the node and gathers whom to tell.
 void Engine::touch(NodeId id) {
     ++generation_;
+    ++moment_;
     for (const NodeId reached : d_->closure(id)) {
-        if (isRegister(node(reached).kind)) {
-            dropBytes(node(reached).detail);
-        }
         NodeState& state = nodes_[reached];
+        if (state.reg != noSlot) {
+            dropBytes(state.reg);
+        }
         if (state.watched && !state.queued) {
             state.queued = true;
             changed_.push_back(reached);
@@ -91,9 +120,10 @@ void Engine::touch(NodeId id) {
 
 void Engine::dropClosureBytes(NodeId id) {
     ++generation_;
+    ++moment_;
     for (const NodeId reached : d_->closure(id)) {
-        if (isRegister(node(reached).kind)) {
-            dropBytes(node(reached).detail);
+        if (const std::uint32_t reg = nodes_[reached].reg; reg != noSlot) {
+            dropBytes(reg);
         }
     }
 }
@@ -112,6 +142,7 @@ void Engine::invalidate(NodeId id) {
 
 void Engine::invalidateAll() {
     ++generation_;
+    ++moment_;
     for (std::size_t i = 0; i < nodes_.size(); ++i) {
         if (isRegister(d_->nodes[i].kind)) {
             dropBytes(d_->nodes[i].detail);
@@ -178,10 +209,16 @@ bool Engine::isPollable(NodeId id) {
 
 void Engine::connect(NodeId portNode, IPort* port) {
     PortState& state = ports_[node(portNode).detail];
-    if (state.port != port) {
-        state.port = port;
-        touch(portNode);
+    if (state.port == port) {
+        return;
     }
+    state.port = port;
+    for (PortState& one : ports_) {
+        const auto isSame = [&](const PortState& other) { return other.port == one.port; };
+        one.isShared =
+            one.port != nullptr && std::count_if(ports_.begin(), ports_.end(), isSame) > 1;
+    }
+    touch(portNode);
 }
 
 }  // namespace GenApi::Detail

@@ -35,7 +35,8 @@ public:
     void begin() {
         stepsLeft_ = maximumSteps;
         mustTravel_ = false;
-        denial_ = {};
+        denialCount_ = 0;
+        ++moment_;
     }
 
     // ---- Access. The one function behind every report and every access. A question about reading
@@ -91,7 +92,10 @@ public:
 
     // ---- Registers.
     [[nodiscard]] std::int64_t address(NodeId id);
-    [[nodiscard]] std::int64_t length(NodeId id);
+    [[nodiscard]] std::int64_t length(NodeId id) {
+        const Number& given = registerOf(id).length;
+        return given.link == noNode ? given.integer : linkedLength(id);
+    }
     void readBytes(NodeId id, std::span<std::uint8_t> bytes, CacheUse use);
     void setBytes(NodeId id, std::span<const std::uint8_t> bytes);
     [[nodiscard]] bool isCached(NodeId id);
@@ -124,7 +128,7 @@ public:
     // Until the next change.
     [[nodiscard]] std::span<const NodeId> takeChanges();
 
-    // "Node 'NAME' REST"
+    // "Node 'NAME' REST", behind the nodes that led there.
     [[nodiscard]] std::string says(NodeId id, std::string_view rest) const;
 
 private:
@@ -149,6 +153,7 @@ private:
         imposed,
         notConnected,
         link,
+        failed,
         table
     };
 
@@ -159,18 +164,23 @@ private:
         bool watched = false;
         bool queued = false;
         bool running = false;
+        std::uint32_t reg = noSlot;  // of a register, its index
     };
     struct RegisterState {
         std::int64_t address = 0;
         std::int64_t length = 0;
-        bool valid = false;
-        std::uint32_t place = 0;  // in the port's list of cached registers
+        std::uint8_t bucket = noBucket;  // the one of its port that it is listed in
         std::array<std::uint8_t, 8> bytes{};
         std::vector<std::uint8_t> longBytes;
     };
+    // Registers with bytes, by the block of addresses that they lie in, and the long ones. Those
+    // whose bytes went stay listed until someone looks.
+    static constexpr std::uint8_t longBucket = 64;
+    static constexpr std::uint8_t noBucket = 255;
     struct PortState {
         IPort* port = nullptr;
-        std::vector<std::uint32_t> cached;  // registers with valid bytes
+        bool isShared = false;                             // another port node has the same port
+        std::vector<std::vector<std::uint32_t>> cached{};  // empty until there are any
     };
     union HeldNumber {
         std::int64_t integer;
@@ -184,10 +194,29 @@ private:
     static constexpr std::uint32_t maximumSteps = 2'000'000;
     static constexpr int maximumDepth = 200;
 
+    // A node on the way from the one that was asked for; for the texts of errors.
+    class Path {
+    public:
+        Path(Engine& engine, NodeId id) : engine_(engine), outer_(engine.path_), id_(id) {
+            engine_.path_ = this;
+        }
+        ~Path() { engine_.path_ = outer_; }
+        Path(const Path&) = delete;
+        Path& operator=(const Path&) = delete;
+        [[nodiscard]] NodeId id() const { return id_; }
+        [[nodiscard]] const Path* outer() const { return outer_; }
+
+    private:
+        Engine& engine_;
+        const Path* outer_;
+        NodeId id_;
+    };
+
     // Marks a node busy for a scope, and counts depth and steps.
     class Visit {
     public:
-        Visit(Engine& engine, NodeId id, Busy what) : engine_(engine), id_(id), what_(what) {
+        Visit(Engine& engine, NodeId id, Busy what)
+            : engine_(engine), id_(id), what_(what), path_(engine, id) {
             NodeState& state = engine_.nodes_[id_];
             // What lacks a part has an access mode, but nothing else.
             const bool isUnusable =
@@ -212,6 +241,7 @@ private:
         Engine& engine_;
         NodeId id_;
         Busy what_;
+        Path path_;
     };
 
     [[noreturn]] void refuseVisit(NodeId id, bool circle);
@@ -230,15 +260,28 @@ private:
     enum class Condition : std::uint8_t { no, yes, unreadable };
     [[nodiscard]] Condition condition(NodeId link);
     EAccessMode deny(NodeId id, Denial why, NodeId culprit, EAccessMode mode);
-    [[nodiscard]] std::string explainDenial() const;
+    // The denials since `mark`, the one of the node that was asked for first.
+    [[nodiscard]] std::string explainDenial(std::size_t mark = 0) const;
+    [[nodiscard]] std::string textOf(std::size_t denial) const;
 
     // enginevalues.cpp
+    void requireLink(NodeId link);
     [[nodiscard]] std::int64_t linkedInteger(NodeId link, CacheUse use = CacheUse::allowed);
     [[nodiscard]] double linkedReal(NodeId link, CacheUse use = CacheUse::allowed);
     [[nodiscard]] std::int64_t integerOf(const Number& number);
     [[nodiscard]] double realOf(const Number& number);
     // Where an Integer or a Float has its value now, following its table.
-    [[nodiscard]] Number sourceOf(NodeId id);
+    [[nodiscard]] Number sourceOf(NodeId id) {
+        const NumberDetail& detail = d_->numbers[node(id).detail];
+        if (detail.index != noNode) {
+            return tableSource(detail);
+        }
+        Number source;
+        source.link = node(id).value;
+        source.given = source.link != noNode;
+        return source;
+    }
+    [[nodiscard]] Number tableSource(const NumberDetail& detail);
     [[nodiscard]] std::int64_t toInteger(NodeId id, double value) const;
     [[nodiscard]] double realValue(NodeId id, CacheUse use);
     [[nodiscard]] std::int64_t registerInteger(NodeId id, CacheUse use);
@@ -261,7 +304,8 @@ private:
     [[nodiscard]] std::optional<FormulaNumber> evaluateEnd(NodeId id, FormulaNumber end);
     [[nodiscard]] FormulaNumber run(NodeId id, const Program& program, FormulaNumber argument,
                                     std::size_t frame);
-    [[nodiscard]] FormulaNumber variableValue(const FormulaVariable& variable);
+    enum class Check { access, none };
+    [[nodiscard]] FormulaNumber variableValue(const FormulaVariable& variable, Check check);
     // What a converter's target would be given for a value.
     [[nodiscard]] FormulaNumber converted(NodeId id, FormulaNumber value);
     void checkConverted(NodeId id, FormulaNumber value, Verify verify);
@@ -288,6 +332,7 @@ private:
     void checkInteger(NodeId id, std::int64_t value, Verify verify);
     void checkReal(NodeId id, double value, Verify verify);
     void checkRange(NodeId id, std::int64_t value);
+    [[nodiscard]] bool isListed(NodeId id, std::int64_t value);
     void checkEntry(NodeId enumeration, std::int64_t value);
     void checkText(NodeId id, std::string_view value);
     void storeInteger(NodeId id, std::int64_t value);
@@ -299,26 +344,34 @@ private:
     [[nodiscard]] NodeId nearestEntry(NodeId enumeration, double value);
 
     // engineregisters.cpp
-    struct Field {
-        int shift;
-        int width;
-    };
-    [[nodiscard]] Field fieldOf(NodeId id, std::int64_t bytes) const;
+    [[nodiscard]] std::int64_t linkedLength(NodeId id);
+    [[nodiscard]] BitField fieldOf(NodeId id, std::int64_t bytes) const {
+        const RegisterDetail& detail = registerOf(id);
+        return detail.width != 0 ? BitField{detail.shift, detail.width} : linkedField(id, bytes);
+    }
+    [[nodiscard]] BitField linkedField(NodeId id, std::int64_t bytes) const;
     void writeBytes(NodeId id, std::span<const std::uint8_t> bytes);
     void keep(NodeId id, std::int64_t address, std::span<const std::uint8_t> bytes);
     void dropBytes(std::uint32_t registerIndex);
     void dropOverlapping(NodeId port, std::int64_t address, std::int64_t length);
+    void dropFrom(PortState& port, std::int64_t address, std::int64_t length);
+    void dropFrom(PortState& port, std::uint8_t bucket, std::int64_t address, std::int64_t length);
+    [[nodiscard]] static std::uint8_t bucketOf(std::int64_t address, std::int64_t length);
     // What a port throws must reach the caller; its calls back into the engine start clean.
     template <typename Call>
     void throughPort(Call call) {
         const bool before = mustTravel_;
+        const Path* const path = path_;
         mustTravel_ = false;
+        path_ = nullptr;
         try {
             call();
         } catch (...) {
             mustTravel_ = true;
+            path_ = path;
             throw;
         }
+        path_ = path;
         mustTravel_ = before;
     }
     void transfer(NodeId portNode, std::span<std::uint8_t> bytes, std::int64_t address);
@@ -339,6 +392,7 @@ private:
     std::shared_ptr<const Description> d_;
     std::vector<NodeState> nodes_;
     std::vector<RegisterState> registers_;
+    std::vector<std::uint8_t> hasBytes_;  // of each register
     std::vector<PortState> ports_;
     std::vector<HeldNumber> heldNumbers_;
     std::vector<std::string> heldTexts_;
@@ -347,7 +401,15 @@ private:
     std::vector<NodeId> changed_, taken_;
     // Variables and intermediate results of the formulas being worked out, one behind the other.
     std::vector<FormulaNumber> formulaStack_;
-    std::vector<bool> formulaKnown_;
+    std::vector<std::uint8_t> formulaKnown_;
+    // What the converters on the way of a write were found to give their targets.
+    struct Conversion {
+        NodeId converter;
+        FormulaNumber result;
+    };
+    std::vector<Conversion> conversions_;
+    // Of each formula, when all its variables were found readable.
+    std::vector<std::uint64_t> variablesSeen_;
     std::size_t formulaTop_ = 0;
 
     std::uint32_t stepsLeft_ = maximumSteps;
@@ -356,11 +418,19 @@ private:
     std::uint64_t generation_ = 0;
     // The exception under way comes from a port, or ends the call: no link may swallow it.
     bool mustTravel_ = false;
-    struct {
+    // Why nodes could not be accessed, the cause before what came of it.
+    struct DenialStep {
         NodeId node = noNode;
         NodeId culprit = noNode;
         Denial why = Denial::none;
-    } denial_;
+    };
+    std::array<DenialStep, 12> denials_;
+    std::size_t denialCount_ = 0;
+    std::string failure_;  // the text of the last error that made a condition unreadable
+    const Path* path_ = nullptr;
+    // Grows with each call from outside and each change, so that what was seen before is not taken
+    // for what is.
+    std::uint64_t moment_ = 1;
 };
 
 }  // namespace GenApi::Detail

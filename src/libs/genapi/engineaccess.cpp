@@ -15,7 +15,7 @@ const char* nameOf(EAccessMode mode) {
 }  // namespace
 
 EAccessMode Engine::access(NodeId id, Ask ask) {
-    denial_ = {};
+    denialCount_ = 0;
     const EAccessMode mode = coreAccess(id, ask);
     // Ranges count for the node that is asked for, not for those that use its value: two ranges
     // that need each other's values are no circle.
@@ -59,38 +59,52 @@ void Engine::imposeAccess(NodeId id, EAccessMode mode) {
 }
 
 EAccessMode Engine::deny(NodeId id, Denial why, NodeId culprit, EAccessMode mode) {
-    denial_ = {id, culprit, why};
+    if (denialCount_ < denials_.size()) {
+        denials_[denialCount_++] = {id, culprit, why};
+    }
     return mode;
 }
 
-std::string Engine::explainDenial() const {
-    if (denial_.why == Denial::none) {
-        return ".";
+std::string Engine::explainDenial(std::size_t mark) const {
+    std::string text;
+    for (std::size_t i = denialCount_; i > mark; --i) {
+        text += ": " + textOf(i - 1);
     }
+    return text + ".";
+}
+
+std::string Engine::textOf(std::size_t denial) const {
+    const DenialStep& step = denials_[denial];
     const auto quoted = [&](NodeId id) { return "'" + std::string(d_->nameOf(id)) + "'"; };
-    const std::string node = quoted(denial_.node);
-    const std::string culprit = denial_.culprit == noNode ? "" : quoted(denial_.culprit);
-    switch (denial_.why) {
+    const std::string node = quoted(step.node);
+    const std::string culprit = step.culprit == noNode ? "" : quoted(step.culprit);
+    switch (step.why) {
         case Denial::broken:
-            return ": " + node + " is not available, " +
-                   std::string(d_->text(d_->nodes[denial_.node].broken)) + ".";
+            return node + " is not available, " +
+                   std::string(d_->text(d_->nodes[step.node].broken));
         case Denial::notImplemented:
-            return ": " + node + " is not implemented, as " + culprit + " says.";
+            return node + " is not implemented, as " + culprit + " says";
         case Denial::notAvailable:
-            return ": " + node + " is not available, as " + culprit + " says.";
+            return node + " is not available, as " + culprit + " says";
         case Denial::locked:
-            return ": " + node + " is locked by " + culprit + ".";
+            return node + " is locked by " + culprit;
+        case Denial::mode:
+            return node + " is for writing only";
         case Denial::imposed:
-            return ": the mode of " + node + " is imposed.";
+            return "the mode of " + node + " is imposed";
         case Denial::notConnected:
-            return ": the port " + node + " is not connected.";
+            return "the port " + node + " is not connected";
         case Denial::link:
-            return ": " + node + " needs " + culprit + ", which is not readable.";
+            return node + " needs " + culprit + ", which is not readable";
+        case Denial::failed:
+            // Without its point.
+            return failure_.substr(0, failure_.find_last_not_of('.') + 1);
         case Denial::table:
-            return ": " + node + " has no value for the index in " + culprit + ".";
-        default:
-            return ".";
+            return node + " has no value for the index in " + culprit;
+        case Denial::none:
+            break;
     }
+    return "";
 }
 
 EAccessMode Engine::coreAccess(NodeId id, Ask ask) {
@@ -160,24 +174,35 @@ EAccessMode Engine::implementedAccess(NodeId id) {
 }
 
 Engine::Condition Engine::condition(NodeId link) {
+    const std::size_t mark = denialCount_;
     try {
         if (!IsReadable(coreAccess(link, Ask::reading))) {
             return Condition::unreadable;
         }
+        denialCount_ = mark;
         const bool holds =
             valueTypeOf(node(link).kind) == ValueType::real ? real(link) != 0 : integer(link) != 0;
         return holds ? Condition::yes : Condition::no;
-    } catch (const GenICam::GenericException&) {
+    } catch (const GenICam::GenericException& error) {
         if (mustTravel_) {
             throw;
         }
+        denialCount_ = mark;
+        failure_ = error.GetDescription();
+        deny(link, Denial::failed, noNode, NA);
         return Condition::unreadable;
     }
 }
 
 bool Engine::linkReadable(NodeId owner, NodeId link) {
-    if (link == noNode || IsReadable(coreAccess(link, Ask::reading))) {
+    const std::size_t mark = denialCount_;
+    const EAccessMode mode = link == noNode ? RO : coreAccess(link, Ask::reading);
+    if (IsReadable(mode)) {
+        denialCount_ = mark;
         return true;
+    }
+    if (mode == WO && denialCount_ == mark) {
+        deny(link, Denial::mode, noNode, mode);
     }
     deny(owner, Denial::link, link, NA);
     return false;

@@ -27,6 +27,7 @@ bool isConverter(Kind kind) {
 EAccessMode Engine::formulaAccess(NodeId id, Ask ask) {
     const FormulaDetail& detail = d_->formulas[node(id).detail];
     const bool converter = isConverter(node(id).kind);
+    const std::size_t mark = denialCount_;
     bool isOpen = false;
     for (std::uint32_t i = 0; i < detail.variables.count; ++i) {
         const NodeId variable = d_->variables[detail.variables.begin + i].node;
@@ -38,6 +39,9 @@ EAccessMode Engine::formulaAccess(NodeId id, Ask ask) {
             return deny(id, Denial::link, variable, NA);
         }
         isOpen = true;
+    }
+    if (!isOpen) {
+        variablesSeen_[node(id).detail] = moment_;
     }
     if (converter) {
         const EAccessMode target = coreAccess(node(id).value, ask);
@@ -53,6 +57,7 @@ EAccessMode Engine::formulaAccess(NodeId id, Ask ask) {
             }
             return NA;
         }
+        denialCount_ = mark;
     }
     return RO;
 }
@@ -88,7 +93,7 @@ std::int64_t Engine::integerResult(NodeId id, FormulaNumber value) const {
     return static_cast<std::int64_t>(value.real);
 }
 
-FormulaNumber Engine::variableValue(const FormulaVariable& variable) {
+FormulaNumber Engine::variableValue(const FormulaVariable& variable, Check check) {
     using Member = FormulaVariable::Member;
     const NodeId id = variable.node;
     const bool isReal = valueTypeOf(node(id).kind) == ValueType::real;
@@ -104,7 +109,10 @@ FormulaNumber Engine::variableValue(const FormulaVariable& variable) {
         case Member::increment:
             return isReal ? FormulaNumber::of(realIncrement(id)) : FormulaNumber::of(increment(id));
     }
-    return isReal ? FormulaNumber::of(linkedReal(id)) : FormulaNumber::of(linkedInteger(id));
+    if (check == Check::access) {
+        requireLink(id);
+    }
+    return isReal ? FormulaNumber::of(real(id)) : FormulaNumber::of(integer(id));
 }
 
 // ---- The machine.
@@ -150,15 +158,20 @@ std::optional<FormulaNumber> Engine::evaluateEnd(NodeId id, FormulaNumber end) {
 
 FormulaNumber Engine::run(NodeId id, const Program& program, FormulaNumber argument,
                           std::size_t frame) {
-    const Slice variables = d_->formulas[node(id).detail].variables;
-    // Indices, since reading a variable may run another formula and let the stack grow.
-    std::size_t top = frame + variables.count;
+    const FormulaVariable* const variables =
+        d_->variables.data() + d_->formulas[node(id).detail].variables.begin;
+    const std::size_t depth = frame + d_->formulas[node(id).detail].variables.count;
+    const bool isReal = program.arithmetic == Arithmetic::real;
+    // Reading a variable may run another formula and let the stack grow elsewhere.
+    FormulaNumber* stack = formulaStack_.data();
+    FormulaNumber* top = stack + depth;
     const auto push = [&](FormulaNumber value) {
-        formulaStack_[top++] =
-            program.arithmetic == Arithmetic::real ? FormulaNumber::of(value.asReal()) : value;
+        *top++ = isReal && !value.isReal ? FormulaNumber::of(value.asReal()) : value;
     };
-    for (std::size_t at = 0; at < program.code.size(); ++at) {
-        const Instruction step = program.code[at];
+    const Instruction* const code = program.code.data();
+    const std::size_t count = program.code.size();
+    for (std::size_t at = 0; at < count; ++at) {
+        const Instruction step = code[at];
         switch (step.opcode) {
             case Opcode::pushInteger:
                 push(FormulaNumber::of(program.integers[step.operand]));
@@ -173,45 +186,47 @@ FormulaNumber Engine::run(NodeId id, const Program& program, FormulaNumber argum
                 push(FormulaNumber::of(std::int64_t{step.operand}));
                 break;
             case Opcode::pushVariable:
-                if (!formulaKnown_[frame + step.operand]) {
-                    const FormulaNumber value =
-                        variableValue(d_->variables[variables.begin + step.operand]);
-                    formulaStack_[frame + step.operand] = value;
-                    formulaKnown_[frame + step.operand] = true;
+                if (formulaKnown_[frame + step.operand] == 0) {
+                    const std::ptrdiff_t height = top - stack;
+                    const FormulaNumber value = variableValue(
+                        variables[step.operand],
+                        variablesSeen_[node(id).detail] == moment_ ? Check::none : Check::access);
+                    stack = formulaStack_.data();
+                    top = stack + height;
+                    stack[frame + step.operand] = value;
+                    formulaKnown_[frame + step.operand] = 1;
                 }
-                push(formulaStack_[frame + step.operand]);
+                push(stack[frame + step.operand]);
                 break;
             case Opcode::jump:
                 at = step.operand - std::size_t{1};
                 break;
             case Opcode::jumpIfFalse:
-                at = formulaStack_[--top].isTrue() ? at : step.operand - std::size_t{1};
+                at = (--top)->isTrue() ? at : step.operand - std::size_t{1};
                 break;
             case Opcode::jumpIfTrue:
-                at = formulaStack_[--top].isTrue() ? step.operand - std::size_t{1} : at;
+                at = (--top)->isTrue() ? step.operand - std::size_t{1} : at;
                 break;
             case Opcode::toTruth:
             case Opcode::negate:
             case Opcode::invert:
                 --top;
-                push(applyUnary(step.opcode, program.arithmetic, formulaStack_[top]));
+                push(applyUnary(step.opcode, program.arithmetic, *top));
                 break;
             case Opcode::call1:
                 --top;
-                push(applyFunction(static_cast<Function>(step.operand), program.arithmetic,
-                                   formulaStack_[top]));
+                push(applyFunction(static_cast<Function>(step.operand), program.arithmetic, *top));
                 break;
             case Opcode::call2:
                 top -= 2;
-                push(roundToDigits(formulaStack_[top], formulaStack_[top + 1]));
+                push(roundToDigits(top[0], top[1]));
                 break;
             default:
                 top -= 2;
-                push(applyBinary(step.opcode, program.arithmetic, formulaStack_[top],
-                                 formulaStack_[top + 1]));
+                push(applyBinary(step.opcode, program.arithmetic, top[0], top[1]));
         }
     }
-    const FormulaNumber result = formulaStack_[top - 1];
+    const FormulaNumber result = top[-1];
     if (result.isReal && !std::isfinite(result.real)) {
         throw FormulaFault{"a result that is not finite"};
     }
@@ -223,6 +238,7 @@ FormulaNumber Engine::run(NodeId id, const Program& program, FormulaNumber argum
 void Engine::checkConverted(NodeId id, FormulaNumber value, Verify verify) {
     const NodeId target = node(id).value;
     const FormulaNumber result = converted(id, value);
+    conversions_.push_back({id, result});
     if (valueTypeOf(node(target).kind) == ValueType::real) {
         checkReal(target, result.asReal(), verify);
     } else {
@@ -232,7 +248,12 @@ void Engine::checkConverted(NodeId id, FormulaNumber value, Verify verify) {
 
 void Engine::storeConverted(NodeId id, FormulaNumber value) {
     const NodeId target = node(id).value;
-    const FormulaNumber result = converted(id, value);
+    // Its formula may read what is written on the way, so the result of the check counts.
+    const auto checked =
+        std::find_if(conversions_.rbegin(), conversions_.rend(),
+                     [&](const Conversion& entry) { return entry.converter == id; });
+    const FormulaNumber result =
+        checked != conversions_.rend() ? checked->result : converted(id, value);
     if (valueTypeOf(node(target).kind) == ValueType::real) {
         storeReal(target, result.asReal());
     } else {

@@ -156,16 +156,14 @@ std::int64_t Engine::increment(NodeId id) {
     return source.link != noNode ? increment(source.link) : 1;
 }
 
-// A register of w bits holds 2^w values; eight unsigned bytes are cut to what an int64 can be.
 std::int64_t Engine::registerMinimum(NodeId id) {
-    const int width = fieldOf(id, length(id)).width;
-    return registerOf(id).isSigned ? lowest >> (64 - width) : 0;
+    const RegisterDetail& detail = registerOf(id);
+    return detail.width != 0 ? detail.minimum : minimumOf(detail, fieldOf(id, length(id)).width);
 }
 
 std::int64_t Engine::registerMaximum(NodeId id) {
-    const int width = fieldOf(id, length(id)).width;
-    const int magnitude = registerOf(id).isSigned ? width - 1 : std::min(width, 63);
-    return static_cast<std::int64_t>((std::uint64_t{1} << magnitude) - 1);
+    const RegisterDetail& detail = registerOf(id);
+    return detail.width != 0 ? detail.maximum : maximumOf(detail, fieldOf(id, length(id)).width);
 }
 
 double Engine::realMinimum(NodeId id) {

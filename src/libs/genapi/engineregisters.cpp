@@ -64,11 +64,8 @@ std::int64_t Engine::address(NodeId id) {
     return sum;
 }
 
-std::int64_t Engine::length(NodeId id) {
+std::int64_t Engine::linkedLength(NodeId id) {
     const Number& given = registerOf(id).length;
-    if (given.link == noNode) {
-        return given.integer;
-    }
     const std::int64_t bytes = linkedInteger(given.link);
     const Kind kind = node(id).kind;
     const bool isNumber =
@@ -88,7 +85,7 @@ void Engine::readBytes(NodeId id, std::span<std::uint8_t> bytes, CacheUse use) {
     const std::int64_t where = address(id);
     if (detail.caching != NoCache) {
         const RegisterState& state = registers_[node(id).detail];
-        if (use == CacheUse::allowed && state.valid && state.address == where &&
+        if (use == CacheUse::allowed && hasBytes_[node(id).detail] != 0 && state.address == where &&
             state.length == static_cast<std::int64_t>(bytes.size())) {
             const auto kept = keptBytes(state.bytes, state.longBytes, state.length);
             std::copy(kept.begin(), kept.end(), bytes.begin());
@@ -190,42 +187,88 @@ void Engine::keep(NodeId id, std::int64_t address, std::span<const std::uint8_t>
     }
     state.address = address;
     state.length = static_cast<std::int64_t>(bytes.size());
-    if (!state.valid) {
+    hasBytes_[index] = 1;
+    const std::uint8_t bucket = bucketOf(address, state.length);
+    if (state.bucket != bucket) {
         auto& cached = ports_[node(d_->registers[index].port).detail].cached;
-        state.place = static_cast<std::uint32_t>(cached.size());
-        cached.push_back(index);
-        state.valid = true;
+        cached.resize(longBucket + std::size_t{1});
+        cached[bucket].push_back(index);
+        state.bucket = bucket;
     }
 }
 
 void Engine::dropBytes(std::uint32_t registerIndex) {
-    RegisterState& state = registers_[registerIndex];
-    if (!state.valid) {
-        return;
-    }
-    state.valid = false;
-    // The last in the port's list takes the free place.
-    auto& cached = ports_[node(d_->registers[registerIndex].port).detail].cached;
-    cached[state.place] = cached.back();
-    registers_[cached.back()].place = state.place;
-    cached.pop_back();
+    hasBytes_[registerIndex] = 0;
+}
+
+namespace {
+
+constexpr unsigned blockShift = 6;
+
+std::uint64_t blockOf(std::int64_t address) {
+    return static_cast<std::uint64_t>(address) >> blockShift;
+}
+
+}  // namespace
+
+std::uint8_t Engine::bucketOf(std::int64_t address, std::int64_t length) {
+    const std::uint64_t block = blockOf(address);
+    return blockOf(wrapAdd(address, length - 1)) == block
+               ? static_cast<std::uint8_t>(block % longBucket)
+               : longBucket;
 }
 
 // Many nodes lie on one register, and descriptions forget to say so.
 void Engine::dropOverlapping(NodeId port, std::int64_t address, std::int64_t length) {
-    const auto& cached = ports_[node(port).detail].cached;
-    for (std::size_t i = cached.size(); i > 0; --i) {
-        const std::uint32_t index = cached[i - 1];
-        const RegisterState& other = registers_[index];
-        // Distances, since sums could overflow.
-        const auto after =
-            static_cast<std::uint64_t>(other.address) - static_cast<std::uint64_t>(address);
-        const auto before =
-            static_cast<std::uint64_t>(address) - static_cast<std::uint64_t>(other.address);
-        if (after < static_cast<std::uint64_t>(length) ||
-            before < static_cast<std::uint64_t>(other.length)) {
-            dropBytes(index);
+    PortState& own = ports_[node(port).detail];
+    if (!own.isShared) {
+        dropFrom(own, address, length);
+        return;
+    }
+    for (PortState& other : ports_) {
+        if (other.port == own.port) {
+            dropFrom(other, address, length);
         }
+    }
+}
+
+void Engine::dropFrom(PortState& port, std::int64_t address, std::int64_t length) {
+    if (port.cached.empty()) {
+        return;
+    }
+    const std::uint64_t first = blockOf(address);
+    const std::uint64_t blocks = blockOf(wrapAdd(address, length - 1)) - first;
+    const std::uint64_t count = std::min<std::uint64_t>(blocks, longBucket - 1U) + 1;
+    for (std::uint64_t i = 0; i < count; ++i) {
+        dropFrom(port, static_cast<std::uint8_t>((first + i) % longBucket), address, length);
+    }
+    dropFrom(port, longBucket, address, length);
+}
+
+void Engine::dropFrom(PortState& port, std::uint8_t bucket, std::int64_t address,
+                      std::int64_t length) {
+    auto& list = port.cached[bucket];
+    for (std::size_t i = list.size(); i > 0; --i) {
+        const std::uint32_t index = list[i - 1];
+        RegisterState& other = registers_[index];
+        if (other.bucket == bucket && hasBytes_[index] != 0) {
+            // Distances, since sums could overflow.
+            const auto after =
+                static_cast<std::uint64_t>(other.address) - static_cast<std::uint64_t>(address);
+            const auto before =
+                static_cast<std::uint64_t>(address) - static_cast<std::uint64_t>(other.address);
+            if (after >= static_cast<std::uint64_t>(length) &&
+                before >= static_cast<std::uint64_t>(other.length)) {
+                continue;
+            }
+            hasBytes_[index] = 0;
+        }
+        // One that moved is listed elsewhere.
+        if (other.bucket == bucket) {
+            other.bucket = noBucket;
+        }
+        list[i - 1] = list.back();
+        list.pop_back();
     }
 }
 
@@ -234,30 +277,20 @@ bool Engine::isCached(NodeId id) {
     for (int depth = 0; node(id).value != noNode && depth < maximumDepth; ++depth) {
         id = node(id).value;
     }
-    return !isRegister(node(id).kind) ? node(id).held != noSlot : registers_[node(id).detail].valid;
+    return !isRegister(node(id).kind) ? node(id).held != noSlot : hasBytes_[node(id).detail] != 0;
 }
 
-Engine::Field Engine::fieldOf(NodeId id, std::int64_t bytes) const {
+BitField Engine::linkedField(NodeId id, std::int64_t bytes) const {
     const RegisterDetail& detail = registerOf(id);
     const int bits = static_cast<int>(bytes) * 8;
-    if (!detail.hasBits) {
-        return {0, bits};
-    }
-    // Big endian counts from the highest bit. Ends the wrong way round mean the same field.
-    int low = std::min(detail.lsb, detail.msb);
-    int high = std::max(detail.lsb, detail.msb);
-    if (detail.bigEndian) {
-        const int turned = bits - 1 - high;
-        high = bits - 1 - low;
-        low = turned;
-    }
-    if (low < 0 || high >= bits) {
+    const auto field = bitFieldOf(detail, bits);
+    if (!field) {
         GENAPI_THROW(RuntimeException,
                      says(id, "has bits " + std::to_string(detail.lsb) + " to " +
                                   std::to_string(detail.msb) + " in a register of " +
                                   std::to_string(bits) + " bits."));
     }
-    return {low, high - low + 1};
+    return *field;
 }
 
 }  // namespace GenApi::Detail

@@ -15,25 +15,32 @@ namespace {
 std::uint64_t assemble(std::span<const std::uint8_t> bytes, bool bigEndian) {
     static_assert(std::endian::native == std::endian::little);
     std::uint64_t value = 0;
-    std::memcpy(&value, bytes.data(), bytes.size());
+    // Nearly all have four, which needs no call.
+    if (bytes.size() == 4) {
+        std::memcpy(&value, bytes.data(), 4);
+    } else {
+        std::memcpy(&value, bytes.data(), bytes.size());
+    }
     return bigEndian ? __builtin_bswap64(value) >> (64 - 8 * bytes.size()) : value;
 }
 
 }  // namespace
 
-std::int64_t Engine::linkedInteger(NodeId link, CacheUse use) {
-    denial_ = {};
+void Engine::requireLink(NodeId link) {
+    const std::size_t mark = denialCount_;
     if (!IsReadable(coreAccess(link, Ask::reading))) {
-        GENAPI_THROW(AccessException, says(link, "is not readable" + explainDenial()));
+        GENAPI_THROW(AccessException, says(link, "is not readable" + explainDenial(mark)));
     }
+    denialCount_ = mark;
+}
+
+std::int64_t Engine::linkedInteger(NodeId link, CacheUse use) {
+    requireLink(link);
     return integer(link, use);
 }
 
 double Engine::linkedReal(NodeId link, CacheUse use) {
-    denial_ = {};
-    if (!IsReadable(coreAccess(link, Ask::reading))) {
-        GENAPI_THROW(AccessException, says(link, "is not readable" + explainDenial()));
-    }
+    requireLink(link);
     return real(link, use);
 }
 
@@ -66,14 +73,7 @@ std::int64_t Engine::toInteger(NodeId id, double value) const {
     return static_cast<std::int64_t>(rounded);
 }
 
-Number Engine::sourceOf(NodeId id) {
-    const NumberDetail& detail = d_->numbers[node(id).detail];
-    if (detail.index == noNode) {
-        Number source;
-        source.link = node(id).value;
-        source.given = source.link != noNode;
-        return source;
-    }
+Number Engine::tableSource(const NumberDetail& detail) {
     const std::int64_t index = linkedInteger(detail.index);
     for (std::uint32_t i = 0; i < detail.table.count; ++i) {
         const IndexedNumber& row = d_->indexed[detail.table.begin + i];
@@ -164,14 +164,23 @@ double Engine::realValue(NodeId id, CacheUse use) {
 }
 
 std::int64_t Engine::registerInteger(NodeId id, CacheUse use) {
-    std::array<std::uint8_t, 8> bytes{};
-    const std::int64_t count = length(id);
-    const auto used = std::span(bytes).first(static_cast<std::size_t>(count));
-    const Field field = fieldOf(id, count);
-    readBytes(id, used, use);
     const RegisterDetail& detail = registerOf(id);
+    const RegisterState& state = registers_[node(id).detail];
+    const std::int64_t count = length(id);
+    const BitField field = fieldOf(id, count);
+    std::uint64_t bits = 0;
+    // What lies at a fixed place needs no look at where its bytes came from.
+    if (detail.fixedPlace && hasBytes_[node(id).detail] != 0 && use == CacheUse::allowed) {
+        std::memcpy(&bits, state.bytes.data(), sizeof bits);
+        bits = detail.bigEndian ? __builtin_bswap64(bits) >> (64 - 8 * count) : bits;
+    } else {
+        std::array<std::uint8_t, 8> bytes{};
+        const auto used = std::span(bytes).first(static_cast<std::size_t>(count));
+        readBytes(id, used, use);
+        bits = assemble(used, detail.bigEndian);
+    }
     // The field moves to the top, and comes down again with its own sign or with zeros.
-    const std::uint64_t top = assemble(used, detail.bigEndian) << (64 - field.width - field.shift);
+    const std::uint64_t top = bits << (64 - field.width - field.shift);
     return detail.isSigned ? static_cast<std::int64_t>(top) >> (64 - field.width)
                            : static_cast<std::int64_t>(top >> (64 - field.width));
 }

@@ -41,6 +41,7 @@ std::uint64_t maskOf(int width) {
 // ---- From outside.
 
 void Engine::setInteger(NodeId id, std::int64_t value, Verify verify) {
+    conversions_.clear();
     requireWritable(id);
     checkInteger(id, value, verify);
     storeInteger(id, value);
@@ -48,6 +49,7 @@ void Engine::setInteger(NodeId id, std::int64_t value, Verify verify) {
 }
 
 void Engine::setReal(NodeId id, double value, Verify verify) {
+    conversions_.clear();
     requireWritable(id);
     checkReal(id, value, verify);
     storeReal(id, value);
@@ -62,18 +64,20 @@ void Engine::setText(NodeId id, std::string_view value) {
 }
 
 void Engine::setSymbolic(NodeId enumeration, std::string_view symbolic) {
+    conversions_.clear();
     requireWritable(enumeration);
     const NodeId entry = entryOf(enumeration, symbolic);
     if (entry == noNode) {
         GENAPI_THROW(InvalidArgumentException,
                      says(enumeration, "has no entry '" + std::string(symbolic) + "'."));
     }
+    const std::size_t mark = denialCount_;
     const EAccessMode mode = coreAccess(entry, Ask::reading);
     if (!IsAvailable(mode)) {
         GENAPI_THROW(AccessException,
                      says(enumeration,
                           "can not take the entry '" + std::string(symbolic) + "', which is not " +
-                              (mode == NI ? "implemented" : "available") + explainDenial()));
+                              (mode == NI ? "implemented" : "available") + explainDenial(mark)));
     }
     const std::int64_t value = d_->entries[node(entry).detail].value;
     // Of several entries with one value it is the named one that was checked.
@@ -85,6 +89,7 @@ void Engine::setSymbolic(NodeId enumeration, std::string_view symbolic) {
 }
 
 void Engine::execute(NodeId command) {
+    conversions_.clear();
     requireWritable(command);
     const Number& given = d_->commands[node(command).detail].command;
     const std::int64_t value = integerOf(given);
@@ -109,11 +114,7 @@ void Engine::checkRange(NodeId id, std::int64_t value) {
                      says(id, "can not take " + std::to_string(value) + ": its range is " +
                                   rangeText(low, high) + "."));
     }
-    if (const auto valid = validIntegers(id); !valid.empty()) {
-        if (!std::binary_search(valid.begin(), valid.end(), value)) {
-            GENAPI_THROW(OutOfRangeException, says(id, "can not take " + std::to_string(value) +
-                                                           ": it is none of its valid values."));
-        }
+    if (node(id).mayBeListed && isListed(id, value)) {
         return;
     }
     const std::int64_t step = increment(id);
@@ -128,22 +129,34 @@ void Engine::checkRange(NodeId id, std::int64_t value) {
     }
 }
 
+// False without a list; an error where there is one and the value is not on it.
+bool Engine::isListed(NodeId id, std::int64_t value) {
+    const auto valid = validIntegers(id);
+    if (!valid.empty() && !std::binary_search(valid.begin(), valid.end(), value)) {
+        GENAPI_THROW(OutOfRangeException, says(id, "can not take " + std::to_string(value) +
+                                                       ": it is none of its valid values."));
+    }
+    return !valid.empty();
+}
+
 void Engine::checkEntry(NodeId enumeration, std::int64_t value) {
     const NodeId entry = entryOf(enumeration, value);
     if (entry == noNode) {
         GENAPI_THROW(OutOfRangeException, says(enumeration, "has no entry with the value " +
                                                                 std::to_string(value) + "."));
     }
+    const std::size_t mark = denialCount_;
     if (!IsAvailable(coreAccess(entry, Ask::reading))) {
-        GENAPI_THROW(
-            AccessException,
-            says(enumeration, "can not take the entry '" +
-                                  std::string(d_->text(d_->entries[node(entry).detail].symbolic)) +
-                                  "' with the value " + std::to_string(value) + explainDenial()));
+        GENAPI_THROW(AccessException,
+                     says(enumeration,
+                          "can not take the entry '" +
+                              std::string(d_->text(d_->entries[node(entry).detail].symbolic)) +
+                              "' with the value " + std::to_string(value) + explainDenial(mark)));
     }
 }
 
 void Engine::checkInteger(NodeId id, std::int64_t value, Verify verify) {
+    const Path path(*this, id);
     const Node& self = node(id);
     // No check is left out for a register: its bytes can hold what they can hold.
     const bool isFixed = isRegister(self.kind) || self.kind == Kind::boolean;
@@ -181,6 +194,7 @@ void Engine::checkInteger(NodeId id, std::int64_t value, Verify verify) {
 }
 
 void Engine::checkReal(NodeId id, double value, Verify verify) {
+    const Path path(*this, id);
     const Node& self = node(id);
     if (!std::isfinite(value)) {
         GENAPI_THROW(OutOfRangeException, says(id, "takes finite numbers only."));
@@ -202,7 +216,7 @@ void Engine::checkReal(NodeId id, double value, Verify verify) {
                 says(id, "can not take " + formatFloatExactly(value) + ": its range is " +
                              formatFloatExactly(low) + " to " + formatFloatExactly(high) + "."));
         }
-        const auto valid = validReals(id);
+        const auto valid = self.mayBeListed ? validReals(id) : std::vector<double>();
         if (!valid.empty() && !std::binary_search(valid.begin(), valid.end(), value)) {
             GENAPI_THROW(OutOfRangeException, says(id, "can not take " + formatFloatExactly(value) +
                                                            ": it is none of its valid values."));
@@ -359,7 +373,7 @@ void Engine::storeRegisterInteger(NodeId id, std::int64_t value) {
     std::array<std::uint8_t, 8> bytes{};
     const std::int64_t count = length(id);
     const auto used = std::span(bytes).first(static_cast<std::size_t>(count));
-    const Field field = fieldOf(id, count);
+    const BitField field = fieldOf(id, count);
     std::uint64_t bits = static_cast<std::uint64_t>(value);
     if (field.width < static_cast<int>(count) * 8) {
         // The neighbours in the register stay as they are; one that can't be read has none.

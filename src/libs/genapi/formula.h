@@ -12,11 +12,23 @@ namespace GenApi::Detail {
 // A number as it was made: exact while it is an integer.
 struct FormulaNumber {
     bool isReal = false;
-    std::int64_t integer = 0;
-    double real = 0;
+    // Which of the two is there, `isReal` says.
+    union {
+        std::int64_t integer = 0;
+        double real;
+    };
 
-    [[nodiscard]] static FormulaNumber of(std::int64_t value) { return {false, value, 0}; }
-    [[nodiscard]] static FormulaNumber of(double value) { return {true, 0, value}; }
+    [[nodiscard]] static FormulaNumber of(std::int64_t value) {
+        FormulaNumber number;
+        number.integer = value;
+        return number;
+    }
+    [[nodiscard]] static FormulaNumber of(double value) {
+        FormulaNumber number;
+        number.isReal = true;
+        number.real = value;
+        return number;
+    }
     [[nodiscard]] double asReal() const { return isReal ? real : static_cast<double>(integer); }
     [[nodiscard]] bool isTrue() const { return isReal ? real != 0 : integer != 0; }
 };

@@ -200,7 +200,8 @@ std::int64_t integerFunction(Function function, std::int64_t a) {
 
 }  // namespace
 
-FormulaNumber applyBinary(Opcode opcode, Arithmetic arithmetic, FormulaNumber a, FormulaNumber b) {
+FormulaNumber applyAnyBinary(Opcode opcode, Arithmetic arithmetic, FormulaNumber a,
+                             FormulaNumber b) {
     switch (opcode) {
         case Opcode::bitAnd:
             return FormulaNumber::of(whole(a) & whole(b));

@@ -11,6 +11,20 @@ namespace {
 // A register longer than this is taken for noise.
 constexpr std::int64_t maximumRegisterLength = std::int64_t{64} * 1024 * 1024;
 
+// What does not change is worked out once.
+void placeField(RegisterDetail& detail) {
+    const std::int64_t length = detail.length.integer;
+    if (detail.length.link != noNode || length < 1 || length > 8) {
+        return;
+    }
+    if (const auto field = bitFieldOf(detail, static_cast<int>(length) * 8)) {
+        detail.shift = static_cast<std::uint8_t>(field->shift);
+        detail.width = static_cast<std::uint8_t>(field->width);
+        detail.minimum = minimumOf(detail, field->width);
+        detail.maximum = maximumOf(detail, field->width);
+    }
+}
+
 }  // namespace
 
 bool NodeBuilder::applyRegister(Element element, XmlElement child) {
@@ -170,6 +184,7 @@ void NodeBuilder::finishRegister(NodeId id) {
         detail.lsb = draft_.hasBitFirst ? detail.lsb : detail.msb;
         detail.msb = draft_.hasBitLast ? detail.msb : detail.lsb;
     }
+    placeField(detail);
     detail.terms = {static_cast<std::uint32_t>(d_.terms.size()),
                     static_cast<std::uint32_t>(draft_.terms.size())};
     d_.terms.insert(d_.terms.end(), draft_.terms.begin(), draft_.terms.end());

@@ -46,26 +46,6 @@ void NodeMap::makeHandles() {
 
 // ---- Calls from outside, and the callbacks at their end.
 
-NodeMap::Call::Call(NodeMap& map) : map_(map) {
-    map_.lock_.Lock();
-    outermost_ = !map_.inCall_;
-    if (outermost_) {
-        map_.inCall_ = true;
-        map_.engine_.begin();
-    }
-}
-
-NodeMap::Call::~Call() {
-    if (outermost_) {
-        map_.inCall_ = false;
-        if (map_.engine_.hasChanges()) {
-            map_.deliverAndUnlock();
-            return;
-        }
-    }
-    map_.lock_.Unlock();
-}
-
 void NodeMap::deliverAndUnlock() noexcept {
     Registrations inside;
     Registrations outside;

@@ -27,8 +27,24 @@ public:
     // the callbacks of all that changed, also when it ends with an exception.
     class Call {
     public:
-        explicit Call(NodeMap& map);
-        ~Call();
+        explicit Call(NodeMap& map) : map_(map) {
+            map_.lock_.Lock();
+            outermost_ = !map_.inCall_;
+            if (outermost_) {
+                map_.inCall_ = true;
+                map_.engine_.begin();
+            }
+        }
+        ~Call() {
+            if (outermost_) {
+                map_.inCall_ = false;
+                if (map_.engine_.hasChanges()) {
+                    map_.deliverAndUnlock();
+                    return;
+                }
+            }
+            map_.lock_.Unlock();
+        }
         Call(const Call&) = delete;
         Call& operator=(const Call&) = delete;
 
