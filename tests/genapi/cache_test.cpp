@@ -276,6 +276,17 @@ TEST(Cache, Rule72PollingInvalidatesWhatIsDue) {
     EXPECT_EQ(told, 3);
 }
 
+TEST(Cache, Rule72WhatCanOnlyBeWrittenIsNotPolled) {
+    TestMap t("<Integer Name=\"A\"><PollingTime>10</PollingTime><pValue>W</pValue></Integer>" +
+              std::string(Reg{"W", 0, "WO", "<PollingTime>10</PollingTime>"}));
+    int told = 0;
+    for (const char* name : {"A", "W"}) {
+        Register(t.node(name), [&](INode*) { ++told; });
+    }
+    t.map->Poll(100);
+    EXPECT_EQ(told, 0);
+}
+
 TEST(Cache, Rule72ACommandIsPolledOnlyWhileItRuns) {
     TestMap t(
         "<Command "

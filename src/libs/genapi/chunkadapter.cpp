@@ -14,11 +14,6 @@ using Detail::NodeMap;
 
 constexpr std::int64_t trailerLength = 8;
 
-// All maps are of this class: there is no other way to make one.
-NodeMap& implementationOf(const CNodeMapRef& map) {
-    return static_cast<NodeMap&>(*map);
-}
-
 std::uint32_t number(const std::uint8_t* bytes, EEndianess order) {
     std::uint32_t value = 0;
     for (std::size_t i = 0; i < sizeof value; ++i) {
@@ -71,11 +66,11 @@ CChunkAdapter::~CChunkAdapter() {
 
 void CChunkAdapter::AttachNodeMap(INodeMap* pNodeMap) {
     DetachNodeMap();
-    if (pNodeMap == nullptr) {
+    NodeMap* const shared = NodeMap::share(pNodeMap, map_);
+    if (shared == nullptr) {
         return;
     }
-    map_ = CNodeMapRef(pNodeMap, pNodeMap->GetDeviceName());
-    NodeMap& map = implementationOf(map_);
+    NodeMap& map = *shared;
     const NodeMap::Call call(map);
     const auto& ports = map.description().portNodes;
     slots_ = std::make_unique<Slot[]>(ports.size());
@@ -111,7 +106,7 @@ void CChunkAdapter::AttachBuffer(std::uint8_t* pBuffer, std::int64_t BufferLengt
         GENAPI_THROW(RuntimeException, "Chunk adapter: no node map is attached.");
     }
     // Everything is one change of the map.
-    const NodeMap::Call call(implementationOf(map_));
+    const NodeMap::Call call(NodeMap::behind(map_));
     const std::span slots(slots_.get(), slotCount_);
     for (Slot& slot : slots) {
         slot.found = false;
@@ -140,7 +135,7 @@ void CChunkAdapter::AttachBuffer(std::uint8_t* pBuffer, std::int64_t BufferLengt
 
 void CChunkAdapter::DetachBuffer() {
     if (map_) {
-        const NodeMap::Call call(implementationOf(map_));
+        const NodeMap::Call call(NodeMap::behind(map_));
         for (std::size_t i = 0; i < slotCount_; ++i) {
             slots_[i].port.ReleaseBuffer();
         }
@@ -149,7 +144,7 @@ void CChunkAdapter::DetachBuffer() {
 
 void CChunkAdapter::UpdateBuffer(std::uint8_t* pBuffer) {
     if (map_) {
-        const NodeMap::Call call(implementationOf(map_));
+        const NodeMap::Call call(NodeMap::behind(map_));
         for (std::size_t i = 0; i < slotCount_; ++i) {
             slots_[i].port.UpdateBuffer(pBuffer);
         }

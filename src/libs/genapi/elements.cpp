@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
 namespace GenApi::Detail {
 
@@ -71,16 +72,6 @@ struct Word {
     Value value;
 };
 
-template <typename Value, std::size_t count>
-std::optional<Value> find(const std::array<Word<Value>, count>& words, std::string_view text) {
-    for (const auto& word : words) {
-        if (word.text == text) {
-            return word.value;
-        }
-    }
-    return std::nullopt;
-}
-
 // R, W and WR occur in real files.
 constexpr std::array<Word<EAccessMode>, 6> accessWords = {
     {{"RO", RO}, {"RW", RW}, {"WO", WO}, {"R", RO}, {"W", WO}, {"WR", RW}}};
@@ -116,6 +107,35 @@ constexpr std::array<Word<Slope>, 4> slopeWords = {{{"Increasing", Slope::increa
                                                     {"Varying", Slope::varying},
                                                     {"Automatic", Slope::automatic}}};
 
+// By the type of the value.
+std::span<const Word<EAccessMode>> wordsOf(EAccessMode) {
+    return accessWords;
+}
+std::span<const Word<EVisibility>> wordsOf(EVisibility) {
+    return visibilityWords;
+}
+std::span<const Word<ERepresentation>> wordsOf(ERepresentation) {
+    return representationWords;
+}
+std::span<const Word<EDisplayNotation>> wordsOf(EDisplayNotation) {
+    return notationWords;
+}
+std::span<const Word<ECachingMode>> wordsOf(ECachingMode) {
+    return cachingWords;
+}
+std::span<const Word<bool>> wordsOf(bool) {
+    return yesNoWords;
+}
+std::span<const Word<ESign>> wordsOf(ESign) {
+    return signWords;
+}
+std::span<const Word<EEndianess>> wordsOf(EEndianess) {
+    return endianessWords;
+}
+std::span<const Word<Slope>> wordsOf(Slope) {
+    return slopeWords;
+}
+
 }  // namespace
 
 std::optional<Element> elementOf(std::string_view name) {
@@ -135,33 +155,24 @@ std::optional<Kind> kindOf(std::string_view elementName) {
                : std::optional(static_cast<Kind>(place));
 }
 
-std::optional<EAccessMode> accessModeOf(std::string_view word) {
-    return find(accessWords, word);
-}
-std::optional<EVisibility> visibilityOf(std::string_view word) {
-    return find(visibilityWords, word);
-}
-std::optional<ERepresentation> representationOf(std::string_view word) {
-    return find(representationWords, word);
-}
-std::optional<EDisplayNotation> notationOf(std::string_view word) {
-    return find(notationWords, word);
-}
-std::optional<ECachingMode> cachingOf(std::string_view word) {
-    return find(cachingWords, word);
-}
-std::optional<bool> yesNoOf(std::string_view word) {
-    return find(yesNoWords, word);
-}
-std::optional<ESign> signOf(std::string_view word) {
-    return find(signWords, word);
-}
-std::optional<EEndianess> endianessOf(std::string_view word) {
-    return find(endianessWords, word);
+template <typename Value>
+std::optional<Value> valueOfWord(std::string_view text) {
+    for (const Word<Value>& word : wordsOf(Value{})) {
+        if (word.text == text) {
+            return word.value;
+        }
+    }
+    return std::nullopt;
 }
 
-std::optional<Slope> slopeOf(std::string_view word) {
-    return find(slopeWords, word);
-}
+template std::optional<EAccessMode> valueOfWord(std::string_view);
+template std::optional<EVisibility> valueOfWord(std::string_view);
+template std::optional<ERepresentation> valueOfWord(std::string_view);
+template std::optional<EDisplayNotation> valueOfWord(std::string_view);
+template std::optional<ECachingMode> valueOfWord(std::string_view);
+template std::optional<ESign> valueOfWord(std::string_view);
+template std::optional<EEndianess> valueOfWord(std::string_view);
+template std::optional<Slope> valueOfWord(std::string_view);
+template std::optional<bool> valueOfWord(std::string_view);
 
 }  // namespace GenApi::Detail

@@ -46,15 +46,10 @@ inline constexpr std::size_t elementCount = static_cast<std::size_t>(Element::co
 // are no nodes of their own at the top.
 [[nodiscard]] std::optional<Kind> kindOf(std::string_view elementName);
 
-// The words of enumerated elements; nothing for an unknown word.
-[[nodiscard]] std::optional<EAccessMode> accessModeOf(std::string_view word);
-[[nodiscard]] std::optional<EVisibility> visibilityOf(std::string_view word);
-[[nodiscard]] std::optional<ERepresentation> representationOf(std::string_view word);
-[[nodiscard]] std::optional<EDisplayNotation> notationOf(std::string_view word);
-[[nodiscard]] std::optional<ECachingMode> cachingOf(std::string_view word);
-[[nodiscard]] std::optional<bool> yesNoOf(std::string_view word);
-[[nodiscard]] std::optional<ESign> signOf(std::string_view word);
-[[nodiscard]] std::optional<EEndianess> endianessOf(std::string_view word);
-[[nodiscard]] std::optional<Slope> slopeOf(std::string_view word);
+// The value of a word in an enumerated element; nothing for an unknown word. For EAccessMode,
+// EVisibility, ERepresentation, EDisplayNotation, ECachingMode, ESign, EEndianess, Slope, and bool
+// where it is Yes or No.
+template <typename Value>
+[[nodiscard]] std::optional<Value> valueOfWord(std::string_view word);
 
 }  // namespace GenApi::Detail

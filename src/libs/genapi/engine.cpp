@@ -203,8 +203,16 @@ bool Engine::isPollable(NodeId id) {
             return entry != noNode && d_->entries[node(entry).detail].selfClearing;
         }
         default:
-            return !isRegister(node(id).kind) || registerOf(id).access != WO;
+            return !isWriteOnly(id);
     }
+}
+
+// Whether it, or where it takes its value, can only be written: there is nothing to poll.
+bool Engine::isWriteOnly(NodeId id) const {
+    for (int depth = 0; node(id).value != noNode && depth < maximumDepth; ++depth) {
+        id = node(id).value;
+    }
+    return isRegister(node(id).kind) && registerOf(id).access == WO;
 }
 
 void Engine::connect(NodeId portNode, IPort* port) {

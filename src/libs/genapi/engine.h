@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "genapi/description.h"
+#include "genapi/enginestate.h"
 #include "genapi/iport.h"
 
 namespace GenApi::Detail {
@@ -142,55 +143,6 @@ private:
         busyIncrement = 32,
         busyAddress = 64
     };
-    enum class Implemented : std::uint8_t { unknown, yes, no };
-    enum class Denial : std::uint8_t {
-        none,
-        broken,
-        notImplemented,
-        notAvailable,
-        locked,
-        mode,
-        imposed,
-        notConnected,
-        link,
-        failed,
-        table
-    };
-
-    struct NodeState {
-        std::uint8_t busy = 0;
-        Implemented implemented = Implemented::unknown;
-        std::uint8_t imposedAccess = RW;
-        bool watched = false;
-        bool queued = false;
-        bool running = false;
-        std::uint32_t reg = noSlot;  // of a register, its index
-    };
-    struct RegisterState {
-        std::int64_t address = 0;
-        std::int64_t length = 0;
-        std::uint8_t bucket = noBucket;  // the one of its port that it is listed in
-        std::array<std::uint8_t, 8> bytes{};
-        std::vector<std::uint8_t> longBytes;
-    };
-    // Registers with bytes, by the block of addresses that they lie in, and the long ones. Those
-    // whose bytes went stay listed until someone looks.
-    static constexpr std::uint8_t longBucket = 64;
-    static constexpr std::uint8_t noBucket = 255;
-    struct PortState {
-        IPort* port = nullptr;
-        bool isShared = false;                             // another port node has the same port
-        std::vector<std::vector<std::uint32_t>> cached{};  // empty until there are any
-    };
-    union HeldNumber {
-        std::int64_t integer;
-        double real;
-    };
-    struct ImposedRange {
-        std::int64_t minimum, maximum;
-        double realMinimum, realMaximum;
-    };
-
     static constexpr std::uint32_t maximumSteps = 2'000'000;
     static constexpr int maximumDepth = 200;
 
@@ -380,6 +332,7 @@ private:
     void touch(NodeId id);
     void dropClosureBytes(NodeId id);
     [[nodiscard]] bool isPollable(NodeId id);
+    [[nodiscard]] bool isWriteOnly(NodeId id) const;
 
     [[nodiscard]] const Node& node(NodeId id) const { return d_->nodes[id]; }
     [[nodiscard]] bool isUnconditional(NodeId id) const {
@@ -403,10 +356,6 @@ private:
     std::vector<FormulaNumber> formulaStack_;
     std::vector<std::uint8_t> formulaKnown_;
     // What the converters on the way of a write were found to give their targets.
-    struct Conversion {
-        NodeId converter;
-        FormulaNumber result;
-    };
     std::vector<Conversion> conversions_;
     // Of each formula, when all its variables were found readable.
     std::vector<std::uint64_t> variablesSeen_;
@@ -419,11 +368,6 @@ private:
     // The exception under way comes from a port, or ends the call: no link may swallow it.
     bool mustTravel_ = false;
     // Why nodes could not be accessed, the cause before what came of it.
-    struct DenialStep {
-        NodeId node = noNode;
-        NodeId culprit = noNode;
-        Denial why = Denial::none;
-    };
     std::array<DenialStep, 12> denials_;
     std::size_t denialCount_ = 0;
     std::string failure_;  // the text of the last error that made a condition unreadable

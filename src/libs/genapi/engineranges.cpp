@@ -23,12 +23,12 @@ std::int64_t clampToInteger(double value) {
 
 }  // namespace
 
-Engine::ImposedRange& Engine::imposed(NodeId id) {
+ImposedRange& Engine::imposed(NodeId id) {
     return imposedRanges_.try_emplace(id, ImposedRange{lowest, highest, -largest, largest})
         .first->second;
 }
 
-const Engine::ImposedRange* Engine::imposedOn(NodeId id) const {
+const ImposedRange* Engine::imposedOn(NodeId id) const {
     if (imposedRanges_.empty()) {
         return nullptr;
     }

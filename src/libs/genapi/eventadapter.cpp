@@ -13,11 +13,6 @@ namespace {
 
 using Detail::NodeMap;
 
-// All maps are of this class: there is no other way to make one.
-NodeMap& implementationOf(const CNodeMapRef& map) {
-    return static_cast<NodeMap&>(*map);
-}
-
 std::uint64_t bigEndian(const std::uint8_t* bytes, int count) {
     std::uint64_t value = 0;
     for (int i = 0; i < count; ++i) {
@@ -36,6 +31,13 @@ std::uint64_t littleEndian(const std::uint8_t* bytes, int count) {
 
 [[noreturn]] void refuse(const char* what, const std::string& why) {
     GENAPI_THROW(RuntimeException, std::string(what) + " event message: " + why);
+}
+
+void requireHeader(const char* what, const std::uint8_t* message, std::int64_t length,
+                   std::int64_t header) {
+    if (message == nullptr || length < header) {
+        refuse(what, "it is shorter than its header.");
+    }
 }
 
 // The bytes behind a header of which a number at some offset tells how many there are.
@@ -65,11 +67,11 @@ CEventAdapter::~CEventAdapter() {
 
 void CEventAdapter::AttachNodeMap(INodeMap* pNodeMap) {
     DetachNodeMap();
-    if (pNodeMap == nullptr) {
+    NodeMap* const shared = NodeMap::share(pNodeMap, map_);
+    if (shared == nullptr) {
         return;
     }
-    map_ = CNodeMapRef(pNodeMap, pNodeMap->GetDeviceName());
-    NodeMap& map = implementationOf(map_);
+    NodeMap& map = *shared;
     const NodeMap::Call call(map);
     const auto& nodes = map.description().nodes;
     for (std::size_t i = 0; i < nodes.size(); ++i) {
@@ -114,7 +116,7 @@ bool CEventAdapter::deliver(std::uint64_t eventId, const std::uint8_t* bytes, st
         receivers_.begin(), receivers_.end(), eventId,
         [](const Receiver& receiver, std::uint64_t id) { return receiver.eventId < id; });
     const bool isKnown = place != receivers_.end() && place->eventId == eventId;
-    NodeMap& map = implementationOf(map_);
+    NodeMap& map = NodeMap::behind(map_);
     const NodeMap::Call call(map);
     for (; place != receivers_.end() && place->eventId == eventId; ++place) {
         if (place->port != nullptr) {
@@ -152,9 +154,7 @@ int CEventAdapterGEV::DeliverMessage(const std::uint8_t* pMessage, std::int64_t 
     constexpr std::uint64_t eventDataCommand = 0x00C2;
     constexpr const char* what = "GigE Vision";
 
-    if (pMessage == nullptr || Length < headerLength) {
-        refuse(what, "it is shorter than its header.");
-    }
+    requireHeader(what, pMessage, Length, headerLength);
     const std::uint64_t command = bigEndian(pMessage + 2, 2);
     if (pMessage[0] != key || (command != eventCommand && command != eventDataCommand)) {
         refuse(what, "it is neither EVENT_CMD nor EVENTDATA_CMD.");
@@ -199,9 +199,7 @@ int CEventAdapterU3V::DeliverMessage(const std::uint8_t* pMessage, std::int64_t 
     constexpr std::uint64_t eventCommand = 0x0C00;
     constexpr const char* what = "USB3 Vision";
 
-    if (pMessage == nullptr || Length < headerLength) {
-        refuse(what, "it is shorter than its header.");
-    }
+    requireHeader(what, pMessage, Length, headerLength);
     if (littleEndian(pMessage, 4) != prefix || littleEndian(pMessage + 6, 2) != eventCommand) {
         refuse(what, "it is no EVENT_CMD.");
     }

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "genapi/formulalexer.h"
+#include "genapi/formulawords.h"
 #include "genapi/numbertext.h"
 
 namespace GenApi::Detail {
@@ -21,60 +22,6 @@ constexpr int maximumNesting = 1000;
 struct FormulaError {
     std::string text;
 };
-
-struct Operator {
-    std::string_view symbol;
-    int binding;  // tighter operators have larger numbers
-    Opcode opcode;
-};
-
-// The two-character ones first, so that they are found first. `&&`, `||`, `?:` and `**` have
-// rules of their own.
-constexpr std::array<Operator, 18> operators = {{
-    {"<>", 4, Opcode::notEqual},
-    {"!=", 4, Opcode::notEqual},
-    {"==", 4, Opcode::equal},
-    {"<=", 5, Opcode::lessOrEqual},
-    {">=", 5, Opcode::greaterOrEqual},
-    {"<<", 6, Opcode::shiftLeft},
-    {">>", 6, Opcode::shiftRight},
-    {"=", 4, Opcode::equal},
-    {"<", 5, Opcode::less},
-    {">", 5, Opcode::greater},
-    {"|", 1, Opcode::bitOr},
-    {"^", 2, Opcode::bitXor},
-    {"&", 3, Opcode::bitAnd},
-    {"+", 7, Opcode::add},
-    {"-", 7, Opcode::subtract},
-    {"*", 8, Opcode::multiply},
-    {"/", 8, Opcode::divide},
-    {"%", 8, Opcode::remainder},
-}};
-
-struct FunctionRow {
-    std::string_view name;
-    Function function;
-};
-
-constexpr std::array<FunctionRow, 17> functions = {{
-    {"SGN", Function::sgn},
-    {"NEG", Function::neg},
-    {"ATAN", Function::atan},
-    {"COS", Function::cos},
-    {"SIN", Function::sin},
-    {"TAN", Function::tan},
-    {"ABS", Function::abs},
-    {"EXP", Function::exp},
-    {"LN", Function::ln},
-    {"LG", Function::lg},
-    {"SQRT", Function::sqrt},
-    {"TRUNC", Function::trunc},
-    {"FLOOR", Function::floor},
-    {"CEIL", Function::ceil},
-    {"ROUND", Function::round},
-    {"ASIN", Function::asin},
-    {"ACOS", Function::acos},
-}};
 
 std::string upperCase(std::string_view text) {
     std::string result(text);

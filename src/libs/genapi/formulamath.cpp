@@ -65,6 +65,24 @@ std::int64_t shift(std::int64_t value, std::int64_t count, bool left) {
     return left ? wrap(bitsOf(value) << count) : value >> count;
 }
 
+template <typename Value>
+bool compare(Opcode opcode, Value a, Value b) {
+    switch (opcode) {
+        case Opcode::equal:
+            return a == b;
+        case Opcode::notEqual:
+            return a != b;
+        case Opcode::less:
+            return a < b;
+        case Opcode::lessOrEqual:
+            return a <= b;
+        case Opcode::greater:
+            return a > b;
+        default:
+            return a >= b;
+    }
+}
+
 FormulaNumber integerBinary(Opcode opcode, std::int64_t a, std::int64_t b) {
     switch (opcode) {
         case Opcode::add:
@@ -79,18 +97,8 @@ FormulaNumber integerBinary(Opcode opcode, std::int64_t a, std::int64_t b) {
             return FormulaNumber::of(integerDivide(a, b, true));
         case Opcode::power:
             return FormulaNumber::of(integerPower(a, b));
-        case Opcode::equal:
-            return truth(a == b);
-        case Opcode::notEqual:
-            return truth(a != b);
-        case Opcode::less:
-            return truth(a < b);
-        case Opcode::lessOrEqual:
-            return truth(a <= b);
-        case Opcode::greater:
-            return truth(a > b);
         default:
-            return truth(a >= b);
+            return truth(compare(opcode, a, b));
     }
 }
 
@@ -115,18 +123,8 @@ FormulaNumber realBinary(Opcode opcode, double a, double b) {
             return FormulaNumber::of(realQuotient(a, b, true));
         case Opcode::power:
             return FormulaNumber::of(std::pow(a, b));
-        case Opcode::equal:
-            return truth(a == b);
-        case Opcode::notEqual:
-            return truth(a != b);
-        case Opcode::less:
-            return truth(a < b);
-        case Opcode::lessOrEqual:
-            return truth(a <= b);
-        case Opcode::greater:
-            return truth(a > b);
         default:
-            return truth(a >= b);
+            return truth(compare(opcode, a, b));
     }
 }
 

@@ -16,6 +16,7 @@
 #include "genapi/iregister.h"
 #include "genapi/istring.h"
 #include "genapi/nodehandle.h"
+#include "genapi/registerlayer.h"
 
 namespace GenApi::Detail {
 
@@ -26,10 +27,6 @@ using Call = NodeMap::Call;
 Verify verifyIf(bool verify) {
     return verify ? Verify::yes : Verify::no;
 }
-CacheUse useUnless(bool ignore) {
-    return ignore ? CacheUse::ignored : CacheUse::allowed;
-}
-
 class ValueLayer : public NodeHandle, virtual public IValue {
 public:
     using NodeHandle::NodeHandle;
@@ -258,47 +255,6 @@ public:
     [[nodiscard]] std::int64_t GetMaxLength() override {
         const Call call(map());
         return engine().maximumLength(id());
-    }
-};
-
-template <typename Base>
-class RegisterLayer : public Base, public IRegister {
-public:
-    using Base::Base;
-    void Set(const std::uint8_t* pBuffer, std::int64_t Length, bool) override {
-        const Call call(this->map());
-        checkBuffer(pBuffer, Length);
-        this->engine().setBytes(this->id(), {pBuffer, static_cast<std::size_t>(Length)});
-    }
-    void Get(std::uint8_t* pBuffer, std::int64_t Length, bool, bool IgnoreCache) override {
-        const Call call(this->map());
-        checkBuffer(pBuffer, Length);
-        this->engine().requireReadable(this->id());
-        const std::int64_t expected = this->engine().length(this->id());
-        if (Length != expected) {
-            GENAPI_THROW(
-                OutOfRangeException,
-                this->engine().says(this->id(), "has " + std::to_string(expected) + " bytes, not " +
-                                                    std::to_string(Length) + "."));
-        }
-        this->engine().readBytes(this->id(), {pBuffer, static_cast<std::size_t>(Length)},
-                                 useUnless(IgnoreCache));
-    }
-    [[nodiscard]] std::int64_t GetLength() override {
-        const Call call(this->map());
-        return this->engine().length(this->id());
-    }
-    [[nodiscard]] std::int64_t GetAddress() override {
-        const Call call(this->map());
-        return this->engine().address(this->id());
-    }
-
-private:
-    void checkBuffer(const std::uint8_t* buffer, std::int64_t length) {
-        if (buffer == nullptr || length < 0) {
-            GENAPI_THROW(InvalidArgumentException,
-                         this->engine().says(this->id(), "is given no buffer."));
-        }
     }
 };
 

@@ -172,34 +172,33 @@ bool NodeBuilder::applyLink(Element element, XmlElement child) {
 bool NodeBuilder::applyDisplay(Element element, XmlElement child) {
     switch (element) {
         case Element::Visibility:
-            word(child, visibilityOf(text_),
-                 [&](EVisibility v) { node_.visibility = std::uint8_t(v); });
+            word<EVisibility>(child, [&](EVisibility v) { node_.visibility = std::uint8_t(v); });
             return true;
         case Element::ImposedVisibility:
-            word(child, visibilityOf(text_),
-                 [&](EVisibility v) { imposedVisibility_ = std::max(imposedVisibility_, v); });
+            word<EVisibility>(child, [&](EVisibility v) {
+                imposedVisibility_ = std::max(imposedVisibility_, v);
+            });
             return true;
         case Element::Representation:
-            word(child, representationOf(text_),
-                 [&](ERepresentation r) { node_.representation = std::uint8_t(r); });
+            word<ERepresentation>(
+                child, [&](ERepresentation r) { node_.representation = std::uint8_t(r); });
             return true;
         case Element::DisplayNotation:
-            word(child, notationOf(text_),
-                 [&](EDisplayNotation n) { node_.notation = std::uint8_t(n); });
+            word<EDisplayNotation>(child,
+                                   [&](EDisplayNotation n) { node_.notation = std::uint8_t(n); });
             return true;
         case Element::DisplayPrecision:
             node_.precision =
                 static_cast<std::int16_t>(std::clamp<std::int64_t>(integer(child), 0, 99));
             return true;
         case Element::Streamable:
-            word(child, yesNoOf(text_), [&](bool yes) { node_.streamable = yes; });
+            word<bool>(child, [&](bool yes) { node_.streamable = yes; });
             return true;
         case Element::IsDeprecated:
-            word(child, yesNoOf(text_), [&](bool yes) { node_.deprecated = yes; });
+            word<bool>(child, [&](bool yes) { node_.deprecated = yes; });
             return true;
         case Element::ImposedAccessMode:
-            word(child, accessModeOf(text_),
-                 [&](EAccessMode m) { node_.imposedAccess = std::uint8_t(m); });
+            word<EAccessMode>(child, [&](EAccessMode m) { node_.imposedAccess = std::uint8_t(m); });
             return true;
         case Element::PollingTime:
             node_.pollingTime = std::max<std::int64_t>(integer(child), 0);

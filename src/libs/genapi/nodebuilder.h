@@ -75,7 +75,7 @@ private:
     bool applyIndexed(Element element, XmlElement child);
     void applyValidValues(XmlElement child);
     bool applyBoolean(Element element, XmlElement child);
-    bool applyEnumeration(Element element, XmlElement child);
+    bool applyValue(Element element, XmlElement child, Number& value);
     bool applyEntry(Element element, XmlElement child);
     bool applyCommand(Element element, XmlElement child);
     bool applyString(Element element, XmlElement child);
@@ -119,7 +119,7 @@ private:
     [[nodiscard]] Number linkedNumber(XmlElement child);
     // A word of an enumerated element, handed to `store`; an unknown one costs the element.
     template <typename Value, typename Store>
-    void word(XmlElement child, std::optional<Value> value, Store store);
+    void word(XmlElement child, Store store);
 
     LoadContext& context_;
     Description& d_;
@@ -135,7 +135,8 @@ private:
 };
 
 template <typename Value, typename Store>
-void NodeBuilder::word(XmlElement child, std::optional<Value> value, Store store) {
+void NodeBuilder::word(XmlElement child, Store store) {
+    const auto value = valueOfWord<Value>(text_);
     if (!value) {
         context_.drop(child, name_, "The word '" + std::string(text_) + "' is unknown here.");
         return;

@@ -50,10 +50,10 @@ bool NodeBuilder::applyConverter(Element element, XmlElement child) {
             node_.value = link(child, Wanted::number);
             return true;
         case Element::Slope:
-            word(child, slopeOf(text_), [&](Slope slope) { draft_.formula.slope = slope; });
+            word<Slope>(child, [&](Slope slope) { draft_.formula.slope = slope; });
             return true;
         case Element::IsLinear:
-            word(child, yesNoOf(text_), [&](bool yes) { draft_.formula.isLinear = yes; });
+            word<bool>(child, [&](bool yes) { draft_.formula.isLinear = yes; });
             return true;
         default:
             return false;

@@ -25,7 +25,8 @@ bool NodeBuilder::applyKind(Element element, XmlElement child) {
         case Kind::boolean:
             return applyBoolean(element, child);
         case Kind::enumeration:
-            return applyEnumeration(element, child);
+            // Its entries are nodes of their own.
+            return element == Element::EnumEntry || applyValue(element, child, draft_.number.value);
         case Kind::enumEntry:
             return applyEntry(element, child);
         case Kind::command:
@@ -49,15 +50,23 @@ bool NodeBuilder::applyKind(Element element, XmlElement child) {
     }
 }
 
-bool NodeBuilder::applyNumber(Element element, XmlElement child) {
-    NumberDetail& detail = draft_.number;
+// A number of the node's own, or the node that has it.
+bool NodeBuilder::applyValue(Element element, XmlElement child, Number& value) {
     switch (element) {
         case Element::Value:
-            detail.value = number(child);
+            value = number(child);
             return true;
         case Element::pValue:
             node_.value = link(child, Wanted::number);
             return true;
+        default:
+            return false;
+    }
+}
+
+bool NodeBuilder::applyNumber(Element element, XmlElement child) {
+    NumberDetail& detail = draft_.number;
+    switch (element) {
         case Element::Min:
             detail.minimum = bound(child);
             return true;
@@ -85,11 +94,11 @@ bool NodeBuilder::applyNumber(Element element, XmlElement child) {
             return true;
         }
         case Element::AccessMode:
-            word(child, accessModeOf(text_),
-                 [&](EAccessMode mode) { node_.imposedAccess = std::uint8_t(mode); });
+            word<EAccessMode>(child,
+                              [&](EAccessMode mode) { node_.imposedAccess = std::uint8_t(mode); });
             return true;
         default:
-            return applyIndexed(element, child);
+            return applyIndexed(element, child) || applyValue(element, child, detail.value);
     }
 }
 
@@ -153,19 +162,12 @@ void NodeBuilder::applyValidValues(XmlElement child) {
 
 bool NodeBuilder::applyBoolean(Element element, XmlElement child) {
     switch (element) {
-        case Element::Value: {
+        case Element::Value:
             // Some write the words where a number is due.
             if (text_ == "true" || text_ == "false") {
-                draft_.boolean.value.given = true;
-                draft_.boolean.value.integer = text_ == "true" ? 1 : 0;
-            } else {
-                draft_.boolean.value = number(child);
+                text_ = text_ == "true" ? "1" : "0";
             }
-            return true;
-        }
-        case Element::pValue:
-            node_.value = link(child, Wanted::number);
-            return true;
+            return applyValue(element, child, draft_.boolean.value);
         case Element::OnValue:
             draft_.boolean.on = integer(child);
             return true;
@@ -173,22 +175,7 @@ bool NodeBuilder::applyBoolean(Element element, XmlElement child) {
             draft_.boolean.off = integer(child);
             return true;
         default:
-            return false;
-    }
-}
-
-bool NodeBuilder::applyEnumeration(Element element, XmlElement child) {
-    switch (element) {
-        case Element::Value:
-            draft_.number.value = number(child);
-            return true;
-        case Element::pValue:
-            node_.value = link(child, Wanted::number);
-            return true;
-        case Element::EnumEntry:
-            return true;
-        default:
-            return false;
+            return applyValue(element, child, draft_.boolean.value);
     }
 }
 
@@ -210,7 +197,7 @@ bool NodeBuilder::applyEntry(Element element, XmlElement child) {
             draft_.entry.symbolic = context_.store(text_);
             return true;
         case Element::IsSelfClearing:
-            word(child, yesNoOf(text_), [&](bool yes) { draft_.entry.selfClearing = yes; });
+            word<bool>(child, [&](bool yes) { draft_.entry.selfClearing = yes; });
             return true;
         default:
             return false;
@@ -219,12 +206,6 @@ bool NodeBuilder::applyEntry(Element element, XmlElement child) {
 
 bool NodeBuilder::applyCommand(Element element, XmlElement child) {
     switch (element) {
-        case Element::Value:
-            draft_.command.value = number(child);
-            return true;
-        case Element::pValue:
-            node_.value = link(child, Wanted::number);
-            return true;
         case Element::CommandValue:
             draft_.command.command = number(child);
             return true;
@@ -232,7 +213,7 @@ bool NodeBuilder::applyCommand(Element element, XmlElement child) {
             draft_.command.command = linkedNumber(child);
             return true;
         default:
-            return false;
+            return applyValue(element, child, draft_.command.value);
     }
 }
 
@@ -246,8 +227,8 @@ bool NodeBuilder::applyString(Element element, XmlElement child) {
             node_.value = link(child, Wanted::text);
             return true;
         case Element::AccessMode:
-            word(child, accessModeOf(text_),
-                 [&](EAccessMode mode) { node_.imposedAccess = std::uint8_t(mode); });
+            word<EAccessMode>(child,
+                              [&](EAccessMode mode) { node_.imposedAccess = std::uint8_t(mode); });
             return true;
         default:
             return false;
@@ -257,7 +238,7 @@ bool NodeBuilder::applyString(Element element, XmlElement child) {
 bool NodeBuilder::applyPort(Element element, XmlElement child) {
     switch (element) {
         case Element::SwapEndianess:
-            word(child, yesNoOf(text_), [&](bool yes) { draft_.port.swapEndianess = yes; });
+            word<bool>(child, [&](bool yes) { draft_.port.swapEndianess = yes; });
             return true;
         case Element::ChunkID:
             if (const auto id = parseHexId(text_)) {
@@ -272,7 +253,7 @@ bool NodeBuilder::applyPort(Element element, XmlElement child) {
             draft_.port.chunkIdNode = link(child, Wanted::number);
             return true;
         case Element::CacheChunkData:
-            word(child, yesNoOf(text_), [&](bool yes) { draft_.port.cacheChunkData = yes; });
+            word<bool>(child, [&](bool yes) { draft_.port.cacheChunkData = yes; });
             return true;
         default:
             return false;

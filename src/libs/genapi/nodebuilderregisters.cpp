@@ -41,13 +41,13 @@ bool NodeBuilder::applyRegister(Element element, XmlElement child) {
             detail.port = link(child, Wanted::port);
             return true;
         case Element::AccessMode:
-            word(child, accessModeOf(text_), [&](EAccessMode mode) {
+            word<EAccessMode>(child, [&](EAccessMode mode) {
                 detail.access = std::uint8_t(mode);
                 draft_.hasAccess = true;
             });
             return true;
         case Element::Cachable:
-            word(child, cachingOf(text_), [&](ECachingMode mode) {
+            word<ECachingMode>(child, [&](ECachingMode mode) {
                 detail.caching = std::uint8_t(mode);
                 node_.ownCaching = true;
             });
@@ -125,10 +125,10 @@ bool NodeBuilder::applyLayout(Element element, XmlElement child) {
     };
     switch (element) {
         case Element::Sign:
-            word(child, signOf(text_), [&](ESign sign) { detail.isSigned = sign == Signed; });
+            word<ESign>(child, [&](ESign sign) { detail.isSigned = sign == Signed; });
             return true;
         case Element::Endianess:
-            word(child, endianessOf(text_), [&](EEndianess order) {
+            word<EEndianess>(child, [&](EEndianess order) {
                 detail.bigEndian = order == BigEndian;
                 draft_.hasEndianess = true;
             });

@@ -12,6 +12,7 @@ NodeMap::NodeMap(std::shared_ptr<const Description> description, const gcstring&
       deviceName_(deviceName),
       lock_(lock != nullptr ? *lock : ownLock_),
       engine_(description_) {
+    spares_.reserve(4);
     makeHandles();
 }
 
@@ -44,10 +45,28 @@ void NodeMap::makeHandles() {
     }
 }
 
+NodeMap& NodeMap::behind(const CNodeMapRef& map) {
+    auto* known = dynamic_cast<NodeMap*>(map._Ptr());
+    if (known == nullptr) {
+        GENAPI_THROW(InvalidArgumentException, "The node map is not one of CNodeMapFactory.");
+    }
+    return *known;
+}
+
+NodeMap* NodeMap::share(INodeMap* map, CNodeMapRef& handle) {
+    if (map == nullptr) {
+        return nullptr;
+    }
+    const CNodeMapRef shared(map, map->GetDeviceName());
+    NodeMap& known = behind(shared);
+    handle = shared;
+    return &known;
+}
+
 // ---- Calls from outside, and the callbacks at their end.
 
 void NodeMap::deliverAndUnlock() noexcept {
-    Registrations inside;
+    Registrations inside = takeSpare();
     Registrations outside;
     try {
         collectDue(inside);
@@ -57,11 +76,37 @@ void NodeMap::deliverAndUnlock() noexcept {
     ++delivering_;
     run(inside, cbPostInsideLock);
     --delivering_;
-    if (delivering_ == 0) {
+    keepSpare(std::move(inside));
+    if (delivering_ == 0 && !outside_.empty()) {
+        outside = takeSpare();
         outside.swap(outside_);
     }
     lock_.Unlock();
-    run(outside, cbPostOutsideLock);
+    if (!outside.empty()) {
+        run(outside, cbPostOutsideLock);
+        // Whoever has the lock may be waiting for this call to return.
+        if (lock_.TryLock()) {
+            keepSpare(std::move(outside));
+            lock_.Unlock();
+        }
+    }
+}
+
+// Lists go round, so that a change costs no memory once there was one like it.
+NodeMap::Registrations NodeMap::takeSpare() noexcept {
+    if (spares_.empty()) {
+        return {};
+    }
+    Registrations list = std::move(spares_.back());
+    spares_.pop_back();
+    return list;
+}
+
+void NodeMap::keepSpare(Registrations list) noexcept {
+    list.clear();
+    if (spares_.size() < spares_.capacity()) {
+        spares_.push_back(std::move(list));
+    }
 }
 
 void NodeMap::collectDue(Registrations& inside) {

@@ -11,6 +11,7 @@
 #include "genapi/engine.h"
 #include "genapi/inodemap.h"
 #include "genapi/ivalue.h"
+#include "genapi/nodemapref.h"
 
 namespace GenApi::Detail {
 
@@ -22,6 +23,11 @@ public:
     ~NodeMap() override;
     NodeMap(const NodeMap&) = delete;
     NodeMap& operator=(const NodeMap&) = delete;
+
+    // All maps that a factory made are of this class; InvalidArgumentException for another one.
+    [[nodiscard]] static NodeMap& behind(const CNodeMapRef& map);
+    // Lets the handle hold the map too; null for a null map.
+    [[nodiscard]] static NodeMap* share(INodeMap* map, CNodeMapRef& handle);
 
     // A call from outside, for a scope: holds the lock, and at the end of the outermost one tells
     // the callbacks of all that changed, also when it ends with an exception.
@@ -105,6 +111,8 @@ private:
     void makeHandles();
     // Tells of the changes and gives the lock back, which the calling Call holds once.
     void deliverAndUnlock() noexcept;
+    [[nodiscard]] Registrations takeSpare() noexcept;
+    void keepSpare(Registrations list) noexcept;
     void collectDue(Registrations& inside);
     static void run(const Registrations& due, ECallbackType type) noexcept;
 
@@ -117,6 +125,7 @@ private:
     // Deliveries under way, one in another; what is due outside the lock waits for the first.
     int delivering_ = 0;
     Registrations outside_;
+    std::vector<Registrations> spares_;  // empty lists that have memory
     std::unordered_map<NodeId, Registrations> callbacks_;
     CallbackHandleType lastHandle_ = 0;
 

@@ -90,7 +90,7 @@ protected:
 
 }  // namespace
 
-TEST_F(FeaturePersistence, SavesWhatIsStreamableAndCanBeReadAndWritten) {
+TEST_F(FeaturePersistence, Rule78SavesWhatIsStreamableAndCanBeReadAndWritten) {
     load(integer("Width", 0, "") +
          integer("Fixed", 8, "<ImposedAccessMode>RO</ImposedAccessMode>") +
          "<Integer Name=\"Volatile\"><Value>5</Value></Integer>"
@@ -107,7 +107,7 @@ TEST_F(FeaturePersistence, ARangeComesBehindWhatItDependsOn) {
     EXPECT_EQ(save(), header + "Size\t10\nOffset\t7\n");
 }
 
-TEST_F(FeaturePersistence, SavesAFeatureOnceForEachValueOfItsSelector) {
+TEST_F(FeaturePersistence, Rule79SavesAFeatureOnceForEachValueOfItsSelector) {
     load(gains);
     set("GainSelector", "Digital2");
     set("Gain", "2.5");
@@ -120,7 +120,53 @@ TEST_F(FeaturePersistence, SavesAFeatureOnceForEachValueOfItsSelector) {
     EXPECT_EQ(get("GainSelector"), "All");
 }
 
-TEST_F(FeaturePersistence, RestoresEveryPlaceAndTheSelectorItself) {
+TEST_F(FeaturePersistence, Rule79TwoSelectorsOfOneFeatureMakeTheProduct) {
+    const auto selector = [](const std::string& name) {
+        return "<Integer Name=\"" + name +
+               "\"><Value>0</Value><Min>0</Min><Max>1</Max><pSelected>Gain</pSelected></Integer>";
+    };
+    load(selector("Tap") + selector("Channel") +
+         "<IntReg Name=\"Gain\"><Streamable>Yes</Streamable><Address>0</Address><pIndex "
+         "Offset=\"16\">Tap</pIndex><pIndex Offset=\"4\">Channel</pIndex><Length>4</Length>"
+         "<AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>");
+    for (int place = 0; place < 4; ++place) {
+        set("Tap", std::to_string(place / 2));
+        set("Channel", std::to_string(place % 2));
+        set("Gain", std::to_string(10 + place));
+    }
+    const std::string stream = save();
+    EXPECT_EQ(get("Tap") + get("Channel"), "11");
+    for (const char* gain : {"10", "11", "12", "13"}) {
+        EXPECT_NE(stream.find("Gain\t" + std::string(gain) + "\n"), std::string::npos) << stream;
+    }
+    for (int place = 0; place < 4; ++place) {
+        set("Tap", std::to_string(place / 2));
+        set("Channel", std::to_string(place % 2));
+        set("Gain", "0");
+    }
+    restore(stream);
+    for (int place = 0; place < 4; ++place) {
+        set("Tap", std::to_string(place / 2));
+        set("Channel", std::to_string(place % 2));
+        EXPECT_EQ(get("Gain"), std::to_string(10 + place));
+    }
+}
+
+TEST_F(FeaturePersistence, Rule81WhatLiesInAChunkIsLeftOut) {
+    load(integer("Width", 0, "") +
+         "<Integer Name=\"Stamp\"><Streamable>Yes</Streamable><pValue>StampReg</pValue></Integer>"
+         "<IntReg Name=\"StampReg\"><Address>0</Address><Length>8</Length><AccessMode>RW"
+         "</AccessMode><pPort>Chunk</pPort></IntReg><Port Name=\"Chunk\"><ChunkID>1</ChunkID>"
+         "</Port>");
+    GenApi::CChunkPort chunk;
+    ASSERT_TRUE(map_._Connect(&chunk, "Chunk"));
+    std::uint8_t bytes[8] = {};
+    chunk.AttachChunk(bytes, 0, sizeof bytes);
+    set("Stamp", "5");
+    EXPECT_EQ(save(), header + "Width\t0\n");
+}
+
+TEST_F(FeaturePersistence, Rule79RestoresEveryPlaceAndTheSelectorItself) {
     load(gains);
     restore(header +
             "GainSelector\tAll\nGain\t0.1\nGainSelector\tDigital2\nGain\t2.5\n"
@@ -131,7 +177,7 @@ TEST_F(FeaturePersistence, RestoresEveryPlaceAndTheSelectorItself) {
     EXPECT_EQ(GenApi::CFloatPtr(map_._GetNode("Gain"))->GetValue(), 0.1);
 }
 
-TEST_F(FeaturePersistence, KeepsFloatsExact) {
+TEST_F(FeaturePersistence, Rule78KeepsFloatsExact) {
     load(gains);
     const GenApi::CFloatPtr gain(map_._GetNode("Gain"));
     gain->SetValue(1.0 / 3.0);
@@ -151,14 +197,14 @@ TEST_F(FeaturePersistence, AValueBehindASelectorThatFailsIsNotWritten) {
     EXPECT_EQ(get("Gain"), "3");
 }
 
-TEST_F(FeaturePersistence, LoadsInAnOrderThatWorks) {
+TEST_F(FeaturePersistence, Rule80LoadsInAnOrderThatWorks) {
     load(integer("Size", 8, "") + integer("Offset", 0, "<pMax>Size</pMax>"));
     restore("Offset\t7\nSize\t10\n");
     EXPECT_EQ(get("Offset"), "7");
     EXPECT_EQ(get("Size"), "10");
 }
 
-TEST_F(FeaturePersistence, AnUnknownNameIsReportedAndTheRestLoaded) {
+TEST_F(FeaturePersistence, Rule81AnUnknownNameIsReportedAndTheRestLoaded) {
     load(integer("Width", 0, ""));
     EXPECT_EQ(restoreMessage("Colour\tRed\nWidth\t5\n"),
               "The feature stream could not be loaded whole. Line 1, Colour: there is no such "
@@ -166,7 +212,7 @@ TEST_F(FeaturePersistence, AnUnknownNameIsReportedAndTheRestLoaded) {
     EXPECT_EQ(get("Width"), "5");
 }
 
-TEST_F(FeaturePersistence, NamesEveryValueThatReadsBackAnother) {
+TEST_F(FeaturePersistence, Rule80NamesEveryValueThatReadsBackAnother) {
     // Both registers are one: the second write shows in the first.
     load(integer("Width", 0, "") + integer("Height", 0, ""));
     const std::string stream = "Width\t5\nHeight\t6\n";

@@ -34,6 +34,28 @@ bool parseInteger(std::string_view text, std::int64_t& value) {
     return error == std::errc() && stop == end && !text.empty();
 }
 
+// What tells about one frame is no state of the device.
+bool isInChunk(GenApi::INode& feature) {
+    GenApi::INode* node = &feature;
+    GenApi::NodeList_t links;
+    // As long as any chain of values is.
+    for (int depth = 0; depth < 64; ++depth) {
+        node->GetChildren(links, GenApi::ctReadingChildren);
+        for (GenApi::INode* const link : links) {
+            const GenApi::CPortConstructPtr port(link);
+            if (port.IsValid() && port->IsChunkPort()) {
+                return true;
+            }
+        }
+        node->GetChildren(links, GenApi::ctWritingChildren);
+        if (links.empty()) {
+            return false;
+        }
+        node = links.front();
+    }
+    return false;
+}
+
 }  // namespace
 
 bool isPersistable(GenApi::INode& node) {
@@ -41,7 +63,7 @@ bool isPersistable(GenApi::INode& node) {
     const bool hasValue = type == GenApi::intfIInteger || type == GenApi::intfIBoolean ||
                           type == GenApi::intfIFloat || type == GenApi::intfIString ||
                           type == GenApi::intfIRegister || type == GenApi::intfIEnumeration;
-    return hasValue && node.GetAccessMode() == GenApi::RW;
+    return hasValue && node.GetAccessMode() == GenApi::RW && !isInChunk(node);
 }
 
 std::string readFeature(GenApi::INode& node) {
