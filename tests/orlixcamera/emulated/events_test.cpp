@@ -139,7 +139,7 @@ TEST_F(EmulatedEvents, EveryEventHasItsPort) {
     for (const auto& [id, name] :
          {std::pair{frameStart, "FrameStart"}, std::pair{exposureEnd, "ExposureEnd"},
           std::pair{frameEnd, "FrameEnd"}, std::pair{overrun, "Overrun"},
-          std::pair{eventOverrun, "EventOverrun"}, std::pair{test, "Test"}}) {
+          std::pair{eventOverrun, "OverrunEvent"}, std::pair{test, "Test"}}) {
         const std::uint64_t time = 1000U + id;
         std::uint8_t bytes[8];
         std::memcpy(bytes, &time, sizeof bytes);

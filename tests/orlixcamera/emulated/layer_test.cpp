@@ -28,25 +28,46 @@ public:
     std::promise<std::thread::id> lost;
 };
 
-TEST(EmulatedLayer, EveryCameraHasItsOwnIdentity) {
-    const auto layer = Orlix::CreateEmulatedCameras(7);
+TEST(EmulatedLayer, EveryCameraHasItsOwnFullName) {
+    const auto layer = Orlix::CreateEmulatedCameras(300);
     EXPECT_EQ(layer->GetInfo().GetDeviceClass(), "OrlixEmulated");
     std::set<std::string> names;
-    std::set<std::string> addresses;
     for (const CDeviceInfo& info : layer->Enumerate()) {
-        Orlix::gcstring address;
-        EXPECT_TRUE(info.GetPropertyValue(Orlix::Key::IpAddress, address));
-        addresses.insert(address.c_str());
         names.insert(info.GetFullName().c_str());
         EXPECT_EQ(info.GetDeviceClass(), "OrlixEmulated");
         EXPECT_EQ(info.GetModelName(), "EmulatedCamera");
         EXPECT_EQ(info.GetVendorName(), "Orlix");
     }
-    EXPECT_EQ(names.size(), 7U);
-    EXPECT_EQ(addresses.size(), 7U);
-    EXPECT_EQ(layer->Enumerate()[1].GetUserDefinedName(), "Camera 2");
-    EXPECT_EQ(layer->Enumerate()[1].GetFriendlyName(), "Camera 2 (EMU-0002)");
+    EXPECT_EQ(names.size(), 300U);
     EXPECT_TRUE(Orlix::CreateEmulatedCameras(0)->Enumerate().empty());
+}
+
+TEST(EmulatedLayer, CamerasDifferInWhatTheyAreKnownBy) {
+    const auto layer = Orlix::CreateEmulatedCameras(8);
+    const auto infos = layer->Enumerate();
+    const auto valueOf = [&](std::size_t camera, const char* key) {
+        Orlix::gcstring value;
+        return infos[camera].GetPropertyValue(key, value) ? std::string(value.c_str()) : "none";
+    };
+    struct Row {
+        const char* name;
+        const char* configuration;
+        const char* address;
+        const char* serial;
+    };
+    const std::vector<Row> rows = {
+        {"", "4", "127.1.0.1", "EMU-0001"},   {"Camera 2", "4", "127.1.0.2", "EMU-0002"},
+        {"", "256", "127.1.0.3", "EMU-0003"}, {"", "260", "", "EMU-0004"},
+        {"", "none", "none", "EMU-0005"},     {"Camera 2", "4", "127.1.0.6", "EMU-0006"},
+        {"", "4", "127.1.0.7", "none"},       {"", "4", "127.1.0.8", "EMU-0008"},
+    };
+    for (std::size_t camera = 0; camera < rows.size(); ++camera) {
+        EXPECT_EQ(valueOf(camera, Orlix::Key::UserDefinedName), rows[camera].name) << camera;
+        EXPECT_EQ(valueOf(camera, Orlix::Key::IpConfigCurrent), rows[camera].configuration);
+        EXPECT_EQ(valueOf(camera, Orlix::Key::IpAddress), rows[camera].address);
+        EXPECT_EQ(valueOf(camera, Orlix::Key::SerialNumber), rows[camera].serial);
+    }
+    EXPECT_EQ(infos[1].GetFriendlyName(), "Camera 2 (EMU-0002)");
 }
 
 TEST(EmulatedLayer, NameThatTheUserGivesShowsInTheEnumeration) {

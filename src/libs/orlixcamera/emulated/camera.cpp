@@ -39,8 +39,6 @@ Camera::Camera(Identity identity, Place place)
     : place_(std::move(place)), registers_(std::move(identity)) {}
 
 CDeviceInfo Camera::GetInfo() const {
-    constexpr const char* dynamicConfiguration = "4";
-    constexpr const char* persistentConfiguration = "256";
     const std::scoped_lock lock(mutex_);
     const Identity& identity = registers_.GetIdentity();
     CDeviceInfo info;
@@ -50,11 +48,14 @@ CDeviceInfo Camera::GetInfo() const {
     info.SetPropertyValue(Key::VendorName, text(identity.vendor));
     info.SetPropertyValue(Key::ModelName, text(identity.model));
     info.SetPropertyValue(Key::DeviceVersion, text(identity.version));
-    info.SetPropertyValue(Key::SerialNumber, text(identity.serialNumber));
+    if (place_.tellsSerialNumber) {
+        info.SetPropertyValue(Key::SerialNumber, text(identity.serialNumber));
+    }
     info.SetPropertyValue(Key::UserDefinedName, text(identity.userDefinedName));
-    info.SetPropertyValue(Key::IpAddress, text(place_.address));
-    info.SetPropertyValue(Key::IpConfigCurrent,
-                          place_.fixedAddress ? persistentConfiguration : dynamicConfiguration);
+    if (place_.ipConfiguration != nullptr) {
+        info.SetPropertyValue(Key::IpConfigCurrent, place_.ipConfiguration);
+        info.SetPropertyValue(Key::IpAddress, text(place_.address));
+    }
     return info;
 }
 

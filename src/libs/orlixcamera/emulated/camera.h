@@ -44,8 +44,9 @@ struct FrameCursor {
 
 // What a camera has of its surroundings.
 struct Place {
+    const char* ipConfiguration = nullptr;  // null without a network
     std::string address;
-    bool fixedAddress = false;
+    bool tellsSerialNumber = true;
     std::shared_ptr<Agenda> agenda;
     // Called by the agenda when the camera was plugged in or out.
     std::function<void()> plugChanged;

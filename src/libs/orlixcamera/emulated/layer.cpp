@@ -1,5 +1,6 @@
 #include "orlixcamera/emulated/layer.h"
 
+#include <array>
 #include <cstdio>
 #include <string>
 #include <utility>
@@ -12,26 +13,62 @@ namespace Orlix {
 namespace Emulated {
 namespace {
 
-// The cameras differ in what a host can know them by: every second has a name that its user gave
-// it, and every third keeps its address.
-std::shared_ptr<Camera> makeCamera(std::size_t number, const std::shared_ptr<Agenda>& agenda,
-                                   const std::shared_ptr<Announcer>& announcer) {
+// What a host can know a camera by. Hosts that choose cameras by their properties meet each of
+// these kinds, one camera after the other, again and again.
+struct Kind {
+    enum class Name : std::uint8_t { None, Own, OfTheCameraFourBefore };
+
+    Name name;
+    const char* ipConfiguration;  // null for a camera without a network; 256 is a fixed address
+    bool hasAddress;
+    bool tellsSerialNumber;
+    Transport::ChunkByteOrder chunkByteOrder;
+};
+
+constexpr std::array kinds = {
+    Kind{Kind::Name::None, "4", true, true, Transport::ChunkByteOrder::BigEndian},
+    Kind{Kind::Name::Own, "4", true, true, Transport::ChunkByteOrder::LittleEndian},
+    Kind{Kind::Name::None, "256", true, true, Transport::ChunkByteOrder::BigEndian},
+    Kind{Kind::Name::None, "260", false, true, Transport::ChunkByteOrder::LittleEndian},
+    Kind{Kind::Name::None, nullptr, false, true, Transport::ChunkByteOrder::LittleEndian},
+    Kind{Kind::Name::OfTheCameraFourBefore, "4", true, true, Transport::ChunkByteOrder::BigEndian},
+    Kind{Kind::Name::None, "4", true, false, Transport::ChunkByteOrder::BigEndian},
+};
+
+std::string addressOf(std::size_t number) {
+    constexpr std::size_t addresses = 254;
+    return "127.1." + std::to_string((number - 1) / addresses % 256) + "." +
+           std::to_string((number - 1) % addresses + 1);
+}
+
+Identity identityOf(std::size_t number, const Kind& kind) {
+    constexpr std::size_t four = 4;
     char serial[16];
     std::snprintf(serial, sizeof serial, "EMU-%04zu", number);
-    Identity identity{
-        "Orlix", "EmulatedCamera", "1.0", serial, "", {}, static_cast<std::uint32_t>(number)};
-    if (number % 2 == 0) {
-        identity.userDefinedName = "Camera " + std::to_string(number);
-        identity.chunkByteOrder = Transport::ChunkByteOrder::LittleEndian;
+    Identity identity;
+    identity.vendor = "Orlix";
+    identity.model = "EmulatedCamera";
+    identity.version = "1.0";
+    identity.serialNumber = serial;
+    identity.number = static_cast<std::uint32_t>(number);
+    identity.chunkByteOrder = kind.chunkByteOrder;
+    if (kind.name != Kind::Name::None) {
+        const bool isOwn = kind.name == Kind::Name::Own;
+        identity.userDefinedName = "Camera " + std::to_string(isOwn ? number : number - four);
     }
-    constexpr std::size_t addresses = 254;
+    return identity;
+}
+
+std::shared_ptr<Camera> makeCamera(std::size_t number, const std::shared_ptr<Agenda>& agenda,
+                                   const std::shared_ptr<Announcer>& announcer) {
+    const Kind& kind = kinds[(number - 1) % kinds.size()];
     Place place;
-    place.address = "127.1." + std::to_string((number - 1) / addresses % 256) + "." +
-                    std::to_string((number - 1) % addresses + 1);
-    place.fixedAddress = number % 3 == 0;
+    place.ipConfiguration = kind.ipConfiguration;
+    place.address = kind.hasAddress ? addressOf(number) : "";
+    place.tellsSerialNumber = kind.tellsSerialNumber;
     place.agenda = agenda;
     place.plugChanged = [announcer] { announcer->Tell(); };
-    return std::make_shared<Camera>(std::move(identity), std::move(place));
+    return std::make_shared<Camera>(identityOf(number, kind), std::move(place));
 }
 
 // The full name alone decides where it is given: other properties may have changed since.

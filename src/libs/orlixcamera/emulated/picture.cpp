@@ -5,11 +5,14 @@
 #include <cstring>
 #include <string_view>
 
+#include "orlixcamera/emulated/linewriter.h"
+#include "orlixcamera/emulated/sensorimages.h"
 #include "orlixcamera/pixel/pixeltable.h"
 
 namespace Orlix::Emulated {
 namespace {
 
+constexpr std::uint32_t noiseVariants = 4;
 constexpr std::uint32_t period = 256;        // lines after which every pattern repeats
 constexpr std::uint64_t linesPerFrame = 2;   // whole Bayer cells and chroma lines
 constexpr double defaultExposure = 5000;     // microseconds that show the scene as it is
@@ -27,13 +30,6 @@ constexpr std::array patternNames = {
     "GreyDiagonalRamp",
     "GreyDiagonalRampMoving",
     "ColorBar",
-};
-
-// 16 bits a colour, cut to what a format holds when it is written.
-struct Colour {
-    std::uint32_t red;
-    std::uint32_t green;
-    std::uint32_t blue;
 };
 
 Colour grey(std::uint32_t level) {
@@ -143,78 +139,6 @@ std::uint32_t chromaRed(const Colour& c) {
     return chroma(128, -107, -21, c);
 }
 
-// Puts the samples of a line behind each other, as the format packs them.
-class LineWriter {
-public:
-    LineWriter(const PixelFormat& format, std::uint8_t* out)
-        : out_(out), depth_(format.bitDepth), packing_(packingOf(format)) {}
-
-    void Add(std::uint32_t level) {
-        const std::uint32_t sample = level >> (16U - depth_);
-        switch (packing_) {
-            case Packing::Byte:
-                *out_++ = static_cast<std::uint8_t>(sample);
-                break;
-            case Packing::Word:
-                *out_++ = static_cast<std::uint8_t>(sample);
-                *out_++ = static_cast<std::uint8_t>(sample >> 8U);
-                break;
-            case Packing::Continuous:
-                addBits(sample);
-                break;
-            case Packing::ThreeBytes:
-                addToThreeBytes(sample);
-                break;
-        }
-    }
-
-private:
-    enum class Packing : std::uint8_t {
-        Byte,
-        Word,        // lowest byte first
-        Continuous,  // lowest bits first
-        ThreeBytes,  // two samples: high bits, the low bits of both, high bits
-    };
-
-    static Packing packingOf(const PixelFormat& format) {
-        if (format.packing == SamplePacking::Bytes) {
-            return format.bitDepth <= 8 ? Packing::Byte : Packing::Word;
-        }
-        const bool older = format.bitDepth > 8 && format.name.ends_with("Packed");
-        return older ? Packing::ThreeBytes : Packing::Continuous;
-    }
-
-    void addBits(std::uint32_t sample) {
-        bits_ |= sample << count_;
-        count_ += depth_;
-        for (; count_ >= 8; count_ -= 8, bits_ >>= 8U) {
-            *out_++ = static_cast<std::uint8_t>(bits_);
-        }
-    }
-
-    void addToThreeBytes(std::uint32_t sample) {
-        const std::uint32_t lowBits = depth_ - 8;
-        const auto high = static_cast<std::uint8_t>(sample >> lowBits);
-        const std::uint32_t low = sample & ((1U << lowBits) - 1);
-        if (second_) {
-            out_[1] = static_cast<std::uint8_t>(out_[1] | (low << 4U));
-            out_[2] = high;
-            out_ += 3;
-        } else {
-            out_[0] = high;
-            out_[1] = static_cast<std::uint8_t>(low);
-        }
-        second_ = !second_;
-    }
-
-    std::uint8_t* out_;
-    std::uint32_t depth_;
-    Packing packing_;
-    std::uint32_t bits_ = 0;
-    std::uint32_t count_ = 0;
-    bool second_ = false;
-};
-
 // The colour of the filter before a pixel; the pattern's name tells those of its first line.
 std::uint32_t bayerSample(std::string_view name, std::uint32_t column, std::uint32_t line,
                           const Colour& c) {
@@ -228,12 +152,6 @@ std::uint32_t bayerSample(std::string_view name, std::uint32_t column, std::uint
     const char rare = greenFirst ? letters[1] : letters[0];
     return (rare == 'R') == (line % 2 == 0) ? c.red : c.blue;
 }
-
-// Everything that tells which samples a pixel of a plane has.
-struct PlaneStyle {
-    const PixelFormat& format;
-    std::size_t plane;
-};
 
 void addColour(const PlaneStyle& style, const Colour& c, LineWriter& line) {
     const std::string_view name = style.format.name;
@@ -268,6 +186,64 @@ void addYuv(const PlaneStyle& style, std::uint32_t column, const Colour& c, Line
     line.Add(lumaFirst ? difference : luma(c));
 }
 
+void addPixel(const PlaneStyle& style, std::uint32_t column, std::uint32_t line,
+              const Colour& colour, LineWriter& writer) {
+    switch (style.format.family) {
+        case PixelFamily::Bayer:
+            writer.Add(bayerSample(style.format.name, column, line, colour));
+            break;
+        case PixelFamily::Rgb:
+            addColour(style, colour, writer);
+            break;
+        case PixelFamily::Yuv:
+            addYuv(style, column, colour, writer);
+            break;
+        default:
+            writer.Add(luma(colour));
+            break;
+    }
+}
+
+// Deviations of a sensor, the same for the same picture.
+class Noise {
+public:
+    Noise(std::uint64_t seed, std::uint32_t level)
+        : state_(static_cast<std::uint32_t>(seed) * 2 + 1), range_(level * levelStep) {}
+
+    [[nodiscard]] Colour Add(const Colour& colour) {
+        if (range_ == 0) {
+            return colour;
+        }
+        return {deviate(colour.red), deviate(colour.green), deviate(colour.blue)};
+    }
+
+private:
+    std::uint32_t deviate(std::uint32_t level) {
+        state_ ^= state_ << 13U;
+        state_ ^= state_ >> 17U;
+        state_ ^= state_ << 5U;
+        const std::uint32_t up = level + state_ % (2 * range_ + 1);
+        return std::clamp(up, range_, fullLevel + range_) - range_;
+    }
+
+    std::uint32_t state_;
+    std::uint32_t range_;
+};
+
+Colour brighten(const Colour& colour, const Brightness& brightness) {
+    const auto scaled = [](std::uint32_t level, double factor) {
+        return static_cast<std::uint32_t>(std::min(level * factor, static_cast<double>(fullLevel)));
+    };
+    return {scaled(colour.red, brightness.red), scaled(colour.green, brightness.green),
+            scaled(colour.blue, brightness.blue)};
+}
+
+// Which painting of a line a frame takes, so that noise differs from frame to frame.
+std::uint64_t variantOf(std::uint64_t frameNumber, std::uint32_t line, std::uint32_t count) {
+    constexpr std::uint64_t spread = 0x9E3779B97F4A7C15;
+    return count == 1 ? 0 : ((frameNumber * 0x10001 + line) * spread >> 40U) % count;
+}
+
 // Whether a line of the plane stands for two of the picture.
 std::uint32_t lineShift(const PixelFormat& format, std::size_t plane) {
     return format.layout == PixelLayout::Semiplanar420 && plane > 0 ? 1 : 0;
@@ -275,66 +251,115 @@ std::uint32_t lineShift(const PixelFormat& format, std::size_t plane) {
 
 }  // namespace
 
-void Picture::Prepare(const PictureSettings& settings) {
-    if (prepared_ && settings == settings_) {
-        return;
+void Picture::Prepare(const PictureSettings& settings, std::uint64_t frameNumber) {
+    if (!prepared_ || !(settings == settings_)) {
+        prepared_ = false;
+        settings_ = settings;
+        planes_ =
+            ComputePlanes(settings.pixelType, settings.region.width, settings.region.height, 0);
+        showsFiles_ = settings.pattern == Pattern::Off && settings.images != nullptr;
+        const bool isNoisy = settings.pattern == Pattern::Off && settings.noiseLevel > 0;
+        variantCount_ = isNoisy ? noiseVariants : 1;
+        fitCache();
+        prepared_ = true;
     }
-    settings_ = settings;
-    sceneName_ = patternNames.at(static_cast<std::size_t>(settings.pattern));
-    planes_ = ComputePlanes(settings.pixelType, settings.region.width, settings.region.height, 0);
-    for (std::size_t plane = 0; plane < planes_.count; ++plane) {
-        paintPlane(plane);
+    const std::size_t image = showsFiles_ ? frameNumber % settings.images->GetCount() : 0;
+    current_ = image % painted_.size();
+    Painted& painted = painted_[current_];
+    if (!painted.valid || painted.image != image) {
+        painted.image = image;
+        painted.name = showsFiles_ ? settings.images->GetName(image)
+                                   : patternNames.at(static_cast<std::size_t>(settings.pattern));
+        for (std::size_t plane = 0; plane < planes_.count; ++plane) {
+            paintPlane(painted, plane);
+        }
+        painted.valid = true;
     }
-    prepared_ = true;
+}
+
+// Pictures that fit are painted once for each change of a setting, larger ones for each frame.
+void Picture::fitCache() {
+    constexpr std::uint64_t mostBytes = std::uint64_t{256} << 20U;
+    const std::size_t images = showsFiles_ ? settings_.images->GetCount() : 1;
+    const bool allFit = planes_.size * variantCount_ * images <= mostBytes;
+    painted_.resize(allFit ? images : 1);
+    for (Painted& painted : painted_) {
+        painted.valid = false;
+    }
 }
 
 void Picture::Write(void* buffer, std::uint64_t frameNumber) const {
-    const std::uint64_t shift =
-        isMoving(settings_.pattern) ? frameNumber % period * linesPerFrame : 0;
     for (std::size_t plane = 0; plane < planes_.count; ++plane) {
-        writePlane(static_cast<std::uint8_t*>(buffer), plane, shift);
+        writePlane(static_cast<std::uint8_t*>(buffer), plane, frameNumber);
     }
 }
 
-void Picture::paintPlane(std::size_t plane) {
+// Files are painted line by line of the region, patterns line by line of their period.
+std::uint32_t Picture::paintedLines() const noexcept {
+    return showsFiles_ ? settings_.region.height : period;
+}
+
+void Picture::paintPlane(Painted& painted, std::size_t plane) const {
     const PixelFormat& format = *FindPixelFormat(settings_.pixelType);
-    const Region& region = settings_.region;
     const std::uint32_t step = 1U << lineShift(format, plane);
     const auto lineBytes = static_cast<std::size_t>(planes_.planes[plane].lineBytes);
-    const Scene scene = makeScene(brightnessOf(settings_, format.family));
-    lines_[plane].resize(period / step * lineBytes);
-    std::uint8_t* out = lines_[plane].data();
-    for (std::uint32_t y = 0; y < period; y += step, out += lineBytes) {
-        LineWriter line(format, out);
-        for (std::uint32_t column = 0; column < region.width; ++column) {
-            const std::uint32_t x =
-                region.offsetX + (settings_.reverseX ? region.width - 1 - column : column);
-            const Colour colour = colourAt(settings_.pattern, x, y, scene);
-            if (format.family == PixelFamily::Bayer) {
-                // Upside down, the last line of the region comes first, and begins the pattern.
-                const std::uint32_t filterLine = settings_.reverseY ? y + 1 : y;
-                line.Add(bayerSample(format.name, column, filterLine, colour));
-            } else if (format.family == PixelFamily::Rgb) {
-                addColour({format, plane}, colour, line);
-            } else if (format.family == PixelFamily::Yuv) {
-                addYuv({format, plane}, column, colour, line);
-            } else {
-                line.Add(luma(colour));
-            }
+    const Brightness brightness = brightnessOf(settings_, format.family);
+    const Scene scene = makeScene(brightness);
+    Noise noise(painted.image, settings_.pattern == Pattern::Off ? settings_.noiseLevel : 0);
+    const auto colourOf = [&](std::uint32_t x, std::uint32_t y) {
+        return noise.Add(
+            showsFiles_ ? brighten(settings_.images->GetColour(painted.image, x, y), brightness)
+                        : colourAt(settings_.pattern, x, y, scene));
+    };
+    painted.lines[plane].resize((paintedLines() + step - 1) / step * lineBytes * variantCount_);
+    std::uint8_t* out = painted.lines[plane].data();
+    for (std::uint32_t variant = 0; variant < variantCount_; ++variant) {
+        for (std::uint32_t line = 0; line < paintedLines(); line += step, out += lineBytes) {
+            paintLine({format, plane}, line, out, colourOf);
         }
     }
 }
 
-void Picture::writePlane(std::uint8_t* out, std::size_t plane, std::uint64_t shift) const {
+template <typename ColourOf>
+void Picture::paintLine(const PlaneStyle& style, std::uint32_t line, std::uint8_t* out,
+                        const ColourOf& colourOf) const {
+    const Region& region = settings_.region;
+    const std::uint32_t sensorLine =
+        region.offsetY + (settings_.reverseY ? region.height - 1 - line : line);
+    const std::uint32_t y = showsFiles_ ? sensorLine : line;
+    // Upside down, the last line of the region comes first, and begins the pattern.
+    const std::uint32_t filterLine = !showsFiles_ && settings_.reverseY ? line + 1 : line;
+    LineWriter writer(style.format, out);
+    for (std::uint32_t column = 0; column < region.width; ++column) {
+        const std::uint32_t x =
+            region.offsetX + (settings_.reverseX ? region.width - 1 - column : column);
+        addPixel(style, column, filterLine, colourOf(x, y), writer);
+    }
+}
+
+void Picture::writePlane(std::uint8_t* out, std::size_t plane, std::uint64_t frameNumber) const {
     const ImagePlane& shape = planes_.planes[plane];
     const std::uint32_t halves = lineShift(*FindPixelFormat(settings_.pixelType), plane);
     const auto lineBytes = static_cast<std::size_t>(shape.lineBytes);
+    const std::uint8_t* const lines = painted_[current_].lines[plane].data();
+    const std::size_t variantLines = ((paintedLines() - 1) >> halves) + 1;
+    const std::uint64_t shift =
+        isMoving(settings_.pattern) ? frameNumber % period * linesPerFrame : 0;
     out += shape.offset;
+    if (showsFiles_ && variantCount_ == 1) {
+        std::memcpy(out, lines, shape.lines * lineBytes);
+        return;
+    }
     for (std::uint32_t line = 0; line < shape.lines; ++line, out += lineBytes) {
-        const std::uint64_t place = std::uint64_t{line} << halves;
-        const std::uint64_t y = settings_.region.offsetY + shift +
-                                (settings_.reverseY ? settings_.region.height - 1 - place : place);
-        std::memcpy(out, lines_[plane].data() + (y % period >> halves) * lineBytes, lineBytes);
+        std::uint64_t place = line;
+        if (!showsFiles_) {
+            const std::uint64_t top = std::uint64_t{line} << halves;
+            const std::uint64_t y = settings_.region.offsetY + shift +
+                                    (settings_.reverseY ? settings_.region.height - 1 - top : top);
+            place = y % period >> halves;
+        }
+        place += variantLines * variantOf(frameNumber, line, variantCount_);
+        std::memcpy(out, lines + place * lineBytes, lineBytes);
     }
 }
 

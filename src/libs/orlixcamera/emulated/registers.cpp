@@ -9,6 +9,7 @@
 
 #include "gcbase/gcexception.h"
 #include "orlixcamera/emulated/registertable.h"
+#include "orlixcamera/emulated/sensorimages.h"
 #include "orlixcamera/pixel/pixeltable.h"
 
 namespace Orlix::Emulated {
@@ -209,6 +210,8 @@ PictureSettings Registers::GetPictureSettings() const {
     settings.reverseX = valueOf(At::reverseX) != 0;
     settings.reverseY = valueOf(At::reverseY) != 0;
     settings.pattern = static_cast<Pattern>(static_cast<int>(valueOf(At::testPattern)));
+    settings.noiseLevel = static_cast<std::uint32_t>(valueOf(At::noiseLevel));
+    settings.images = images_;
     settings.exposureMicroseconds = valueOf(At::exposureTime);
     std::int64_t bank = At::gain;
     for (double& gain : settings.gainDecibels) {
@@ -294,6 +297,8 @@ const std::string& Registers::textOf(std::int64_t address) const noexcept {
             return identity_.serialNumber;
         case At::faultScript:
             return faultScript_;
+        case At::imageFolder:
+            return imageFolder_;
         default:
             return identity_.userDefinedName;
     }
@@ -347,9 +352,16 @@ void Registers::writeText(std::size_t row, const void* buffer, std::size_t lengt
     const std::string text(begin, strnlen(begin, length));
     if (wanted.address == At::faultScript) {
         LoadFaults(text);
+    } else if (wanted.address == At::imageFolder) {
+        loadImages(text);
     } else {
         identity_.userDefinedName = text;
     }
+}
+
+void Registers::loadImages(const std::string& folder) {
+    images_ = folder.empty() ? nullptr : SensorImages::Load(folder);
+    imageFolder_ = folder;
 }
 
 void Registers::LoadFaults(const std::string& script) {

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,8 @@
 #include "orlixcamera/pixeltype.h"
 
 namespace Orlix::Emulated {
+
+class SensorImages;
 
 // What tells one camera from another.
 struct Identity {
@@ -61,6 +64,8 @@ struct PictureSettings {
     bool reverseX = false;
     bool reverseY = false;
     Pattern pattern = Pattern::Off;
+    std::uint32_t noiseLevel = 0;  // largest deviation, in levels of 8 bits
+    std::shared_ptr<const SensorImages> images;
     double exposureMicroseconds = 0;
     std::array<double, 4> gainDecibels{};  // of all, red, green, blue; the first adds to the others
     bool operator==(const PictureSettings&) const = default;
@@ -131,6 +136,7 @@ private:
     void setValue(std::int64_t address, double value);
     [[nodiscard]] double computed(std::int64_t address) const;
     [[nodiscard]] double readOutTime() const;
+    void loadImages(const std::string& folder);
     void writeText(std::size_t row, const void* buffer, std::size_t length);
     void checkRange(std::size_t row, double value) const;
     void apply(std::int64_t address, double value);
@@ -152,6 +158,8 @@ private:
     std::array<bool, 2> fired_{};
     bool testEvent_ = false;
     std::uint64_t framesSent_ = 0;
+    std::string imageFolder_;
+    std::shared_ptr<const SensorImages> images_;
     std::string faultScript_;
     FaultPlan faults_;
     bool newFaults_ = false;

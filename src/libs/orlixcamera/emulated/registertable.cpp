@@ -50,6 +50,7 @@ constexpr std::array registerTable = {
     geometry(At::reverseY,          "ReverseY",           0,                0, 1),
     geometry(At::pixelFormat,       "PixelFormat",        PixelType_Mono8,  0, 0xFFFFFFFF),
     choice(At::testPattern,         "TestPattern",        0,                   8),
+    choice(At::noiseLevel,          "NoiseLevel",         0,                   64),
     geometry(At::acquisitionMode,   "AcquisitionMode",    0,                0, 2),
     command(At::acquisitionStart,   "AcquisitionStart",   Lock::Acquisition),
     command(At::acquisitionStop,    "AcquisitionStop"),
@@ -104,6 +105,7 @@ constexpr std::array textTable = {
     TextRow{At::serialNumber, 64, "DeviceSerialNumber", Access::Read},
     TextRow{At::userDefinedName, 64, "DeviceUserID", Access::Write},
     TextRow{At::faultScript, 4096, "FaultScript", Access::Write},
+    TextRow{At::imageFolder, 1024, "ImageFolder", Access::Write},
 };
 
 template <typename Table>

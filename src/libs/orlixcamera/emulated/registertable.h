@@ -34,6 +34,7 @@ inline constexpr std::int64_t reverseX = 0x1130;
 inline constexpr std::int64_t reverseY = 0x1138;
 inline constexpr std::int64_t pixelFormat = 0x1140;
 inline constexpr std::int64_t testPattern = 0x1148;
+inline constexpr std::int64_t noiseLevel = 0x1150;
 inline constexpr std::int64_t acquisitionMode = 0x1200;
 inline constexpr std::int64_t acquisitionStart = 0x1208;
 inline constexpr std::int64_t acquisitionStop = 0x1210;
@@ -55,6 +56,7 @@ inline constexpr std::int64_t chunkEnable = 0x1508;
 inline constexpr std::int64_t eventNotification = 0x1600;
 inline constexpr std::int64_t testEventGenerate = 0x1640;
 inline constexpr std::int64_t faultScript = 0x2000;
+inline constexpr std::int64_t imageFolder = 0x3000;
 }  // namespace At
 
 // Registers of one feature, one for each value of its selector, follow each other in this distance.

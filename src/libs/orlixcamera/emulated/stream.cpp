@@ -145,7 +145,7 @@ void Stream::send(const FrameOrder& order, std::size_t payloadSize) {
 }
 
 void Stream::fill(StreamBuffer& buffer, const FrameOrder& order, std::size_t payloadSize) {
-    picture_.Prepare(order.settings);
+    picture_.Prepare(order.settings, order.frameNumber);
     describe(buffer, order);
     const std::size_t pictureSize = picture_.GetSize();
     const std::size_t size = pictureSize + GetChunkBytes(order.chunks);
