@@ -100,7 +100,7 @@ void CEventAdapter::ForgetMessages() {
     if (!map_) {
         return;
     }
-    const NodeMap::Call call(implementationOf(map_));
+    const NodeMap::Call call(NodeMap::behind(map_));
     for (const Receiver& receiver : receivers_) {
         if (receiver.port != nullptr) {
             receiver.port->DetachEvent();
