@@ -1,13 +1,13 @@
 // Every pair of formats against the reference, on every instruction set of this machine.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <cstring>
 #include <tuple>
 
 #include "orlixcamera/conversion/conversiontable.h"
 #include "orlixcamera/conversion/guardedbuffer.h"
+#include "orlixcamera/conversion/instructionsets.h"
 #include "orlixcamera/conversion/referencepicture.h"
 #include "orlixcamera/orliximage.h"
 #include "orlixcamera/pixeltypemapper.h"
@@ -31,27 +31,6 @@ constexpr std::uint32_t SizeStep = 1;
 constexpr std::size_t SourceStep = 1;
 #endif
 constexpr std::size_t Paddings[] = {0, 1, 3, 7, 64};
-
-// The instruction sets that kernels are built for and this machine can run, the one without vectors
-// included.
-std::vector<std::int64_t> InstructionSets() {
-    const std::int64_t supported = hwy::SupportedTargets();
-    std::vector<std::int64_t> sets{0};
-    for (const std::int64_t set : {HWY_SSSE3, HWY_SSE4, HWY_AVX2, HWY_AVX3, HWY_AVX3_DL}) {
-        if ((supported & set) != 0) {
-            sets.push_back(set);
-        }
-    }
-    return sets;
-}
-
-class InstructionSetScope {
-public:
-    explicit InstructionSetScope(std::int64_t set) { hwy::GetChosenTarget().Update(set); }
-    ~InstructionSetScope() { hwy::GetChosenTarget().Update(hwy::SupportedTargets()); }
-    InstructionSetScope(const InstructionSetScope&) = delete;
-    InstructionSetScope& operator=(const InstructionSetScope&) = delete;
-};
 
 // Walks through the settings in steps of different lengths, so that they meet in all combinations.
 struct Variation {

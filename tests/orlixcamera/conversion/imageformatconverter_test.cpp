@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -243,6 +244,62 @@ TEST_F(AllColours, HaveOneLumaInMono8AndInYuv) {
     }
     EXPECT_EQ(std::memcmp(images[0].GetBuffer(), images[1].GetBuffer(), images[0].GetImageSize()),
               0);
+}
+
+// All values of luma, blue and red chroma there are, against the formulas in double precision. Two
+// pixels of a line share their chroma: each pair has two values of luma.
+class AllYuvColours : public ::testing::Test {
+protected:
+    static constexpr std::uint32_t Side = 4096;
+
+    // Packed luma and chroma; the pair is numbered by half of luma, blue and red.
+    static std::vector<std::uint8_t> MakeColours() {
+        std::vector<std::uint8_t> colours(std::size_t{Side} * Side * 2);
+        for (std::size_t pair = 0; pair < colours.size() / 4; ++pair) {
+            colours[4 * pair] = static_cast<std::uint8_t>(pair >> 8U);
+            colours[4 * pair + 1] = static_cast<std::uint8_t>((pair >> 16U) * 2);
+            colours[4 * pair + 2] = static_cast<std::uint8_t>(pair);
+            colours[4 * pair + 3] = static_cast<std::uint8_t>((pair >> 16U) * 2 + 1);
+        }
+        return colours;
+    }
+
+    static double Formula(std::size_t channel, double y, double u, double v) {
+        if (channel == 0) {
+            return y + 1.402 * (v - 128);
+        }
+        if (channel == 2) {
+            return y + 1.772 * (u - 128);
+        }
+        return y - (0.114 * 1.772 * (u - 128) + 0.299 * 1.402 * (v - 128)) / 0.587;
+    }
+};
+
+TEST_F(AllYuvColours, AreOffDoublePrecisionInFewerThanOneInAThousand) {
+    CImageFormatConverter converter;
+    converter.OutputPixelFormat.SetValue(PixelType_RGB8Packed);
+    const std::vector<std::uint8_t> colours = MakeColours();
+    COrlixImage image;
+    converter.Convert(image, colours.data(), colours.size(), PixelType_YUV422Packed, Side, Side, 0,
+                      ImageOrientation_TopDown);
+    const auto* bytes = static_cast<const std::uint8_t*>(image.GetBuffer());
+    constexpr std::size_t Pixels = std::size_t{Side} * Side;
+    std::array<std::size_t, 3> off{};
+    int worst = 0;
+    for (std::size_t pixel = 0; pixel < Pixels; ++pixel) {
+        const std::uint8_t* pair = &colours[pixel / 2 * 4];
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+            const double exact = Formula(channel, pair[1 + pixel % 2 * 2], pair[0], pair[2]) + 0.5;
+            const int rounded = static_cast<int>(std::clamp(std::floor(exact), 0.0, 255.0));
+            const int difference = std::abs(rounded - bytes[3 * pixel + channel]);
+            off[channel] += difference != 0 ? 1 : 0;
+            worst = std::max(worst, difference);
+        }
+    }
+    EXPECT_LE(worst, 1);
+    EXPECT_THAT(off, ::testing::Each(::testing::Lt(Pixels / 1000)));
+    RecordProperty("off", std::to_string(off[0]) + " " + std::to_string(off[1]) + " " +
+                              std::to_string(off[2]));
 }
 
 // Blue is chosen so that each luma in turn is just reached (250 more) and just missed (57 more).

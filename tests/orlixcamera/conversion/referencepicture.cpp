@@ -10,10 +10,6 @@
 namespace Orlix::Test {
 namespace {
 
-struct Rgba {
-    std::uint32_t r, g, b, a;
-};
-
 std::uint32_t ReadWord(const std::uint8_t* from) {
     return from[0] + 256U * from[1];
 }
@@ -39,18 +35,39 @@ std::uint32_t ReadOfTriple(const std::uint8_t* line, std::size_t sample, std::ui
                            : p[2] * factor + p[1] / 16 % factor;
 }
 
-// A sample of a plane, whatever its format.
-std::uint32_t ReadSample(EPixelType type, const std::uint8_t* line, std::size_t sample) {
-    const std::string_view name = CPixelTypeMapper::GetNameByPixelType(type);
-    const std::uint32_t depth = BitDepth(type);
-    if (depth < 8 || name.back() == 'p') {
-        return ReadBits(line, sample, depth);
+// How the samples of a format lie in a line.
+class SampleReader {
+public:
+    explicit SampleReader(EPixelType type) : depth_(BitDepth(type)) {
+        const std::string_view name = CPixelTypeMapper::GetNameByPixelType(type);
+        if (depth_ < 8 || name.back() == 'p') {
+            packing_ = Packing::Bits;
+        } else if (IsPacked(type)) {
+            packing_ = Packing::Triples;
+        } else {
+            packing_ = depth_ == 8 ? Packing::Bytes : Packing::Words;
+        }
     }
-    if (IsPacked(type)) {
-        return ReadOfTriple(line, sample, depth);
+
+    [[nodiscard]] std::uint32_t Read(const std::uint8_t* line, std::size_t sample) const {
+        switch (packing_) {
+            case Packing::Bits:
+                return ReadBits(line, sample, depth_);
+            case Packing::Triples:
+                return ReadOfTriple(line, sample, depth_);
+            case Packing::Bytes:
+                return line[sample];
+            case Packing::Words:
+                break;
+        }
+        return ReadWord(line + 2 * sample) % (1U << depth_);
     }
-    return depth == 8 ? line[sample] : ReadWord(line + 2 * sample) % (1U << depth);
-}
+
+private:
+    enum class Packing { Bits, Triples, Bytes, Words };
+    std::uint32_t depth_;
+    Packing packing_;
+};
 
 // How many samples a pixel has and where its colours are.
 struct Order {
@@ -61,13 +78,6 @@ Order OrderOf(EPixelType type) {
     const std::string_view name = CPixelTypeMapper::GetNameByPixelType(type);
     const std::size_t samples = name.substr(3, 1) == "A" ? 4 : 3;
     return name[0] == 'R' ? Order{samples, 0, 1, 2} : Order{samples, 2, 1, 0};
-}
-
-Rgba ReadColour(EPixelType type, const std::uint8_t* line, std::size_t x) {
-    const Order order = OrderOf(type);
-    const std::size_t first = x * order.samples;
-    return {ReadSample(type, line, first + order.r), ReadSample(type, line, first + order.g),
-            ReadSample(type, line, first + order.b), order.samples == 4 ? line[first + 3] : 255U};
 }
 
 bool IsLumaOrChroma(EPixelType type) {
@@ -97,42 +107,48 @@ std::uint32_t RedChroma(const Rgba& sum, std::int64_t count) {
     return std::min(255U, DivideToNearest(value + 128 * 1402 * count, 1402 * count));
 }
 
-class Writer {
+// The colours of a source's lines, with no more bits than the destination has. The channels of YUV
+// are in the places of r, g and b.
+class Colours {
 public:
-    Writer(const Picture& source, const Target& target)
+    Colours(const Picture& source, std::uint32_t outputDepth, BayerBorderEnums border)
         : source_(source),
-          target_(target),
-          sourcePlanes_(
-              ComputePlanes(source.pixelType, source.width, source.height, source.paddingX)),
-          planes_(ComputePlanes(target.pixelType, source.width, source.height, target.paddingX)),
-          bytes_(planes_.size, 0) {}
+          planes_(ComputePlanes(source.pixelType, source.width, source.height, source.paddingX)),
+          border_(border),
+          reader_(source.pixelType) {
+        const std::uint32_t depth = BitDepth(source.pixelType);
+        shift_ = depth > outputDepth ? depth - outputDepth : 0;
+        if (IsBayer(source.pixelType)) {
+            ReadRaw();
+        }
+    }
 
-    std::vector<std::uint8_t> Write() {
+    [[nodiscard]] std::vector<Rgba> Read() const {
+        std::vector<Rgba> pixels;
+        pixels.reserve(std::size_t{source_.width} * source_.height);
+        const EPixelType type = source_.pixelType;
+        const bool packedColour =
+            !IsBayer(type) && !IsYuv(type) && !IsPlanar(type) && !IsMono(type);
+        const Order order = packedColour ? OrderOf(type) : Order{};
         for (std::uint32_t y = 0; y < source_.height; ++y) {
             for (std::uint32_t x = 0; x < source_.width; ++x) {
-                WritePixel(x, y);
+                pixels.push_back(packedColour ? ReadColour(order, x, y) : ReadPixel(x, y));
             }
         }
-        if (IsYuv(target_.pixelType)) {
-            WriteChroma();
-        }
-        return bytes_;
+        return pixels;
     }
 
 private:
-    // The line of the source's buffer for one of the destination's.
-    [[nodiscard]] std::uint32_t SourceLine(std::uint32_t y) const {
-        return source_.orientation != target_.orientation ? source_.height - 1 - y : y;
-    }
     [[nodiscard]] const std::uint8_t* Line(std::size_t plane, std::uint32_t line) const {
-        const ImagePlane& place = sourcePlanes_.planes[plane];
+        const ImagePlane& place = planes_.planes[plane];
         return source_.bytes.data() + place.offset + line * place.stride;
     }
+    [[nodiscard]] std::uint32_t Sample(std::size_t plane, std::uint32_t line,
+                                       std::size_t sample) const {
+        return reader_.Read(Line(plane, line), sample) >> shift_;
+    }
 
-    // The source at a place of the destination's buffer, with no more bits than that has; the
-    // channels of YUV are in the places of r, g and b.
-    [[nodiscard]] Rgba Reduced(std::uint32_t x, std::uint32_t y) const {
-        const std::uint32_t line = SourceLine(y);
+    [[nodiscard]] Rgba ReadPixel(std::uint32_t x, std::uint32_t line) const {
         const EPixelType type = source_.pixelType;
         if (IsBayer(type)) {
             return Demosaiced(Inner(x, source_.width), Inner(line, source_.height));
@@ -141,23 +157,36 @@ private:
             return YuvAt(x, line);
         }
         if (IsPlanar(type)) {
-            return {Reduce(ReadSample(type, Line(0, line), x)),
-                    Reduce(ReadSample(type, Line(1, line), x)),
-                    Reduce(ReadSample(type, Line(2, line), x)), 255};
+            return {Sample(0, line, x), Sample(1, line, x), Sample(2, line, x), 255};
         }
-        if (IsMono(type)) {
-            const std::uint32_t v = Reduce(ReadSample(type, Line(0, line), x));
-            return {v, v, v, 255};
-        }
-        const Rgba p = ReadColour(type, Line(0, line), x);
-        return {Reduce(p.r), Reduce(p.g), Reduce(p.b), p.a};
+        const std::uint32_t v = Sample(0, line, x);
+        return {v, v, v, 255};
+    }
+
+    [[nodiscard]] Rgba ReadColour(const Order& order, std::uint32_t x, std::uint32_t line) const {
+        const std::size_t first = x * order.samples;
+        return {Sample(0, line, first + order.r), Sample(0, line, first + order.g),
+                Sample(0, line, first + order.b),
+                order.samples == 4 ? Line(0, line)[first + 3] : 255U};
     }
 
     [[nodiscard]] std::uint32_t Inner(std::uint32_t at, std::uint32_t size) const {
-        if (target_.border == BayerBorder_Repeat || size < 3) {
+        if (border_ == BayerBorder_Repeat || size < 3) {
             return at;
         }
         return at == 0 ? 1 : at == size - 1 ? size - 2 : at;
+    }
+
+    void ReadRaw() {
+        for (std::uint32_t y = 0; y < source_.height; ++y) {
+            for (std::uint32_t x = 0; x < source_.width; ++x) {
+                raw_.push_back(Sample(0, y, x));
+            }
+        }
+        const std::string_view name = CPixelTypeMapper::GetNameByPixelType(source_.pixelType);
+        const std::string_view pattern = name.substr(5, 2);
+        redFirst_ = pattern == "RG" || pattern == "GR";
+        greenFirst_ = pattern[0] == 'G';
     }
 
     // A raw sample, or the one two pixels further in; alone in its direction, the edge itself.
@@ -168,18 +197,13 @@ private:
             }
             return at < 0 ? at + 2 : at >= size ? at - 2 : at;
         };
-        const auto line = static_cast<std::uint32_t>(inside(y, source_.height));
-        return Reduce(ReadSample(source_.pixelType, Line(0, line),
-                                 static_cast<std::size_t>(inside(x, source_.width))));
+        return raw_[static_cast<std::size_t>(inside(y, source_.height) * source_.width +
+                                             inside(x, source_.width))];
     }
 
     [[nodiscard]] Rgba Demosaiced(std::int64_t x, std::int64_t y) const {
-        const std::string_view name = CPixelTypeMapper::GetNameByPixelType(source_.pixelType);
-        const std::string_view pattern = name.substr(5, 2);
-        const bool redFirst = pattern == "RG" || pattern == "GR";
-        const bool redLine = (y % 2 == 0) == redFirst;
-        const bool greenFirst = pattern[0] == 'G';
-        const bool green = ((x + y) % 2 == 0) == greenFirst;
+        const bool redLine = (y % 2 == 0) == redFirst_;
+        const bool green = ((x + y) % 2 == 0) == greenFirst_;
         const std::uint32_t sides = Raw(x - 1, y) + Raw(x + 1, y);
         const std::uint32_t ends = Raw(x, y - 1) + Raw(x, y + 1);
         const std::uint32_t corners =
@@ -205,6 +229,45 @@ private:
         }
     }
 
+    const Picture& source_;
+    ImagePlanes planes_;
+    BayerBorderEnums border_;
+    SampleReader reader_;
+    std::uint32_t shift_ = 0;
+    std::vector<std::uint32_t> raw_;
+    bool redFirst_ = false;
+    bool greenFirst_ = false;
+};
+
+class Writer {
+public:
+    Writer(const Picture& source, const std::vector<Rgba>& colours, const Target& target)
+        : source_(source),
+          colours_(colours),
+          target_(target),
+          planes_(ComputePlanes(target.pixelType, source.width, source.height, target.paddingX)),
+          bytes_(planes_.size, 0) {}
+
+    std::vector<std::uint8_t> Write() {
+        for (std::uint32_t y = 0; y < source_.height; ++y) {
+            for (std::uint32_t x = 0; x < source_.width; ++x) {
+                WritePixel(x, y);
+            }
+        }
+        if (IsYuv(target_.pixelType)) {
+            WriteChroma();
+        }
+        return bytes_;
+    }
+
+private:
+    // The source at a place of the destination's buffer.
+    [[nodiscard]] const Rgba& Reduced(std::uint32_t x, std::uint32_t y) const {
+        const bool flip = source_.orientation != target_.orientation;
+        const std::uint32_t line = flip ? source_.height - 1 - y : y;
+        return colours_[std::size_t{line} * source_.width + x];
+    }
+
     // A colour, rounded to nearest with ties up.
     [[nodiscard]] static std::uint32_t Rounded(std::int64_t numerator, std::int64_t denominator) {
         const std::int64_t twice = 2 * numerator + denominator;
@@ -223,9 +286,6 @@ private:
                 Rounded(1000 * y + 1772 * u, 1000), 255};
     }
 
-    [[nodiscard]] std::uint32_t Reduce(std::uint32_t value) const {
-        return difference_ > 0 ? value >> difference_ : value;
-    }
     [[nodiscard]] std::uint32_t Raise(std::uint32_t value) const {
         const bool up = difference_ < 0 && target_.alignment == OutputBitAlignment_MsbAligned;
         return up ? value << -difference_ : value;
@@ -233,7 +293,7 @@ private:
     void Put(std::size_t plane, std::uint32_t y, std::size_t sample, std::uint32_t value) {
         const ImagePlane& place = planes_.planes[plane];
         std::uint8_t* line = bytes_.data() + place.offset + y * place.stride;
-        if (BitDepth(target_.pixelType) == 8) {
+        if (depth_ == 8) {
             line[sample] = static_cast<std::uint8_t>(value);
         } else {
             line[2 * sample] = static_cast<std::uint8_t>(value);
@@ -308,12 +368,12 @@ private:
     }
 
     const Picture& source_;
+    const std::vector<Rgba>& colours_;
     const Target& target_;
-    ImagePlanes sourcePlanes_;
     ImagePlanes planes_;
     std::vector<std::uint8_t> bytes_;
-    int difference_ = static_cast<int>(BitDepth(source_.pixelType)) -
-                      static_cast<int>(BitDepth(target_.pixelType));
+    std::uint32_t depth_ = BitDepth(target_.pixelType);
+    int difference_ = static_cast<int>(BitDepth(source_.pixelType)) - static_cast<int>(depth_);
 };
 
 std::uint8_t MakeByte(Content content, std::mt19937& random) {
@@ -337,9 +397,19 @@ Picture MakePicture(EPixelType pixelType, std::uint32_t width, std::uint32_t hei
     return picture;
 }
 
+Picture Reference::Convert(const Target& target) {
+    const std::uint32_t depth = BitDepth(target.pixelType);
+    const bool repeat = IsBayer(source_.pixelType) && target.border == BayerBorder_Repeat;
+    std::vector<Rgba>& colours = colours_[depth == 8 ? 0 : 1][repeat ? 1 : 0];
+    if (colours.empty()) {
+        colours = Colours(source_, depth, target.border).Read();
+    }
+    return {target.pixelType, source_.width,      source_.height,
+            target.paddingX,  target.orientation, Writer(source_, colours, target).Write()};
+}
+
 Picture ConvertByReference(const Picture& source, const Target& target) {
-    return {target.pixelType, source.width,       source.height,
-            target.paddingX,  target.orientation, Writer(source, target).Write()};
+    return Reference(source).Convert(target);
 }
 
 }  // namespace Orlix::Test

@@ -2,6 +2,7 @@
 // with.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -34,6 +35,21 @@ struct Target {
     EImageOrientation orientation;
     OutputBitAlignmentEnums alignment;
     BayerBorderEnums border = BayerBorder_CopyInner;
+};
+
+struct Rgba {
+    std::uint32_t r, g, b, a;
+};
+
+// One source and what all targets have in common: its colours are read once for each depth.
+class Reference {
+public:
+    explicit Reference(const Picture& source) : source_(source) {}
+    [[nodiscard]] Picture Convert(const Target& target);
+
+private:
+    const Picture& source_;
+    std::array<std::array<std::vector<Rgba>, 2>, 2> colours_;
 };
 
 [[nodiscard]] Picture ConvertByReference(const Picture& source, const Target& target);

@@ -98,10 +98,8 @@ struct VectorTable {
 template <class Packing>
 struct Gather {
     static constexpr bool Small = Packing::Depth < 8;
-#if HWY_TARGET == HWY_AVX3_DL
-    static constexpr std::size_t Reach = Small ? 16 : 64;
-#elif HWY_TARGET == HWY_AVX3
-    static constexpr std::size_t Reach = Small ? 16 : 64;
+#if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX3
+    static constexpr std::size_t Reach = Small ? 16 : 4 * Packing::BlockBytes;
 #elif HWY_TARGET == HWY_AVX2
     static constexpr std::size_t Reach = Small ? 16 : 16 + Packing::BlockBytes;
 #else
@@ -117,7 +115,7 @@ struct Gather {
         } else {
 #if HWY_TARGET == HWY_AVX3_DL
             const V8 table = hn::Load(d, VectorTable<Packing, Packing::BlockBytes>::bytes.data());
-            return V16{_mm512_permutexvar_epi8(table.raw, _mm512_loadu_si512(from))};
+            return V16{_mm512_permutexvar_epi8(table.raw, LoadReach(from))};
 #else
             const V8 table = hn::Load(d, VectorTable<Packing, 0>::bytes.data());
             return hn::BitCast(D16(), hn::TableLookupBytes(Blocks(from), table));
@@ -126,6 +124,13 @@ struct Gather {
     }
 
 private:
+#if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX3
+    // No byte behind the samples is touched, so that the end of a line needs no buffer.
+    static HWY_INLINE __m512i LoadReach(const std::uint8_t* from) {
+        return _mm512_maskz_loadu_epi8((std::uint64_t{1} << Reach) - 1, from);
+    }
+#endif
+
     // Each block at the beginning of 16 bytes.
     static HWY_INLINE V8 Blocks(const std::uint8_t* from) {
 #if HWY_TARGET == HWY_AVX3
@@ -137,8 +142,7 @@ private:
             }
             return words;
         }();
-        return V8{
-            _mm512_permutexvar_epi16(_mm512_load_si512(places.data()), _mm512_loadu_si512(from))};
+        return V8{_mm512_permutexvar_epi16(_mm512_load_si512(places.data()), LoadReach(from))};
 #elif HWY_TARGET == HWY_AVX2
         const hn::Half<D8> half;
         return hn::Combine(D8(), hn::LoadU(half, from + Packing::BlockBytes),

@@ -68,13 +68,13 @@ HWY_INLINE VI32 MultiplyPairs(hn::Vec<DI16> a, hn::Vec<DI16> b, VI32 sum) {
 }
 
 // Luma in thousandths is 299 R + 587 G + 114 B, and the weights are 2 * 128 + 43, 4 * 128 + 75 and
-// 114. `small` is what the 43, 75 and 114 give with 500 for the half, at most 59,660, and `large`
-// what the 2 and 4 give. An eighth of all, 16 * large + small / 8, fits into a word, and since
-// 1000 = 8 * 125, its product with 2^22 / 125, rounded up to 33,555, gives the exact quotient. The
-// result is 2^6 times luma and a fraction.
+// 114. `small` is what the 43, 75 and 114 give, at most 59,160, and `large` what 16 times the 2 and
+// 4 give. An eighth of all, with 500 for the half, is large + (small + 500) / 8 and fits into a
+// word. Since 1000 = 8 * 125, its product with 2^22 / 125, rounded up to 33,555, gives the exact
+// quotient. The result is 2^6 times luma and a fraction.
 HWY_INLINE V16 DivideLuma(V16 large, V16 small) {
     const V16 biased = hn::Add(small, hn::Set(D16(), 500));
-    const V16 eighth = hn::Add(hn::ShiftRight<3>(biased), hn::ShiftLeft<4>(large));
+    const V16 eighth = hn::Add(hn::ShiftRight<3>(biased), large);
     return hn::MulHigh(eighth, hn::Set(D16(), 33555));
 }
 
@@ -89,9 +89,9 @@ ORLIX_VECTOR_FUNCTION V8 Luma(const Pixel& pixel) {
     const V16 g = hn::BitCast(D16(), pixel.g);
     const V8 even = hn::BitCast(d, hn::Or(hn::And(r, low), hn::ShiftLeft<8>(g)));
     const V8 odd = hn::BitCast(d, hn::Or(hn::ShiftRight<8>(r), hn::AndNot(low, g)));
-    const V16 evenLuma = DivideLuma(WeighBytes(even, 2, 4),
+    const V16 evenLuma = DivideLuma(WeighBytes(even, 32, 64),
                                     hn::Add(WeighBytes(even, 43, 75), WeighBytes(pixel.b, 114, 0)));
-    const V16 oddLuma = DivideLuma(WeighBytes(odd, 2, 4),
+    const V16 oddLuma = DivideLuma(WeighBytes(odd, 32, 64),
                                    hn::Add(WeighBytes(odd, 43, 75), WeighBytes(pixel.b, 0, 114)));
     const V16 upper = hn::AndNot(low, hn::ShiftLeft<2>(oddLuma));
     return hn::BitCast(d, hn::Or(hn::ShiftRight<6>(evenLuma), upper));
@@ -99,26 +99,36 @@ ORLIX_VECTOR_FUNCTION V8 Luma(const Pixel& pixel) {
 
 // The mean chroma of blocks of 2^K pixels, from the sums over a block: with own - green = E and
 // green - other = D, blue chroma is 128.5 + (886 E + 299 D) / (1772 * 2^K) and red chroma
-// 128.5 + (701 E + 114 D) / (1402 * 2^K), rounded down. Whole multiples of the divisor in the first
-// product are E / 2^(K+1); the rest f of E goes on. What is left to divide is taken apart once more
-// so that it fits into a word: its divisor is Prime * 2^Shift, and 299 (114) is
-// Whole * 2^Shift + Rest. The offset makes the dividend positive; the product with Factor gives the
-// exact quotient by Prime for every word.
+// 128.5 + (701 E + 114 D) / (1402 * 2^K), rounded down.
+//
+// A block of one or two pixels takes the short way. The first product is E over a power of 2. So
+// the second need be known as a whole number only, and there it is (D + D * Short / 2^16) over a
+// power of 2: exact for D up to +-700.
+//
+// For four pixels D may be larger. Whole multiples of the divisor in the first product are
+// E / 2^(K+1); the rest f of E goes on. What is left to divide is taken apart once more so that it
+// fits into a word: its divisor is Prime * 2^Shift, and 299 (114) is Whole * 2^Shift + Rest. The
+// offset makes the dividend positive; the product with Factor gives the exact quotient by Prime for
+// every word.
 struct BlueDifference {
+    static constexpr int Short = -21303;  // 299 / 886 = (1 + Short / 2^16) / 2
+    static constexpr int ShortShift = 1;
     static constexpr int Weight = 886;
-    static constexpr int Shift = 2;
-    static constexpr int Whole[] = {75, 37, 19};
-    static constexpr int Rest[] = {-1, 3, -5};
+    static constexpr int Shift = 4;
+    static constexpr int Whole = 19;
+    static constexpr int Rest = -5;
     static constexpr int Prime = 443;
     static constexpr int Offset = 44;
     static constexpr int Factor = 2367;
     static constexpr int FactorShift = 4;
 };
 struct RedDifference {
+    static constexpr int Short = 19726;  // 114 / 701 = (1 + Short / 2^16) / 8
+    static constexpr int ShortShift = 3;
     static constexpr int Weight = 701;
-    static constexpr int Shift = 1;
-    static constexpr int Whole[] = {57, 28, 14};
-    static constexpr int Rest[] = {0, 2, 2};
+    static constexpr int Shift = 3;
+    static constexpr int Whole = 14;
+    static constexpr int Rest = 2;
     static constexpr int Prime = 701;
     static constexpr int Offset = 21;
     static constexpr int Factor = 47867;
@@ -130,23 +140,41 @@ HWY_INLINE VI16 Words(int value) {
 }
 
 template <class Difference, int K>
-ORLIX_VECTOR_FUNCTION V16 ChromaOfSums(V16 own, V16 green, V16 other) {
+HWY_INLINE VI16 ShortChroma(VI16 e, VI16 difference) {
+    constexpr int S = Difference::ShortShift;
+    constexpr int Bias = (1 << (S + K)) + (128 << (S + K + 1));
+    const VI16 second = hn::Add(difference, hn::MulHigh(difference, Words(Difference::Short)));
+    const VI16 first = hn::Add(hn::ShiftLeft<S>(e), Words(Bias));
+    return hn::ShiftRight<S + K + 1>(hn::Add(first, second));
+}
+
+template <class Difference>
+HWY_INLINE VI16 ChromaOfFour(VI16 e, VI16 difference) {
     const DI16 d;
-    constexpr int Bias = Difference::Weight << K;
-    const VI16 e = hn::BitCast(d, hn::Sub(own, green));
-    const VI16 difference = hn::BitCast(d, hn::Sub(green, other));
-    const VI16 f = hn::And(e, Words((2 << K) - 1));
+    const VI16 f = hn::And(e, Words(7));
     const VI16 rest = hn::Add(hn::Mul(f, Words(Difference::Weight)),
-                              hn::Mul(difference, Words(Difference::Rest[K])));
-    const VI16 part = hn::ShiftRight<Difference::Shift + K>(hn::Add(rest, Words(Bias)));
-    const VI16 dividend = hn::Add(hn::Mul(difference, Words(Difference::Whole[K])), part);
+                              hn::Mul(difference, Words(Difference::Rest)));
+    const VI16 part =
+        hn::ShiftRight<Difference::Shift>(hn::Add(rest, Words(4 * Difference::Weight)));
+    const VI16 dividend = hn::Add(hn::Mul(difference, Words(Difference::Whole)), part);
     const V16 positive =
         hn::BitCast(D16(), hn::Add(dividend, Words(Difference::Offset * Difference::Prime)));
     const V16 factor = hn::Set(D16(), static_cast<std::uint16_t>(Difference::Factor));
     const V16 quotient = hn::ShiftRight<Difference::FactorShift>(hn::MulHigh(positive, factor));
-    const VI16 chroma = hn::Add(hn::Add(hn::ShiftRight<1 + K>(e), hn::BitCast(d, quotient)),
-                                Words(128 - Difference::Offset));
-    return hn::BitCast(D16(), hn::Min(chroma, Words(255)));
+    return hn::Add(hn::Add(hn::ShiftRight<3>(e), hn::BitCast(d, quotient)),
+                   Words(128 - Difference::Offset));
+}
+
+template <class Difference, int K>
+ORLIX_VECTOR_FUNCTION V16 ChromaOfSums(V16 own, V16 green, V16 other) {
+    const DI16 d;
+    const VI16 e = hn::BitCast(d, hn::Sub(own, green));
+    const VI16 difference = hn::BitCast(d, hn::Sub(green, other));
+    if constexpr (K < 2) {
+        return hn::BitCast(D16(), hn::Min(ShortChroma<Difference, K>(e, difference), Words(255)));
+    } else {
+        return hn::BitCast(D16(), hn::Min(ChromaOfFour<Difference>(e, difference), Words(255)));
+    }
 }
 
 }  // namespace Orlix::HWY_NAMESPACE
