@@ -92,7 +92,7 @@ public:
 
     // Whether the camera delivers events of the device; a feature of its own node map.
     CBooleanParameter GrabCameraEvents;
-    // The most buffers, and how many frames GrabStrategy_LatestImages keeps.
+    // The most buffers, see the tool tip, and how many frames GrabStrategy_LatestImages keeps.
     CIntegerParameter MaxNumBuffer;
     CIntegerParameter OutputQueueSize;
 

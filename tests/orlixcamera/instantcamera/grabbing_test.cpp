@@ -167,16 +167,19 @@ TEST_F(Grabbing, FailedFramesAreOnlyCountedIfNobodyWantsThem) {
 }
 
 TEST_F(Grabbing, AnImageRefersToTheBufferAndKeepsItWithoutACopy) {
-    grab();
+    open();
+    camera.StartGrabbing();
     ASSERT_TRUE(device->Send());
-    ASSERT_TRUE(images.results.WaitFor(1));
+    CGrabResultPtr result;
+    ASSERT_TRUE(camera.RetrieveResult(1000, result));
     static_cast<void>(PixelCopyCounter::Reset());
     COrlixImage image;
-    image.AttachGrabResultBuffer(images.results.Get()[0]);
-    EXPECT_EQ(image.GetBuffer(), images.results.Get()[0]->GetBuffer());
+    image.AttachGrabResultBuffer(result);
+    EXPECT_EQ(image.GetBuffer(), result->GetBuffer());
     EXPECT_EQ(image.GetWidth(), 8U);
     EXPECT_EQ(PixelCopyCounter::Read(), 0U);
-    images.results.Clear();
+    EXPECT_FALSE(result.IsUnique());
+    result.Release();
     EXPECT_EQ(statistic("NumHeldBuffers"), 1);
     image.Release();
     EXPECT_EQ(statistic("NumHeldBuffers"), 0);
@@ -228,6 +231,24 @@ TEST_F(Grabbing, ResultsComeBackToTheNextRunOfTheSameSize) {
     device->WaitForQueued(2);
     camera.StopGrabbing();
     expectAccount(1);
+}
+
+TEST_F(Grabbing, SmallFramesHaveMoreBuffersThanLargeOnes) {
+    open();
+    camera.StartGrabbing();
+    EXPECT_EQ(statistic("NumBuffers"), 512);
+    camera.StopGrabbing();
+    device->SetPayload(1 << 18);
+    camera.StartGrabbing();
+    EXPECT_EQ(statistic("NumBuffers"), 32);
+    camera.StopGrabbing();
+    device->SetPayload(1 << 22);
+    camera.StartGrabbing();
+    EXPECT_EQ(statistic("NumBuffers"), 16);
+    camera.Close();
+    CIntegerParameter(camera.GetInstantCameraNodeMap(), "BufferMemory").SetValue(80);
+    camera.StartGrabbing();
+    EXPECT_EQ(statistic("NumBuffers"), 20);
 }
 
 TEST(GrabResult, OutlivesGrabbingTheDeviceAndTheCamera) {

@@ -42,10 +42,15 @@ struct Setting {
     Flag flag;
 };
 
-constexpr std::array<Row, 9> cameraTable{{
+constexpr std::array<Row, 10> cameraTable{{
     {"GrabControl", "MaxNumBuffer", "Max Num Buffer",
-     "Most buffers that are filled and held at the same time.", Integer, Writable::WhileClosed, 1,
-     largestBufferCount},
+     "Most buffers that are filled and held at the same time. There are fewer where they would "
+     "take "
+     "more than the buffer memory.",
+     Integer, Writable::WhileClosed, 1, largestBufferCount},
+    {"GrabControl", "BufferMemory", "Buffer Memory",
+     "Memory in MiB that all buffers take, but for the first 16, which are always made.", Integer,
+     Writable::WhileClosed, 0, largestBufferMemory},
     {"GrabControl", "OutputQueueSize", "Output Queue Size",
      "Frames that the strategy of the latest images keeps.", Integer, Writable::WhileClosed, 1,
      largestBufferCount},
@@ -68,6 +73,7 @@ constexpr std::array<Row, 9> cameraTable{{
 
 constexpr std::array<Setting, cameraTable.size()> cameraSettings{{
     {&CameraSettings::maxNumBuffer, nullptr},
+    {&CameraSettings::bufferMemory, nullptr},
     {&CameraSettings::outputQueueSize, nullptr},
     {nullptr, &CameraSettings::controlAcquisition},
     {nullptr, &CameraSettings::grabCameraEvents},

@@ -7,12 +7,14 @@
 
 namespace Orlix::Detail {
 
-inline constexpr std::int64_t defaultBufferCount = 16;
+inline constexpr std::int64_t defaultBufferCount = 512;
 inline constexpr std::int64_t largestBufferCount = 4096;
+inline constexpr std::int64_t largestBufferMemory = 1 << 20;
 inline constexpr std::int64_t highestPriority = 99;
 
 struct CameraSettings {
     std::atomic<std::int64_t> maxNumBuffer{defaultBufferCount};
+    std::atomic<std::int64_t> bufferMemory{8};  // MiB
     std::atomic<std::int64_t> outputQueueSize{1};
     std::atomic<std::int64_t> grabThreadPriority{0};
     std::atomic<std::int64_t> eventThreadPriority{0};

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <string>
 #include <utility>
@@ -19,6 +20,16 @@ namespace {
 
 // A wait that begins anew; the end of grabbing ends it.
 constexpr milliseconds loopWait{1000};
+
+// Small frames come fast and need many buffers to bridge a busy moment; for large ones a few do,
+// which then stay in the processor's caches.
+std::size_t getBufferCount(const Detail::CameraSettings& settings, std::size_t payloadSize) {
+    constexpr std::size_t always = 16;
+    constexpr std::size_t bytesPerMiB = std::size_t{1} << 20U;
+    const auto memory = static_cast<std::size_t>(settings.bufferMemory) * bytesPerMiB;
+    const std::size_t fitting = memory / std::max<std::size_t>(payloadSize, 1);
+    return std::min(static_cast<std::size_t>(settings.maxNumBuffer), std::max(always, fitting));
+}
 
 }  // namespace
 
@@ -92,13 +103,23 @@ void CInstantCamera::Impl::start(const Detail::GrabPlan& plan) {
 
 // Buffers of the last run are taken again, also those that somebody still holds.
 void CInstantCamera::Impl::prepareBuffers(std::size_t payloadSize) {
-    const auto count = static_cast<std::size_t>(settings_->maxNumBuffer.load());
+    const std::size_t count = getBufferCount(*settings_, payloadSize);
     if (buffers_ == nullptr || buffers_->GetCount() != count ||
         buffers_->GetCapacity() != payloadSize) {
-        buffers_.reset();
+        dropBuffers();
         buffers_ = std::make_shared<Detail::BufferSet>(count, payloadSize,
                                                        GetMaps()->GetChunkMaps(), counters_);
     }
+}
+
+// The memory of one run is given back before that of the next is taken.
+void CInstantCamera::Impl::dropBuffers() noexcept {
+    buffers_.reset();
+    if (grabber_ != nullptr) {
+        grabber_->DropBuffers();
+    }
+    const std::scoped_lock lock(state_);
+    lastRun_.reset();
 }
 
 void CInstantCamera::Impl::StopGrabbing() {

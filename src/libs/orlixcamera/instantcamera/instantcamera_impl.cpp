@@ -224,11 +224,11 @@ void CInstantCamera::Impl::closeDevice() noexcept {
         maps_->SetOpen(false);
     }
     settings_->isOpen = false;
+    dropBuffers();
     if (grabber_ != nullptr) {
         grabber_->Close();
         grabber_.reset();
     }
-    buffers_.reset();
     device->SetSink(nullptr);
     settings_->isRemoved = false;
     if (openedHere_ || cleanup_ == Cleanup_Delete) {

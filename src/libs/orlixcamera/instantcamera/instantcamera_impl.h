@@ -80,8 +80,9 @@ private:
     // ---- grabbing.cpp
     // Null while nothing is being grabbed.
     [[nodiscard]] std::shared_ptr<Detail::GrabRun> getRun() const;
-    void start(const Detail::GrabPlan& plan);      // with control_ held
-    void stop(Detail::GrabRun& run) noexcept;      // with control_ held
+    void start(const Detail::GrabPlan& plan);  // with control_ held
+    void stop(Detail::GrabRun& run) noexcept;  // with control_ held
+    void dropBuffers() noexcept;
     void prepareBuffers(std::size_t payloadSize);  // with control_ held
     void endRun(const std::shared_ptr<Detail::GrabRun>& run);
     void grabLoop(const std::shared_ptr<Detail::GrabRun>& run);

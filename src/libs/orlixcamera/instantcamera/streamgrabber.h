@@ -30,6 +30,8 @@ public:
     // Ends the run: no Take gets a frame from now on. Waits for no more than those inside Take,
     // which return at once.
     void Stop() noexcept;
+    // After Stop; results that are out keep theirs.
+    void DropBuffers() noexcept { buffers_.reset(); }
     // Lets the stream go, so that the device can be closed.
     void Close() noexcept;
 
