@@ -168,7 +168,7 @@ TEST_F(EmulatedFaults, LateFrameComesAfterItsTime) {
 }
 
 TEST_F(EmulatedFaults, EventStormTellsSoManyTestEvents) {
-    script("frame 1: events 500");
+    script("frame 1: events 500, events 1000000000");
     camera.features.set("EventSelector", "Test");
     camera.features.set("EventNotification", "On");
     sink.wanted = 500;

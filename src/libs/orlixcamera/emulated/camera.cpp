@@ -278,21 +278,25 @@ void Camera::finishFrame(FrameCursor& cursor) {
     }
 }
 
+// Those of a storm that find no room are lost all at once.
 void Camera::postTests(std::uint64_t count) {
     const std::uint64_t now = ticksOf(Clock::now());
-    for (; count > 0; --count) {
-        post(EventKind::Test, now, 0);
+    while (count > 0 && post(EventKind::Test, now, 0)) {
+        --count;
     }
 }
 
-void Camera::post(EventKind kind, std::uint64_t timestamp, std::uint64_t frameId) {
+// False for an event that nobody gets.
+bool Camera::post(EventKind kind, std::uint64_t timestamp, std::uint64_t frameId) {
     if (holder_ == nullptr || !registers_.IsEventOn(kind)) {
-        return;
+        return false;
     }
     if (eventsLost_ && registers_.IsEventOn(EventKind::EventOverrun)) {
         eventsLost_ = !holder_->OnEvent({EventKind::EventOverrun, timestamp, 0});
     }
-    eventsLost_ = !holder_->OnEvent({kind, timestamp, frameId}) || eventsLost_;
+    const bool hadRoom = holder_->OnEvent({kind, timestamp, frameId});
+    eventsLost_ = eventsLost_ || !hadRoom;
+    return hadRoom;
 }
 
 }  // namespace Orlix::Emulated

@@ -108,7 +108,7 @@ private:
     bool waitForExposure(Lock& lock, Session session, const bool& stop, const FrameCursor& cursor);
     void beginFrame(FrameCursor& cursor, FrameOrder& order);
     void finishFrame(FrameCursor& cursor);
-    void post(EventKind kind, std::uint64_t timestamp, std::uint64_t frameId);
+    bool post(EventKind kind, std::uint64_t timestamp, std::uint64_t frameId);
     void postTests(std::uint64_t count);
 
     bool unplug(std::chrono::nanoseconds duration);

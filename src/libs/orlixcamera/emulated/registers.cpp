@@ -9,8 +9,8 @@
 
 #include "gcbase/gcexception.h"
 #include "orlixcamera/emulated/registertable.h"
+#include "orlixcamera/emulated/sensorformats.h"
 #include "orlixcamera/emulated/sensorimages.h"
-#include "orlixcamera/pixel/pixeltable.h"
 
 namespace Orlix::Emulated {
 
@@ -41,54 +41,6 @@ std::string numberText(double value) {
                              " bytes at address " + place(address) +
                              " failed: no register of that size is there.";
     throw InvalidArgumentException(text.c_str(), __FILE__, __LINE__);
-}
-
-// What the sensor can be asked for; emulatedcamera.xml has an entry for each.
-constexpr std::array supportedFormats = {
-    // clang-format off
-    PixelType_Mono1Packed, PixelType_Mono2Packed, PixelType_Mono4Packed, PixelType_Mono8,
-    PixelType_Mono10, PixelType_Mono10Packed, PixelType_Mono10p, PixelType_Mono12,
-    PixelType_Mono12Packed, PixelType_Mono12p, PixelType_Mono16, PixelType_BayerGR8,
-    PixelType_BayerRG8, PixelType_BayerGB8, PixelType_BayerBG8, PixelType_BayerGR10,
-    PixelType_BayerRG10, PixelType_BayerGB10, PixelType_BayerBG10, PixelType_BayerGR12,
-    PixelType_BayerRG12, PixelType_BayerGB12, PixelType_BayerBG12, PixelType_BayerGR12Packed,
-    PixelType_BayerRG12Packed, PixelType_BayerGB12Packed, PixelType_BayerBG12Packed,
-    PixelType_BayerGR10p, PixelType_BayerRG10p, PixelType_BayerGB10p, PixelType_BayerBG10p,
-    PixelType_BayerGR12p, PixelType_BayerRG12p, PixelType_BayerGB12p, PixelType_BayerBG12p,
-    PixelType_BayerGR16, PixelType_BayerRG16, PixelType_BayerGB16, PixelType_BayerBG16,
-    PixelType_RGB8Packed, PixelType_BGR8Packed, PixelType_RGBA8Packed, PixelType_BGRA8Packed,
-    PixelType_RGB10Packed, PixelType_BGR10Packed, PixelType_RGB12Packed, PixelType_BGR12Packed,
-    PixelType_RGB12V1Packed, PixelType_RGB16Packed, PixelType_RGB8Planar, PixelType_RGB16Planar,
-    PixelType_YUV422Packed, PixelType_YUV422_YUYV_Packed, PixelType_YCbCr422_8_YY_CbCr_Semiplanar,
-    PixelType_YCbCr420_8_YY_CbCr_Semiplanar,
-    // clang-format on
-};
-
-bool isSupported(double pixelFormat) {
-    return std::any_of(supportedFormats.begin(), supportedFormats.end(), [&](EPixelType format) {
-        return static_cast<double>(format) == pixelFormat;
-    });
-}
-
-// Lines have whole bytes and whole groups of pixels that share chroma; a Bayer pattern begins with
-// the same colour wherever the region lies.
-std::uint32_t widthStep(EPixelType pixelType) {
-    const PixelFormat& format = *FindPixelFormat(pixelType);
-    std::uint32_t step =
-        format.family == PixelFamily::Bayer || format.layout != PixelLayout::Whole ? 2 : 1;
-    while (step * BitsPerPixel(pixelType) % 8 != 0) {
-        step *= 2;
-    }
-    return step;
-}
-
-// So that the largest region is one that each format can have.
-constexpr std::uint32_t largestStep = 8;
-
-std::uint32_t heightStep(EPixelType pixelType) {
-    const PixelFormat& format = *FindPixelFormat(pixelType);
-    return format.family == PixelFamily::Bayer || format.layout == PixelLayout::Semiplanar420 ? 2
-                                                                                              : 1;
 }
 
 std::uint32_t roundDown(std::uint32_t value, std::uint32_t step) {
@@ -324,9 +276,9 @@ double Registers::computed(std::int64_t address) const {
         case At::heightMax:
             return heightMax();
         case At::widthInc:
-            return widthStep(pixelType());
+            return WidthStepOf(pixelType());
         case At::heightInc:
-            return heightStep(pixelType());
+            return HeightStepOf(pixelType());
         case At::payloadSize:
             return static_cast<double>(GetPayloadSize());
         case At::framesSent:
@@ -396,21 +348,21 @@ void Registers::checkRange(std::size_t row, double value) const {
     };
     switch (wanted.address) {
         case At::pixelFormat:
-            if (!isSupported(value)) {
+            if (!IsSensorFormat(value)) {
                 throwRange(wanted.name, value);
             }
             break;
         case At::width:
-            checkPlace(region.offsetX, widthMax(), widthStep(pixelType()));
+            checkPlace(region.offsetX, widthMax(), WidthStepOf(pixelType()));
             break;
         case At::height:
-            checkPlace(region.offsetY, heightMax(), heightStep(pixelType()));
+            checkPlace(region.offsetY, heightMax(), HeightStepOf(pixelType()));
             break;
         case At::offsetX:
-            checkPlace(region.width, widthMax(), widthStep(pixelType()));
+            checkPlace(region.width, widthMax(), WidthStepOf(pixelType()));
             break;
         case At::offsetY:
-            checkPlace(region.height, heightMax(), heightStep(pixelType()));
+            checkPlace(region.height, heightMax(), HeightStepOf(pixelType()));
             break;
         default:
             break;
@@ -472,8 +424,8 @@ void Registers::fitRegion() {
         setValue(sizeAt, newSize);
         setValue(offsetAt, roundDown(std::min(offset, max - newSize), step));
     };
-    fit(At::width, At::offsetX, widthMax(), widthStep(pixelType()));
-    fit(At::height, At::offsetY, heightMax(), heightStep(pixelType()));
+    fit(At::width, At::offsetX, widthMax(), WidthStepOf(pixelType()));
+    fit(At::height, At::offsetY, heightMax(), HeightStepOf(pixelType()));
 }
 
 void Registers::loadUserSet(std::size_t number) {
@@ -501,12 +453,12 @@ EPixelType Registers::pixelType() const {
 
 std::uint32_t Registers::widthMax() const {
     return roundDown(sensorWidth / static_cast<std::uint32_t>(valueOf(At::binningHorizontal)),
-                     largestStep);
+                     largestSizeStep);
 }
 
 std::uint32_t Registers::heightMax() const {
     return roundDown(sensorHeight / static_cast<std::uint32_t>(valueOf(At::binningVertical)),
-                     largestStep);
+                     largestSizeStep);
 }
 
 }  // namespace Orlix::Emulated

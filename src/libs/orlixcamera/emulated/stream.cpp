@@ -129,13 +129,13 @@ void Stream::send(const FrameOrder& order, std::size_t payloadSize) {
         camera_->EndFrame(session_, order, Outcome::NoBuffer);
         return;
     }
-    fill(*buffer, order, payloadSize);
+    const std::uint64_t missing = fill(*buffer, order, payloadSize);
     camera_->EndFrame(session_, order, Outcome::Received);
     {
         const std::scoped_lock lock(mutex_);
         ++(buffer->fate == FrameFate::Delivered ? statistics_.delivered : statistics_.failed);
         statistics_.resentPackets += order.faults.resentPackets;
-        statistics_.missingPackets += order.faults.missingPackets;
+        statistics_.missingPackets += missing;
         filled_.Push(*buffer);
         filledOrEnded_.notify_one();
     }
@@ -144,7 +144,8 @@ void Stream::send(const FrameOrder& order, std::size_t payloadSize) {
     }
 }
 
-void Stream::fill(StreamBuffer& buffer, const FrameOrder& order, std::size_t payloadSize) {
+// Returns how many packets of the frame got lost.
+std::uint64_t Stream::fill(StreamBuffer& buffer, const FrameOrder& order, std::size_t payloadSize) {
     picture_.Prepare(order.settings, order.frameNumber);
     describe(buffer, order);
     const std::size_t pictureSize = picture_.GetSize();
@@ -154,7 +155,7 @@ void Stream::fill(StreamBuffer& buffer, const FrameOrder& order, std::size_t pay
         fail(buffer, FrameFate::WrongSize, 0,
              "The frame has " + std::to_string(size) + " bytes, its buffer has room for " +
                  std::to_string(room) + ".");
-        return;
+        return 0;
     }
     picture_.Write(buffer.data, order.frameNumber);
     WriteChunks(order.chunks, order.values, picture_.GetSceneName(),
@@ -162,11 +163,11 @@ void Stream::fill(StreamBuffer& buffer, const FrameOrder& order, std::size_t pay
     buffer.fate = FrameFate::Delivered;
     buffer.error = gcstring();
     buffer.filled = size;
-    spoil(buffer, order);
+    return spoil(buffer, order);
 }
 
 // What the receiver would make of a frame that comes like that.
-void Stream::spoil(StreamBuffer& buffer, const FrameOrder& order) {
+std::uint64_t Stream::spoil(StreamBuffer& buffer, const FrameOrder& order) {
     const FrameFaults& faults = order.faults;
     const std::size_t size = buffer.filled;
     if (faults.cutChunk) {
@@ -177,7 +178,7 @@ void Stream::spoil(StreamBuffer& buffer, const FrameOrder& order) {
     } else if (faults.lostEnd) {
         fail(buffer, FrameFate::TimedOut, size, "The end of the frame didn't come in time.");
     } else if (faults.missingPackets > 0) {
-        losePackets(buffer, faults.missingPackets);
+        return losePackets(buffer, faults.missingPackets);
     } else if (faults.sizeChange != 0) {
         const auto sent = static_cast<std::int64_t>(size) + faults.sizeChange;
         const std::size_t received = static_cast<std::size_t>(std::max<std::int64_t>(sent, 0));
@@ -188,10 +189,11 @@ void Stream::spoil(StreamBuffer& buffer, const FrameOrder& order) {
         fail(buffer, FrameFate::BadTrailer, size,
              "The device marked the trailer of the frame as invalid.");
     }
+    return 0;
 }
 
 // Packets of the middle: what they would have brought stays black.
-void Stream::losePackets(StreamBuffer& buffer, std::uint64_t lost) {
+std::uint64_t Stream::losePackets(StreamBuffer& buffer, std::uint64_t lost) {
     constexpr std::uint64_t packetSize = 1440;
     const std::uint64_t size = buffer.filled;
     const std::uint64_t count = (size + packetSize - 1) / packetSize;
@@ -202,6 +204,7 @@ void Stream::losePackets(StreamBuffer& buffer, std::uint64_t lost) {
     fail(buffer, FrameFate::MissingPackets, size - (to - from),
          std::to_string(lost) + " of " + std::to_string(count) +
              " packets of the frame are missing.");
+    return lost;
 }
 
 void Stream::fail(StreamBuffer& buffer, FrameFate fate, std::size_t filled,

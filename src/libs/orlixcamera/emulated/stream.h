@@ -36,10 +36,11 @@ private:
 
     void run(std::size_t payloadSize);
     void send(const FrameOrder& order, std::size_t payloadSize);
-    void fill(Transport::StreamBuffer& buffer, const FrameOrder& order, std::size_t payloadSize);
+    std::uint64_t fill(Transport::StreamBuffer& buffer, const FrameOrder& order,
+                       std::size_t payloadSize);
     static void describe(Transport::StreamBuffer& buffer, const FrameOrder& order);
-    static void spoil(Transport::StreamBuffer& buffer, const FrameOrder& order);
-    static void losePackets(Transport::StreamBuffer& buffer, std::uint64_t lost);
+    static std::uint64_t spoil(Transport::StreamBuffer& buffer, const FrameOrder& order);
+    static std::uint64_t losePackets(Transport::StreamBuffer& buffer, std::uint64_t lost);
     static void fail(Transport::StreamBuffer& buffer, Transport::FrameFate fate, std::size_t filled,
                      const std::string& text);
     [[noreturn]] void throwGone() const;
