@@ -12,7 +12,6 @@
 
 #include "gcbase/gcexception.h"
 #include "orlixcamera/instantcamera.h"
-#include "orlixcamera/instantcamera.h"
 #include "orlixdataprocessingcore/core/services.h"
 #include "support/texts.h"
 

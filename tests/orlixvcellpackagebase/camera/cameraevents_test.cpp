@@ -1,0 +1,184 @@
+// Events of a device on their pins.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "orlixdataprocessingcore/core/boolean.h"
+#include "orlixdataprocessingcore/core/float.h"
+#include "orlixdataprocessingcore/core/integer.h"
+#include "orlixdataprocessingcore/core/string.h"
+#include "support/scriptedcamera.h"
+
+namespace Plugin::OrlixVCellPackageBase {
+namespace {
+
+namespace Core = Orlix::DataProcessing::Core;
+namespace Utils = Orlix::DataProcessing::Utils;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+// What switches events on, and values of other kinds than integer. Both events read one register.
+constexpr auto eventFeatures = R"(
+  <Enumeration Name="EventSelector"><EnumEntry Name="ExposureEnd"><Value>1</Value></EnumEntry>
+    <EnumEntry Name="Overrun"><Value>2</Value></EnumEntry><pValue>EventSelectorReg</pValue>
+  </Enumeration>
+  <IntReg Name="EventSelectorReg"><Address>32</Address><Length>8</Length><AccessMode>RW</AccessMode>
+    <pPort>Device</pPort><Sign>Signed</Sign><Endianess>LittleEndian</Endianess></IntReg>
+  <Enumeration Name="EventNotification"><EnumEntry Name="Off"><Value>0</Value></EnumEntry>
+    <EnumEntry Name="On"><Value>1</Value></EnumEntry><pValue>EventNotificationReg</pValue>
+  </Enumeration>
+  <IntReg Name="EventNotificationReg"><Address>40</Address><Length>8</Length>
+    <AccessMode>RW</AccessMode><pPort>Device</pPort><Sign>Signed</Sign>
+    <Endianess>LittleEndian</Endianess></IntReg>
+  <Boolean Name="EventFlag"><pValue>ExposureEndFrameIDReg</pValue></Boolean>
+  <SwissKnife Name="EventHalf"><pVariable Name="V">ExposureEndFrameIDReg</pVariable>
+    <Formula>V / 2.0</Formula></SwissKnife>
+  <StringReg Name="EventText"><Address>0</Address><Length>8</Length><AccessMode>RO</AccessMode>
+    <pPort>ExposureEndEvent</pPort></StringReg>
+  <Enumeration Name="EventKind"><EnumEntry Name="A"><Value>7</Value></EnumEntry>
+    <pValue>ExposureEndFrameIDReg</pValue></Enumeration>
+)";
+
+class CameraEvents : public ScriptedCamera {
+protected:
+    void add(const char* configuration) {
+        camera().executeEventPinAdd();
+        camera().setEventPinConfiguration(configuration);
+    }
+    void allocate() { ASSERT_THAT(camera().allocateResources(), IsEmpty()); }
+    void run() {
+        extendDevice(eventFeatures);
+        allocate();
+        start();
+    }
+    Utils::Variant sendAndWait(RecordingSink& sink, std::int64_t value) {
+        const std::size_t count = sink.values().size();
+        device->SendEvent(CameraTest::exposureEndEvent, value);
+        sink.waitForCount(count + 1);
+        return sink.values().back();
+    }
+};
+
+TEST_F(CameraEvents, AnIntegerIsAnUpdateOfItsOwn) {
+    add("End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
+    const auto sink = attach("End");
+    const auto images = attach("Image");
+    run();
+    EXPECT_EQ(device->Get(CameraTest::Address::selector), 1);
+    EXPECT_EQ(device->Get(CameraTest::Address::notification), 1);
+    EXPECT_EQ(sendAndWait(*sink, 42).get<Core::Integer>(true)->get(), 42);
+    EXPECT_EQ(sendAndWait(*sink, 43).get<Core::Integer>(true)->get(), 43);
+    EXPECT_NE(sink->updates()[0], sink->updates()[1]);
+    EXPECT_THAT(images->values(), IsEmpty());
+    camera().stop();
+}
+
+TEST_F(CameraEvents, TheTypeIsThatOfTheNodeAndNotOfThePin) {
+    add("F.Type=Integer.EventName=ExposureEnd.ValueName=EventHalf");
+    const auto sink = attach("F");
+    run();
+    EXPECT_EQ(sendAndWait(*sink, 3).get<Core::Float>(true)->get(), 1.5);
+    camera().stop();
+}
+
+TEST_F(CameraEvents, ABooleanAndAText) {
+    add("B.Type=Boolean.EventName=ExposureEnd.ValueName=EventFlag");
+    add("S.Type=String.EventName=ExposureEnd.ValueName=EventText");
+    const auto flag = attach("B");
+    const auto name = attach("S");
+    run();
+    EXPECT_TRUE(sendAndWait(*flag, 1).get<Core::Boolean>(true)->get());
+    static_cast<void>(sendAndWait(*flag, 0x6968));
+    name->waitForCount(2);
+    EXPECT_EQ(name->values()[1].get<Core::String>(true)->get(), "hi");
+    camera().stop();
+}
+
+TEST_F(CameraEvents, ANodeOfAnotherTypeSendsNothing) {
+    add("K.Type=Integer.EventName=ExposureEnd.ValueName=EventKind");
+    add("I.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
+    const auto kind = attach("K");
+    const auto sink = attach("I");
+    run();
+    static_cast<void>(sendAndWait(*sink, 7));
+    static_cast<void>(sendAndWait(*sink, 7));
+    EXPECT_THAT(kind->values(), IsEmpty());
+    camera().stop();
+}
+
+TEST_F(CameraEvents, WithoutAnEventSelectorNothingHappensAndNothingIsReported) {
+    add("End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
+    const auto sink = attach("End");
+    const Utils::LogCapture capture;
+    allocate();
+    start();
+    device->SendEvent(CameraTest::exposureEndEvent, 1);
+    camera().stop();
+    EXPECT_THAT(sink->values(), IsEmpty());
+    EXPECT_THAT(getLines(capture, category), testing::SizeIs(1));
+}
+
+TEST_F(CameraEvents, AnEventThatCantBeTurnedOnCostsItsPinOnly) {
+    add("X.Type=Integer.EventName=NoSuchEvent.ValueName=EventExposureEndTimestamp");
+    add("End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
+    const auto sink = attach("End");
+    const Utils::LogCapture capture;
+    run();
+    EXPECT_EQ(sendAndWait(*sink, 5).get<Core::Integer>(true)->get(), 5);
+    camera().stop();
+    EXPECT_THAT(
+        getLines(capture, category),
+        ElementsAre("6 Camera: Try to register event \"NoSuchEvent\" and output "
+                    "\"EventExposureEndTimestamp\" as pin \"X\"",
+                    "6 Camera: Set enumeration selector to 'NoSuchEvent'",
+                    "5 Camera: Unable to turn on event notification for \"NoSuchEvent\"",
+                    "6 Camera: Try to register event \"ExposureEnd\" and output "
+                    "\"EventExposureEndFrameID\" as pin \"End\"",
+                    "6 Camera: Set enumeration selector to 'ExposureEnd'",
+                    "6 Camera: Turn event notification on", "6 Camera: RegisterCameraEventHandler",
+                    "5 Camera " + toText(static_cast<const Camera*>(&camera())) +
+                        ": Using camera \"Scripted#1\""));
+}
+
+TEST_F(CameraEvents, AnotherOpeningReplacesTheHandlers) {
+    add("End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
+    const auto sink = attach("End");
+    run();
+    camera().stop();
+    camera().freeResources();
+    allocate();
+    start();
+    static_cast<void>(sendAndWait(*sink, 1));
+    static_cast<void>(sendAndWait(*sink, 2));
+    EXPECT_THAT(sink->values(), testing::SizeIs(2));
+    camera().stop();
+}
+
+TEST_F(CameraEvents, GrabbingOfEventsIsSwitchedWithTheDevice) {
+    GenApi::INodeMap& map = *camera().getNodeMapInfos().at(1).GetNodeMap();
+    const GenApi::CBooleanPtr grabbing(map.GetNode("GrabCameraEvents"));
+    EXPECT_FALSE(grabbing->GetValue());
+    allocate();
+    EXPECT_TRUE(grabbing->GetValue());
+    camera().freeResources();
+    EXPECT_FALSE(grabbing->GetValue());
+}
+
+TEST_F(CameraEvents, AStopReleasesAnEventThatWaitsForSpaceUnderTheNodesLock) {
+    add("End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
+    const auto sink = attach("End");
+    sink->setSpace(false);
+    run();
+    for (int i = 0; i < 3; ++i) {
+        device->SendEvent(CameraTest::exposureEndEvent, i);
+    }
+    camera().stop();
+    camera().freeResources();
+}
+
+}  // namespace
+}  // namespace Plugin::OrlixVCellPackageBase

@@ -1,0 +1,159 @@
+// Chunk values of real frames on their pins.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "genapi/genapi.h"
+#include "orlixdataprocessingcore/core/array.h"
+#include "orlixdataprocessingcore/core/handle.h"
+#include "orlixdataprocessingcore/core/nodearguments.h"
+#include "orlixvcellpackagebase/camera.h"
+#include "support/emulatedpool.h"
+#include "support/recordingsink.h"
+#include "support/texts.h"
+
+namespace Plugin::OrlixVCellPackageBase {
+namespace {
+
+namespace Core = Orlix::DataProcessing::Core;
+namespace Utils = Orlix::DataProcessing::Utils;
+using testing::Contains;
+using testing::IsEmpty;
+
+class CameraChunkValues : public testing::Test {
+protected:
+    // One pin, and all chunks of the camera switched on.
+    void open(const char* pin, const std::string& configuration, const std::string& more = "") {
+        camera.executeChunkPinAdd();
+        camera.setChunkPinValue(configuration.c_str());
+        camera.setStreamType(StreamType::CameraDevice);
+        camera.setOFSStagedContent(("Width=64\nHeight=64\n" + more).c_str());
+        camera.executeOFSCommit();
+        ASSERT_THAT(camera.allocateResources(), IsEmpty());
+        if (chunksOn) {
+            switchChunksOn();
+        }
+        imageHandle = camera.attachOutputSink("Image", images);
+        pinHandle = camera.attachOutputSink(pin, values);
+    }
+    void switchChunksOn() {
+        GenApi::INodeMap& map = *camera.getNodeMapInfos().at(3).GetNodeMap();
+        GenApi::CBooleanPtr(map.GetNode("ChunkModeActive"))->SetValue(true);
+        const GenApi::CEnumerationPtr selector(map.GetNode("ChunkSelector"));
+        GenApi::NodeList_t entries;
+        selector->GetEntries(entries);
+        for (auto* entry : entries) {
+            selector->FromString(GenApi::CEnumEntryPtr(entry)->GetSymbolic());
+            const GenApi::CBooleanPtr enable(map.GetNode("ChunkEnable"));
+            if (GenApi::IsWritable(map.GetNode("ChunkEnable"))) {
+                enable->SetValue(true);
+            }
+        }
+    }
+    // The first value of the pin.
+    Utils::Variant grab() {
+        camera.start(Core::NodeArgumentCollection());
+        values->waitForCount(1);
+        camera.stop();
+        return values->values().at(0);
+    }
+
+    bool chunksOn = true;
+    EmulatedPool emulated;
+    Camera camera{emulated.pool};
+    const std::shared_ptr<RecordingSink> images = std::make_shared<RecordingSink>();
+    const std::shared_ptr<RecordingSink> values = std::make_shared<RecordingSink>();
+    std::shared_ptr<Core::IHandle> imageHandle;
+    std::shared_ptr<Core::IHandle> pinHandle;
+};
+
+TEST_F(CameraChunkValues, AFloatTravelsInTheUpdateOfItsImage) {
+    open("T", "T.Type=Float.ValueName=ChunkExposureTime", "ExposureTime=1234");
+    const Utils::Variant value = grab();
+    EXPECT_EQ(value.get<Core::Float>(true)->get(), 1234.0);
+    EXPECT_EQ(values->updates().at(0), images->updates().at(0));
+}
+
+TEST_F(CameraChunkValues, AnInteger) {
+    open("N", "N.Type=Integer.ValueName=ChunkFrameID");
+    EXPECT_EQ(grab().get<Core::Integer>(true)->get(), 1);
+}
+
+TEST_F(CameraChunkValues, ABoolean) {
+    open("B", "B.Type=Boolean.ValueName=ChunkTriggered");
+    EXPECT_FALSE(grab().get<Core::Boolean>(true)->get());
+}
+
+TEST_F(CameraChunkValues, AText) {
+    open("S", "S.Type=String.ValueName=ChunkSceneName");
+    EXPECT_FALSE(grab().get<Core::String>(true)->get().empty());
+}
+
+TEST_F(CameraChunkValues, OfASelectorThatIsSetForThePin) {
+    open("G",
+         "G.Type=Float.SelectorName=ChunkGainSelector.SelectorValue=Red.ValueName="
+         "ChunkGain");
+    const Utils::Variant value = grab();
+    EXPECT_NE(value.get<Core::Float>(false), nullptr);
+}
+
+TEST_F(CameraChunkValues, ASelectorValueThatThereIsNotCostsThePinItsEntryAndLogsALine) {
+    open("G",
+         "G.Type=Float.SelectorName=ChunkGainSelector.SelectorValue=Nowhere.ValueName="
+         "ChunkGain");
+    const Utils::LogCapture capture;
+    camera.start(Core::NodeArgumentCollection());
+    images->waitForCount(2);
+    camera.stop();
+    EXPECT_THAT(values->values(), IsEmpty());
+    EXPECT_THAT(getLines(capture, "orlix.dataprocessing.vcell.Camera"),
+                Contains("5 Camera " + toText(&camera) +
+                         ": Failed to get chunk data value for \"G\" pin."));
+}
+
+TEST_F(CameraChunkValues, AMissingSelectorValueDoesTheSame) {
+    open("G", "G.Type=Float.SelectorName=ChunkGainSelector.ValueName=ChunkGain");
+    const Utils::LogCapture capture;
+    camera.start(Core::NodeArgumentCollection());
+    images->waitForCount(1);
+    camera.stop();
+    EXPECT_THAT(values->values(), IsEmpty());
+    EXPECT_THAT(getLines(capture, "orlix.dataprocessing.vcell.Camera"),
+                Contains("5 Camera " + toText(&camera) +
+                         ": Failed to get chunk data value for \"G\" pin."));
+}
+
+TEST_F(CameraChunkValues, AFrameWithoutChunksLeavesThePinOut) {
+    chunksOn = false;
+    open("T", "T.Type=Float.ValueName=ChunkExposureTime");
+    camera.start(Core::NodeArgumentCollection());
+    images->waitForCount(2);
+    camera.stop();
+    EXPECT_THAT(values->values(), IsEmpty());
+}
+
+TEST_F(CameraChunkValues, AnArrayHoldsTheLastValueFirstAndDefaultsBehindIt) {
+    open("A", "A.Type=Integer.ValueName=ChunkTimestamp.ValueName=ChunkFrameID");
+    const Utils::Variant value = grab();
+    const auto* array = value.get<Core::Array<Core::Integer>>(true);
+    ASSERT_EQ(array->getSize(), 2U);
+    EXPECT_EQ(array->at(0).get(), 1);
+    EXPECT_EQ(array->at(1).get(), 0);
+}
+
+TEST_F(CameraChunkValues, AChunkThatTheFrameLacksIsAValueWithAnError) {
+    open("G", "G.Type=Float.ValueName=ChunkGain");
+    GenApi::INodeMap& map = *camera.getNodeMapInfos().at(3).GetNodeMap();
+    GenApi::CEnumerationPtr(map.GetNode("ChunkSelector"))->FromString("Gain");
+    GenApi::CBooleanPtr(map.GetNode("ChunkEnable"))->SetValue(false);
+    const Utils::Variant value = grab();
+    const auto error = value.get<Core::Float>(true)->getError(false);
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->getName(), "InvalidValueError");
+    EXPECT_EQ(error->getDescription(), "Failed to get chunk data value.");
+}
+
+}  // namespace
+}  // namespace Plugin::OrlixVCellPackageBase
