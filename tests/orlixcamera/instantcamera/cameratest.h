@@ -151,6 +151,19 @@ protected:
         return CIntegerParameter(camera.GetStreamGrabberNodeMap(), name).GetValue();
     }
 
+    // Sent equals the sum of all fates.
+    void expectAccount(std::int64_t sent) {
+        EXPECT_EQ(statistic("StatisticSent"), sent);
+        EXPECT_EQ(statistic("StatisticDelivered") + statistic("StatisticFailed") +
+                      statistic("StatisticLostForBuffer") + statistic("StatisticSkipped"),
+                  sent);
+        EXPECT_EQ(statistic("StatisticFailedMissingPackets") +
+                      statistic("StatisticFailedWrongSize") +
+                      statistic("StatisticFailedBadTrailer") +
+                      statistic("StatisticFailedTimedOut") + statistic("StatisticFailedAborted"),
+                  statistic("StatisticFailed"));
+    }
+
     const std::shared_ptr<ScriptedDevice> device = std::make_shared<ScriptedDevice>();
     const std::shared_ptr<ICameraDevice> attached = CreateCameraDevice(device);
     Images images;

@@ -279,6 +279,7 @@ public:
 
     const std::shared_ptr<ScriptedStream::State> stream = std::make_shared<ScriptedStream::State>();
     std::string description = scriptedDescription;
+    bool sendAtStart = false;  // a frame with each start of the acquisition
 
     // ---- What the camera does
 
@@ -307,6 +308,9 @@ public:
         std::memcpy(&memory_[address], buffer, length);
         if (address == Address::start || address == Address::stop) {
             ++memory_[1000 + address];  // counts the commands
+        }
+        if (address == Address::start && sendAtStart) {
+            Send();
         }
     }
     [[nodiscard]] std::shared_ptr<const std::string> GetDescription() override {

@@ -29,25 +29,34 @@ bool EventRegistration::Bind(std::shared_ptr<DeviceMaps> maps) {
         }
     };
     const std::intptr_t callback = GenApi::Register(node, note, GenApi::cbPostOutsideLock);
-    const std::scoped_lock lock(mutex_);
-    maps_ = std::move(maps);
-    node_ = node;
-    callback_ = callback;
-    changed_ = std::move(changed);
+    {
+        const std::scoped_lock lock(mutex_);
+        if (node_ == nullptr) {
+            maps_ = std::move(maps);
+            node_ = node;
+            callback_ = callback;
+            changed_ = std::move(changed);
+            return true;
+        }
+    }
+    // Another thread that opens or registers was quicker.
+    GenApi::Deregister(node, callback);
     return true;
 }
 
 void EventRegistration::Unbind() noexcept {
     std::shared_ptr<DeviceMaps> maps;
     GenApi::INode* node = nullptr;
+    std::intptr_t callback = 0;
     {
         const std::scoped_lock lock(mutex_);
         maps = std::move(maps_);
         node = std::exchange(node_, nullptr);
+        callback = callback_;
         changed_.reset();
     }
     if (node != nullptr) {
-        GenApi::Deregister(node, callback_);
+        GenApi::Deregister(node, callback);
     }
 }
 

@@ -73,7 +73,9 @@ void CInstantCamera::Impl::start(const Detail::GrabPlan& plan) {
     if (grabber_ == nullptr) {
         grabber_ = std::make_shared<Detail::StreamGrabber>(device_, counters_);
     }
-    auto run = std::make_shared<GrabRun>(plan, grabber_);
+    const auto run = std::make_shared<GrabRun>(plan, grabber_);
+    // Known before it begins, for the first handler may be quick to stop it.
+    setRun(run);
     lockTransport(true);
     try {
         run->Start(buffers_, payloadSize);
@@ -81,24 +83,39 @@ void CInstantCamera::Impl::start(const Detail::GrabPlan& plan) {
             executeCommand("AcquisitionStart");
         }
         if (plan.loop == GrabLoop_ProvidedByInstantCamera) {
-            // Calls of two runs never overlap, so the new thread waits for the old one first.
-            std::thread before = std::move(grabThread_);
-            grabThread_ = std::thread([this, run, before = std::move(before)]() mutable {
-                if (before.joinable()) {
-                    before.join();
-                }
-                grabLoop(run);
-            });
+            startThread(run);
         }
     } catch (...) {
         run->Stop();
         lockTransport(false);
+        setRun(nullptr);
         throw;
     }
-    settings_->isGrabbing = true;
+}
+
+void CInstantCamera::Impl::setRun(std::shared_ptr<GrabRun> run) noexcept {
+    settings_->isGrabbing = run != nullptr;
     const std::scoped_lock lock(state_);
-    lastRun_ = run;
+    if (run != nullptr) {
+        lastRun_ = run;
+    }
     run_ = std::move(run);
+}
+
+// Calls of two runs never overlap, so the new thread waits for the old one first.
+void CInstantCamera::Impl::startThread(const std::shared_ptr<GrabRun>& run) {
+    const auto before = std::make_shared<std::thread>(std::move(grabThread_));
+    try {
+        grabThread_ = std::thread([this, run, before] {
+            if (before->joinable()) {
+                before->join();
+            }
+            grabLoop(run);
+        });
+    } catch (...) {
+        grabThread_ = std::move(*before);
+        throw;
+    }
 }
 
 // Buffers of the last run are taken again, also those that somebody still holds.
@@ -166,9 +183,7 @@ void CInstantCamera::Impl::stop(GrabRun& run) noexcept {
     }
     run.Stop();
     lockTransport(false);
-    settings_->isGrabbing = false;
-    const std::scoped_lock lock(state_);
-    run_.reset();
+    setRun(nullptr);
 }
 
 void CInstantCamera::Impl::executeCommand(const char* name) {

@@ -135,7 +135,9 @@ void CInstantCamera::Impl::Open() {
     notify(&CConfigurationEventHandler::OnOpen, "OnOpen");
     {
         const std::scoped_lock control(control_);
-        openDevice();
+        if (!openDevice()) {
+            return;
+        }
     }
     try {
         invalidateMaps();
@@ -147,7 +149,7 @@ void CInstantCamera::Impl::Open() {
     }
 }
 
-void CInstantCamera::Impl::openDevice() {
+bool CInstantCamera::Impl::openDevice() {
     std::shared_ptr<Transport::IDevice> device;
     std::shared_ptr<Detail::DeviceMaps> maps;
     {
@@ -160,7 +162,7 @@ void CInstantCamera::Impl::openDevice() {
                                __FILE__, __LINE__);
     }
     if (settings_->isOpen) {
-        return;
+        return false;
     }
     settings_->isRemoved = false;
     removal_.Allow();
@@ -190,6 +192,7 @@ void CInstantCamera::Impl::openDevice() {
         maps_ = std::move(maps);
     }
     settings_->isOpen = true;
+    return true;
 }
 
 void CInstantCamera::Impl::Close() {

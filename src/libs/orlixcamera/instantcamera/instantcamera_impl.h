@@ -72,7 +72,7 @@ private:
     void OnLost() override;
 
     // ---- instantcamera_impl.cpp, with control_ held but for the last
-    void openDevice();
+    [[nodiscard]] bool openDevice();  // false if it was open already
     void closeDevice() noexcept;
     void letGo() noexcept;
     void invalidateMaps();
@@ -84,6 +84,8 @@ private:
     void stop(Detail::GrabRun& run) noexcept;  // with control_ held
     void dropBuffers() noexcept;
     void prepareBuffers(std::size_t payloadSize);  // with control_ held
+    void setRun(std::shared_ptr<Detail::GrabRun> run) noexcept;
+    void startThread(const std::shared_ptr<Detail::GrabRun>& run);
     void endRun(const std::shared_ptr<Detail::GrabRun>& run);
     void grabLoop(const std::shared_ptr<Detail::GrabRun>& run);
     void handOver(Detail::GrabRun& run, const CGrabResultPtr& frame);
