@@ -138,6 +138,16 @@ TEST_F(CameraChunkPins, ABadPropertyOfADeclaredPinIsStoredAndReportedTwice) {
                 ElementsAre(line, line, "4 Camera: Unable to create output A of type Integer"));
 }
 
+// The property is there by then, without a value.
+TEST_F(CameraChunkPins, AValueNameThatIsNoNameMakesNoPin) {
+    const Utils::LogCapture capture;
+    add("A.Type=Float.ValueName=1X");
+    EXPECT_EQ(text("ChunkPinValue"), "A.Type=Float.ValueName=1X");
+    EXPECT_THAT(outputs(), ElementsAre("Image"));
+    EXPECT_THAT(getLines(capture, category),
+                testing::Contains("4 Camera: Unable to create output A of type Float"));
+}
+
 TEST_F(CameraChunkPins, ATextThatDeclaresNothingIsDropped) {
     execute("ChunkPinAdd");
     const Utils::LogCapture capture;

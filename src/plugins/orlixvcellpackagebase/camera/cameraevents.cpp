@@ -112,16 +112,14 @@ void Camera::OnOpened(Orlix::CInstantCamera& camera) {
     }
     auto mode = Orlix::CameraEventRegistrationMode_ReplaceAll;
     for (const gcstring& text : impl_->eventPinConfigurations) {
-        const EventPinMapping mapping = getEventMapping(text);
-        createLogEntry(Severitiy::Debug, category(),
-                       "Camera: Try to register event \"%s\" and output \"%s\" as pin \"%s\"",
-                       mapping.eventName.c_str(), mapping.valueName.c_str(),
-                       mapping.pinName.c_str());
-        if (!mapping.valid) {
-            continue;
-        }
+        EventPinMapping mapping;
         try {
-            if (turnEventOn(camera, mapping.eventName)) {
+            mapping = getEventMapping(text);
+            createLogEntry(Severitiy::Debug, category(),
+                           "Camera: Try to register event \"%s\" and output \"%s\" as pin \"%s\"",
+                           mapping.eventName.c_str(), mapping.valueName.c_str(),
+                           mapping.pinName.c_str());
+            if (mapping.valid && turnEventOn(camera, mapping.eventName)) {
                 registerEventHandler(camera, mapping, mode);
                 mode = Orlix::CameraEventRegistrationMode_Append;
             }

@@ -1,5 +1,6 @@
 // Chunk pins of Camera: the list of their configurations, and the outputs made from it.
 #include <algorithm>
+#include <stdexcept>
 
 #include "camera/cameraimpl.h"
 #include "camera/containers.h"
@@ -17,6 +18,9 @@ namespace {
 // A pin with several values is an array. Throws std::out_of_range for a pin without any.
 TypeInfo getOutputType(const PinMapping& mapping) {
     const auto& values = getValue(mapping.properties, PinProperty::ValueName);
+    if (values.empty()) {
+        throw std::out_of_range("invalid map<K, T> key");  // as for one that is not there at all
+    }
     return values.size() < 2 ? getScalarType(mapping.pinType) : getArrayType(mapping.pinType);
 }
 

@@ -86,14 +86,15 @@ void readAnyNode(Variant& variant, GenApi::INode* node, std::size_t index, std::
     }
 }
 
-// Anew for every pin, since pins may share a selector.
+// Anew for every pin, since pins may share a selector. A bad text may have left a property without
+// a value.
 void setSelector(GenApi::INodeMap& chunks, const PinMapping& mapping) {
     const auto name = mapping.properties.find(PinProperty::SelectorName);
     if (name == mapping.properties.end()) {
         return;
     }
     const auto& values = getValue(mapping.properties, PinProperty::SelectorValue);
-    Orlix::CEnumParameter(chunks, name->second.front()).SetValue(values.front());
+    Orlix::CEnumParameter(chunks, name->second.at(0)).SetValue(values.at(0));
 }
 
 // The element is always the first: of several values the last one that was read stays there.
