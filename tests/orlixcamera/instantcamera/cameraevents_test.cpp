@@ -179,6 +179,21 @@ TEST_F(CameraEvents, ANodeThatMustBeThereIsMissedAtOnceOrWhenOpening) {
     EXPECT_FALSE(camera.IsOpen());
 }
 
+TEST_F(CameraEvents, AHandlerThatCannotBeRegisteredStaysItsOwners) {
+    struct Owned final : CCameraEventHandler {
+        explicit Owned(bool& flag) : isDestroyed(flag) {}
+        void DestroyCameraEventHandler(CInstantCamera&) override { isDestroyed = true; }
+        bool& isDestroyed;
+    };
+    bool isDestroyed = false;
+    Owned owned(isDestroyed);
+    open();
+    EXPECT_THROW(camera.RegisterCameraEventHandler(
+                     &owned, "EventNone", 0, CameraEventRegistrationMode_Append, Cleanup_Delete),
+                 GenICam::InvalidArgumentException);
+    EXPECT_FALSE(isDestroyed);
+}
+
 TEST_F(CameraEvents, ANullHandlerIsRefused) {
     EXPECT_THROW(camera.RegisterCameraEventHandler(
                      nullptr, frameId, 0, CameraEventRegistrationMode_Append, Cleanup_Delete),

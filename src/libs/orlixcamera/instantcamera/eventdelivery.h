@@ -20,9 +20,9 @@ namespace Orlix::Detail {
 // A handler with the node that it waits for.
 class EventRegistration final : public Registration<CCameraEventHandler> {
 public:
-    EventRegistration(CCameraEventHandler& handler, Destroy destroy, gcstring name,
-                      std::intptr_t userId, ECameraEventAvailability needed)
-        : Registration(handler, std::move(destroy)),
+    EventRegistration(CCameraEventHandler& handler, gcstring name, std::intptr_t userId,
+                      ECameraEventAvailability needed)
+        : Registration(handler),
           nodeName(std::move(name)),
           userProvidedId(userId),
           availability(needed) {}

@@ -22,9 +22,8 @@ class Registration {
 public:
     using Destroy = std::function<void(Handler&)>;
 
-    // An empty `destroy` leaves the handler to its owner.
-    Registration(Handler& handler, Destroy destroy)
-        : handler_(handler), destroy_(std::move(destroy)) {}
+    // The handler stays its owner's.
+    explicit Registration(Handler& handler) : handler_(handler) {}
     virtual ~Registration() {
         if (destroy_) {
             destroy_(handler_);
@@ -32,6 +31,9 @@ public:
     }
     Registration(const Registration&) = delete;
     Registration& operator=(const Registration&) = delete;
+
+    // From now on the handler ends together with this; an empty `destroy` leaves it to its owner.
+    void Own(Destroy destroy) noexcept { destroy_ = std::move(destroy); }
 
     [[nodiscard]] Handler& GetHandler() const noexcept { return handler_; }
 
@@ -74,7 +76,7 @@ public:
 
 private:
     Handler& handler_;
-    const Destroy destroy_;
+    Destroy destroy_;  // set before any other thread knows of this
     std::mutex mutex_;
     std::condition_variable callEnded_;
     std::vector<std::thread::id> callers_;  // keeps its memory, so that a call allocates nothing
@@ -97,13 +99,16 @@ public:
         return items_;
     }
 
-    // Returns those that were replaced, for the caller to let go of with no lock held.
-    [[nodiscard]] Items Add(std::shared_ptr<Item> item, bool replaceAll) {
+    // Returns those that were replaced, for the caller to let go of with no lock held. The item
+    // owns its handler once it is on the list: when this throws, the handler is still its owner's.
+    [[nodiscard]] Items Add(const std::shared_ptr<Item>& item, typename Item::Destroy destroy,
+                            bool replaceAll) {
         const std::scoped_lock lock(mutex_);
         Items next = replaceAll ? Items() : *items_;
         Items replaced = replaceAll ? *items_ : Items();
-        next.push_back(std::move(item));
+        next.push_back(item);
         items_ = std::make_shared<const Items>(std::move(next));
+        item->Own(std::move(destroy));
         return replaced;
     }
 

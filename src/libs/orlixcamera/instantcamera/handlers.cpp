@@ -37,7 +37,7 @@ void CInstantCamera::Impl::RegisterImageEventHandler(CImageEventHandler* handler
         };
     }
     const auto replaced =
-        imageHandlers_.Add(std::make_shared<ImageRegistration>(*handler, std::move(destroy)),
+        imageHandlers_.Add(std::make_shared<ImageRegistration>(*handler), std::move(destroy),
                            mode == RegistrationMode_ReplaceAll);
     for (const auto& old : replaced) {
         old->Remove();
@@ -69,9 +69,9 @@ void CInstantCamera::Impl::RegisterConfiguration(CConfigurationEventHandler* han
             CallGuarded("DestroyConfiguration", [&] { owned.DestroyConfiguration(camera_); });
         };
     }
-    const auto replaced = configurations_.Add(
-        std::make_shared<ConfigurationRegistration>(*handler, std::move(destroy)),
-        mode == RegistrationMode_ReplaceAll);
+    const auto replaced =
+        configurations_.Add(std::make_shared<ConfigurationRegistration>(*handler),
+                            std::move(destroy), mode == RegistrationMode_ReplaceAll);
     for (const auto& old : replaced) {
         old->Remove();
         CallGuarded("OnConfigurationDeregistered",
@@ -92,7 +92,7 @@ bool CInstantCamera::Impl::DeregisterConfiguration(CConfigurationEventHandler* h
     return true;
 }
 
-Detail::EventRegistration::Destroy CInstantCamera::Impl::DestroyerOf(ECleanup cleanup) {
+Detail::EventRegistration::Destroy CInstantCamera::Impl::destroyerOf(ECleanup cleanup) {
     if (cleanup != Cleanup_Delete) {
         return {};
     }
@@ -102,14 +102,15 @@ Detail::EventRegistration::Destroy CInstantCamera::Impl::DestroyerOf(ECleanup cl
 }
 
 void CInstantCamera::Impl::RegisterCameraEventHandler(
-    std::unique_ptr<Detail::EventRegistration> registration, ECameraEventRegistrationMode mode) {
-    const std::shared_ptr<Detail::EventRegistration> added(std::move(registration));
+    const std::shared_ptr<Detail::EventRegistration>& added, ECameraEventRegistrationMode mode,
+    ECleanup cleanup) {
     if (settings_->isOpen && !added->Bind(GetMaps()) &&
         added->availability == CameraEventAvailability_Mandatory) {
         throwNoEventNode(added->nodeName);
     }
     // What is replaced ends here, or on the event thread after the call that runs there.
-    const auto replaced = eventHandlers_.Add(added, mode == CameraEventRegistrationMode_ReplaceAll);
+    const auto replaced = eventHandlers_.Add(added, destroyerOf(cleanup),
+                                             mode == CameraEventRegistrationMode_ReplaceAll);
     for (const auto& old : replaced) {
         old->Remove();
         old->Unbind();

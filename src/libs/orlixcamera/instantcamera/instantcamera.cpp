@@ -97,10 +97,9 @@ void CInstantCamera::RegisterCameraEventHandler(CCameraEventHandler* handler,
         throw GenICam::InvalidArgumentException(
             "A handler is registered, but a null pointer was passed.", __FILE__, __LINE__);
     }
-    impl_->RegisterCameraEventHandler(
-        std::make_unique<Detail::EventRegistration>(*handler, impl_->DestroyerOf(cleanup), nodeName,
-                                                    userProvidedId, availability),
-        mode);
+    impl_->RegisterCameraEventHandler(std::make_shared<Detail::EventRegistration>(
+                                          *handler, nodeName, userProvidedId, availability),
+                                      mode, cleanup);
 }
 
 bool CInstantCamera::DeregisterCameraEventHandler(CCameraEventHandler* handler,

@@ -54,10 +54,9 @@ public:
     void RegisterConfiguration(CConfigurationEventHandler* handler, ERegistrationMode mode,
                                ECleanup cleanup);
     bool DeregisterConfiguration(CConfigurationEventHandler* handler);
-    void RegisterCameraEventHandler(std::unique_ptr<Detail::EventRegistration> registration,
-                                    ECameraEventRegistrationMode mode);
+    void RegisterCameraEventHandler(const std::shared_ptr<Detail::EventRegistration>& added,
+                                    ECameraEventRegistrationMode mode, ECleanup cleanup);
     bool DeregisterCameraEventHandler(CCameraEventHandler* handler, const gcstring& nodeName);
-    [[nodiscard]] Detail::EventRegistration::Destroy DestroyerOf(ECleanup cleanup);
 
     [[nodiscard]] Detail::CameraSettings& GetSettings() const noexcept { return *settings_; }
     [[nodiscard]] GenApi::INodeMap& GetCameraMap() const { return cameraMap_->Get(); }
@@ -93,6 +92,7 @@ private:
     void lockTransport(bool locked) noexcept;
 
     // ---- handlers.cpp
+    [[nodiscard]] Detail::EventRegistration::Destroy destroyerOf(ECleanup cleanup);
     void notify(Notification notification, const char* name);  // swallows
     void notifyStrictly(Notification notification);            // throws
     void bindEventHandlers(const std::shared_ptr<Detail::DeviceMaps>& maps);
