@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <tuple>
+#include <utility>
 
 #include "orlixcamera/conversion/conversiontable.h"
 #include "orlixcamera/conversion/guardedbuffer.h"
@@ -140,6 +141,19 @@ TEST_P(ConversionPairs, PicturesInSeveralStripsAreEqualToTheReference) {
         if (!Check(131 + number, 603 + number, variation)) {
             return;
         }
+    }
+}
+
+// A demosaiced picture of that size is made in pieces of its lines.
+TEST(LargeBayerPicture, IsEqualToTheReference) {
+    for (const auto& [sourceType, outputType] :
+         {std::pair{PixelType_BayerGB8, PixelType_BGR8Packed},
+          std::pair{PixelType_BayerRG12p, PixelType_RGB16Planar}}) {
+        const Picture source =
+            MakePicture(sourceType, 4099, 1601, 1, ImageOrientation_TopDown, Content::Random, 1);
+        const Target target{outputType, 3, ImageOrientation_BottomUp, OutputBitAlignment_MsbAligned,
+                            BayerBorder_CopyInner};
+        EXPECT_TRUE(HasBytes(Convert(source, target, 2), ConvertByReference(source, target)));
     }
 }
 

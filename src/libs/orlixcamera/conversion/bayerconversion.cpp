@@ -1,6 +1,7 @@
 #include "orlixcamera/conversion/bayerconversion.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 namespace Orlix {
@@ -28,6 +29,28 @@ constexpr DemosaicRow DemosaicRows[] = {
     {PixelType_RGB16Planar, DemosaicToRgb16Planar},
 };
 
+// Pictures that are larger than the caches wait for memory at the beginning of each line, if nobody
+// asks for it before; smaller ones only lose time by asking.
+constexpr std::size_t PrefetchBytes = std::size_t{24} << 20U;
+
+bool IsLargerThanCaches(const ConversionJob& job, EPixelType rowType, std::size_t planes) {
+    const auto source = static_cast<std::size_t>(std::abs(job.sourceStride[0]));
+    const std::size_t destination =
+        planes * static_cast<std::size_t>(std::abs(job.destinationStride[0]));
+    return rowType == job.destinationType && job.height * (source + destination) > PrefetchBytes;
+}
+
+// Pixels that are made between two prefetches: an even number, and more than a vector has.
+constexpr std::size_t PiecePixels = 512;
+
+void Prefetch(const std::uint8_t* from, std::size_t bytes) {
+    constexpr int Read = 0;
+    constexpr int SecondCache = 2;
+    for (std::size_t offset = 0; offset < bytes; offset += 64) {
+        __builtin_prefetch(from + offset, Read, SecondCache);
+    }
+}
+
 }  // namespace
 
 Demosaic BayerConversion::FindDemosaic(EPixelType rowType) noexcept {
@@ -46,7 +69,8 @@ BayerConversion::BayerConversion(const ConversionJob& job, const SampleFormat& f
       read_(BitDepth(rowType) == 16 ? format.toWords : format.toBytes),
       sampleBytes_(BitDepth(rowType) / 8),
       planes_(IsPlanar(rowType) ? 3 : 1),
-      shiftUp_(shiftUp) {
+      shiftUp_(shiftUp),
+      prefetch_(IsLargerThanCaches(job, rowType, IsPlanar(rowType) ? 3 : 1)) {
     pixelBytes_ = BitsPerPixel(rowType) / 8 / planes_;
     held_.fill(-1);
 }
@@ -83,12 +107,54 @@ void BayerConversion::Interpolate(std::size_t line, const LinePair& to, std::siz
     const std::size_t place = job_.sourceStride[0] < 0 ? job_.height - 1 - line : line;
     const bool redFirst = place % 2 == format_.redLine;
     const std::uint32_t own = redFirst ? format_.redColumn : 1U - format_.redColumn;
-    demosaic_({{above, first, second, below},
-               {to[0], lines == 2 ? to[1] : to[0]},
-               job_.width,
-               redFirst,
-               own,
-               shiftUp_});
+    const BayerLines bayer{{above, first, second, below},
+                           {to[0], lines == 2 ? to[1] : to[0]},
+                           job_.width,
+                           redFirst,
+                           own,
+                           shiftUp_};
+    if (prefetch_) {
+        InterpolateInPieces(bayer, line);
+    } else {
+        demosaic_(bayer);
+    }
+}
+
+void BayerConversion::InterpolateInPieces(const BayerLines& lines, std::size_t line) const {
+    BayerLines piece = lines;
+    for (std::size_t column = 0; column < lines.width; column += piece.width) {
+        const std::size_t left = lines.width - column;
+        piece.width = left < 2 * PiecePixels ? left : PiecePixels;
+        PrefetchNextPair(line, column, piece.width);
+        demosaic_(piece);
+        for (const std::uint8_t*& row : piece.rows) {
+            row += piece.width * sampleBytes_;
+        }
+        for (LinePlanes& to : piece.to) {
+            for (std::size_t plane = 0; plane < planes_; ++plane) {
+                to[plane] += piece.width * pixelBytes_;
+            }
+        }
+    }
+}
+
+// The source is packed, so its place is the part of the line that the column is.
+void BayerConversion::PrefetchNextPair(std::size_t line, std::size_t column,
+                                       std::size_t columns) const {
+    const std::size_t bits = BitsPerPixel(job_.sourceType);
+    for (const std::size_t ahead : {3U, 4U}) {
+        const auto number = static_cast<std::ptrdiff_t>(std::min(line + ahead, job_.height - 1UL));
+        const std::uint8_t* from = job_.source[0] + number * job_.sourceStride[0];
+        Prefetch(from + column * bits / 8, columns * bits / 8);
+    }
+    for (const std::size_t ahead : {2U, 3U}) {
+        const auto number = static_cast<std::ptrdiff_t>(std::min(line + ahead, job_.height - 1UL));
+        for (std::size_t plane = 0; plane < planes_; ++plane) {
+            const std::uint8_t* to =
+                job_.destination[plane] + number * job_.destinationStride[plane];
+            Prefetch(to + column * pixelBytes_, columns * pixelBytes_);
+        }
+    }
 }
 
 void BayerConversion::CopyInnerColumns(const LinePlanes& to) const {

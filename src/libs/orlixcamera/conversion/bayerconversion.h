@@ -31,6 +31,8 @@ private:
     [[nodiscard]] const std::uint8_t* RawRow(std::ptrdiff_t line);
     void MirrorEnds(std::uint8_t* row) const;
     void Interpolate(std::size_t line, const LinePair& to, std::size_t lines);
+    void InterpolateInPieces(const BayerLines& lines, std::size_t line) const;
+    void PrefetchNextPair(std::size_t line, std::size_t column, std::size_t columns) const;
     void CopyInnerColumns(const LinePlanes& to) const;
 
     const ConversionJob& job_;
@@ -42,6 +44,7 @@ private:
     std::size_t pixelBytes_;
     std::size_t planes_;
     int shiftUp_;
+    bool prefetch_;
     std::array<std::ptrdiff_t, RowMemory::Windows> held_;
 };
 

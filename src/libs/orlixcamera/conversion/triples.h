@@ -159,8 +159,37 @@ HWY_INLINE void StoreThrice(V8 value, std::uint8_t* to) {
     StoreThird<2>(value, to);
 }
 
+// Part of four vectors of pixels of four bytes, the last of which is 255.
+template <std::size_t Part>
+HWY_INLINE void StoreOpaqueQuarter(V8 a, V8 b, V8 c, std::uint8_t* to) {
+    alignas(64) static constexpr auto from = [] {
+        std::array<std::uint8_t, 64> places{};
+        for (std::size_t lane = 0; lane < 64; ++lane) {
+            const std::size_t pixel = Part * 16 + lane / 4;
+            places[lane] = static_cast<std::uint8_t>(pixel + (lane % 4 == 1 ? 64 : 0));
+        }
+        return places;
+    }();
+    constexpr __mmask64 Third = 0x4444444444444444;
+    const __m512i places = _mm512_load_si512(from.data());
+    const __m512i two = _mm512_permutex2var_epi8(a.raw, places, b.raw);
+    const __m512i three = _mm512_mask_permutexvar_epi8(two, Third, places, c.raw);
+    _mm512_storeu_si512(to + Part * 64,
+                        _mm512_or_si512(three, _mm512_set1_epi32(static_cast<int>(0xFF000000))));
+}
+
+HWY_INLINE void StoreOpaqueQuads(V8 a, V8 b, V8 c, std::uint8_t* to) {
+    StoreOpaqueQuarter<0>(a, b, c, to);
+    StoreOpaqueQuarter<1>(a, b, c, to);
+    StoreOpaqueQuarter<2>(a, b, c, to);
+    StoreOpaqueQuarter<3>(a, b, c, to);
+}
+
 #else
 
+HWY_INLINE void StoreOpaqueQuads(V8 a, V8 b, V8 c, std::uint8_t* to) {
+    hn::StoreInterleaved4(a, b, c, hn::Set(D8(), 255), D8(), to);
+}
 HWY_INLINE void LoadTriples(const std::uint8_t* from, V8& a, V8& b, V8& c) {
     hn::LoadInterleaved3(D8(), from, a, b, c);
 }

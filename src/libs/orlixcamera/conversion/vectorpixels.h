@@ -45,7 +45,7 @@ struct ColourAlpha {
     V r, g, b, a;
 };
 
-// The channels of any pixel: grey is all three colours, and what has no alpha is opaque.
+// The colours of any pixel: grey is all three.
 template <class V>
 HWY_INLINE V Red(const Grey<V>& pixel) {
     return pixel.value;
@@ -70,14 +70,6 @@ template <class Pixel>
 HWY_INLINE auto Blue(const Pixel& pixel) {
     return pixel.b;
 }
-template <class Pixel>
-HWY_INLINE V8 Alpha(const Pixel&) {
-    return hn::Set(D8(), 255);
-}
-HWY_INLINE V8 Alpha(const ColourAlpha<V8>& pixel) {
-    return pixel.a;
-}
-
 // A source format: its bytes a pixel, and its pixels as 8-bit lanes (`Load`) or 16-bit lanes
 // (`LoadWide`). An 8-bit source is widened with the job's shift up, a 16-bit source narrowed with
 // its shift down.

@@ -33,12 +33,13 @@ struct ToBgr8 {
     }
 };
 
+// For sources without alpha; pixels with it only change the places of their bytes.
 struct ToBgra8 {
     static constexpr std::size_t Bytes = 4;
     static constexpr std::size_t Planes = 1;
     template <class Pixel>
     static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
-        hn::StoreInterleaved4(Blue(pixel), Green(pixel), Red(pixel), Alpha(pixel), D8(), to[0]);
+        StoreOpaqueQuads(Blue(pixel), Green(pixel), Red(pixel), to[0]);
     }
 };
 

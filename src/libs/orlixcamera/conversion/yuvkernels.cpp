@@ -67,14 +67,21 @@ struct BlockLines {
     std::array<std::uint8_t*, 2> chroma;  // blue, red
 };
 
+// Stores the luma of a line and gives its sums.
+template <class Source>
+HWY_INLINE Colour<V16> ConvertBlockLuma(const BlockLines& block, std::size_t line,
+                                        const ConversionJob& job) {
+    const auto loaded = Source::Load(block.from[line], job.shiftDown);
+    const Colour<V8> pixel{Red(loaded), Green(loaded), Blue(loaded)};
+    hn::StoreU(Luma(pixel), D8(), block.luma[line]);
+    return SumOfNeighbours(pixel);
+}
+
 template <class Source, int Lines>
 HWY_INLINE void ConvertBlocks(const BlockLines& block, const ConversionJob& job) {
-    Colour<V16> sums;
-    for (std::size_t line = 0; line < Lines; ++line) {
-        const auto loaded = Source::Load(block.from[line], job.shiftDown);
-        const Colour<V8> pixel{Red(loaded), Green(loaded), Blue(loaded)};
-        hn::StoreU(Luma(pixel), D8(), block.luma[line]);
-        sums = line == 0 ? SumOfNeighbours(pixel) : Sum(sums, SumOfNeighbours(pixel));
+    Colour<V16> sums = ConvertBlockLuma<Source>(block, 0, job);
+    if constexpr (Lines == 2) {
+        sums = Sum(sums, ConvertBlockLuma<Source>(block, 1, job));
     }
     StoreChroma<Lines>(sums, block.chroma[0], block.chroma[1]);
 }
