@@ -15,8 +15,9 @@ class INode;
 // Names one registration; 0 names none.
 using CallbackHandleType = std::intptr_t;
 
-// Called once for each call from outside that changed the node, at that call's end; the node is not
-// read for it. It may read, write, register and deregister, itself too. What it throws is dropped.
+// Called once for each call from outside that changed the node, at that call's end and on its
+// thread; the node is not read for it. It may read, write, register and deregister, itself too.
+// What it throws is dropped.
 class GENAPI_API CNodeCallback {
 public:
     CNodeCallback(INode* node, ECallbackType type) : node_(node), type_(type) {}

@@ -19,7 +19,9 @@ public:
 };
 
 // Its text is the symbolic name of the current entry. An entry must be implemented and available to
-// be written. Reading a value that no entry has fails in the text view only.
+// be written: an unknown name is an InvalidArgumentException, an unknown value an
+// OutOfRangeException, an entry that is not available an AccessException. Reading a value that no
+// entry has fails in the text view only.
 class GENAPI_API IEnumeration : virtual public IValue {
 public:
     // Entries in the description's order; those that are not implemented are left out.

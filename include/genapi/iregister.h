@@ -8,7 +8,8 @@ namespace GenApi {
 
 class GENAPI_API IRegister : virtual public IValue {
 public:
-    // Length in bytes must be that of the register: one port access serves the whole of it.
+    // Length in bytes must be that of the register, else OutOfRangeException: one port access
+    // serves the whole of it. The buffer is the caller's; null is an InvalidArgumentException.
     virtual void Set(const std::uint8_t* pBuffer, std::int64_t Length, bool Verify = true) = 0;
     virtual void Get(std::uint8_t* pBuffer, std::int64_t Length, bool Verify = false,
                      bool IgnoreCache = false) = 0;

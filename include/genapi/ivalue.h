@@ -9,8 +9,9 @@ namespace GenApi {
 
 // Any thread may call. Reading what is not readable and writing what is not writable raise
 // AccessException before any port is touched; a text that means no value here raises
-// InvalidArgumentException; a value out of range OutOfRangeException. A port's own exception
-// passes unchanged.
+// InvalidArgumentException; a value out of range OutOfRangeException; what can not be worked out,
+// as a division by zero or links in a circle, RuntimeException. Each names the node, the way to the
+// one that failed, the value, the range and the cause. A port's own exception passes unchanged.
 class GENAPI_API IValue : virtual public IBase {
 public:
     [[nodiscard]] virtual INode* GetNode() = 0;

@@ -26,7 +26,7 @@ public:
     [[nodiscard]] EAccessMode GetAccessMode() const override { return RW; }
 
     // Invalidates the port node, and by it every register on it, in each map connected. Nothing
-    // happens without one.
+    // happens without one. Any thread may call while none connects or disconnects the port.
     void InvalidateNode();
     // The port node connected last; null without one.
     [[nodiscard]] INode* GetPortNode() const;
