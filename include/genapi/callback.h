@@ -17,7 +17,7 @@ using CallbackHandleType = std::intptr_t;
 
 // Called once for each call from outside that changed the node, at that call's end and on its
 // thread; the node is not read for it. It may read, write, register and deregister, itself too.
-// What it throws is dropped.
+// What it throws is dropped. Callbacks that change what they are told of go round 64 times at most.
 class GENAPI_API CNodeCallback {
 public:
     CNodeCallback(INode* node, ECallbackType type) : node_(node), type_(type) {}

@@ -98,6 +98,17 @@ TEST(Callback, Rule76ANestedWriteIsFinishedBeforeTheOuterCallReturns) {
     EXPECT_THAT(told, ElementsAre("R begins", "Other", "R ends", "Far", "free"));
 }
 
+TEST(Callback, Rule76OneThatChangesItsOwnNodeComesToAnEnd) {
+    TestMap t(chain);
+    int told = 0;
+    Register(t.node("R"), [&](INode*) { t.integer("R")->SetValue(++told); });
+    t.integer("R")->SetValue(100);
+    EXPECT_EQ(told, 64);
+    EXPECT_EQ(t.integer("R")->GetValue(), 64);
+    t.integer("Other")->SetValue(1);
+    EXPECT_EQ(told, 64);
+}
+
 TEST(Callback, Rule76TheyMayDeregisterThemselvesAndRegisterOthers) {
     TestMap t(chain);
     int first = 0;

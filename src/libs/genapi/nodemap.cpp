@@ -74,7 +74,11 @@ void NodeMap::deliverAndUnlock() noexcept {
         // Without memory for the list there is nobody to tell.
     }
     ++delivering_;
-    run(inside, cbPostInsideLock);
+    // Callbacks that change what they are told of would use up the stack.
+    constexpr int mostNested = 64;
+    if (delivering_ <= mostNested) {
+        run(inside, cbPostInsideLock);
+    }
     --delivering_;
     keepSpare(std::move(inside));
     if (delivering_ == 0 && !outside_.empty()) {
