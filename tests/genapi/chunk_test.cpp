@@ -49,6 +49,14 @@ Bytes frame(std::uint8_t first = 1, EEndianess order = BigEndian) {
     return buffer;
 }
 
+// Two chunks that hold these numbers.
+Bytes fiveAndSix(std::uint32_t firstId, std::uint32_t secondId) {
+    Bytes buffer;
+    addChunk(buffer, firstId, {5, 0, 0, 0});
+    addChunk(buffer, secondId, {6, 0, 0, 0});
+    return buffer;
+}
+
 std::int64_t sizeOf(const Bytes& bytes) {
     return static_cast<std::int64_t>(bytes.size());
 }
@@ -150,9 +158,7 @@ TEST(Chunk, Rule17ACachedChunkOutlivesItsBuffer) {
 
 TEST(Chunk, Rule17TheChunkIdMayComeFromANode) {
     ChunkMap t;
-    Bytes buffer;
-    addChunk(buffer, 0x77, {5, 0, 0, 0});
-    addChunk(buffer, 0x78, {6, 0, 0, 0});
+    Bytes buffer = fiveAndSix(0x77, 0x78);
     t.attach(buffer);
     EXPECT_EQ(t.get("Linked"), 5);
     t.integer("Id")->SetValue(0x78);
@@ -162,9 +168,7 @@ TEST(Chunk, Rule17TheChunkIdMayComeFromANode) {
 
 TEST(Chunk, Rule17TheLaterOfTwoChunksWithOneIdCounts) {
     ChunkMap t;
-    Bytes buffer;
-    addChunk(buffer, 0xA5, {5, 0, 0, 0});
-    addChunk(buffer, 0xA5, {6, 0, 0, 0});
+    Bytes buffer = fiveAndSix(0xA5, 0xA5);
     t.attach(buffer);
     EXPECT_EQ(t.get("First"), 6);
 }

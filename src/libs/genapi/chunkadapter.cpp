@@ -66,20 +66,17 @@ CChunkAdapter::~CChunkAdapter() {
 
 void CChunkAdapter::AttachNodeMap(INodeMap* pNodeMap) {
     DetachNodeMap();
-    NodeMap* const shared = NodeMap::share(pNodeMap, map_);
-    if (shared == nullptr) {
-        return;
-    }
-    NodeMap& map = *shared;
-    const NodeMap::Call call(map);
-    const auto& ports = map.description().portNodes;
-    slots_ = std::make_unique<Slot[]>(ports.size());
-    for (const Detail::NodeId port : ports) {
-        auto* node = dynamic_cast<IPortConstruct*>(map.nodeOf(port));
-        if (node->IsChunkPort()) {
-            Slot& slot = slots_[slotCount_++];
-            slot.node = node;
-            node->SetPortImpl(&slot.port);
+    if (NodeMap* const map = NodeMap::share(pNodeMap, map_)) {
+        const NodeMap::Call call(*map);
+        const auto& ports = map->description().portNodes;
+        slots_ = std::make_unique<Slot[]>(ports.size());
+        for (const Detail::NodeId port : ports) {
+            auto* node = dynamic_cast<IPortConstruct*>(map->nodeOf(port));
+            if (node->IsChunkPort()) {
+                Slot& slot = slots_[slotCount_++];
+                slot.node = node;
+                node->SetPortImpl(&slot.port);
+            }
         }
     }
 }

@@ -67,27 +67,24 @@ CEventAdapter::~CEventAdapter() {
 
 void CEventAdapter::AttachNodeMap(INodeMap* pNodeMap) {
     DetachNodeMap();
-    NodeMap* const shared = NodeMap::share(pNodeMap, map_);
-    if (shared == nullptr) {
-        return;
-    }
-    NodeMap& map = *shared;
-    const NodeMap::Call call(map);
-    const auto& nodes = map.description().nodes;
-    for (std::size_t i = 0; i < nodes.size(); ++i) {
-        if (!nodes[i].hasEventId) {
-            continue;
+    if (NodeMap* const map = NodeMap::share(pNodeMap, map_)) {
+        const NodeMap::Call call(*map);
+        const auto& nodes = map->description().nodes;
+        for (std::size_t i = 0; i < nodes.size(); ++i) {
+            if (!nodes[i].hasEventId) {
+                continue;
+            }
+            const auto id = static_cast<Detail::NodeId>(i);
+            Receiver receiver{nodes[i].eventId, id, nullptr};
+            if (nodes[i].kind == Detail::Kind::port) {
+                receiver.port = std::make_unique<CEventPort>();
+                map->connectPort(id, receiver.port.get());
+            }
+            receivers_.push_back(std::move(receiver));
         }
-        const auto id = static_cast<Detail::NodeId>(i);
-        Receiver receiver{nodes[i].eventId, id, nullptr};
-        if (nodes[i].kind == Detail::Kind::port) {
-            receiver.port = std::make_unique<CEventPort>();
-            map.connectPort(id, receiver.port.get());
-        }
-        receivers_.push_back(std::move(receiver));
+        std::stable_sort(receivers_.begin(), receivers_.end(),
+                         [](const auto& a, const auto& b) { return a.eventId < b.eventId; });
     }
-    std::stable_sort(receivers_.begin(), receivers_.end(),
-                     [](const auto& a, const auto& b) { return a.eventId < b.eventId; });
 }
 
 void CEventAdapter::DetachNodeMap() {
