@@ -1,5 +1,5 @@
 // Any bytes as a description: loads it, reads everything of every node and writes it back, on a
-// port of noise.
+// port of noise. What is behind a form feed, which no description may have, is injected.
 #include <algorithm>
 #include <cstddef>
 #include <string>
@@ -94,7 +94,13 @@ void useMap(const CNodeMapRef& map) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     attempt([&] {
-        CNodeMapFactory factory(ContentType_Xml, data, size);
+        const std::uint8_t* const end = data + size;
+        const std::uint8_t* const split = std::find(data, end, std::uint8_t{'\f'});
+        CNodeMapFactory factory(ContentType_Xml, data, static_cast<std::size_t>(split - data));
+        if (split != end) {
+            factory.InjectDescription(ContentType_Xml, split + 1,
+                                      static_cast<std::size_t>(end - split - 1));
+        }
         const CNodeMapRef map = factory.CreateNodeMap();
         useMap(map);
     });
