@@ -150,6 +150,20 @@ TEST_F(CameraAcquisition, AnArgumentOfAnotherTypeIsWarnedOfOnce) {
     EXPECT_THAT(getLines(capture, category), ElementsAre(line, line));
 }
 
+TEST_F(CameraAcquisition, AnArgumentThatCarriesAnErrorIsWarnedOfAndThePortsModeApplies) {
+    allocate();
+    camera().setAcquisitionMode(AcquisitionMode::SingleFrame);
+    const Utils::LogCapture capture;
+    startWith(Utils::Variant(Core::String(
+        std::make_shared<Core::InvalidValueError>("no text", Utils::DateTime::now()))));
+    EXPECT_EQ(device->Get(CameraTest::Address::mode), 0);
+    camera().stop();
+    EXPECT_THAT(getLines(capture, category),
+                ElementsAre("4 Camera " + toText(static_cast<const Camera*>(&camera())) +
+                            ": Argument \"AcquisitionMode\" is not of type \"String\" or "
+                            "invalid and is therefore ignored."));
+}
+
 TEST_F(CameraAcquisition, AModeThatIsNoneGivesARunningNodeWithoutImages) {
     allocate();
     camera().setAcquisitionMode(static_cast<AcquisitionMode>(5));

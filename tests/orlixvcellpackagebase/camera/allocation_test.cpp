@@ -257,12 +257,26 @@ TEST_F(CameraAllocation, EveryKindOfFailureIsAnErrorOfItsKind) {
 }
 
 TEST_F(CameraAllocation, ThePortsTellBeforeAnyAllocationAndAfterAFree) {
-    // The map shows no text of an unavailable port; the description has what it starts with.
+    for (const char* name : selectedPorts) {
+        EXPECT_EQ(hiddenText(name), "No device listed") << name;
+    }
     EXPECT_THAT(allocate(), IsEmpty());
+    EXPECT_EQ(hiddenText("SelectedDeviceSerialNumber"), "1");
     camera().freeAdditionalResources(false);
-    EXPECT_FALSE(isShown("SelectedDeviceVendorName"));
+    for (const char* name : selectedPorts) {
+        EXPECT_FALSE(isShown(name)) << name;
+        EXPECT_EQ(hiddenText(name), "No device selected") << name;
+    }
     EXPECT_THAT(allocate(), IsEmpty());
     EXPECT_EQ(shownText("SelectedDeviceVendorName"), "");
+}
+
+TEST_F(CameraAllocation, ANodeThatNeverHadADeviceIsDestroyedWithoutTouchingOne) {
+    std::vector<std::string> calls;
+    camera().onCall = [&](const std::string& call) { calls.push_back(call); };
+    destroyCamera();
+    EXPECT_THAT(calls, IsEmpty());
+    EXPECT_EQ(resource->acquired, 0);
 }
 
 TEST_F(CameraAllocation, FetchFollowsTheStateOfTheCamera) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 #include "orlixdataprocessingcore/core/boolean.h"
@@ -10,6 +11,7 @@
 #include "orlixdataprocessingcore/core/integer.h"
 #include "orlixdataprocessingcore/core/string.h"
 #include "support/scriptedcamera.h"
+#include "support/treesettings.h"
 
 namespace Plugin::OrlixVCellPackageBase {
 namespace {
@@ -142,6 +144,44 @@ TEST_F(CameraEvents, AnEventThatCantBeTurnedOnCostsItsPinOnly) {
                     "6 Camera: Turn event notification on", "6 Camera: RegisterCameraEventHandler",
                     "5 Camera " + toText(static_cast<const Camera*>(&camera())) +
                         ": Using camera \"Scripted#1\""));
+}
+
+// A recipe with such an entry is not loaded to its end, but the entry is there.
+TEST_F(CameraEvents, AValueNameThatIsGivenTwiceCostsItsEntryOnlyAndTheDeviceIsOpened) {
+    const auto store = std::make_shared<TreeSettings>();
+    store->setTexts("EventConfiguration",
+                    {"A.Type=Integer.EventName=ExposureEnd.ValueName=V.ValueName=V",
+                     "End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID"});
+    EXPECT_EQ(getFailure<std::runtime_error>([&] { camera().loadSettings(store); }),
+              "Value 'V' cannot be applied multiple times.");
+    const Utils::LogCapture capture;
+    run();
+    camera().stop();
+    EXPECT_TRUE(device->IsOpen());
+    EXPECT_THAT(
+        getLines(capture, category),
+        ElementsAre("3 Camera: Unexpected error in Camera::OnOpened()",
+                    "6 Camera: Try to register event \"ExposureEnd\" and output "
+                    "\"EventExposureEndFrameID\" as pin \"End\"",
+                    "6 Camera: Set enumeration selector to 'ExposureEnd'",
+                    "6 Camera: Turn event notification on", "6 Camera: RegisterCameraEventHandler",
+                    "5 Camera " + toText(static_cast<const Camera*>(&camera())) +
+                        ": Using camera \"Scripted#1\""));
+}
+
+// The setting is for a closed camera.
+TEST_F(CameraEvents, ACameraWhoseEventGrabbingCantBeSwitchedIsOnlyLogged) {
+    static_cast<void>(camera());
+    const auto other = Orlix::CreateCameraDevice(std::make_shared<CameraTest::ScriptedDevice>());
+    Orlix::CInstantCamera open(other.get());
+    open.Open();
+    const Utils::LogCapture capture;
+    camera().OnAttached(open);
+    camera().OnDetached(open);
+    EXPECT_THAT(
+        getLines(capture, category),
+        ElementsAre(testing::MatchesRegex("3 Camera: Unable to turn GrabCameraEvents on\\. .+"),
+                    testing::MatchesRegex("3 Camera: Unable to turn GrabCameraEvents off\\. .+")));
 }
 
 TEST_F(CameraEvents, AnotherOpeningReplacesTheHandlers) {

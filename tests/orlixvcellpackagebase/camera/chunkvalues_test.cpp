@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "genapi/genapi.h"
 #include "orlixdataprocessingcore/core/array.h"
@@ -19,8 +20,14 @@ namespace {
 
 namespace Core = Orlix::DataProcessing::Core;
 namespace Utils = Orlix::DataProcessing::Utils;
+using testing::AllOf;
 using testing::Contains;
+using testing::Each;
+using testing::Eq;
 using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr auto category = "orlix.dataprocessing.vcell.Camera";
 
 class CameraChunkValues : public testing::Test {
 protected:
@@ -51,6 +58,18 @@ protected:
                 enable->SetValue(true);
             }
         }
+    }
+    // What the node logs while two frames are handed on.
+    std::vector<std::string> linesOfTwoFrames() {
+        const Utils::LogCapture capture;
+        camera.start(Core::NodeArgumentCollection());
+        images->waitForCount(2);
+        camera.stop();
+        return getLines(capture, category);
+    }
+    std::string missing(const std::string& pin) {
+        return "5 Camera " + toText(&camera) + ": Failed to get chunk data value for \"" + pin +
+               "\" pin.";
     }
     // The first value of the pin.
     Utils::Variant grab() {
@@ -108,7 +127,7 @@ TEST_F(CameraChunkValues, ASelectorValueThatThereIsNotCostsThePinItsEntryAndLogs
     images->waitForCount(2);
     camera.stop();
     EXPECT_THAT(values->values(), IsEmpty());
-    EXPECT_THAT(getLines(capture, "orlix.dataprocessing.vcell.Camera"),
+    EXPECT_THAT(getLines(capture, category),
                 Contains("5 Camera " + toText(&camera) +
                          ": Failed to get chunk data value for \"G\" pin."));
 }
@@ -120,9 +139,81 @@ TEST_F(CameraChunkValues, AMissingSelectorValueDoesTheSame) {
     images->waitForCount(1);
     camera.stop();
     EXPECT_THAT(values->values(), IsEmpty());
-    EXPECT_THAT(getLines(capture, "orlix.dataprocessing.vcell.Camera"),
+    EXPECT_THAT(getLines(capture, category),
                 Contains("5 Camera " + toText(&camera) +
                          ": Failed to get chunk data value for \"G\" pin."));
+}
+
+// A bad text leaves the property behind it without a value; that of the pin is made all the same.
+TEST_F(CameraChunkValues, ASelectorNameThatIsNoNameCostsThePinItsEntryAndLogsALine) {
+    const Utils::LogCapture capture;
+    open("A", "A.Type=Float.SelectorValue=1.ValueName=X.SelectorName=1X");
+    const std::string refused = "3 Camera: (0,0): Error : A pin name must not start with a digit.";
+    EXPECT_THAT(getLines(capture, category),
+                testing::IsSupersetOf(
+                    {refused, refused,
+                     std::string("6 Camera: Add camera chunk data output: A of type Float")}));
+    EXPECT_THAT(linesOfTwoFrames(), AllOf(SizeIs(testing::Ge(2U)), Each(Eq(missing("A")))));
+    EXPECT_THAT(values->values(), IsEmpty());
+}
+
+TEST_F(CameraChunkValues, AValueNameThatNoChunkHasIsAnEmptyValueWithoutALine) {
+    open("A", "A.Type=Float.ValueName=NoSuchChunk");
+    EXPECT_THAT(linesOfTwoFrames(), IsEmpty());
+    EXPECT_THAT(values->values(), IsEmpty());
+}
+
+TEST_F(CameraChunkValues, ANodeOfAnotherKindIsSkipped) {
+    open("A", "A.Type=String.ValueName=ChunkSelector");
+    EXPECT_THAT(linesOfTwoFrames(), IsEmpty());
+    EXPECT_THAT(values->values(), IsEmpty());
+}
+
+TEST_F(CameraChunkValues, ANodeOfAnotherKindIsSkippedInAnArrayToo) {
+    open("A", "A.Type=Integer.ValueName=ChunkFrameID.ValueName=ChunkSelector.ValueName=NoSuch");
+    const Utils::Variant value = grab();
+    const auto* array = value.get<Core::Array<Core::Integer>>(true);
+    ASSERT_EQ(array->getSize(), 3U);
+    EXPECT_EQ(array->at(0).get(), 1);
+    EXPECT_EQ(array->at(1).get(), 0);
+    EXPECT_EQ(array->at(2).get(), 0);
+}
+
+TEST_F(CameraChunkValues, ASelectorValueWithoutASelectorIsIgnored) {
+    open("N", "N.Type=Integer.SelectorValue=Nowhere.ValueName=ChunkFrameID");
+    EXPECT_EQ(grab().get<Core::Integer>(true)->get(), 1);
+}
+
+TEST_F(CameraChunkValues, NodesOfTwoKindsInOneArrayCostThePinItsEntry) {
+    open("A", "A.Type=Float.ValueName=ChunkExposureTime.ValueName=ChunkFrameID");
+    EXPECT_THAT(linesOfTwoFrames(), AllOf(SizeIs(testing::Ge(2U)), Each(Eq(missing("A")))));
+    EXPECT_THAT(values->values(), IsEmpty());
+}
+
+TEST_F(CameraChunkValues, APinThatFailsCostsTheOthersNothing) {
+    camera.executeChunkPinAdd();
+    camera.setChunkPinValue("N.Type=Integer.ValueName=ChunkFrameID");
+    open("B", "B.Type=Float.SelectorName=ChunkGainSelector.ValueName=ChunkGain");
+    const auto numbers = std::make_shared<RecordingSink>();
+    const auto handle = camera.attachOutputSink("N", numbers);
+    camera.start(Core::NodeArgumentCollection());
+    numbers->waitForCount(1);
+    camera.stop();
+    EXPECT_EQ(numbers->values()[0].get<Core::Integer>(true)->get(), 1);
+    EXPECT_THAT(values->values(), IsEmpty());
+}
+
+TEST_F(CameraChunkValues, PinsThatShareASelectorHaveEachItsOwnValue) {
+    camera.executeChunkPinAdd();
+    camera.setChunkPinValue(
+        "Blue.Type=Float.SelectorName=ChunkGainSelector.SelectorValue=Blue.ValueName=ChunkGain");
+    open("Red",
+         "Red.Type=Float.SelectorName=ChunkGainSelector.SelectorValue=Red.ValueName=ChunkGain",
+         "GainSelector=Red\nGain=3\nGainSelector=Blue\nGain=6");
+    const auto blue = std::make_shared<RecordingSink>();
+    const auto handle = camera.attachOutputSink("Blue", blue);
+    EXPECT_EQ(grab().get<Core::Float>(true)->get(), 3.0);
+    EXPECT_EQ(blue->values().at(0).get<Core::Float>(true)->get(), 6.0);
 }
 
 TEST_F(CameraChunkValues, AFrameWithoutChunksLeavesThePinOut) {
@@ -153,6 +244,21 @@ TEST_F(CameraChunkValues, AChunkThatTheFrameLacksIsAValueWithAnError) {
     ASSERT_NE(error, nullptr);
     EXPECT_EQ(error->getName(), "InvalidValueError");
     EXPECT_EQ(error->getDescription(), "Failed to get chunk data value.");
+}
+
+TEST_F(CameraChunkValues, AChunkOfAnArrayThatTheFrameLacksIsAnElementWithAnError) {
+    open("G", "G.Type=Float.ValueName=ChunkExposureTime.ValueName=ChunkGain");
+    GenApi::INodeMap& map = *camera.getNodeMapInfos().at(3).GetNodeMap();
+    GenApi::CEnumerationPtr(map.GetNode("ChunkSelector"))->FromString("Gain");
+    GenApi::CBooleanPtr(map.GetNode("ChunkEnable"))->SetValue(false);
+    const Utils::Variant value = grab();
+    const auto* array = value.get<Core::Array<Core::Float>>(true);
+    EXPECT_EQ(array->getError(false), nullptr);
+    const auto error = array->at(0).getError(false);
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->getName(), "InvalidValueError");
+    EXPECT_EQ(error->getDescription(), "Failed to get chunk data value.");
+    EXPECT_EQ(array->at(1).get(), 0.0);
 }
 
 }  // namespace

@@ -35,7 +35,13 @@ public:
         : errors_(camera.getErrorChangedSignal()->connect(
                       [this](const Core::ErrorSet&, const Core::ErrorSet&) { wake(); }),
                   true),
-          maps_(camera.getNodeMapsChangedSignal()->connect([this] { wake(); }), true) {}
+          maps_(camera.getNodeMapsChangedSignal()->connect([this] {
+              ++mapChanges_;
+              wake();
+          }),
+                true) {}
+
+    [[nodiscard]] int mapChanges() const { return mapChanges_; }
 
     template <typename Condition>
     void waitUntil(Condition condition) {
@@ -56,6 +62,7 @@ private:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::uint64_t changes_ = 0;
+    std::atomic<int> mapChanges_{0};
     Utils::ScopedConnection errors_;
     Utils::ScopedConnection maps_;
 };
@@ -182,12 +189,30 @@ TEST_F(CameraRemoval, DuringAcquisitionEndsTheImagesAndTellsWhy) {
 TEST_F(CameraRemoval, RepeatedKeepsTheFirstError) {
     allocate();
     Watch watch(camera());
-    camera().OnCameraDeviceRemoved(*std::make_unique<Orlix::CInstantCamera>());
-    watch.waitUntil([&] { return camera().hasError(); });
-    const auto first = *camera().getErrors().begin();
-    camera().OnCameraDeviceRemoved(*std::make_unique<Orlix::CInstantCamera>());
-    destroyCamera();
-    EXPECT_EQ(first->getDescription(), removedText);
+    const auto remove = [&](int times) {
+        Orlix::CInstantCamera other;
+        camera().OnCameraDeviceRemoved(other);
+        watch.waitUntil([&] { return watch.mapChanges() == times; });
+        camera().waitForCameraDeviceRemoval();  // it has begun, and is not cancelled
+        return camera().getErrors();
+    };
+    const Core::ErrorSet first = remove(1);
+    EXPECT_THAT(first, testing::SizeIs(1));
+    EXPECT_EQ(remove(2), first);
+}
+
+TEST_F(CameraRemoval, ThePortsTellThatNoDeviceIsSelected) {
+    const auto texts = [this] {
+        return std::vector<std::string>{
+            hiddenText("SelectedDeviceModelName"), hiddenText("SelectedDeviceVendorName"),
+            hiddenText("SelectedDeviceSerialNumber"), hiddenText("SelectedDeviceUserDefinedName")};
+    };
+    allocate();
+    EXPECT_THAT(texts(), ElementsAre("", "", "1", ""));
+    Watch watch(camera());
+    lose();
+    watch.waitUntil([&] { return watch.mapChanges() == 1; });
+    EXPECT_THAT(texts(), testing::Each(testing::Eq("No device selected")));
 }
 
 // With jobs that run when the test says so, each scene has one order of steps.

@@ -22,6 +22,8 @@ public:
     using Camera::allocateAdditionalResources;
     using Camera::Camera;
     using Camera::freeAdditionalResources;
+    using Camera::removeOutput;
+    using Camera::waitForCameraDeviceRemoval;
     ~WatchedCamera() override { cleanup(); }
 
     void OnAttached(Orlix::CInstantCamera& camera) override {
@@ -71,6 +73,10 @@ protected:
     }
     [[nodiscard]] std::string shownText(const char* name) {
         return GenApi::CStringPtr(cameraMap().GetNode(name))->GetValue().str();
+    }
+    // Of the port's register, which a feature that is not available hides.
+    [[nodiscard]] std::string hiddenText(const std::string& name) {
+        return shownText((name + "Value").c_str());
     }
     [[nodiscard]] bool isShown(const char* name) {
         return GenApi::IsAvailable(cameraMap().GetNode(name));

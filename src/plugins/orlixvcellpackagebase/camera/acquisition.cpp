@@ -20,14 +20,15 @@ constexpr char singleFrame[] = "SingleFrame";
 
 }  // namespace
 
-// Null without an argument that names a mode. Another text is ignored in silence.
+// Null without an argument that names a mode. Another text is ignored in silence; a text that
+// carries an error is no text.
 const char* Camera::getRequestedMode(const Core::NodeArgumentCollection& arguments) const {
     if (!arguments.hasArgument(acquisitionMode)) {
         return nullptr;
     }
     const Utils::Variant argument = arguments.getArgumentValue(acquisitionMode);
     const auto* text = argument.get<Core::String>(false);
-    if (text == nullptr) {
+    if (text == nullptr || text->hasError(false)) {
         createLogEntry(Severitiy::Warning, category(),
                        "Camera %p: Argument \"AcquisitionMode\" is not of type \"String\" or "
                        "invalid and is therefore ignored.",
