@@ -18,7 +18,7 @@ for program in "${programs[@]}"; do
   ((seed == 0)) || { corpus=build/fuzz/seeded/$program && rm -rf "$corpus"; }
   mkdir -p "$corpus"
   "build/fuzz/bin/${program}fuzz" "$corpus" "fuzz/seeds/$program" -seed="$seed" \
-    -dict="fuzz/$program.dict" -max_total_time="$seconds" -max_len=8192 -timeout=20 \
+    -dict="fuzz/$program.dict" -max_total_time="$seconds" -max_len=8192 -timeout=120 \
     -rss_limit_mb=4096 -artifact_prefix="build/fuzz/findings/$program-" -print_final_stats=1 \
     >"build/fuzz/$program.log" 2>&1 &
   pids+=($!)
