@@ -35,18 +35,23 @@ void XmlText::resolvePrefixes() {
     if (!nameSpace_) {
         return;
     }
+    std::set<std::string_view> prefixes;
     for (std::uint32_t i = 0; i < elements_[0].attributeCount; ++i) {
         const Attribute& declared = attributes_[i];
         if (declared.name.substr(0, 6) == "xmlns:" && declared.value == *nameSpace_) {
-            dropPrefix(std::string(declared.name.substr(6)) + ":");
+            prefixes.insert(declared.name.substr(6));
         }
+    }
+    if (!prefixes.empty()) {
+        dropPrefixes(prefixes);
     }
 }
 
-void XmlText::dropPrefix(std::string_view prefix) {
+void XmlText::dropPrefixes(const std::set<std::string_view>& prefixes) {
     for (Element& element : elements_) {
-        if (element.name.substr(0, prefix.size()) == prefix) {
-            element.name.remove_prefix(prefix.size());
+        const std::size_t colon = element.name.find(':');
+        if (colon != std::string_view::npos && prefixes.count(element.name.substr(0, colon)) != 0) {
+            element.name.remove_prefix(colon + 1);
         }
     }
 }

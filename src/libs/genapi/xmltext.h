@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -71,7 +72,7 @@ private:
     void indexLines() const;
     // Names with a prefix of the root's own name space lose it.
     void resolvePrefixes();
-    void dropPrefix(std::string_view prefix);
+    void dropPrefixes(const std::set<std::string_view>& prefixes);
 
     std::string text_;
     std::uint32_t number_;
