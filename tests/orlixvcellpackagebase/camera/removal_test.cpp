@@ -43,11 +43,18 @@ public:
 
     [[nodiscard]] int mapChanges() const { return mapChanges_; }
 
+    // The condition may take the node's lock, under which errors are told: it is asked with the
+    // mutex free.
     template <typename Condition>
     void waitUntil(Condition condition) {
         std::unique_lock lock(mutex_);
-        while (!condition()) {
+        for (;;) {
             const std::uint64_t seen = changes_;
+            lock.unlock();
+            if (condition()) {
+                return;
+            }
+            lock.lock();
             changed_.wait(lock, [&] { return changes_ != seen; });
         }
     }
@@ -125,7 +132,9 @@ TEST_F(CameraRemoval, OfAnIdleNodeSetsTheErrorAndResetsWhatDescribedTheDevice) {
         camera().getNodeMapsChangedSignal()->connect([&] { owned = lock.IsOwned(); }), true);
     Watch watch(camera());
     lose();
-    watch.waitUntil([&] { return publishedMaps().size() == 2 && !device->IsOpen(); });
+    watch.waitUntil([&] { return watch.mapChanges() == 1; });
+    camera().waitForCameraDeviceRemoval();  // it closes the device when it has told of the maps
+    EXPECT_FALSE(device->IsOpen());
     EXPECT_THAT(errorsOf(camera()), ElementsAre(deviceError()));
     EXPECT_THAT(publishedMaps(), ElementsAre("@vCell", "@CameraInstance"));
     EXPECT_FALSE(isShown("SelectedDeviceSerialNumber"));
