@@ -166,6 +166,8 @@ TEST(EmulatedLayer, FunctionMayEndTheLayer) {
     std::promise<void> ended;
     auto layer = std::make_unique<Layer>(1);
     Layer& same = *layer;
+    // Keeps the camera until its call below is over.
+    const auto device = layer->CreateDevice(layer->Enumerate()[0]);
     same.SetDevicesChanged([&] {
         layer.reset();
         ended.set_value();
