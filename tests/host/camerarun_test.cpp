@@ -1,0 +1,75 @@
+// Recipes with a camera, run by the real program on emulated ones.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "host/support/program.h"
+#include "host/support/recipes.h"
+#include "host/support/temporaryfolder.h"
+
+namespace Orlix::Host {
+namespace {
+
+using namespace Testing;
+
+class CameraRun : public testing::Test {
+protected:
+    const TemporaryFolder folder_;
+    const std::string recipe_ = folder_.write("r.json", R"({"version": 1, "nodes": [
+        {"name": "Camera", "type": "Camera", "settings": {}}], "connections": []})");
+
+    [[nodiscard]] ProgramResult run(std::vector<std::string> options) const {
+        options.insert(options.begin(), {"run", recipe_});
+        return runOrlix(options);
+    }
+};
+
+TEST_F(CameraRun, GrabsFromTheEmulatedCameraWithoutAnyOption) {
+    const ProgramResult result = run({"--frames", "10", "--json"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    const auto report = nlohmann::json::parse(linesOf(result.out).back());
+    EXPECT_EQ(report["outputs"]["Camera.Image"]["frames"], 10);
+    EXPECT_EQ(report["outputs"]["Camera.Image"]["errors"], 0);
+}
+
+TEST_F(CameraRun, WithoutACameraTheRecipeCanNotAllocate) {
+    expectFailure(run({"--frames", "1", "--emulated-cameras", "0"}),
+                  recipe_ + ": can not allocate: No suitable camera found to allocate.");
+}
+
+TEST_F(CameraRun, CameraInUseIsNamedWithItsHolder) {
+    expectFailure(run({"--frames", "1", "--fault", "open: in use by \"line 4 (10.0.0.7)\""}),
+                  recipe_ +
+                      ": can not allocate: Device 'EmulatedCamera (EMU-0001)' is in use by line 4 "
+                      "(10.0.0.7).");
+}
+
+TEST_F(CameraRun, FailedFramesAreImagesWithAnError) {
+    const ProgramResult result = run({"--frames", "10", "--json", "--out", folder_ / "out",
+                                      "--fault", "frame 3: missing packets 1; frame 5: lost end"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    const auto report = nlohmann::json::parse(linesOf(result.out).back());
+    EXPECT_EQ(report["outputs"]["Camera.Image"]["frames"], 10);
+    EXPECT_EQ(report["outputs"]["Camera.Image"]["errors"], 2);
+    const std::string values = readFile(folder_ / "out/values.jsonl");
+    EXPECT_NE(values.find("packets of the frame are missing."), std::string::npos) << values;
+    EXPECT_NE(values.find("The end of the frame didn't come in time."), std::string::npos);
+}
+
+TEST_F(CameraRun, RunGoesOnWithoutACameraThatIsRemovedAndSaysSo) {
+    const ProgramResult result = run({"--idle", "1", "--json", "--fault", "frame 5: unplug"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.err.find("Device has been removed."), std::string::npos) << result.err;
+    const auto report = nlohmann::json::parse(linesOf(result.out).back());
+    EXPECT_GE(report["outputs"]["Camera.Image"]["frames"], 4);
+    EXPECT_LE(report["outputs"]["Camera.Image"]["frames"], 5);
+}
+
+TEST_F(CameraRun, MistakeInTheFaultsStopsTheCommandBeforeTheRun) {
+    expectFailure(run({"--fault", "frame 1: exploded"}),
+                  "--fault: Fault script, line 1, column 10: expected a fault, found 'exploded'.");
+}
+
+}  // namespace
+}  // namespace Orlix::Host
