@@ -173,6 +173,8 @@ void addRunCommand(CLI::App& app, CommandLine& line) {
         ->type_name("DIR")
         ->check(folderName);
     addCameraOptions(run, options.cameras);
+    run->add_flag("--recover", options.run.recover,
+                  "A node that loses its camera goes on when one for it is there again");
     run->add_flag("--json", line.json, "Print the result as one JSON object, the last line");
     run->add_flag("--quiet", options.quiet, "No live line and no summary");
 }

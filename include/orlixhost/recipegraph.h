@@ -48,6 +48,10 @@ public:
     // In the recipe's order of nodes and the nodes' order of pins.
     [[nodiscard]] std::vector<OpenOutput> openOutputs() const;
     [[nodiscard]] DataProcessing::Core::Graph& graph() noexcept { return *graph_; }
+    // In the recipe's order.
+    [[nodiscard]] const std::vector<Package::NodePointer>& nodes() const noexcept { return nodes_; }
+    // What the nodes were created with.
+    [[nodiscard]] DataProcessing::Core::IResourcePool& pool() const noexcept { return *pool_; }
 
     // Starts the graph. Throws RuntimeException that names the node that could not start, with its
     // text parameters; the graph is stopped then.
@@ -57,12 +61,13 @@ public:
     [[nodiscard]] Recipe saved(const std::string& basePath) const;
 
 private:
-    void createNodes(const PackageList& packages, const Package::PoolPointer& pool);
+    void createNodes(const PackageList& packages);
     void loadSettings(std::size_t index);
     [[nodiscard]] std::string startedPlace(std::size_t index) const;
     [[nodiscard]] std::size_t indexOf(const std::string& name) const;
 
     Recipe recipe_;
+    const Package::PoolPointer pool_;
     std::vector<Package::NodePointer> nodes_;
     std::vector<std::string> uuids_;
     // Behind the nodes, so that it is destroyed first.

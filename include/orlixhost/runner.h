@@ -25,6 +25,8 @@ struct RunOptions {
     std::optional<double> idle;
     // Where values are written; empty: nowhere.
     std::string outFolder;
+    // Whether nodes that lose their device go on when a device for them is there again.
+    bool recover = false;
     // Start arguments, each a text.
     std::vector<std::pair<std::string, std::string>> arguments;
 };

@@ -74,8 +74,10 @@ std::string knownSettings(const JsonSettings& loaded) {
 
 RecipeGraph::RecipeGraph(Recipe recipe, const PackageList& packages,
                          const Package::PoolPointer& pool)
-    : recipe_(std::move(recipe)), graph_(std::make_unique<DataProcessing::Core::Graph>()) {
-    createNodes(packages, pool);
+    : recipe_(std::move(recipe)),
+      pool_(pool),
+      graph_(std::make_unique<DataProcessing::Core::Graph>()) {
+    createNodes(packages);
     for (std::size_t i = 0; i < nodes_.size(); ++i) {
         loadSettings(i);
     }
@@ -83,12 +85,12 @@ RecipeGraph::RecipeGraph(Recipe recipe, const PackageList& packages,
 
 RecipeGraph::~RecipeGraph() = default;
 
-void RecipeGraph::createNodes(const PackageList& packages, const Package::PoolPointer& pool) {
+void RecipeGraph::createNodes(const PackageList& packages) {
     for (std::size_t i = 0; i < recipe_.nodes().size(); ++i) {
         const RecipeNode& node = recipe_.nodes()[i];
         withPlace(recipe_.placeOf(i), [&] {
             const PackageList::Entry entry = packages.find(node.type, node.uuid);
-            nodes_.push_back(entry.package->createNode(*entry.module, pool));
+            nodes_.push_back(entry.package->createNode(*entry.module, pool_));
             uuids_.push_back(entry.module->uuid);
             graph_->addNode(GenICam::gcstring(node.name), nodes_.back());
         });

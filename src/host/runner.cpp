@@ -8,6 +8,7 @@
 #include "host/message.h"
 #include "host/outputtap.h"
 #include "host/outputwriter.h"
+#include "host/recovery.h"
 #include "host/runstate.h"
 #include "orlixdataprocessingcore/core/error.h"
 #include "orlixdataprocessingcore/core/nodearguments.h"
@@ -23,6 +24,7 @@ using DataProcessing::Core::StopMode;
 using Seconds = std::chrono::duration<double>;
 
 constexpr std::chrono::milliseconds progressPeriod{200};
+constexpr std::chrono::milliseconds recoveryPeriod{20};
 // A deadline that no run reaches; far from the end of the clock's range.
 constexpr std::chrono::hours forever{24 * 365};
 
@@ -140,6 +142,9 @@ private:
             throw;
         }
         start_ = RunClock::now();
+        if (options_.recover) {
+            recovery_ = std::make_unique<Recovery>(recipe_, startArguments(options_));
+        }
     }
 
     double watchUntilEnd(const RunObserver& observer) {
@@ -147,6 +152,7 @@ private:
             observer.onStarted();
         }
         watch(observer.onProgress);
+        recovery_.reset();
         const Seconds seconds = RunClock::now() - start_;
         graph().stop(state_->failure().empty() ? StopMode::Drain : StopMode::Drop);
         return seconds.count();
@@ -154,10 +160,14 @@ private:
 
     void watch(const std::function<void(const RunProgress&)>& onProgress) {
         const auto end = after(start_, options_.seconds);
+        auto nextProgress = RunClock::now() + progressPeriod;
         for (;;) {
             auto deadline = std::min(end, idleDeadline());
             if (onProgress) {
-                deadline = std::min(deadline, RunClock::now() + progressPeriod);
+                deadline = std::min(deadline, nextProgress);
+            }
+            if (recovery_ != nullptr) {
+                deadline = std::min(deadline, RunClock::now() + recoveryPeriod);
             }
             if (state_->waitUntil(deadline)) {
                 return;
@@ -166,7 +176,11 @@ private:
             if (now >= end || now >= idleDeadline()) {
                 return;
             }
-            if (onProgress) {
+            if (recovery_ != nullptr) {
+                recovery_->step();
+            }
+            if (onProgress && now >= nextProgress) {
+                nextProgress = now + progressPeriod;
                 onProgress(progress());
             }
         }
@@ -207,6 +221,7 @@ private:
     const std::size_t counted_;
     const std::shared_ptr<RunState> state_ = std::make_shared<RunState>();
     std::shared_ptr<OutputWriter> writer_;
+    std::unique_ptr<Recovery> recovery_;
     const std::shared_ptr<Taps> taps_ = std::make_shared<Taps>();
     RunClock::time_point start_;
 };

@@ -66,6 +66,31 @@ TEST_F(CameraRun, RunGoesOnWithoutACameraThatIsRemovedAndSaysSo) {
     EXPECT_LE(report["outputs"]["Camera.Image"]["frames"], 5);
 }
 
+TEST_F(CameraRun, WithRecoverACameraThatComesBackGoesOn) {
+    const ProgramResult result =
+        run({"--frames", "60", "--json", "--recover", "--fault", "frame 20: unplug for 30 ms"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.err.find("Host: Node \"Camera\" has a device again."), std::string::npos)
+        << result.err;
+    const auto report = nlohmann::json::parse(linesOf(result.out).back());
+    EXPECT_EQ(report["outputs"]["Camera.Image"]["frames"], 60);
+}
+
+TEST_F(CameraRun, WithRecoverAnotherCameraTakesOverAtOnce) {
+    const ProgramResult result = run({"--frames", "30", "--json", "--recover", "--emulated-cameras",
+                                      "2", "--fault", "once frame 20: unplug"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    const auto report = nlohmann::json::parse(linesOf(result.out).back());
+    EXPECT_EQ(report["outputs"]["Camera.Image"]["frames"], 30);
+}
+
+TEST_F(CameraRun, WithRecoverARunEndsWhileTheCameraIsAway) {
+    const ProgramResult result =
+        run({"--idle", "0.5", "--json", "--recover", "--fault", "frame 5: unplug"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.err.find("has a device again"), std::string::npos) << result.err;
+}
+
 TEST_F(CameraRun, MistakeInTheFaultsStopsTheCommandBeforeTheRun) {
     expectFailure(run({"--fault", "frame 1: exploded"}),
                   "--fault: Fault script, line 1, column 10: expected a fault, found 'exploded'.");
