@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <random>
+#include <string>
+#include <vector>
 
 #include "gcbase/gcexception.h"
 
@@ -149,6 +152,27 @@ TEST(FaultScript, ValueThatMakesNoSenseIsToldWithItsPlace) {
               "Fault script, line 1, column 7: 'missing packets' can't happen then.");
     EXPECT_EQ(errorOf("frame 3: refuse"),
               "Fault script, line 1, column 10: 'refuse' can't happen then.");
+}
+
+TEST(FaultScript, AnyTextIsEitherRulesOrAnErrorWithItsPlace) {
+    const std::vector<std::string> words = {
+        "frame", "every",  "frames",  "to",      "open", "start",  "idle",   "read",  "Width",
+        "once",  "camera", "missing", "packets", "late", "unplug", "for",    "in",    "use",
+        "by",    "events", "time",    "out",     ":",    ",",      ";",      "\n",    "#",
+        "\"a\"", "\"",     "1",       "-3",      "+4",   "2.5",    "ms",     "s",     "\xff",
+        "wrong", "size",   "cut",     "chunk",   "0",    "1e9",    "refuse", "write", "\t"};
+    std::mt19937 random(1);
+    std::size_t valid = 0;
+    for (int round = 0; round < 20000; ++round) {
+        std::string script = round % 2 == 0 ? "frame 1: " : "";
+        for (std::size_t count = random() % 8; count > 0; --count) {
+            script += words[random() % words.size()] + (random() % 4 == 0 ? "" : " ");
+        }
+        const std::string error = errorOf(script.c_str());
+        valid += error == "no error" ? 1U : 0U;
+        EXPECT_TRUE(error == "no error" || error.starts_with("Fault script, line ")) << script;
+    }
+    EXPECT_GT(valid, 10U);
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ inline constexpr std::size_t chunkCount = 8;
 
 struct ChunkSettings {
     bool active = false;
-    std::uint32_t enabled = 0;  // a bit for each chunk
+    std::uint32_t enabled = 0;  // a bit for each chunk, none if not active
     bool unknown = false;       // one more, that no description knows
     Transport::ChunkByteOrder byteOrder = Transport::ChunkByteOrder::BigEndian;
 };

@@ -184,7 +184,7 @@ ChunkSettings Registers::GetChunkSettings() const {
     ChunkSettings settings;
     settings.active = valueOf(At::chunkModeActive) != 0;
     settings.byteOrder = identity_.chunkByteOrder;
-    for (std::size_t chunk = 0; chunk < chunkCount; ++chunk) {
+    for (std::size_t chunk = 0; settings.active && chunk < chunkCount; ++chunk) {
         const bool enabled =
             valueOf(At::chunkEnable + static_cast<std::int64_t>(chunk) * bankStep) != 0;
         settings.enabled |= enabled ? 1U << chunk : 0U;
