@@ -150,13 +150,14 @@ BENCHMARK(Orlix_HopToAnotherThread)->Arg(0)->Arg(1)->MeasureProcessCPUTime()->Us
 void Orlix_GraphOfNodes(benchmark::State& state) {
     runChain(state, static_cast<int>(state.range(0)), valuesPerRun / 100);
 }
-BENCHMARK(Orlix_GraphOfNodes)->Arg(10)->Arg(1000)->MeasureProcessCPUTime()->UseRealTime();
+BENCHMARK(Orlix_GraphOfNodes)->Arg(10)->Arg(100)->Arg(1000)->MeasureProcessCPUTime()->UseRealTime();
 
 #ifdef ORLIX_HAS_GSTREAMER
 
 // fakesrc, so many of the element, fakesink: run to the end of the stream once per iteration.
-void runPipeline(benchmark::State& state, const std::string& element, int length) {
-    std::string description = "fakesrc num-buffers=" + std::to_string(valuesPerRun);
+void runPipeline(benchmark::State& state, const std::string& element, int length,
+                 int values = valuesPerRun) {
+    std::string description = "fakesrc num-buffers=" + std::to_string(values);
     for (int index = 0; index < length; ++index) {
         description += " ! " + element;
     }
@@ -180,8 +181,19 @@ void runPipeline(benchmark::State& state, const std::string& element, int length
         gst_object_unref(pipeline);
         state.ResumeTiming();
     }
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * valuesPerRun);
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * values);
 }
+
+void GStreamer_GraphOfIdentities(benchmark::State& state) {
+    runPipeline(state, "identity silent=true", static_cast<int>(state.range(0)),
+                valuesPerRun / 100);
+}
+BENCHMARK(GStreamer_GraphOfIdentities)
+    ->Arg(10)
+    ->Arg(100)
+    ->Arg(1000)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
 
 void GStreamer_Identity(benchmark::State& state) {
     runPipeline(state, "identity silent=true", static_cast<int>(state.range(0)));

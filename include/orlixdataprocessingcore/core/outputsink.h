@@ -31,6 +31,9 @@ public:
 
     // The pin's value in this update.
     virtual void put(const std::shared_ptr<IGraphUpdate>& update, const Utils::Variant& value) = 0;
+    // The same by a producer that needs neither any more, so that a sink that keeps them can take
+    // them over. As it stands here, it calls put.
+    virtual void putLast(std::shared_ptr<IGraphUpdate>&& update, Utils::Variant&& value);
     // This update has no value for the pin.
     virtual void skip(const std::shared_ptr<IGraphUpdate>& update) = 0;
     // Whether another value is welcome now. Values put in spite of a false are taken all the same.

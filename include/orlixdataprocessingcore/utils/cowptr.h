@@ -26,7 +26,7 @@ public:
     template <typename T>
     class InlineObjectWrapper;
 
-    ~COWPtrBase() override;
+    ~COWPtrBase() override = default;
 
     // Whether the handle holds an object.
     [[nodiscard]] virtual bool isValid() const noexcept = 0;
@@ -109,6 +109,7 @@ public:
 
     [[nodiscard]] bool isValid() const noexcept override { return object_ != nullptr; }
     void reset() noexcept override;
+    void swap(COWPtr& other) noexcept;
     explicit operator bool() const noexcept { return object_ != nullptr; }
 
     // The const forms read; the non-const forms make the object private first. Both throw

@@ -18,7 +18,8 @@ public:
     [[nodiscard]] virtual const void* getRawPointer() const = 0;
     [[nodiscard]] virtual void* getRawPointer() = 0;
 
-    virtual ~IObject();
+    // Here, since the end of every handle comes by.
+    virtual ~IObject() = default;
 
 protected:
     IObject() = default;

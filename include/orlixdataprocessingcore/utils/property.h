@@ -47,6 +47,9 @@ public:
     [[nodiscard]] virtual Variant takeVariant() = 0;
     // The value, which the property lets go of in any case. An invalid Variant if there is none.
     [[nodiscard]] virtual Variant moveVariant() = 0;
+    // As setVariant with an empty path, but the Variant lets go of the value. If that throws, it
+    // still has it.
+    virtual void takeOver(Variant&& value) = 0;
 };
 
 template <typename T>
@@ -94,6 +97,7 @@ public:
     void reset() override;
     Variant takeVariant() override;
     Variant moveVariant() override;
+    void takeOver(Variant&& value) override;
 
     COWPtr<T> getValue() const override;
     COWPtr<T> takeValue() override;
@@ -107,8 +111,8 @@ private:
     class Guard;
 
     [[nodiscard]] COWPtr<T> share() const;
-    // Puts another handle in the place of the present one, which is returned.
-    [[nodiscard]] COWPtr<T> exchange(COWPtr<T> value);
+    // Puts another handle in the place of the present one, which the caller then lets go of.
+    void swap(COWPtr<T>& value);
     void setSubproperty(const gcstring& path, const Variant& value);
 
     std::unique_ptr<Threading::RecursiveMutex> mutex_;

@@ -61,6 +61,9 @@ public:
     // Shares the value.
     template <typename T>
     [[nodiscard]] COWPtr<T> getCOW(bool throwOnError) const;
+    // As getCOW(false), and lets go of the value; a value of another type stays.
+    template <typename T>
+    [[nodiscard]] COWPtr<T> moveCOW();
 
     // Takes over a reference to a held value; for a module that holds values in a way of its own.
     [[nodiscard]] static Variant adopt(IDataWrapper* wrapper) noexcept {
@@ -98,6 +101,9 @@ public:
     // The control object of the value, for another handle, which adds its own reference. Null if
     // the value can't be shared.
     [[nodiscard]] virtual COWPtrBase::IObjectWrapper* getObjectWrapper() const noexcept = 0;
+    // Gives its own reference to the control object away. Only by a sole holder, who then releases
+    // the wrapper without using it any more. Null if the value can't be given away.
+    [[nodiscard]] virtual COWPtrBase::IObjectWrapper* takeObjectWrapper() noexcept;
 
 protected:
     IDataWrapper() = default;

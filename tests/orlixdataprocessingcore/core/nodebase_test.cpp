@@ -307,6 +307,17 @@ TEST_F(NodeBaseTest, SinksAreServedInTheOrderOfTheirAttachment) {
     EXPECT_EQ(order, (std::vector<int>{1, 2}));
 }
 
+TEST_F(NodeBaseTest, ASinkThatIsAttachedTwiceGetsEveryValueTwice) {
+    const auto sink = std::make_shared<TestSink>();
+    static_cast<void>(node->attachOutputSink("Out", sink));
+    static_cast<void>(node->attachOutputSink("Out", sink));
+    node->start({});
+    static_cast<void>(runOnce(*node, {{"In", integer(5)}}));
+    EXPECT_EQ(sink->values(), (std::vector<std::int64_t>{5, 5}));
+    const auto entries = sink->entries();
+    EXPECT_EQ(entries[0].update, entries[1].update);
+}
+
 TEST_F(NodeBaseTest, ADetachedSinkGetsNothingAndHasNoListener) {
     const auto sink = std::make_shared<TestSink>();
     const auto handle = node->attachOutputSink("Out", sink);

@@ -144,6 +144,26 @@ TEST(ResettableProperty, SetVariantRefusesAValueThatCannotBeShared) {
                                   "Could not cast variant data to requested type.");
 }
 
+TEST(ResettableProperty, TakesAValueOverAndLeavesTheVariantEmpty) {
+    ResettableProperty<Integer> property;
+    Variant value(Integer(5));
+    const Integer* place = std::as_const(value).get<Integer>(true);
+    property.takeOver(std::move(value));
+    EXPECT_FALSE(value.isValid());
+    EXPECT_EQ(property.getValue().getConst(), place);
+}
+
+TEST(ResettableProperty, AValueThatDoesNotFitIsNotTakenOver) {
+    ResettableProperty<Integer> property;
+    Variant text(String("5"));
+    expectThrow<RuntimeException>([&] { property.takeOver(std::move(text)); },
+                                  "Could not cast variant data to requested type.");
+    EXPECT_TRUE(text.isValid());
+    expectThrow<InvalidArgumentException>([&] { property.takeOver(Variant()); },
+                                          "Invalid variant passed.");
+    EXPECT_FALSE(property.isSet());
+}
+
 TEST(ResettableProperty, ASubpropertyOfAResettedOneCannotBeSet) {
     ResettableProperty<Integer> property;
     expectThrow<RuntimeException>([&] { property.setVariant("Value", Variant(Integer(1))); },

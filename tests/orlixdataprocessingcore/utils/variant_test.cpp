@@ -7,6 +7,7 @@
 #include <thread>
 #include <utility>
 
+#include "orlixdataprocessingcore/core/errors.h"
 #include "orlixdataprocessingcore/core/float.h"
 #include "orlixdataprocessingcore/core/integer.h"
 #include "orlixdataprocessingcore/core/string.h"
@@ -153,6 +154,42 @@ TEST(Variant, AHandleThatIsLeftAloneWritesInPlace) {
     copy.reset();
     handle->set(std::int64_t{2});
     EXPECT_EQ(handle.getConst(), address);
+}
+
+TEST(Variant, AValueThatItHoldsAloneIsMovedOutAndWritableInPlace) {
+    Variant value(Integer(5));
+    const Integer* place = std::as_const(value).get<Integer>(true);
+    COWPtr<Integer> handle = value.moveCOW<Integer>();
+    EXPECT_FALSE(value.isValid());
+    EXPECT_EQ(handle.operator->(), place);
+    EXPECT_EQ(handle->get(), 5);
+}
+
+TEST(Variant, AValueThatOthersHoldIsMovedOutAndStaysWithThem) {
+    Variant value(Integer(5));
+    const Variant other(value);
+    COWPtr<Integer> handle = value.moveCOW<Integer>();
+    EXPECT_FALSE(value.isValid());
+    EXPECT_EQ(handle.getConst(), other.get<Integer>(true));
+    handle->set(6);
+    EXPECT_EQ(other.get<Integer>(true)->get(), 5);
+}
+
+TEST(Variant, AValueOfAnotherTypeIsNotMovedOut) {
+    Variant value(Integer(5));
+    EXPECT_FALSE(value.moveCOW<String>().isValid());
+    EXPECT_EQ(std::as_const(value).get<Integer>(true)->get(), 5);
+    Variant none;
+    EXPECT_FALSE(none.moveCOW<Integer>().isValid());
+}
+
+TEST(Variant, AValueIsMovedOutAsItsBaseAndStillClonedAsAWhole) {
+    Variant value(Integer(5));
+    COWPtr<IValue> handle = value.moveCOW<IValue>();
+    const COWPtr<IValue> shared(handle);
+    handle->setError(std::make_shared<Core::DeviceError>("gone", Core::DateTime()));
+    EXPECT_NE(object_cast<Integer>(static_cast<IObject*>(handle.operator->())), nullptr);
+    EXPECT_FALSE(shared->hasError(true));
 }
 
 TEST(Variant, MovingLeavesNothingBehind) {

@@ -97,12 +97,12 @@ private:
 
     [[nodiscard]] const OutputRoutes& renewRoutes();
     void runJob(const std::shared_ptr<IGraphUpdate>& update, PinValues&& values);
-    void keepSpare(JobResults&& results);
+    void keepSpare(JobResults::node_type&& result);
     void runSourceJob(SourceJob&& job, Admission admission);
     [[nodiscard]] JobResults makeResults(SourceJob& job);
     void announce(const std::shared_ptr<IGraphUpdate>& update, PinValues& values);
-    void deliver(const OutputRoutes& routes, const std::shared_ptr<IGraphUpdate>& update,
-                 const PinValues& values);
+    void deliver(const OutputRoutes& routes, std::shared_ptr<IGraphUpdate>&& update,
+                 PinValues& values);
     [[nodiscard]] std::shared_ptr<IError> reportCurrentException();
     [[nodiscard]] bool takeAborted(const IGraphUpdate& update);
 

@@ -24,22 +24,22 @@ void fillWithError(PinValues& values, const OutputRoutes& routes,
     }
 }
 
-// Calls `handle` with the results of one job by ascending update.
+// Calls `handle` with the results of one job by ascending update, each taken out of the map.
 template <typename Handle>
 void forEachInOrder(JobResults& results, const Handle& handle) {
     if (results.size() == 1) {
-        handle(results.begin()->first, results.begin()->second);
+        handle(results.extract(results.begin()));
         return;
     }
-    std::vector<JobResults::value_type*> ordered;
-    for (auto& entry : results) {
-        ordered.push_back(&entry);
+    std::vector<JobResults::node_type> ordered;
+    while (!results.empty()) {
+        ordered.push_back(results.extract(results.begin()));
     }
-    std::sort(ordered.begin(), ordered.end(), [](const auto* a, const auto* b) {
-        return a->first->getSequenceNumber() < b->first->getSequenceNumber();
+    std::sort(ordered.begin(), ordered.end(), [](const auto& a, const auto& b) {
+        return a.key()->getSequenceNumber() < b.key()->getSequenceNumber();
     });
-    for (auto* entry : ordered) {
-        handle(entry->first, entry->second);
+    for (auto& result : ordered) {
+        handle(std::move(result));
     }
 }
 
@@ -140,11 +140,11 @@ void NodeBase::Impl::runJob(const std::shared_ptr<IGraphUpdate>& update, PinValu
     if (owner_.isForwardingUpdates()) {
         results.try_emplace(update);  // an update that comes in leaves again, if only with skips
     }
-    forEachInOrder(results, [this](const auto& resultUpdate, PinValues& resultValues) {
-        announce(resultUpdate, resultValues);
-        deliver(*routes_, resultUpdate, resultValues);
+    forEachInOrder(results, [this](JobResults::node_type&& result) {
+        announce(result.key(), result.mapped());
+        deliver(*routes_, std::move(result.key()), result.mapped());
+        keepSpare(std::move(result));
     });
-    keepSpare(std::move(results));
 }
 
 JobResults NodeBase::Impl::runSimple(const std::shared_ptr<IGraphUpdate>& update,
@@ -174,24 +174,22 @@ JobResults NodeBase::Impl::runSimple(const std::shared_ptr<IGraphUpdate>& update
     return results;
 }
 
-void NodeBase::Impl::keepSpare(JobResults&& results) {
-    if (results.size() == 1) {
-        spareResult_ = results.extract(results.begin());
-        spareResult_.key().reset();
-        resetAll(spareResult_.mapped());
-    }
+void NodeBase::Impl::keepSpare(JobResults::node_type&& result) {
+    spareResult_ = std::move(result);
+    spareResult_.key().reset();
+    resetAll(spareResult_.mapped());
 }
 
 void NodeBase::Impl::skip(const std::shared_ptr<IGraphUpdate>& update) {
     outputs.routes()->skip(update);
 }
 
-void NodeBase::Impl::deliver(const OutputRoutes& routes,
-                             const std::shared_ptr<IGraphUpdate>& update, const PinValues& values) {
+void NodeBase::Impl::deliver(const OutputRoutes& routes, std::shared_ptr<IGraphUpdate>&& update,
+                             PinValues& values) {
     if (takeAborted(*update)) {
         routes.skip(update);
     } else {
-        routes.deliver(update, values);
+        routes.deliver(std::move(update), values);
     }
 }
 
@@ -248,11 +246,11 @@ void NodeBase::Impl::runSourceJob(SourceJob&& job, Admission admission) {
     executionStarted.emit(job.update);
     JobResults results = makeResults(job);
     const auto routes = outputs.routes();
-    forEachInOrder(results, [&](const auto& update, PinValues& values) {
-        announce(update, values);
+    forEachInOrder(results, [&](JobResults::node_type&& result) {
+        announce(result.key(), result.mapped());
         std::lock_guard guard(deliveryMutex_);
         if (acceptsJobs_ || admission == Admission::Granted) {
-            deliver(*routes, update, values);
+            deliver(*routes, std::move(result.key()), result.mapped());
         }
     });
     executionFinished.emit(job.update);

@@ -13,10 +13,11 @@ namespace {
 
 class OutputHandle final : public IHandle {};
 
-template <typename Call>
-void callSinks(const OutputRoute& route, const Call& call) {
+constexpr const char* deliveringToASink = "delivering to a sink";
+
+void skipSinks(const OutputRoute& route, const std::shared_ptr<IGraphUpdate>& update) {
     for (const auto& sink : route.sinks) {
-        guarded(sink.get(), "delivering to a sink", [&] { call(*sink); });
+        guarded(sink.get(), deliveringToASink, [&] { sink->skip(update); });
     }
 }
 
@@ -37,22 +38,30 @@ bool OutputRoutes::hasSpace() const {
     return true;
 }
 
-void OutputRoutes::deliver(const std::shared_ptr<IGraphUpdate>& update,
-                           const PinValues& values) const {
-    ReadingWalk walk(values.begin(), values.end());
+void OutputRoutes::deliver(std::shared_ptr<IGraphUpdate>&& update, PinValues& values) const {
+    ValueWalk walk(values.begin(), values.end());
     for (const OutputRoute& route : routes) {
-        if (walk.goTo(route.pin) && walk.value().isValid()) {
-            const Utils::Variant& value = walk.value();
-            callSinks(route, [&](IOutputSink& sink) { sink.put(update, value); });
-        } else {
-            callSinks(route, [&](IOutputSink& sink) { sink.skip(update); });
+        if (!walk.goTo(route.pin) || !walk.value().isValid()) {
+            skipSinks(route, update);
+            continue;
+        }
+        Utils::Variant& value = walk.value();
+        for (const auto& sink : route.sinks) {
+            const bool isLast = &route == &routes.back() && &sink == &route.sinks.back();
+            guarded(sink.get(), deliveringToASink, [&] {
+                if (isLast) {
+                    sink->putLast(std::move(update), std::move(value));
+                } else {
+                    sink->put(update, value);
+                }
+            });
         }
     }
 }
 
 void OutputRoutes::skip(const std::shared_ptr<IGraphUpdate>& update) const {
     for (const OutputRoute& route : routes) {
-        callSinks(route, [&](IOutputSink& sink) { sink.skip(update); });
+        skipSinks(route, update);
     }
 }
 

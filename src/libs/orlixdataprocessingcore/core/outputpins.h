@@ -27,7 +27,8 @@ struct OutputRoutes {
 
     [[nodiscard]] bool hasSpace() const;
     // Every sink gets the value of its pin, or hears that there is none.
-    void deliver(const std::shared_ptr<IGraphUpdate>& update, const PinValues& values) const;
+    // Takes the update and the value of the last sink away; the other values stay.
+    void deliver(std::shared_ptr<IGraphUpdate>&& update, PinValues& values) const;
     void skip(const std::shared_ptr<IGraphUpdate>& update) const;
 };
 

@@ -2,6 +2,8 @@
 // and in a map that is used again each pin costs one comparison.
 #pragma once
 
+#include <cstddef>
+
 #include "orlixdataprocessingcore/core/inode.h"
 
 namespace Orlix::DataProcessing::Core {
@@ -14,9 +16,12 @@ public:
     // Goes to the pin, whose name must not be below that of the last call. Whether it is there.
     bool goTo(const gcstring& pin) {
         for (; place_ != end_; ++place_) {
+            if (isSame(place_->first, pin)) {
+                return true;
+            }
             const int order = place_->first.compare(pin);
             if (order >= 0) {
-                return order == 0;
+                return false;
             }
         }
         return false;
@@ -28,11 +33,25 @@ public:
     void set(Iterator place) { place_ = place; }
 
 private:
+    // Names are short: a loop that is compiled in takes less than a call.
+    static bool isSame(const gcstring& a, const gcstring& b) noexcept {
+        std::size_t length = a.size();
+        if (length != b.size()) {
+            return false;
+        }
+        const char* const first = a.c_str();
+        const char* const second = b.c_str();
+        while (length != 0 && first[length - 1] == second[length - 1]) {
+            --length;
+        }
+        return length == 0;
+    }
+
     Iterator place_;
     Iterator end_;
 };
 
-using ReadingWalk = PinWalk<PinValues::const_iterator>;
+using ValueWalk = PinWalk<PinValues::iterator>;
 
 // A walk that makes the pins that are not there.
 class WritingWalk {
@@ -49,7 +68,7 @@ public:
 
 private:
     PinValues& values_;
-    PinWalk<PinValues::iterator> walk_;
+    ValueWalk walk_;
 };
 
 inline void resetAll(PinValues& values) noexcept {

@@ -51,14 +51,18 @@ void PropertyBindings::clear() {
     outputs_.clear();
 }
 
-void PropertyBindings::prepare(const PinValues& values) const {
+void PropertyBindings::prepare(PinValues& values) const {
     for (const Output& output : outputs_) {
         output.property->reset();
     }
-    ReadingWalk walk(values.begin(), values.end());
+    ValueWalk walk(values.begin(), values.end());
     for (const Input& input : inputs_) {
         const bool given = walk.goTo(input.pin) && walk.value().isValid();
-        input.property->setVariant(wholeValue, given ? walk.value() : input.defaultValue);
+        if (given && input.resettable != nullptr) {
+            input.resettable->takeOver(std::move(walk.value()));
+        } else {
+            input.property->setVariant(wholeValue, given ? walk.value() : input.defaultValue);
+        }
     }
 }
 

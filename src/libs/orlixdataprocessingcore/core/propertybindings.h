@@ -23,8 +23,9 @@ public:
     void unbindOutput(const gcstring& pin);
     void clear();
 
-    // Every input property gets its value, or its default; every output property is reset.
-    void prepare(const PinValues& values) const;
+    // Every input property gets its value, which leaves `values` where it can, or its default;
+    // every output property is reset.
+    void prepare(PinValues& values) const;
     // Moves the outputs into `values`; one that was not set gives an invalid value.
     void collect(PinValues& values) const;
     // Lets go of what the properties hold, so that no buffer waits in a node for the next job.

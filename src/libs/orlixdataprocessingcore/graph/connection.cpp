@@ -16,6 +16,10 @@ void Connection::put(const std::shared_ptr<IGraphUpdate>& update, const Utils::V
     to_->arrive(*this, update, value);
 }
 
+void Connection::putLast(std::shared_ptr<IGraphUpdate>&& update, Utils::Variant&& value) {
+    to_->arrive(*this, std::move(update), std::move(value));
+}
+
 void Connection::skip(const std::shared_ptr<IGraphUpdate>& update) {
     to_->arrive(*this, update, Utils::Variant());
 }

@@ -36,6 +36,7 @@ public:
                const ConnectionLimits& limits);
 
     void put(const std::shared_ptr<IGraphUpdate>& update, const Utils::Variant& value) override;
+    void putLast(std::shared_ptr<IGraphUpdate>&& update, Utils::Variant&& value) override;
     void skip(const std::shared_ptr<IGraphUpdate>& update) override;
     [[nodiscard]] bool hasSpace() const override;
     void setSpaceListener(const std::weak_ptr<ISpaceListener>& listener) override;

@@ -8,10 +8,10 @@
 
 #include "orlixdataprocessingcore/graph/connection.h"
 #include "orlixdataprocessingcore/graph/graph.h"
-#include "orlixdataprocessingcore/graph/graphactivity.h"
 #include "orlixdataprocessingcore/graph/graphnode.h"
 #include "orlixdataprocessingcore/graph/graphsink.h"
 #include "orlixdataprocessingcore/graph/topology.h"
+#include "orlixdataprocessingcore/threading/activity.h"
 
 namespace Orlix::DataProcessing::Core {
 
@@ -83,7 +83,7 @@ private:
     [[nodiscard]] Connections connections() const;
 
     const std::size_t capacity_;
-    const std::shared_ptr<GraphActivity> activity_ = std::make_shared<GraphActivity>();
+    const std::shared_ptr<Threading::Activity> activity_ = std::make_shared<Threading::Activity>();
     mutable std::mutex listMutex_;
     std::vector<Member> members_;
     std::vector<Link> links_;

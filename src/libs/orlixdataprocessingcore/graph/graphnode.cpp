@@ -19,7 +19,7 @@ constexpr std::chrono::microseconds longJob{20};
 }  // namespace
 
 GraphNode::GraphNode(const gcstring& name, const std::shared_ptr<INode>& node,
-                     const std::shared_ptr<GraphActivity>& activity)
+                     const std::shared_ptr<Threading::Activity>& activity)
     : name_(name),
       node_(node),
       base_(dynamic_cast<NodeBase*>(node.get())),
@@ -37,8 +37,8 @@ std::uint64_t GraphNode::failedJobs() const {
     return base_ != nullptr ? NodeDriver::failedJobs(*base_) : 0;
 }
 
-void GraphNode::arrive(Connection& connection, const std::shared_ptr<IGraphUpdate>& update,
-                       const Utils::Variant& value) {
+void GraphNode::arrive(Connection& connection, std::shared_ptr<IGraphUpdate> update,
+                       Utils::Variant value) {
     if (join.arrive(connection, update, value)) {
         schedule(connection.from());
     }
@@ -57,7 +57,6 @@ void GraphNode::setKeepsLastValue(Connection& connection, bool keeps) {
 }
 
 void GraphNode::schedule(const GraphNode* producer) {
-    activity_->enter();
     Threading::Scheduler::instance().schedule(*this, producer);
 }
 
@@ -74,7 +73,6 @@ GraphNode::Turn GraphNode::serve() noexcept {
         // At rest, another thread may schedule the node anew, so nothing of it is touched then.
         const bool rests = step == Step::Busy ? join.block() : !join.hasMore() && join.retire();
         if (rests) {
-            activity_->leave();
             return Turn::Done;
         }
     }

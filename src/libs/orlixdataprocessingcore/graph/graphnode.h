@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "orlixdataprocessingcore/core/inode.h"
-#include "orlixdataprocessingcore/graph/graphactivity.h"
 #include "orlixdataprocessingcore/graph/join.h"
+#include "orlixdataprocessingcore/threading/activity.h"
 #include "orlixdataprocessingcore/threading/scheduler.h"
 
 namespace Orlix::DataProcessing::Core {
@@ -21,7 +21,7 @@ class GraphNode final : public Threading::IReadyItem,
                         public std::enable_shared_from_this<GraphNode> {
 public:
     GraphNode(const gcstring& name, const std::shared_ptr<INode>& node,
-              const std::shared_ptr<GraphActivity>& activity);
+              const std::shared_ptr<Threading::Activity>& activity);
 
     [[nodiscard]] const gcstring& name() const noexcept { return name_; }
     [[nodiscard]] INode& node() const noexcept { return *node_; }
@@ -34,14 +34,16 @@ public:
     [[nodiscard]] std::uint64_t failedJobs() const;
 
     // From a connection, on the thread that has produced the value.
-    void arrive(Connection& connection, const std::shared_ptr<IGraphUpdate>& update,
-                const Utils::Variant& value);
+    void arrive(Connection& connection, std::shared_ptr<IGraphUpdate> update, Utils::Variant value);
     // The node may be able to execute now.
     void wake();
     void setKeepsLastValue(Connection& connection, bool keeps);
 
     [[nodiscard]] Turn serve() noexcept override;
     [[nodiscard]] bool mayTakeLong() const noexcept override { return takesLong_; }
+    [[nodiscard]] Threading::Activity* activity() const noexcept override {
+        return activity_.get();
+    }
 
     Join join;
 
@@ -58,7 +60,7 @@ private:
     const gcstring name_;
     const std::shared_ptr<INode> node_;
     NodeBase* const base_;  // the same node, if it is built on our base
-    const std::shared_ptr<GraphActivity> activity_;
+    const std::shared_ptr<Threading::Activity> activity_;
     const JobProvider provider_;
     std::vector<std::weak_ptr<IOutputSink>> outputs_;
     bool isSource_ = true;

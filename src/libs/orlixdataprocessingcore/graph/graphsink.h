@@ -65,6 +65,9 @@ public:
     void put(const std::shared_ptr<IGraphUpdate>& update, const Utils::Variant& value) override {
         sink_->put(update, value);
     }
+    void putLast(std::shared_ptr<IGraphUpdate>&& update, Utils::Variant&& value) override {
+        sink_->putLast(std::move(update), std::move(value));
+    }
     void skip(const std::shared_ptr<IGraphUpdate>& update) override { sink_->skip(update); }
     [[nodiscard]] bool hasSpace() const override { return unlimited_ || sink_->hasSpace(); }
     void setSpaceListener(const std::weak_ptr<ISpaceListener>& listener) override {

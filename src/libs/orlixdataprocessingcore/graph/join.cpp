@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <mutex>
 
 #include "orlixdataprocessingcore/core/pinwalk.h"
 #include "orlixdataprocessingcore/graph/connection.h"
@@ -28,9 +29,9 @@ void Join::countQueues() {
     anyUpdateDecides_ = queues_ == 0;
 }
 
-bool Join::arrive(Connection& connection, const std::shared_ptr<IGraphUpdate>& update,
-                  const Utils::Variant& value) {
-    Utils::Variant replaced;  // ends after the lock has been released: it may be foreign code
+// The caller's value ends after the lock has been released: it may be foreign code.
+bool Join::arrive(Connection& connection, std::shared_ptr<IGraphUpdate>& update,
+                  Utils::Variant& value) {
     std::lock_guard guard(mutex_);
     if (state_ == State::Closed) {
         counters_.dropped += value.isValid() ? 1U : 0U;
@@ -39,12 +40,11 @@ bool Join::arrive(Connection& connection, const std::shared_ptr<IGraphUpdate>& u
     connection.delivered += value.isValid() ? 1U : 0U;
     if (!isQueue(connection)) {
         if (value.isValid()) {
-            replaced = std::move(connection.lastValue);
-            connection.lastValue = value;
+            std::swap(connection.lastValue, value);
         }
         return false;
     }
-    connection.ring.push(update, value);
+    connection.ring.push(std::move(update), std::move(value));
     connection.publishSize();
     return scheduleIfDecided();
 }

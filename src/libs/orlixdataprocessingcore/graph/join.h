@@ -9,10 +9,10 @@
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "orlixdataprocessingcore/core/inode.h"
+#include "orlixdataprocessingcore/threading/spinlock.h"
 
 namespace Orlix::DataProcessing::Core {
 
@@ -37,8 +37,9 @@ public:
     void add(Connection& connection);
 
     // True if the node has to be scheduled now.
-    [[nodiscard]] bool arrive(Connection& connection, const std::shared_ptr<IGraphUpdate>& update,
-                              const Utils::Variant& value);
+    // Takes update and value over; what it doesn't keep stays where it is.
+    [[nodiscard]] bool arrive(Connection& connection, std::shared_ptr<IGraphUpdate>& update,
+                              Utils::Variant& value);
 
     // Whether a producer may put a value into the connection. If not, it will be told of space.
     [[nodiscard]] bool askForSpace(const Connection& connection);
@@ -80,7 +81,7 @@ private:
     [[nodiscard]] std::vector<Connection*> takeRoomy();
     static void tellSpace(const std::vector<Connection*>& roomy);
 
-    mutable std::mutex mutex_;
+    mutable Threading::SpinLock mutex_;
     std::vector<Connection*> connections_;  // by ascending name of the pin
     std::size_t queues_ = 0;                // connections that hold a job back
     bool anyUpdateDecides_ = false;         // all inputs keep their last value

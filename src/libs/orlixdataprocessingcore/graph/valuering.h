@@ -32,16 +32,16 @@ public:
         }
     }
 
-    void push(const std::shared_ptr<IGraphUpdate>& update, const Utils::Variant& value) {
+    void push(std::shared_ptr<IGraphUpdate>&& update, Utils::Variant&& value) {
         if (size_ == places_.size()) {
             grow(2 * size_ + 1);
         }
         std::size_t place = first_ + size_;
         place = place < places_.size() ? place : place - places_.size();
         WaitingValue& waiting = places_[place];
-        waiting.update = update;
-        waiting.sequenceNumber = update->getSequenceNumber();
-        waiting.value = value;
+        waiting.update = std::move(update);
+        waiting.sequenceNumber = waiting.update->getSequenceNumber();
+        waiting.value = std::move(value);
         ++size_;
     }
 

@@ -5,6 +5,8 @@
 #include <thread>
 #include <utility>
 
+#include "orlixdataprocessingcore/threading/activity.h"
+
 namespace Orlix::DataProcessing::Threading {
 
 namespace {
@@ -30,8 +32,25 @@ struct Scheduler::Worker {
     std::atomic<IReadyItem*> next{nullptr};
     std::atomic<std::uint64_t> turns{0};
     std::uint64_t turnsBefore = 0;  // of the monitor
+    // Still counts an item that is done: the next one of the same owner takes the count over, so
+    // that a chain of items doesn't change what all workers share. Empty at the end of the chain.
+    Activity* spareCount = nullptr;
 
-    static thread_local Worker* current;
+    void keepCount(Activity* activity) {
+        if (spareCount == nullptr) {
+            spareCount = activity;
+        } else if (activity != nullptr) {
+            activity->leave();
+        }
+    }
+    void giveCountBack() {
+        if (spareCount != nullptr) {
+            std::exchange(spareCount, nullptr)->leave();
+        }
+    }
+
+    // Found without a call, since it is asked for with every value.
+    __attribute__((tls_model("initial-exec"))) static thread_local Worker* current;
 };
 
 thread_local Scheduler::Worker* Scheduler::Worker::current = nullptr;
@@ -48,7 +67,17 @@ Scheduler::Scheduler()
     std::thread([this] { monitor(); }).detach();
 }
 
+void Scheduler::count(Activity* activity) {
+    Worker* const worker = Worker::current;
+    if (worker != nullptr && worker->spareCount == activity) {
+        worker->spareCount = nullptr;
+    } else if (activity != nullptr) {
+        activity->enter();
+    }
+}
+
 void Scheduler::schedule(IReadyItem& item, const IReadyItem* producer) {
+    count(item.activity());
     Worker* const worker = Worker::current;
     if (producer != nullptr && worker != nullptr && worker->serving == producer &&
         worker->next.load(std::memory_order_relaxed) == nullptr) {
@@ -113,21 +142,25 @@ void Scheduler::serveChain(Worker& worker, IReadyItem& first) {
     for (unsigned int length = 0; item != nullptr; ++length) {
         if (length == longestChain) {
             enqueue(*item, Wake::AnotherWorker);
-            return;
+            break;
         }
         worker.serving = item;
+        Activity* const activity = item->activity();
         const auto turn = item->serve();
         worker.serving = nullptr;
         worker.turns.store(worker.turns.load(std::memory_order_relaxed) + 1,
                            std::memory_order_relaxed);
         IReadyItem* const following = worker.next.exchange(nullptr, std::memory_order_acq_rel);
-        if (turn != IReadyItem::Turn::Done) {
+        if (turn == IReadyItem::Turn::Done) {
+            worker.keepCount(activity);
+        } else {
             const bool alone = turn == IReadyItem::Turn::AgainSoon &&
                                (following == nullptr || !following->mayTakeLong());
             enqueue(*item, alone ? Wake::Nobody : Wake::AnotherWorker);
         }
         item = following;
     }
+    worker.giveCountBack();
 }
 
 void Scheduler::monitor() {

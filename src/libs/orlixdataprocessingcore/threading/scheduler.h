@@ -15,6 +15,8 @@
 
 namespace Orlix::DataProcessing::Threading {
 
+class Activity;
+
 // Work of which there is one piece at a time: the owner schedules it when it becomes ready, and not
 // again before serve() has returned Done.
 class IReadyItem {
@@ -30,6 +32,9 @@ public:
     [[nodiscard]] virtual Turn serve() noexcept = 0;
     // Whether others should not wait for its turn to end. Asked while it is scheduled.
     [[nodiscard]] virtual bool mayTakeLong() const noexcept { return true; }
+    // Counts the item from its schedule() on, until some time after its serve() has returned Done.
+    // May be null; outlives the count.
+    [[nodiscard]] virtual Activity* activity() const noexcept { return nullptr; }
 };
 
 // Process-wide and never destroyed; all operations are safe from any thread and never block.
@@ -41,9 +46,9 @@ class Scheduler {
 public:
     [[nodiscard]] static Scheduler& instance();
 
-    // The item must stay alive until its serve() has returned Done. A worker that is serving
-    // `producer` keeps the first such item and goes on with it itself: the values are still in its
-    // cache, and nobody needs to be woken.
+    // The item must stay alive until its serve() has returned Done. It and its producer belong to
+    // one owner. A worker that is serving `producer` keeps the first such item and goes on with it
+    // itself: the values are still in its cache, and nobody needs to be woken.
     void schedule(IReadyItem& item, const IReadyItem* producer = nullptr);
 
 private:
@@ -53,6 +58,7 @@ private:
     Scheduler();
     ~Scheduler() = delete;
 
+    static void count(Activity* activity);
     void enqueue(IReadyItem& item, Wake wake);
     [[nodiscard]] IReadyItem* next();
     void work();

@@ -2,7 +2,6 @@
 
 namespace Orlix::DataProcessing::Utils {
 
-COWPtrBase::~COWPtrBase() = default;
 COWPtrBase::IObjectWrapper::~IObjectWrapper() = default;
 
 }  // namespace Orlix::DataProcessing::Utils

@@ -32,9 +32,10 @@ void* getPointerAs(T* object, const TypeInfo& type) {
 class ReferenceCount {
 public:
     void add() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
-    // True for the last reference.
+    // True for the last reference. Beside a sole holder there is nobody who could add or remove
+    // one, which spares it the exclusive access.
     [[nodiscard]] bool remove() noexcept {
-        return count_.fetch_sub(1, std::memory_order_acq_rel) == 1;
+        return get() == 1 || count_.fetch_sub(1, std::memory_order_acq_rel) == 1;
     }
     [[nodiscard]] std::uint64_t get() const noexcept {
         return count_.load(std::memory_order_acquire);
@@ -165,10 +166,15 @@ COWPtr<T>& COWPtr<T>::operator=(COWPtr&& other) noexcept {
     // The old object goes with the temporary, after this handle is whole again: its destructor
     // may run foreign code.
     COWPtr taken(std::move(other));
-    std::swap(wrapper_, taken.wrapper_);
-    std::swap(object_, taken.object_);
-    std::swap(casted_, taken.casted_);
+    swap(taken);
     return *this;
+}
+
+template <typename T>
+void COWPtr<T>::swap(COWPtr& other) noexcept {
+    std::swap(wrapper_, other.wrapper_);
+    std::swap(object_, other.object_);
+    std::swap(casted_, other.casted_);
 }
 
 template <typename T>

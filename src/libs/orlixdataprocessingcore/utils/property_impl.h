@@ -36,7 +36,8 @@ ResettableProperty<T>::ResettableProperty(const ResettableProperty& other)
 template <typename T>
 ResettableProperty<T>& ResettableProperty<T>::operator=(const ResettableProperty& other) {
     // One mutex after the other, never both. The former value goes with the end of this call.
-    const COWPtr<T> former = exchange(other.share());
+    COWPtr<T> value = other.share();
+    swap(value);
     return *this;
 }
 
@@ -53,10 +54,9 @@ COWPtr<T> ResettableProperty<T>::share() const {
 }
 
 template <typename T>
-COWPtr<T> ResettableProperty<T>::exchange(COWPtr<T> value) {
+inline void ResettableProperty<T>::swap(COWPtr<T>& value) {
     const Guard guard(*this);
-    std::swap(value_, value);
-    return value;
+    value_.swap(value);
 }
 
 template <typename T>
@@ -70,7 +70,12 @@ COWPtr<T> ResettableProperty<T>::getValue() const {
 
 template <typename T>
 COWPtr<T> ResettableProperty<T>::takeValue() {
-    COWPtr<T> value = resetOnGet_ ? exchange(COWPtr<T>()) : share();
+    COWPtr<T> value;
+    if (resetOnGet_) {
+        swap(value);
+    } else {
+        value = share();
+    }
     if (!value.isValid()) {
         throw GenICam::PropertyException("Property is resetted.", __FILE__, __LINE__);
     }
@@ -80,7 +85,8 @@ COWPtr<T> ResettableProperty<T>::takeValue() {
 template <typename T>
 void ResettableProperty<T>::reset() {
     // Reset first: the end of the value may be foreign code that looks here.
-    const COWPtr<T> former = exchange(COWPtr<T>());
+    COWPtr<T> former;
+    swap(former);
 }
 
 template <typename T>
@@ -89,7 +95,7 @@ void ResettableProperty<T>::setValue(COWPtr<T> value) {
         throw GenICam::InvalidArgumentException("Invalid value pointer passed.", __FILE__,
                                                 __LINE__);
     }
-    const COWPtr<T> former = exchange(std::move(value));
+    swap(value);
 }
 
 template <typename T>
@@ -128,8 +134,19 @@ Variant ResettableProperty<T>::takeVariant() {
 
 template <typename T>
 Variant ResettableProperty<T>::moveVariant() {
-    COWPtr<T> value = exchange(COWPtr<T>());
+    COWPtr<T> value;
+    swap(value);
     return value.isValid() ? Variant(std::move(value)) : Variant();
+}
+
+template <typename T>
+void ResettableProperty<T>::takeOver(Variant&& value) {
+    COWPtr<T> handle = value.template moveCOW<T>();
+    if (!handle.isValid()) {
+        setVariant(gcstring(), value);  // tells what is wrong with it
+        return;
+    }
+    swap(handle);
 }
 
 template <typename T>

@@ -4,6 +4,10 @@ namespace Orlix::DataProcessing::Utils {
 
 Variant::IDataWrapper::~IDataWrapper() = default;
 
+COWPtrBase::IObjectWrapper* Variant::IDataWrapper::takeObjectWrapper() noexcept {
+    return nullptr;
+}
+
 TypeInfo Variant::getValueType() const {
     return wrapper_ != nullptr ? wrapper_->getValueType() : TypeInfo();
 }

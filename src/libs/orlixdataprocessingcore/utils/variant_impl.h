@@ -68,7 +68,8 @@ public:
     const TypeInfo& getValueType() const noexcept override { return type_; }
 
     const void* getPointer(const TypeInfo& type) const override {
-        return type_cast(value_.getConst()->getRawPointer(), type_, type);
+        const void* object = value_.getConst()->getRawPointer();
+        return type == type_ ? object : type_cast(object, type_, type);
     }
     void* getWritablePointer(const TypeInfo& type) override {
         // A type that doesn't fit is no reason for a copy.
@@ -85,6 +86,10 @@ public:
     }
     COWPtrBase::IObjectWrapper* getObjectWrapper() const noexcept override {
         return value_.wrapper_;
+    }
+    COWPtrBase::IObjectWrapper* takeObjectWrapper() noexcept override {
+        value_.object_ = nullptr;
+        return std::exchange(value_.wrapper_, nullptr);
     }
 
 private:
@@ -179,6 +184,28 @@ COWPtr<T> Variant::getCOW(bool throwOnError) const {
     if (!result.isValid() && throwOnError) {
         throw GenICam::RuntimeException("Could not cast variant data to requested type.", __FILE__,
                                         __LINE__);
+    }
+    return result;
+}
+
+template <typename T>
+COWPtr<T> Variant::moveCOW() {
+    COWPtr<T> result;
+    if (wrapper_ != nullptr && wrapper_->useCount() == 1) {
+        const TypeInfo type = TypeInfo::getTypeInfo<T>(false);
+        const bool casted = !wrapper_->isExposedAs(type);
+        if (const void* object = wrapper_->getPointer(type)) {
+            if (COWPtrBase::IObjectWrapper* taken = wrapper_->takeObjectWrapper()) {
+                result =
+                    COWPtr<T>::adopt(taken, static_cast<T*>(const_cast<void*>(object)), casted);
+            }
+        }
+    }
+    if (!result.isValid()) {
+        result = getCOW<T>(false);
+    }
+    if (result.isValid()) {
+        reset();
     }
     return result;
 }

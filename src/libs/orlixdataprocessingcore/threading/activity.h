@@ -1,4 +1,5 @@
-// Counts what is at work in one graph, and lets a thread wait until nothing is.
+// Counts the items of one owner that are scheduled or at work, and lets a thread wait until none
+// is.
 #pragma once
 
 #include <atomic>
@@ -6,11 +7,11 @@
 #include <cstddef>
 #include <mutex>
 
-namespace Orlix::DataProcessing::Core {
+namespace Orlix::DataProcessing::Threading {
 
 // All operations are safe from any thread. Whoever waits may destroy the object afterwards: the
 // last one to leave does so under the lock and touches nothing behind it.
-class GraphActivity {
+class Activity {
 public:
     void enter() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
 
@@ -42,4 +43,4 @@ private:
     std::condition_variable idle_;
 };
 
-}  // namespace Orlix::DataProcessing::Core
+}  // namespace Orlix::DataProcessing::Threading
