@@ -28,6 +28,16 @@ TEST(GcException, IsCaughtAsGenericAndAsStandardException) {
     EXPECT_THROW(ThrowBadAlloc("f", 1), BadAllocException);
 }
 
+TEST(GcException, AFailedAllocationOfAStringTellsItsPlace) {
+    try {
+        ThrowBadAlloc("src/place.cpp", 17);
+    } catch (const BadAllocException& error) {
+        EXPECT_STREQ(error.GetDescription(), "Could not allocate memory for a string.");
+        EXPECT_STREQ(error.GetSourceFileName(), "src/place.cpp");
+        EXPECT_EQ(error.GetSourceLine(), 17U);
+    }
+}
+
 TEST(GcException, TakesNullTextsAsEmpty) {
     const GenericException error(nullptr, nullptr, 0, nullptr);
     EXPECT_STREQ(error.GetDescription(), "");

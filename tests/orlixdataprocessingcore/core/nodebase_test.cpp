@@ -1,7 +1,9 @@
 // Pins, states, errors and signals that every node has.
 #include "orlixdataprocessingcore/core/nodebase.h"
 
+#include <functional>
 #include <stdexcept>
+#include <string>
 #include <thread>
 
 #include "orlixdataprocessingcore/core/errors.h"
@@ -278,6 +280,35 @@ TEST_F(NodeBaseTest, AnUnknownPinIsNamedInTheException) {
     EXPECT_THROW(static_cast<void>(node->isAutoResetEnabled("Nowhere")), InvalidArgumentException);
     EXPECT_THROW(node->removeInput("Nowhere"), InvalidArgumentException);
     EXPECT_THROW(node->removeOutput("Nowhere"), InvalidArgumentException);
+}
+
+// Tells what it throws for a pin of that name.
+std::string refusalOf(const std::function<void()>& createPin) {
+    try {
+        createPin();
+    } catch (const InvalidArgumentException& exception) {
+        return exception.GetDescription();
+    }
+    return "";
+}
+
+TEST_F(NodeBaseTest, APinOfANameThatIsTakenOrEmptyIsNotMade) {
+    Utils::ResettableProperty<Integer> property;
+    const auto createInput = [&](const char* name) {
+        return refusalOf(
+            [&] { node->createInput(name, "", property, integer(0), false, unlimitedJobs); });
+    };
+    const auto createOutput = [&](const char* name) {
+        return refusalOf([&] { node->createOutput(name, "", property, true, unlimitedJobs); });
+    };
+    EXPECT_EQ(createInput("In"), "Input \"In\" can't be made: the name is taken or empty.");
+    EXPECT_EQ(createInput(""), "Input \"\" can't be made: the name is taken or empty.");
+    EXPECT_EQ(createOutput("Out"), "Output \"Out\" can't be made: the name is taken or empty.");
+    TestSource source;
+    EXPECT_EQ(refusalOf([&] { source.createOutput("Out", "", integerType(), true, 1); }),
+              "Output \"Out\" can't be made: the name is taken or empty.");
+    EXPECT_EQ(node->getInputDescriptors().size(), 1U);
+    EXPECT_EQ(node->getOutputDescriptors().size(), 1U);
 }
 
 TEST_F(NodeBaseTest, TellsOfAChangedAutoResetOnce) {

@@ -115,6 +115,8 @@ public:
     using NodeBase::resetError;
     using NodeBase::setError;
     using NodeBase::setLock;
+    using SimpleNode::createInput;
+    using SimpleNode::createOutput;
 
     std::vector<Utils::ResettableProperty<Integer>> properties;
     Utils::ResettableProperty<Integer> output;

@@ -86,6 +86,12 @@ ORLIX_REGISTER_VALUE_TYPE(Nested, IValue)
 
 class Identified : public Unregistered {};
 
+// Its registration throws something of no known class.
+class Strange : public Unregistered {
+public:
+    [[noreturn]] static void registerProperties(ITypeInfoData&) { throw 5; }
+};
+
 }  // namespace TypeInfoTest
 
 namespace {
@@ -231,6 +237,17 @@ TEST(TypeInfo, ATypeWithAnUnregisteredBaseStaysUnregisteredAndLogs) {
     EXPECT_EQ(text.substr(text.find(": ")),
               ": Exception caught while registering a type. Message: Base type is not "
               "registered.");
+}
+
+TEST(TypeInfo, ARegistrationThatThrowsAnythingIsLoggedAndLetsNothingOut) {
+    LogCapture capture;
+    EXPECT_FALSE(TypeInfo::registerType<Strange>());
+    EXPECT_FALSE(TypeInfo::getTypeInfo<Strange>(false).isValid());
+    const auto lines = capture.getLines(category);
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(lines[0].severity, Severitiy::Warning);
+    const std::string text = lines[0].text.str();
+    EXPECT_EQ(text.substr(text.find(": ")), ": Unknown exception caught while registering a type.");
 }
 
 TEST(TypeInfo, ASecondRegistrationLeavesTheFirst) {

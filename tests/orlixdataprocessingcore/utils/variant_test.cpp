@@ -187,7 +187,7 @@ TEST(Variant, AValueIsMovedOutAsItsBaseAndStillClonedAsAWhole) {
     Variant value(Integer(5));
     COWPtr<IValue> handle = value.moveCOW<IValue>();
     const COWPtr<IValue> shared(handle);
-    handle->setError(std::make_shared<Core::DeviceError>("gone", Core::DateTime()));
+    handle->setError(std::make_shared<DeviceError>("gone", DateTime()));
     EXPECT_NE(object_cast<Integer>(static_cast<IObject*>(handle.operator->())), nullptr);
     EXPECT_FALSE(shared->hasError(true));
 }
