@@ -29,7 +29,7 @@ TEST(SpinLock, OneThreadAtATimeHoldsIt) {
     EXPECT_EQ(count, threads * turns);
 }
 
-// More turns than a waiter looks before it gives its time away.
+// Longer than a waiter looks before it sleeps.
 TEST(SpinLock, AWaiterGetsItHoweverLongItWasHeld) {
     SpinLock lock;
     bool isDone = false;
