@@ -38,7 +38,7 @@ protected:
                     ranInTheLoop = true;
                 }
                 // Long enough for the waiting thread to be tempted by what is left.
-                for (int turn = 0; turn < 5000; ++turn) {
+                for (int turn = 0; turn < 100; ++turn) {
                     std::this_thread::yield();
                 }
                 othersDone.count_down();
