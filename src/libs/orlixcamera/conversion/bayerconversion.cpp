@@ -43,7 +43,9 @@ bool IsLargerThanCaches(const ConversionJob& job, EPixelType rowType, std::size_
 // Pixels that are made between two prefetches: an even number, and more than a vector has.
 constexpr std::size_t PiecePixels = 512;
 
-void Prefetch(const std::uint8_t* from, std::size_t bytes) {
+// A function that only prefetches looks to the compiler as if it did nothing, and calls of such are
+// left out unless it knows nothing about them.
+[[gnu::noipa]] void Prefetch(const std::uint8_t* from, std::size_t bytes) {
     constexpr int Read = 0;
     constexpr int SecondCache = 2;
     for (std::size_t offset = 0; offset < bytes; offset += 64) {
