@@ -1,5 +1,5 @@
 // The program demoimages: a folder of test pictures in all file formats, with a recipe that
-// replays and converts them.
+// replays and converts them, and a recipe that grabs from an emulated camera.
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fstream>
@@ -63,6 +63,55 @@ constexpr const char* recipe = R"({
 }
 )";
 
+// The feature stream sets the camera up as often as it is opened: a moving colour pattern as a
+// Bayer picture, and a chunk with each frame. The event pin switches its event on by itself.
+constexpr const char* cameraRecipe =
+    R"({
+  "version": 1,
+  "nodes": [
+    {
+      "name": "Camera",
+      "type": "Camera",
+      "settings": {
+        "DeviceProperties": {"DeviceClass": "OrlixEmulated"},
+        "EventConfiguration": [
+          "ExposureEnd.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID"
+        ],
+        "ChunkPinConfigurations": ["ExposureTime.Type=Float.ValueName=ChunkExposureTime"],
+        "AcquisitionMode": 1,
+        "FixCorruptImages": 1,
+        "FeatureStreams": {
+          "@CameraDevice": "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n)"
+    R"(PixelFormat\tBayerRG8\nWidth\t320\nHeight\t240\nTestPattern\tColorBar\n)"
+    R"(ExposureTime\t2500\nAcquisitionFrameRateEnable\t1\nAcquisitionFrameRate\t25\n)"
+    R"(ChunkModeActive\t1\nChunkSelector\tExposureTime\nChunkEnable\t1\n"
+        }
+      }
+    },
+    {
+      "name": "Converter",
+      "type": "ImageFormatConverter",
+      "settings": {
+        "OutputPixelFormat": 35127316
+      }
+    }
+  ],
+  "connections": [
+    {"from": "Camera.Image", "to": "Converter.Image"}
+  ]
+}
+)";
+
+void writeText(const std::filesystem::path& path, const char* text) {
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    file.close();
+    if (!file) {
+        throw GenICam::RuntimeException(("can not write " + path.string()).c_str(), __FILE__,
+                                        __LINE__);
+    }
+}
+
 void makeDemo(const std::filesystem::path& folder) {
     const std::filesystem::path images = folder / "images";
     std::filesystem::create_directories(images);
@@ -70,20 +119,18 @@ void makeDemo(const std::filesystem::path& folder) {
         saveImage(GenICam::gcstring((images / picture.name).string()),
                   makePicture(picture.pattern, picture.pixelType, width, height));
     }
-    std::ofstream file(folder / "recipe.json", std::ios::binary);
-    file << recipe;
-    file.close();
-    if (!file) {
-        throw GenICam::RuntimeException("can not write recipe.json", __FILE__, __LINE__);
-    }
+    writeText(folder / "recipe.json", recipe);
+    writeText(folder / "camera-recipe.json", cameraRecipe);
     std::cout << std::size(pictures) << " pictures in " << images.string() << "\n"
-              << "recipe " << (folder / "recipe.json").string() << "\n";
+              << "recipe " << (folder / "recipe.json").string() << "\n"
+              << "recipe " << (folder / "camera-recipe.json").string() << "\n";
 }
 
 int run(int argc, char** argv) {
-    CLI::App app("Makes test pictures in all file formats and a recipe for them", "demoimages");
+    CLI::App app("Makes test pictures in all file formats, a recipe for them and one for a camera",
+                 "demoimages");
     std::string folder;
-    app.add_option("DIR", folder, "Folder to make; gets images/ and recipe.json")->required();
+    app.add_option("DIR", folder, "Folder to make; gets images/ and two recipes")->required();
     try {
         app.parse(argc, argv);
         makeDemo(folder);
