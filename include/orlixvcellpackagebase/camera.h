@@ -227,6 +227,7 @@ private:
     void publishDevice();
     void transferDeviceSets(Guard& guard);
     void freeCamera(Guard& guard);
+    void endRemoval(Guard& guard);
     void releaseCamera();
     [[nodiscard]] bool isCameraOpen() const;
     void withdrawDevice();

@@ -109,6 +109,9 @@ void Camera::freeAdditionalResources(bool flag) {
     if (!flag || impl_->allocatedWithFlag) {
         if (impl_->device != nullptr) {
             freeCamera(guard);
+        } else {
+            // A removal that has just let the device go would take the next one's for its own.
+            endRemoval(guard);
         }
         resetDeviceRemovedError();
     }
@@ -128,7 +131,11 @@ void Camera::freeCamera(Guard& guard) {
     showNoDeviceSelected();
     impl_->allocatedWithFlag = false;
     updateFetchAvailability();
-    // A removal that is at work needs the lock.
+    endRemoval(guard);
+}
+
+// A removal that is at work needs the lock.
+void Camera::endRemoval(Guard& guard) {
     guard.unlock();
     waitForCameraDeviceRemoval();
     guard.lock();

@@ -78,6 +78,9 @@ Camera::Camera(const std::shared_ptr<Core::IResourcePool>& pool)
     try {
         createOutput(CameraNames::imagePin, "The image output.",
                      Utils::TypeInfo::getTypeInfo<Core::Image>(true), true, Core::unlimitedJobs);
+        if (impl_->fixCorruptImages == FixCorruptImages::On) {
+            createImageCorruptOutput();
+        }
         setOFSParametersAvailable(true);
     } catch (...) {
         disconnectFromPool();
