@@ -7,9 +7,13 @@ namespace {
 
 thread_local std::size_t count = 0;
 
-void* allocate(std::size_t size) {
+void* allocate(std::size_t size) noexcept {
     ++count;
-    void* memory = std::malloc(size != 0 ? size : 1);
+    return std::malloc(size != 0 ? size : 1);
+}
+
+void* allocateOrThrow(std::size_t size) {
+    void* memory = allocate(size);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
@@ -19,9 +23,15 @@ void* allocate(std::size_t size) {
 }  // namespace
 
 void* operator new(std::size_t size) {
-    return allocate(size);
+    return allocateOrThrow(size);
 }
 void* operator new[](std::size_t size) {
+    return allocateOrThrow(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     return allocate(size);
 }
 void operator delete(void* memory) noexcept {
