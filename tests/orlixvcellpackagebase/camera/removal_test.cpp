@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "gcbase/gcexception.h"
 #include "orlixdataprocessingcore/core/errors.h"
 #include "orlixdataprocessingcore/core/services.h"
 #include "orlixdataprocessingcore/threading/threadpool.h"
@@ -224,10 +225,20 @@ TEST_F(CameraRemoval, ThePortsTellThatNoDeviceIsSelected) {
     EXPECT_THAT(texts(), testing::Each(testing::Eq("No device selected")));
 }
 
+// A feature whose value is read from the device each time.
+constexpr auto liveFeature = R"(
+  <Integer Name="Live"><Streamable>Yes</Streamable><pValue>LiveReg</pValue></Integer>
+  <IntReg Name="LiveReg"><Address>56</Address><Length>8</Length><AccessMode>RW</AccessMode>
+    <pPort>Device</pPort><Cachable>NoCache</Cachable><Sign>Signed</Sign>
+    <Endianess>LittleEndian</Endianess></IntReg>
+)";
+
 // With jobs that run when the test says so, each scene has one order of steps.
 class CameraRemovalSteps : public testing::Test {
 protected:
     CameraRemovalSteps() {
+        device->description.replace(device->description.find("<Port Name=\"Device\"/>"), 0,
+                                    liveFeature);
         pool->addResource(makeInfo({{"FullName", "Scripted#1"}}), resource);
         camera = std::make_unique<WatchedCamera>(pool);
         EXPECT_THAT(camera->allocateResources(), IsEmpty());
@@ -333,6 +344,21 @@ TEST_F(CameraRemovalSteps, ADestructionCancelsTheJobWhichDoesNothingAfterwards) 
     camera.reset();
     job->execute();
     EXPECT_FALSE(device->IsOpen());
+}
+
+TEST_F(CameraRemovalSteps, AFetchFromALostDeviceIsLoggedAndRethrown) {
+    const auto job = lose();
+    camera->setStreamType(StreamType::CameraDevice);
+    camera->setOFSStagedContent("Width=8");
+    const Utils::LogCapture capture;
+    EXPECT_EQ(getFailure<GenICam::RuntimeException>([&] { camera->executeOFSFetch(); }),
+              "Device 'scripted' was removed.");
+    EXPECT_THAT(getLines(capture, "orlix.dataprocessing.vcell.Camera"),
+                ElementsAre("3 Camera " + toText(static_cast<const Camera*>(camera.get())) +
+                            ": Exception caught while fetching feature stream. Message: "
+                            "\"Device 'scripted' was removed.\""));
+    EXPECT_EQ(camera->getOFSStagedContent(), "Width=8");
+    job->execute();
 }
 
 TEST_F(CameraRemovalSteps, TwoNotificationsMakeOneJobAndALaterOneANewJob) {

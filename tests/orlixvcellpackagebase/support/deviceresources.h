@@ -1,6 +1,7 @@
 // Resources for a pool without cameras behind them, and a pool that counts what it is asked for.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -60,7 +61,7 @@ struct CountingPool {
         return resource;
     }
 
-    int refreshes = 0;
+    std::atomic<int> refreshes{0};
     std::function<void(Pool&)> onRefresh = [](Pool&) {};
     const std::shared_ptr<Pool> pool = std::make_shared<Pool>([this](Pool& self) {
         ++refreshes;
