@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <cstring>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -279,7 +280,8 @@ public:
 
     const std::shared_ptr<ScriptedStream::State> stream = std::make_shared<ScriptedStream::State>();
     std::string description = scriptedDescription;
-    bool sendAtStart = false;  // a frame with each start of the acquisition
+    bool sendAtStart = false;        // a frame with each start of the acquisition
+    std::function<void()> onAccess;  // before each access to a register; what it throws passes
 
     // ---- What the camera does
 
@@ -299,11 +301,13 @@ public:
     }
     void Read(std::int64_t address, void* buffer, std::size_t length) override {
         requireReachable();
+        tellOfAccess();
         const std::scoped_lock lock(mutex_);
         std::memcpy(buffer, &memory_[address], length);
     }
     void Write(std::int64_t address, const void* buffer, std::size_t length) override {
         requireReachable();
+        tellOfAccess();
         const std::scoped_lock lock(mutex_);
         std::memcpy(&memory_[address], buffer, length);
         if (address == Address::start || address == Address::stop) {
@@ -335,6 +339,12 @@ private:
         const std::scoped_lock lock(mutex_);
         if (lost_) {
             throw GenICam::RuntimeException("Device 'scripted' was removed.", __FILE__, __LINE__);
+        }
+    }
+
+    void tellOfAccess() const {
+        if (onAccess) {
+            onAccess();
         }
     }
 

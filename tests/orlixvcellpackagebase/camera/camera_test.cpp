@@ -62,13 +62,16 @@ TEST_F(CameraNode, HasOneImageOutput) {
     EXPECT_FALSE(node.isForwardingUpdates());
 }
 
-TEST_F(CameraNode, PublishesItsNodeMapFirst) {
+TEST_F(CameraNode, PublishesItsNodeMapFirstAndThatOfTheCameraObject) {
     const auto infos = node.getNodeMapInfos();
-    ASSERT_THAT(infos, testing::Not(IsEmpty()));
+    ASSERT_THAT(infos, SizeIs(2));
     EXPECT_EQ(infos[0].GetIdentifier(), "@vCell");
     EXPECT_EQ(infos[0].GetDisplayName(), "Camera");
     const GenApi::CCategoryPtr root(infos[0].GetNodeMap()->GetNode("Root"));
     EXPECT_TRUE(root.IsValid());
+    EXPECT_EQ(infos[1].GetIdentifier(), "@CameraInstance");
+    EXPECT_EQ(infos[1].GetDisplayName(), "Camera Instance");
+    EXPECT_NE(infos[1].GetNodeMap()->GetNode("MaxNumBuffer"), nullptr);
     EXPECT_NE(node.getNodeMapsChangedSignal(), nullptr);
 }
 

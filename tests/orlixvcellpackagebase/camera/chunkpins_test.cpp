@@ -208,6 +208,7 @@ TEST_F(CameraChunkPins, RemoveTakesTheOutputAndKeepsTheRest) {
     EXPECT_FALSE(isAvailable("ChunkPinRemove"));
     EXPECT_TRUE(isAvailable("ChunkPinAdd"));
     EXPECT_EQ(static_cast<std::int64_t>(node().getChunkPinSelector()), -1);
+    EXPECT_EQ(number("ChunkPinSelectorMax"), -1);
 }
 
 TEST_F(CameraChunkPins, RemoveFromARunningNodeChangesNothingAndTellsObservers) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -38,11 +39,14 @@ TEST_F(CameraDeviceList, WithoutCamerasItsPortsAreUnavailableAndTheSelectorKeeps
                              "DeviceSerialNumber", "DeviceUserDefinedName", "DeviceChoose"}) {
         EXPECT_FALSE(isAvailable(name)) << name;
     }
+    // The port's own number; the feature that is not available hides it.
+    EXPECT_EQ(number("DeviceSelectorMax"), std::numeric_limits<std::int64_t>::max());
     resources.add(first);
     resources.add(second);
     EXPECT_EQ(maximum("DeviceSelector"), 1);
     resources.pool->setResources({});
     EXPECT_FALSE(isAvailable("DeviceSelector"));
+    EXPECT_EQ(number("DeviceSelectorMax"), 1);
     resources.add(first);
     EXPECT_EQ(maximum("DeviceSelector"), 0);
 }

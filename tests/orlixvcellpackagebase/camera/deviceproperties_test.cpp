@@ -197,6 +197,7 @@ TEST_F(CameraDeviceProperties, RemovingTheOnlyEntryLeavesTheSelectorAtAllOnes) {
     execute("DevicePropertyRemove");
     EXPECT_EQ(node().getDevicePropertySelector(), allOnes);
     EXPECT_FALSE(isAvailable("DevicePropertySelector"));
+    EXPECT_EQ(number("DevicePropertySelectorMax"), -1);
 
     execute("DevicePropertyAdd");
     EXPECT_EQ(node().getDevicePropertySelector(), allOnes);

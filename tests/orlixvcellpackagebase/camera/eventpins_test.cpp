@@ -10,6 +10,7 @@
 #include "orlixdataprocessingcore/core/integer.h"
 #include "orlixdataprocessingcore/core/string.h"
 #include "support/camerafixture.h"
+#include "support/scriptedcamera.h"
 
 namespace Plugin::OrlixVCellPackageBase {
 namespace {
@@ -178,6 +179,7 @@ TEST_F(CameraEventPins, RemovingTheLastEntryMakesThePortsUnavailable) {
     EXPECT_FALSE(isAvailable("EventPinRemove"));
     EXPECT_TRUE(isAvailable("EventPinAdd"));
     EXPECT_EQ(static_cast<std::int64_t>(node().getEventPinSelector()), -1);
+    EXPECT_EQ(number("EventPinSelectorMax"), -1);
 }
 
 TEST_F(CameraEventPins, RemoveFromARunningNodeChangesNothingAndTellsObservers) {
@@ -190,6 +192,30 @@ TEST_F(CameraEventPins, RemoveFromARunningNodeChangesNothingAndTellsObservers) {
     EXPECT_EQ(node().getEventPinConfiguration(), end);
     EXPECT_THAT(outputs(), ElementsAre("Image", "End"));
     node().stop();
+}
+
+class CameraLostOutputs : public ScriptedCamera {};
+
+TEST_F(CameraLostOutputs, AnEventPinWhoseOutputIsGoneIsRemovedWithALine) {
+    camera().executeEventPinAdd();
+    camera().setEventPinConfiguration(end);
+    camera().removeOutput("End");
+    const Utils::LogCapture capture;
+    camera().executeEventPinRemove();
+    EXPECT_THAT(getLines(capture, category),
+                ElementsAre("4 Camera: Unable to remove output \"End\"."));
+    EXPECT_FALSE(isShown("EventPinSelector"));
+}
+
+TEST_F(CameraLostOutputs, AChunkPinWhoseOutputIsGoneIsRemovedWithALine) {
+    camera().executeChunkPinAdd();
+    camera().setChunkPinValue("Frame.Type=Integer.ValueName=ChunkFrameID");
+    camera().removeOutput("Frame");
+    const Utils::LogCapture capture;
+    camera().executeChunkPinRemove();
+    EXPECT_THAT(getLines(capture, category),
+                ElementsAre("4 Camera: Unable to remove chunk data pin Frame"));
+    EXPECT_FALSE(isShown("ChunkPinSelector"));
 }
 
 TEST_F(CameraEventPins, ASelectorBeyondTheListThrowsWhereAChunkPinIsEmpty) {

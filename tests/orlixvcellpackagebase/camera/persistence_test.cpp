@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "gcbase/gcexception.h"
 #include "support/camerafixture.h"
@@ -193,6 +195,47 @@ TEST_F(CameraSettings, AModeThatIsNoneIsKept) {
     EXPECT_THAT(outputs(), ElementsAre("Image"));
     node().loadSettings(std::make_shared<TreeSettings>());
     EXPECT_EQ(save()->getInteger(TreeSettings::path("FixCorruptImages")), 1);
+}
+
+TEST_F(CameraSettings, AModeThatIsNoneShowsAtTheNextStart) {
+    store->setInteger(TreeSettings::path("AcquisitionMode"), 5);
+    node().loadSettings(store);
+    const Utils::LogCapture capture;
+    node().start(Orlix::DataProcessing::Core::NodeArgumentCollection());
+    node().stop();
+    EXPECT_THAT(getLines(capture, category), ElementsAre("3 Camera " + toText(&node()) +
+                                                         ": Couldn't determine acquisition mode."));
+}
+
+// Of both kinds of pins, since both are parsed while the store is read.
+TEST_F(CameraSettings, AValueNameThatIsGivenTwiceEndsTheLoadWithItsEntryInTheList) {
+    constexpr auto bad = "A.Type=Float.EventName=E.ValueName=V.ValueName=V";
+    constexpr auto badChunk = "A.Type=Float.ValueName=V.ValueName=V";
+    const char* message = "Value 'V' cannot be applied multiple times.";
+    store->setTexts("EventConfiguration", {end, bad});
+    store->setInteger(TreeSettings::path("AcquisitionMode"), 0);
+    EXPECT_EQ(getFailure<std::runtime_error>([&] { node().loadSettings(store); }), message);
+    EXPECT_THAT(save()->texts("EventConfiguration"), ElementsAre(end, bad));
+    EXPECT_EQ(node().getAcquisitionMode(), AcquisitionMode::Continuous);
+    EXPECT_THAT(outputs(), ElementsAre("Image", "End"));
+
+    const auto other = std::make_shared<TreeSettings>();
+    other->setTexts("ChunkPinConfigurations", {exposure, badChunk});
+    EXPECT_EQ(getFailure<std::runtime_error>([&] { node().loadSettings(other); }), message);
+    EXPECT_THAT(save()->texts("ChunkPinConfigurations"), ElementsAre(exposure, badChunk));
+    // Neither failure left the lock behind.
+    EXPECT_FALSE(map().GetLock().IsOwned());
+}
+
+TEST_F(CameraSettings, SettersThatALoadCallsTellObserversUnderTheLockAndTheLoadWithItFree) {
+    node().setAcquisitionMode(AcquisitionMode::SingleFrame);
+    node().setFixCorruptImages(FixCorruptImages::On);
+    std::vector<bool> owned;
+    GenApi::CLock& lock = map().GetLock();
+    const auto connection =
+        node().getSettingsChangedSignal()->connect([&] { owned.push_back(lock.IsOwned()); });
+    node().loadSettings(store);
+    EXPECT_THAT(owned, ElementsAre(true, true, false));
 }
 
 TEST_F(CameraSettings, AFailureOfTheStoreLeavesWhatWasReadAndResetsTheRest) {
