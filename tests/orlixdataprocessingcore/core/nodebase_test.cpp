@@ -349,6 +349,28 @@ TEST_F(NodeBaseTest, ASinkThatIsAttachedTwiceGetsEveryValueTwice) {
     EXPECT_EQ(entries[0].update, entries[1].update);
 }
 
+TEST_F(NodeBaseTest, AWaitForSpaceEndsWithItsRunEvenIfAnotherBeginsAtOnce) {
+    struct RestartingSink : TestSink {
+        [[nodiscard]] bool hasSpace() const override {
+            if (!std::exchange(hasRestarted, true)) {
+                source->stop();
+                source->start({});
+            }
+            return true;
+        }
+        TestSource* source = nullptr;
+        mutable bool hasRestarted = false;
+    };
+    TestSource source;
+    const auto sink = std::make_shared<RestartingSink>();
+    sink->source = &source;
+    static_cast<void>(source.attachOutputSink("Out", sink));
+    source.start({});
+    EXPECT_FALSE(source.waitUntilSpaceAvailable());
+    EXPECT_TRUE(source.waitUntilSpaceAvailable());
+    source.stop();
+}
+
 TEST_F(NodeBaseTest, ADetachedSinkGetsNothingAndHasNoListener) {
     const auto sink = std::make_shared<TestSink>();
     const auto handle = node->attachOutputSink("Out", sink);

@@ -20,6 +20,7 @@ public:
         {
             std::lock_guard guard(mutex_);
             open_ = false;
+            ++closings_;
         }
         changed_.notify_all();
     }
@@ -36,21 +37,24 @@ public:
         changed_.notify_all();
     }
 
-    // True when hasSpace says so; false when the gate is closed, now or later.
+    // True when hasSpace says so; false when the gate is closed, now or later, even if it has been
+    // opened again for another run before the waiter got on.
     template <typename HasSpace>
     [[nodiscard]] bool wait(const HasSpace& hasSpace) {
         std::unique_lock lock(mutex_);
-        while (open_) {
+        const std::uint64_t entered = closings_;
+        const auto lasts = [&] { return open_ && closings_ == entered; };
+        while (lasts()) {
             // A change between the question and the wait must not be missed.
             const std::uint64_t asked = changes_;
             lock.unlock();
             const bool space = hasSpace();
             lock.lock();
             if (space) {
-                return open_;
+                return lasts();
             }
             ++waiters_;
-            changed_.wait(lock, [&] { return !open_ || changes_ != asked; });
+            changed_.wait(lock, [&] { return !lasts() || changes_ != asked; });
             --waiters_;
         }
         return false;
@@ -60,6 +64,7 @@ private:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::uint64_t changes_ = 0;
+    std::uint64_t closings_ = 0;
     unsigned int waiters_ = 0;
     bool open_ = false;
 };
