@@ -29,14 +29,14 @@ void validateRecipe(const CommonOptions& options, const std::string& recipe,
 void saveRecipe(const CommonOptions& options, const std::string& recipe, const std::string& target,
                 const std::vector<std::string>& sets) {
     // Made absolute first, since a node's load may change the current directory.
-    const std::filesystem::path file = std::filesystem::absolute(target).lexically_normal();
+    const std::filesystem::path file = std::filesystem::absolute(target);
     Host::Recipe loaded = Host::Recipe::load(recipe);
     Host::RecipeGraph graph(std::move(loaded), loadPackages(options), Host::createResourcePool());
     for (const std::string& assignment : sets) {
         graph.set(assignment);
     }
     graph.connect();
-    graph.saved(file.parent_path().string()).save(file.string());
+    graph.saved(std::filesystem::weakly_canonical(file.parent_path()).string()).save(file.string());
 }
 
 }  // namespace Orlix::App

@@ -23,14 +23,34 @@ namespace fs = std::filesystem;
 constexpr std::size_t imageCapacity = 16;
 constexpr std::size_t lineCapacity = 4096;
 
-// Whether the folder is new.
-bool makeFolder(const std::string& folder) {
-    std::error_code failure;
-    const bool isNew = fs::create_directories(folder, failure);
-    if (failure) {
-        fail(folder + ": can not make the folder: " + failure.message());
+// Innermost first, and none that is there; what can't be asked for is told of by the making.
+std::vector<fs::path> missingFolders(const fs::path& folder) {
+    std::vector<fs::path> missing;
+    std::error_code ignored;
+    for (fs::path path = folder; !path.empty() && !fs::exists(path, ignored);
+         path = path.parent_path()) {
+        missing.push_back(path);
     }
-    return isNew;
+    return missing;
+}
+
+void removeFolders(const std::vector<fs::path>& folders) {
+    for (const fs::path& folder : folders) {
+        std::error_code ignored;
+        fs::remove(folder, ignored);
+    }
+}
+
+// Returns the folders that are new, innermost first.
+std::vector<fs::path> makeFolder(const fs::path& folder) {
+    std::vector<fs::path> made = missingFolders(folder);
+    std::error_code failure;
+    fs::create_directories(folder, failure);
+    if (failure) {
+        removeFolders(made);
+        fail(folder.string() + ": can not make the folder: " + failure.message());
+    }
+    return made;
 }
 
 // Encoding is the work here; half of the processors are left to the graph.
@@ -56,7 +76,7 @@ std::string fileNameOf(const OpenOutput& output) {
 OutputWriter::OutputWriter(std::string folder, std::vector<OpenOutput> outputs,
                            std::shared_ptr<RunState> state, std::function<void()> onSpace)
     : folder_(std::move(folder)),
-      hasMadeFolder_(makeFolder(folder_)),
+      madeFolders_(makeFolder(folder_)),
       outputs_(std::move(outputs)),
       state_(std::move(state)),
       lineQueue_(
@@ -97,10 +117,7 @@ void OutputWriter::finish() {
 }
 
 void OutputWriter::discard() {
-    if (hasMadeFolder_) {
-        std::error_code ignored;
-        fs::remove(folder_, ignored);
-    }
+    removeFolders(madeFolders_);
 }
 
 void OutputWriter::openLines() {

@@ -2,6 +2,7 @@
 // and all errors as lines of values.jsonl. See docs/recipe-format.md for the names.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -44,7 +45,7 @@ private:
     [[nodiscard]] std::string imagePath(const OutputValue& value) const;
 
     std::string folder_;
-    bool hasMadeFolder_;
+    const std::vector<std::filesystem::path> madeFolders_;  // innermost first
     std::vector<OpenOutput> outputs_;
     std::shared_ptr<RunState> state_;
     std::unique_ptr<AppendFile> lines_;

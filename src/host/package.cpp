@@ -15,6 +15,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// `lower` has small letters, as recipes are read; a catalog may have others.
+bool isSameUuid(const std::string& uuid, const std::string& lower) {
+    return std::equal(uuid.begin(), uuid.end(), lower.begin(), lower.end(), [](char a, char b) {
+        return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b;
+    });
+}
+
 // The table of entry points, version 2.
 constexpr unsigned int interfaceVersion = 2;
 using GetInterfaceVersion = unsigned int();
@@ -150,10 +157,11 @@ PackageList::Entry PackageList::find(const std::string& name, const std::string&
     for (const auto& package : packages_) {
         for (const Module& module : package->modules()) {
             const auto& uuids = module.supportedUuids;
+            const auto isAsked = [&](const std::string& own) { return isSameUuid(own, uuid); };
             const bool matches =
-                uuid.empty() ? module.name == name
-                             : module.uuid == uuid ||
-                                   std::find(uuids.begin(), uuids.end(), uuid) != uuids.end();
+                uuid.empty()
+                    ? module.name == name
+                    : isAsked(module.uuid) || std::any_of(uuids.begin(), uuids.end(), isAsked);
             if (matches) {
                 return {package, &module};
             }

@@ -61,8 +61,9 @@ Recipe& Recipe::operator=(Recipe other) noexcept {
 }
 
 Recipe Recipe::load(const std::string& file) {
-    const std::filesystem::path absolute = std::filesystem::absolute(file);
-    return parse(readTextFile(file), file, absolute.lexically_normal().parent_path().string());
+    // Not by text: behind a link, ".." is another folder.
+    const std::filesystem::path folder = std::filesystem::absolute(file).parent_path();
+    return parse(readTextFile(file), file, std::filesystem::weakly_canonical(folder).string());
 }
 
 Recipe Recipe::parse(const std::string& text, const std::string& source,

@@ -369,6 +369,14 @@ TEST_F(BadFolder, RunThatDoesNotStartMakesNone) {
     EXPECT_FALSE(std::filesystem::exists(folder_ / "out"));
 }
 
+TEST_F(BadFolder, RunThatDoesNotStartTakesEveryFolderAwayThatItMade) {
+    const std::string recipe = writeReplayRecipe(folder_, "");
+    folder_.write("there/kept.txt", "");
+    EXPECT_EQ(runOrlix({"run", recipe, "--out", folder_ / "there/two/three"}).exitCode, 1);
+    EXPECT_TRUE(std::filesystem::exists(folder_ / "there/kept.txt"));
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "there/two"));
+}
+
 TEST_F(BadFolder, RunThatDoesNotStartLeavesEarlierResultsAlone) {
     const std::string recipe = writeReplayRecipe(folder_, "");
     folder_.write("out/values.jsonl", "earlier\n");

@@ -74,6 +74,19 @@ TEST_F(SaveCommand, PathIsRelativeToTheFolderOfTheNewFile) {
     EXPECT_EQ(saved.at("nodes")[0].at("settings").at("sourcePath"), "../images");
 }
 
+// Behind a link, ".." is not the folder that the text says.
+TEST_F(SaveCommand, PathsThatGoUpBehindALinkMeanWhatTheFileSystemSays) {
+    std::filesystem::create_directories(folder_ / "real/inner");
+    std::filesystem::create_directory_symlink(folder_ / "real/inner", folder_ / "link");
+    std::filesystem::rename(folder_ / "images", folder_ / "real/images");
+    std::filesystem::rename(recipe_, folder_ / "real/r.json");
+    const ProgramResult result = save(folder_ / "link/../r.json", folder_ / "link/../saved.json");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "saved.json"));
+    const Json saved = Json::parse(readFile(folder_ / "real/saved.json"));
+    EXPECT_EQ(saved.at("nodes")[0].at("settings").at("sourcePath"), "images");
+}
+
 TEST_F(SaveCommand, SetIsPartOfWhatIsSaved) {
     const ProgramResult result =
         runOrlix({"save", recipe_, "-o", folder_ / "saved.json", "--set", "Loader.SortBy=Random"});
