@@ -352,7 +352,7 @@ private:
         const std::size_t imageSize = std::size_t{frame.width} * frame.height;
         auto* const bytes = static_cast<std::uint8_t*>(buffer.data);
         std::memset(bytes, frame.value, std::min(imageSize, buffer.capacity));
-        std::memcpy(bytes + imageSize, frame.chunks.data(), frame.chunks.size());
+        std::copy(frame.chunks.begin(), frame.chunks.end(), bytes + imageSize);
         buffer.fate = frame.fate;
         buffer.error = GenICam::gcstring(frame.error);
         buffer.kind = frame.kind;
