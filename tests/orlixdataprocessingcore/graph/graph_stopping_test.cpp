@@ -181,6 +181,54 @@ TEST_F(GraphStopping, ANodeThatIsStoppedOnItsOwnHoldsNothingUp) {
     EXPECT_EQ(graph.statistics().droppedJobs, 5U);
 }
 
+TEST(GraphStop, ANodeThatIsStoppedWhileItsOutputIsFullHoldsItsSourceBackNoMore) {
+    for (int round = 0; round < 50; ++round) {
+        auto source = std::make_shared<TestSource>();
+        auto node = std::make_shared<TestNode>();
+        auto sink = std::make_shared<TestSink>();
+        Graph graph(GraphOptions{2});
+        buildChain(graph, source, {node}, sink);
+        sink->setFull(true);
+        graph.start({});
+        for (int value = 0; value < 2; ++value) {
+            source->send(value);
+        }
+        std::latch isFull(1);
+        std::thread producer([&] {
+            isFull.count_down();
+            for (int value = 0; value < 10; ++value) {
+                ASSERT_TRUE(source->waitUntilSpaceAvailable());
+                source->send(value);
+            }
+        });
+        isFull.wait();
+        node->stop();
+        producer.join();
+        EXPECT_EQ(sink->waitFor(12).size(), 12U);
+        EXPECT_EQ(sink->skips(), 12U);
+        graph.stop(StopMode::Drain);
+        EXPECT_EQ(graph.statistics().droppedJobs, 12U);
+    }
+}
+
+TEST(GraphStop, WhatAStoppedNodeLeavesOutTakesNoMemoryBehindIt) {
+    auto source = std::make_shared<TestSource>();
+    auto stopped = std::make_shared<TestNode>();
+    auto sink = std::make_shared<TestSink>();
+    Graph graph(GraphOptions{4});
+    buildChain(graph, source, {stopped, std::make_shared<TestNode>()}, sink);
+    sink->setFull(true);
+    graph.start({});
+    source->send(1);
+    stopped->stop();
+    for (int value = 0; value < 1000; ++value) {
+        ASSERT_TRUE(source->waitUntilSpaceAvailable());
+        source->send(value);
+    }
+    EXPECT_LE(graph.statistics().connections.back().queued, 5U);
+    graph.stop(StopMode::Drop);
+}
+
 TEST_F(GraphStopping, RunsAgainAfterAStop) {
     for (int run = 0; run < 3; ++run) {
         graph.start({});

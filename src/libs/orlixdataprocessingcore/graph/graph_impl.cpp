@@ -76,10 +76,7 @@ Graph::Impl::~Impl() {
     }
     // Slots that still run must end before the nodes that they wake.
     for (Member& member : members_) {
-        member.canExecute.reset();
-        member.autoReset.reset();
-        member.inputs.reset();
-        member.outputs.reset();
+        member.slots.clear();
     }
     activity_->waitUntilIdle();
 }
@@ -102,7 +99,7 @@ void Graph::Impl::addNode(const gcstring& name, const std::shared_ptr<INode>& no
             refuse("There is a node \"" + name.str() + "\" already.");
         }
     }
-    Member member{std::make_shared<GraphNode>(name, node, activity_), {}, {}, {}, {}, 0};
+    Member member{std::make_shared<GraphNode>(name, node, activity_), {}, 0};
     observe(member);
     std::lock_guard guard(listMutex_);
     members_.push_back(std::move(member));
@@ -110,16 +107,17 @@ void Graph::Impl::addNode(const gcstring& name, const std::shared_ptr<INode>& no
 
 void Graph::Impl::observe(Member& member) {
     GraphNode* const node = member.node.get();
-    const Utils::Trackables trackables{member.node};
-    member.canExecute.set(
-        node->node().getCanExecuteSignal()->connect([node] { node->wake(); }, trackables), true);
-    member.autoReset.set(
-        node->node().getAutoResetChangedSignal()->connect(
-            [this, node](const gcstring& pin) { refreshAutoReset(*node, pin); }, trackables),
-        true);
-    const auto refresh = [this, node] { refreshPins(*node); };
-    member.inputs.set(node->node().getInputsChangedSignal()->connect(refresh, trackables), true);
-    member.outputs.set(node->node().getOutputsChangedSignal()->connect(refresh, trackables), true);
+    INode& inner = node->node();
+    const auto listen = [&](const auto& signal, const auto& slot) {
+        member.slots.emplace_back(signal->connect(slot, {member.node}), true);
+    };
+    listen(inner.getCanExecuteSignal(), [node] { node->wake(); });
+    // One that is stopped can't wait for space any more: its values are dropped.
+    listen(inner.getStateChangedSignal(), [node] { node->wake(); });
+    listen(inner.getAutoResetChangedSignal(),
+           [this, node](const gcstring& pin) { refreshAutoReset(*node, pin); });
+    listen(inner.getInputsChangedSignal(), [this, node] { refreshPins(*node); });
+    listen(inner.getOutputsChangedSignal(), [this, node] { refreshPins(*node); });
 }
 
 const std::shared_ptr<GraphNode>& Graph::Impl::find(const gcstring& name) const {

@@ -52,10 +52,7 @@ private:
     };
     struct Member {
         std::shared_ptr<GraphNode> node;
-        Utils::ScopedConnection canExecute;
-        Utils::ScopedConnection autoReset;
-        Utils::ScopedConnection inputs;
-        Utils::ScopedConnection outputs;
+        std::vector<Utils::ScopedConnection> slots;  // of what the node tells
         std::uint64_t failedBefore = 0;
     };
 

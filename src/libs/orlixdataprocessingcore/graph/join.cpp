@@ -44,9 +44,22 @@ bool Join::arrive(Connection& connection, std::shared_ptr<IGraphUpdate>& update,
         }
         return false;
     }
-    connection.ring.push(std::move(update), std::move(value));
-    connection.publishSize();
+    if (!value.isValid() && canMergeSkip(connection)) {
+        connection.ring.replaceBack(std::move(update), {});
+    } else {
+        connection.ring.push(std::move(update), std::move(value));
+        connection.publishSize();
+    }
     return scheduleIfDecided();
+}
+
+// Nobody asks for space before a skip, since it must always get through. A skip that waits says the
+// same as a later one: the connection has gone past all before it. So a full queue needn't grow,
+// unless a job could do without the value.
+bool Join::canMergeSkip(Connection& connection) {
+    ValueRing& ring = connection.ring;
+    return !ring.empty() && ring.size() >= connection.capacity() && connection.isNeeded() &&
+           !ring.back().value.isValid();
 }
 
 bool Join::scheduleIfDecided() {

@@ -74,6 +74,7 @@ private:
 
     [[nodiscard]] bool isQueue(const Connection& connection) const noexcept;
     void countQueues();
+    [[nodiscard]] static bool canMergeSkip(Connection& connection);
     [[nodiscard]] bool scheduleIfDecided();
     [[nodiscard]] Decision decide();
     [[nodiscard]] Taken popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update,

@@ -25,6 +25,7 @@ public:
     [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
     [[nodiscard]] WaitingValue& front() noexcept { return places_[first_]; }
+    [[nodiscard]] WaitingValue& back() noexcept { return places_[placeOf(size_ - 1)]; }
 
     void reserve(std::size_t capacity) {
         if (places_.size() < capacity) {
@@ -36,13 +37,15 @@ public:
         if (size_ == places_.size()) {
             grow(2 * size_ + 1);
         }
-        std::size_t place = first_ + size_;
-        place = place < places_.size() ? place : place - places_.size();
-        WaitingValue& waiting = places_[place];
+        ++size_;
+        replaceBack(std::move(update), std::move(value));
+    }
+
+    void replaceBack(std::shared_ptr<IGraphUpdate>&& update, Utils::Variant&& value) {
+        WaitingValue& waiting = back();
         waiting.update = std::move(update);
         waiting.sequenceNumber = waiting.update->getSequenceNumber();
         waiting.value = std::move(value);
-        ++size_;
     }
 
     [[nodiscard]] WaitingValue pop() noexcept {
@@ -54,6 +57,11 @@ public:
     }
 
 private:
+    [[nodiscard]] std::size_t placeOf(std::size_t index) const noexcept {
+        const std::size_t place = first_ + index;
+        return place < places_.size() ? place : place - places_.size();
+    }
+
     void grow(std::size_t capacity) {
         std::vector<WaitingValue> places(capacity);
         for (std::size_t place = 0; place < size_; ++place) {
