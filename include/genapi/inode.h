@@ -57,6 +57,18 @@ public:
                              ELinkType LinkType = ctReadingChildren) const = 0;
     // Replaces the list by the nodes that read this one.
     virtual void GetParents(NodeList_t& Parents) const = 0;
+
+    // What the description says of the node, also what no interface asks for, as "FeatureID" or
+    // "Timeout". The names are those of the elements, each once, and "Name", "NameSpace",
+    // "MergePriority", "ExposeStatic" and "Comment" of the attributes. Elements that may be left
+    // out have their defaults. The constants of an address are summed up.
+    virtual void GetPropertyNames(StringList_t& PropertyNames) const = 0;
+    // The value is a text, word or number, or the name of the node that is linked. The attribute is
+    // the name of a variable, the index of an indexed value, the offset of a pIndex. Of several
+    // elements of one name the values follow each other in file order, parted by tabs, and so do
+    // the attributes if there are any. False and empty texts if the node has no such property.
+    virtual bool GetProperty(const gcstring& PropertyName, gcstring& ValueStr,
+                             gcstring& AttributeStr) const = 0;
 };
 
 // Ends a registration of any node of any map that still lives.

@@ -60,6 +60,13 @@ Description::~Description() {
     }
 }
 
+std::span<const KeptText> Description::keptOf(NodeId id) const {
+    const auto range =
+        std::equal_range(keptTexts.begin(), keptTexts.end(), KeptText{"", id, {}, {}},
+                         [](const KeptText& a, const KeptText& b) { return a.node < b.node; });
+    return {range.first, range.second};
+}
+
 void Description::prepareClosures() {
     closures_ = std::make_unique<std::atomic<const NodeId*>[]>(nodes.size());
 }

@@ -226,6 +226,13 @@ struct PortDetail {
     NodeId chunkIdNode = noNode;
 };
 
+// What an element says that no row has a place for: texts of formulas, notes of an author.
+struct KeptText {
+    const char* property = "";
+    NodeId node = noNode;
+    Slice text, attribute;
+};
+
 // Hash index of the names; looked up by text only when a user asks.
 class NameIndex {
 public:
@@ -258,6 +265,7 @@ struct Description {
     std::vector<FormulaDetail> formulas;
     std::vector<FormulaVariable> variables;
     std::vector<NodeId> polled;
+    std::vector<KeptText> keptTexts;  // by node
 
     std::vector<NodeId> links;  // what the slices of nodes mean, but for names and texts
     std::vector<AddressTerm> terms;
@@ -294,6 +302,8 @@ struct Description {
     [[nodiscard]] NodeId find(std::string_view name) const {
         return names.find(name, nodes, texts);
     }
+
+    [[nodiscard]] std::span<const KeptText> keptOf(NodeId id) const;
 
     // The node itself and all that an invalidation of it reaches, causes before dependants.
     // Computed on the first use and kept.

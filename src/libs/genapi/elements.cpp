@@ -97,6 +97,9 @@ constexpr std::array<Word<ECachingMode>, 3> cachingWords = {
 
 constexpr std::array<Word<bool>, 2> yesNoWords = {{{"Yes", true}, {"No", false}}};
 
+constexpr std::array<Word<ENameSpace>, 2> nameSpaceWords = {
+    {{"Standard", Standard}, {"Custom", Custom}}};
+
 constexpr std::array<Word<ESign>, 2> signWords = {{{"Signed", Signed}, {"Unsigned", Unsigned}}};
 
 constexpr std::array<Word<EEndianess>, 2> endianessWords = {
@@ -135,12 +138,20 @@ std::span<const Word<EEndianess>> wordsOf(EEndianess) {
 std::span<const Word<Slope>> wordsOf(Slope) {
     return slopeWords;
 }
+std::span<const Word<ENameSpace>> wordsOf(ENameSpace) {
+    return nameSpaceWords;
+}
 
 }  // namespace
 
 std::optional<Element> elementOf(std::string_view name) {
     const std::size_t place = elementIndex.find(name);
     return place == elementCount ? std::nullopt : std::optional(static_cast<Element>(place));
+}
+
+const char* nameOf(Element element) {
+    // Literals, so each ends with a zero.
+    return elementNames[static_cast<std::size_t>(element)].data();
 }
 
 bool isRepeatable(Element element) {
@@ -165,14 +176,29 @@ std::optional<Value> valueOfWord(std::string_view text) {
     return std::nullopt;
 }
 
-template std::optional<EAccessMode> valueOfWord(std::string_view);
-template std::optional<EVisibility> valueOfWord(std::string_view);
-template std::optional<ERepresentation> valueOfWord(std::string_view);
-template std::optional<EDisplayNotation> valueOfWord(std::string_view);
-template std::optional<ECachingMode> valueOfWord(std::string_view);
-template std::optional<ESign> valueOfWord(std::string_view);
-template std::optional<EEndianess> valueOfWord(std::string_view);
-template std::optional<Slope> valueOfWord(std::string_view);
-template std::optional<bool> valueOfWord(std::string_view);
+template <typename Value>
+std::string_view wordOf(Value value) {
+    for (const Word<Value>& word : wordsOf(Value{})) {
+        if (word.value == value) {
+            return word.text;
+        }
+    }
+    return {};
+}
+
+#define GENAPI_WORDS(Value)                                             \
+    template std::optional<Value> valueOfWord<Value>(std::string_view); \
+    template std::string_view wordOf<Value>(Value);
+GENAPI_WORDS(EAccessMode)
+GENAPI_WORDS(EVisibility)
+GENAPI_WORDS(ERepresentation)
+GENAPI_WORDS(EDisplayNotation)
+GENAPI_WORDS(ECachingMode)
+GENAPI_WORDS(ENameSpace)
+GENAPI_WORDS(ESign)
+GENAPI_WORDS(EEndianess)
+GENAPI_WORDS(Slope)
+GENAPI_WORDS(bool)
+#undef GENAPI_WORDS
 
 }  // namespace GenApi::Detail

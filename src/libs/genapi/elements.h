@@ -38,6 +38,7 @@ enum class Element : std::uint8_t {
 inline constexpr std::size_t elementCount = static_cast<std::size_t>(Element::count);
 
 [[nodiscard]] std::optional<Element> elementOf(std::string_view name);
+[[nodiscard]] const char* nameOf(Element element);
 
 // Whether a node may have several of them.
 [[nodiscard]] bool isRepeatable(Element element);
@@ -51,5 +52,8 @@ inline constexpr std::size_t elementCount = static_cast<std::size_t>(Element::co
 // where it is Yes or No.
 template <typename Value>
 [[nodiscard]] std::optional<Value> valueOfWord(std::string_view word);
+// The other way round, also for ENameSpace; empty for a value without a word.
+template <typename Value>
+[[nodiscard]] std::string_view wordOf(Value value);
 
 }  // namespace GenApi::Detail

@@ -331,8 +331,27 @@ Number NodeBuilder::linkedNumber(XmlElement child) {
     return result;
 }
 
+void NodeBuilder::keepText(const char* property, std::string_view text,
+                           std::string_view attribute) {
+    keepText(property, context_.store(text), attribute);
+}
+
+void NodeBuilder::keepText(const char* property, Slice text, std::string_view attribute) {
+    context_.spend(sizeof(KeptText));
+    d_.keptTexts.push_back({property, id_, text, context_.store(attribute)});
+}
+
+void NodeBuilder::keepAttributes() {
+    for (const char* name : {"MergePriority", "ExposeStatic", "Comment"}) {
+        if (const auto value = element_.attribute(name)) {
+            keepText(name, trim(*value));
+        }
+    }
+}
+
 void NodeBuilder::finish(NodeId id, const PendingNode& pending) {
     finishDetail(id, pending);
+    keepAttributes();
     node_.implemented = context_.store(draft_.implemented);
     node_.available = context_.store(draft_.available);
     node_.locked = context_.store(draft_.locked);

@@ -84,6 +84,7 @@ private:
     bool applyLayout(Element element, XmlElement child);
     bool applyPort(Element element, XmlElement child);
     bool applyFormula(Element element, XmlElement child);
+    bool takeFormula(Element element, XmlElement child);
     bool applyConverter(Element element, XmlElement child);
     bool applyConfigKey(Element element, XmlElement child);
     void addVariable(XmlElement child);
@@ -92,6 +93,11 @@ private:
     bool chooseMember(std::string_view suffix, FormulaVariable& variable) const;
 
     void finish(NodeId id, const PendingNode& pending);
+    // For INode::GetProperty only.
+    void keepText(const char* property, std::string_view text, std::string_view attribute = {});
+    void keepText(const char* property, Slice text, std::string_view attribute);
+    void keepAttributes();
+    void keepFormulaText(Element element, XmlElement child);
     void finishDetail(NodeId id, const PendingNode& pending);
     void finishNumber(bool isFloat);
     void finishRegister(NodeId id);

@@ -8,6 +8,38 @@
 namespace GenApi::Detail {
 
 bool NodeBuilder::applyFormula(Element element, XmlElement child) {
+    if (!takeFormula(element, child)) {
+        return false;
+    }
+    if (context_.strings == StringPolicy::keepAll) {
+        keepFormulaText(element, child);
+    }
+    return true;
+}
+
+void NodeBuilder::keepFormulaText(Element element, XmlElement child) {
+    const std::string_view name = trim(child.valueOf("Name"));
+    switch (element) {
+        case Element::pVariable: {
+            // The text is the name of a node, which is stored already.
+            const NodeId target = resolve(text_);
+            return target == noNode ? keepText(nameOf(element), text_, name)
+                                    : keepText(nameOf(element), d_.nodes[target].name, name);
+        }
+        case Element::Constant:
+        case Element::Expression:
+        case Element::Formula:
+        case Element::FormulaFrom:
+        case Element::FormulaTo:
+        case Element::Input:
+        case Element::Output:
+            return keepText(nameOf(element), text_, name);
+        default:
+            return;
+    }
+}
+
+bool NodeBuilder::takeFormula(Element element, XmlElement child) {
     switch (element) {
         case Element::pVariable:
             addVariable(child);

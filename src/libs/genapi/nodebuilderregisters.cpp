@@ -56,10 +56,14 @@ bool NodeBuilder::applyRegister(Element element, XmlElement child) {
         case Element::IntKey:
         case Element::TextDesc:
             return node_.kind == Kind::configRom;
-        // What a feature is called, and how long it stays open. Who opens it has to know both.
+        // What a feature is called, and how long it stays open: for who opens it.
         case Element::FeatureID:
         case Element::Timeout:
-            return node_.kind == Kind::advancedFeature || node_.kind == Kind::smartFeature;
+            if (node_.kind == Kind::advancedFeature || node_.kind == Kind::smartFeature) {
+                keepText(nameOf(element), text_);
+                return true;
+            }
+            return false;
         default:
             return applyAddress(element, child) || applyLayout(element, child);
     }

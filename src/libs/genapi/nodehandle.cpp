@@ -5,6 +5,7 @@
 #include <charconv>
 
 #include "genapi/engineerror.h"
+#include "genapi/properties.h"
 
 namespace GenApi::Detail {
 
@@ -108,10 +109,7 @@ void NodeHandle::GetChildren(NodeList_t& Children, ELinkType LinkType) const {
             return;
         }
         case ctWritingChildren:
-            Children.clear();
-            if (row().value != noNode) {
-                Children.push_back(map_.nodeOf(row().value));
-            }
+            map_.toNodes(written(), Children);
             return;
         case ctInvalidatingChildren:
             map_.toNodes(d.list(row().invalidators), Children);
@@ -120,10 +118,62 @@ void NodeHandle::GetChildren(NodeList_t& Children, ELinkType LinkType) const {
     Children.clear();
 }
 
+// Its target, the copies and what its table links, in the order of writing.
+std::vector<NodeId> NodeHandle::written() const {
+    const Description& d = description();
+    std::vector<NodeId> result;
+    const bool isNumber = row().kind == Kind::integer || row().kind == Kind::floating;
+    const NumberDetail detail = isNumber ? d.numbers[row().detail] : NumberDetail();
+    const auto addList = [&](Slice slice) {
+        const auto list = d.list(slice);
+        result.insert(result.end(), list.begin(), list.end());
+    };
+    addList(detail.copiesBefore);
+    result.push_back(row().value);
+    addList(detail.copiesAfter);
+    for (std::uint32_t i = 0; i < detail.table.count; ++i) {
+        result.push_back(d.indexed[detail.table.begin + i].value.link);
+    }
+    result.push_back(detail.fallback.link);
+    std::erase(result, noNode);
+    return result;
+}
+
 void NodeHandle::GetParents(NodeList_t& Parents) const {
     const Description& d = description();
     const Slice slice = d.dependants[id_];
     map_.toNodes(std::span(d.dependantLinks).subspan(slice.begin, slice.count), Parents);
+}
+
+void NodeHandle::GetPropertyNames(StringList_t& PropertyNames) const {
+    PropertyNames.clear();
+    for (const Property& property : propertiesOf(description(), id_)) {
+        const gcstring name(property.name);
+        if (std::find(PropertyNames.begin(), PropertyNames.end(), name) == PropertyNames.end()) {
+            PropertyNames.push_back(name);
+        }
+    }
+}
+
+bool NodeHandle::GetProperty(const gcstring& PropertyName, gcstring& ValueStr,
+                             gcstring& AttributeStr) const {
+    std::string values;
+    std::string attributes;
+    bool isFound = false;
+    bool hasAttributes = false;
+    for (const Property& property : propertiesOf(description(), id_)) {
+        if (property.name != PropertyName.view()) {
+            continue;
+        }
+        const char* const separator = isFound ? "\t" : "";
+        values += separator + property.value;
+        attributes += separator + property.attribute;
+        hasAttributes = hasAttributes || !property.attribute.empty();
+        isFound = true;
+    }
+    ValueStr = gcstring(values);
+    AttributeStr = hasAttributes ? gcstring(attributes) : gcstring();
+    return isFound;
 }
 
 void NodeHandle::GetSelectedFeatures(FeatureList_t& Features) const {

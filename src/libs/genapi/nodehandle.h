@@ -44,6 +44,9 @@ public:
     [[nodiscard]] INodeMap* GetNodeMap() const override { return &map_; }
     void GetChildren(NodeList_t& Children, ELinkType LinkType) const override;
     void GetParents(NodeList_t& Parents) const override;
+    void GetPropertyNames(StringList_t& PropertyNames) const override;
+    bool GetProperty(const gcstring& PropertyName, gcstring& ValueStr,
+                     gcstring& AttributeStr) const override;
 
     [[nodiscard]] bool IsSelector() const override { return row().selected.count != 0; }
     void GetSelectedFeatures(FeatureList_t& Features) const override;
@@ -58,6 +61,8 @@ protected:
     [[nodiscard]] gcstring text(Slice slice) const { return gcstring(description().text(slice)); }
 
 private:
+    [[nodiscard]] std::vector<NodeId> written() const;
+
     NodeMap& map_;
     NodeId id_;
     EVisibility imposedVisibility_ = Beginner;
