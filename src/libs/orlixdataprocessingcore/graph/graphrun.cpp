@@ -55,7 +55,8 @@ void Graph::Impl::freeResources() {
 
 void Graph::Impl::start(const NodeArgumentCollection& arguments) {
     checkStopped("A second start");
-    renewAttachments();
+    renewOutputs();
+    renewInputs();
     validate();
     openJoins();
     running_ = true;
