@@ -27,6 +27,10 @@ protected:
     // Declares a pin; throws InvalidArgumentException for a name that exists.
     void createOutput(const gcstring& name, const gcstring& description,
                       const Utils::TypeInfo& type, bool optional, std::uint64_t maxJobCount);
+    // Says that the pin never has a value in an update in which a pin of another group has one, so
+    // that a graph refuses to join them. At first all pins are of the group "". Throws
+    // InvalidArgumentException for an unknown name.
+    void setUpdateGroup(const gcstring& output, const gcstring& group);
 
     // Blocks until the graph can take another job. False when no job can be offered: the node is
     // not started or is being stopped. Needs no lock of the node, and may be called with it held.

@@ -57,6 +57,8 @@ struct OutputDescriptor {
     Utils::TypeInfo type;
     bool optional = false;  // a job may leave this pin out
     std::uint64_t maxJobCount = unlimitedJobs;
+    // Of a pin that begins updates: pins of different groups never have a value in the same one.
+    gcstring updateGroup = {};
 };
 
 // Oldest first; two errors are the same entry only if they are the same object.

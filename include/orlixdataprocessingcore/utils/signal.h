@@ -146,3 +146,4 @@ private:
 }  // namespace Orlix::DataProcessing::Utils
 
 #include "orlixdataprocessingcore/utils/signal_impl.h"
+#include "orlixdataprocessingcore/utils/signalemission_impl.h"

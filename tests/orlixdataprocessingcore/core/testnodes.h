@@ -54,6 +54,7 @@ public:
     using AdvancedNode::createOutput;
     using AdvancedNode::getLock;
     using AdvancedNode::removeOutput;
+    using AdvancedNode::setUpdateGroup;
     using AdvancedNode::waitUntilSpaceAvailable;
     using NodeBase::abort;
 

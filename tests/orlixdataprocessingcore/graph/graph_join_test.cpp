@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "orlixdataprocessingcore/core/testnodes.h"
+#include "orlixdataprocessingcore/expectthrow.h"
 #include "orlixdataprocessingcore/graph/graph.h"
 
 namespace Orlix::DataProcessing::Core {
@@ -25,6 +26,24 @@ protected:
     void send(std::int64_t a, std::int64_t b) {
         ASSERT_TRUE(source->waitUntilSpaceAvailable());
         source->send(PinValues{{"A", integer(a)}, {"B", integer(b)}});
+    }
+
+    // Runs with an input Y that has kept 10 and an input X that has had 1.
+    void startWithKeptInput() {
+        join->setAutoResetEnabled("Y", false);
+        connectBoth();
+        graph.start({});
+        source->send(PinValues{{"B", integer(10)}});
+        source->send(PinValues{{"A", integer(1)}});
+        ASSERT_EQ(sink->waitFor(2).size(), 2U);
+    }
+    // What comes when Y has been reset: the sum of the first job, none of the next, 33.
+    void expectThatYResets() {
+        source->send(PinValues{{"A", integer(2)}});
+        send(3, 30);
+        graph.stop(StopMode::Drain);
+        EXPECT_EQ(sink->values(), (Numbers{11, 33}));
+        EXPECT_EQ(graph.statistics().droppedJobs, 1U);
     }
 
     std::shared_ptr<TestSource> source =
@@ -117,11 +136,7 @@ TEST_F(GraphJoin, TwoThreadsOfOneSourceMayCreateTheirUpdatesInAnyOrder) {
 }
 
 TEST_F(GraphJoin, AnInputWithoutAutoResetKeepsItsLastValueAndHoldsNoJobBack) {
-    join->setAutoResetEnabled("Y", false);
-    connectBoth();
-    graph.start({});
-    source->send(PinValues{{"B", integer(10)}});
-    source->send(PinValues{{"A", integer(1)}});
+    startWithKeptInput();
     source->send(PinValues{{"A", integer(2)}});
     static_cast<void>(sink->waitFor(3));
     source->send(PinValues{{"B", integer(100)}});
@@ -142,18 +157,9 @@ TEST_F(GraphJoin, AJobBeforeTheFirstValueOfANeededInputIsDropped) {
 }
 
 TEST_F(GraphJoin, AutoResetMaySwitchBackWhileTheGraphRuns) {
-    join->setAutoResetEnabled("Y", false);
-    connectBoth();
-    graph.start({});
-    source->send(PinValues{{"B", integer(10)}});
-    source->send(PinValues{{"A", integer(1)}});
-    static_cast<void>(sink->waitFor(2));
+    startWithKeptInput();
     join->setAutoResetEnabled("Y", true);
-    source->send(PinValues{{"A", integer(2)}});
-    send(3, 30);
-    graph.stop(StopMode::Drain);
-    EXPECT_EQ(sink->values(), (Numbers{11, 33}));
-    EXPECT_EQ(graph.statistics().droppedJobs, 1U);
+    expectThatYResets();
 }
 
 TEST_F(GraphJoin, IfNoInputHasAutoResetEveryValueMakesAJob) {
@@ -198,35 +204,52 @@ TEST_F(GraphJoin, AnInputThatIsMadeAnewInARunIsNeededOrNotAsItSaysNow) {
 }
 
 TEST_F(GraphJoin, AnInputThatIsMadeAnewInARunResetsAgain) {
-    join->setAutoResetEnabled("Y", false);
-    connectBoth();
-    graph.start({});
-    source->send(PinValues{{"B", integer(10)}});
-    source->send(PinValues{{"A", integer(1)}});
-    static_cast<void>(sink->waitFor(2));
+    startWithKeptInput();
     join->remakeInput("Y", 1);
-    source->send(PinValues{{"A", integer(2)}});
-    send(3, 30);
-    graph.stop(StopMode::Drain);
-    EXPECT_EQ(sink->values(), (Numbers{11, 33}));
-    EXPECT_EQ(graph.statistics().droppedJobs, 1U);
+    expectThatYResets();
 }
 
 TEST_F(GraphJoin, RefusesInputsThatCanNeverShareAnUpdate) {
     graph.addNode("Second", std::make_shared<TestSource>());
     graph.connect("Source", "A", "Join", "X");
     graph.connect("Second", "Out", "Join", "Y");
-    try {
-        graph.validate();
-        FAIL();
-    } catch (const GenICam::RuntimeException& exception) {
-        const gcstring text(exception.GetDescription());
-        EXPECT_NE(text.find("\"Join\""), gcstring::npos);
-        EXPECT_NE(text.find("different sources"), gcstring::npos);
-    }
+    Orlix::Test::expectThrow<GenICam::RuntimeException>(
+        [&] { graph.validate(); },
+        "The inputs \"X\" and \"Y\" of node \"Join\" get their values from different sources "
+        "and can never have a value of the same update. Connect them to one source, or switch "
+        "auto reset off for one.");
     EXPECT_THROW(graph.start({}), GenICam::RuntimeException);
     join->setAutoResetEnabled("Y", false);
     graph.validate();
+}
+
+TEST_F(GraphJoin, RefusesOutputsOfOneSourceWhoseUpdatesNeverMeet) {
+    source->setUpdateGroup("B", "event");
+    graph.addNode("F", std::make_shared<TestNode>());
+    graph.connect("Source", "A", "F", "In");
+    graph.connect("F", "Out", "Join", "X");
+    graph.connect("Source", "B", "Join", "Y");
+    Orlix::Test::expectThrow<GenICam::RuntimeException>(
+        [&] { graph.validate(); },
+        "The inputs \"X\" and \"Y\" of node \"Join\" can never have a value of the same "
+        "update: the outputs behind \"F.Out\" and \"Source.B\" have updates of their own. "
+        "Switch auto reset off for one.");
+    source->setUpdateGroup("A", "event");
+    graph.validate();
+    source->setUpdateGroup("A", "other");
+    join->setAutoResetEnabled("Y", false);
+    graph.validate();
+}
+
+TEST_F(GraphJoin, AnOutputWithUpdatesOfItsOwnMayFeedBothInputs) {
+    source->setUpdateGroup("B", "event");
+    graph.connect("Source", "B", "Join", "X");
+    graph.connect("Source", "B", "Join", "Y");
+    graph.validate();
+}
+
+TEST_F(GraphJoin, OnlyAnOutputThatIsThereHasAnUpdateGroup) {
+    EXPECT_THROW(source->setUpdateGroup("C", "event"), GenICam::InvalidArgumentException);
 }
 
 // Switches auto reset off in the middle of being connected, as another thread might.

@@ -56,6 +56,7 @@ TEST_F(CameraEventPins, AValidTextMakesAnOutput) {
     EXPECT_EQ(output.type, Utils::TypeInfo::getTypeInfo<Core::Integer>(true));
     EXPECT_TRUE(output.optional);
     EXPECT_EQ(output.maxJobCount, Core::unlimitedJobs);
+    EXPECT_NE(output.updateGroup, node().getOutputDescriptors().at(0).updateGroup);
     EXPECT_EQ(text("EventPinConfiguration"), end);
     EXPECT_THAT(getLines(capture, category),
                 ElementsAre("3 Camera: (0,0): Error : Expected valid name not found.",

@@ -25,8 +25,12 @@ void* AdvancedNode::getRawPointer() {
 void AdvancedNode::createOutput(const gcstring& name, const gcstring& description,
                                 const Utils::TypeInfo& type, bool optional,
                                 std::uint64_t maxJobCount) {
-    impl().outputs.add({name, description, type, optional, maxJobCount});
+    impl().outputs.add({name, description, type, optional, maxJobCount, {}});
     impl().outputsChanged.emit();
+}
+
+void AdvancedNode::setUpdateGroup(const gcstring& output, const gcstring& group) {
+    impl().outputs.setUpdateGroup(output, group);
 }
 
 bool AdvancedNode::waitUntilSpaceAvailable() const {

@@ -97,6 +97,11 @@ void OutputPins::remove(const gcstring& name) {
     }
 }
 
+void OutputPins::setUpdateGroup(const gcstring& name, const gcstring& group) {
+    std::lock_guard guard(mutex_);
+    find(name)->descriptor.updateGroup = group;
+}
+
 std::vector<OutputDescriptor> OutputPins::descriptors() const {
     std::lock_guard guard(mutex_);
     std::vector<OutputDescriptor> result;

@@ -40,6 +40,7 @@ public:
 
     void add(const OutputDescriptor& descriptor);
     void remove(const gcstring& name);
+    void setUpdateGroup(const gcstring& name, const gcstring& group);
     [[nodiscard]] std::vector<OutputDescriptor> descriptors() const;
 
     [[nodiscard]] std::shared_ptr<IHandle> attach(const gcstring& name,

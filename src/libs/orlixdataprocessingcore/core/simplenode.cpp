@@ -46,7 +46,7 @@ void SimpleNode::createInput(const gcstring& name, const gcstring& description,
 void SimpleNode::createOutput(const gcstring& name, const gcstring& description,
                               Utils::IResettableProperty& property, bool optional,
                               std::uint64_t maxJobCount) {
-    impl().outputs.add({name, description, property.getValueType(), optional, maxJobCount});
+    impl().outputs.add({name, description, property.getValueType(), optional, maxJobCount, {}});
     impl().bindings.bindOutput(name, property);
     impl().outputsChanged.emit();
 }

@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "gcbase/gcexception.h"
 
@@ -11,8 +12,10 @@ namespace Orlix::DataProcessing::Core {
 
 namespace {
 
-using Origins = std::set<const GraphNode*>;
-using OriginsOfNode = std::map<const GraphNode*, Origins>;
+// Where updates begin: a node, and the group of its pins that share them.
+using Origin = std::pair<const GraphNode*, gcstring>;
+using Origins = std::set<Origin>;
+using OriginsOfNode = std::map<const GraphNode*, Origins>;  // empty where updates begin
 
 // Connections by the node at one of their ends.
 std::multimap<const GraphNode*, const Connection*> indexBy(const Connections& connections,
@@ -25,10 +28,28 @@ std::multimap<const GraphNode*, const Connection*> indexBy(const Connections& co
     return index;
 }
 
-// Where the updates begin under which a node's values leave.
+gcstring updateGroupOf(const Connection& connection) {
+    for (const OutputDescriptor& output : connection.from()->node().getOutputDescriptors()) {
+        if (output.name == connection.ends().fromPin) {
+            return output.updateGroup;
+        }
+    }
+    return {};
+}
+
+// Where the updates begin that come through the connection.
+Origins originsOf(const Connection& connection, const OriginsOfNode& known) {
+    const Origins& passedOn = known.at(connection.from());
+    return passedOn.empty() ? Origins{{connection.from(), updateGroupOf(connection)}} : passedOn;
+}
+
+// Where the updates begin that the node passes on.
 Origins originsOf(const GraphNode& node, const std::vector<const Connection*>& inputs,
                   const OriginsOfNode& known) {
     Origins origins;
+    if (!node.node().isForwardingUpdates()) {
+        return origins;
+    }
     bool waits = false;
     for (const Connection* const input : inputs) {
         // An input that keeps its last value takes no part, unless all inputs do.
@@ -36,14 +57,38 @@ Origins originsOf(const GraphNode& node, const std::vector<const Connection*>& i
     }
     for (const Connection* const input : inputs) {
         if (!waits || !input->keepsLastValue()) {
-            const Origins& more = known.at(input->from());
-            origins.insert(more.begin(), more.end());
+            origins.merge(originsOf(*input, known));
         }
     }
-    if (inputs.empty() || !node.node().isForwardingUpdates()) {
-        return {&node};
-    }
     return origins;
+}
+
+std::string fromPlace(const Connection& connection) {
+    const ConnectionEnds& ends = connection.ends();
+    return "\"" + ends.fromNode.str() + "." + ends.fromPin.str() + "\"";
+}
+
+std::set<const GraphNode*> nodesOf(const Origins& origins) {
+    std::set<const GraphNode*> nodes;
+    for (const Origin& origin : origins) {
+        nodes.insert(origin.first);
+    }
+    return nodes;
+}
+
+[[noreturn]] void refuseJoin(const GraphNode& node, const Connection& a, const Connection& b,
+                             bool sameNodes) {
+    const std::string inputs = "The inputs \"" + a.ends().toPin.str() + "\" and \"" +
+                               b.ends().toPin.str() + "\" of node \"" + node.name().str() + "\"";
+    const std::string text =
+        sameNodes ? inputs + " can never have a value of the same update: the outputs behind " +
+                        fromPlace(a) + " and " + fromPlace(b) +
+                        " have updates of their own. Switch auto reset off for one."
+                  : inputs +
+                        " get their values from different sources and can never have a value of "
+                        "the same update. Connect them to one source, or switch auto reset off "
+                        "for one.";
+    throw GenICam::RuntimeException(text.c_str(), __FILE__, __LINE__);
 }
 
 void checkJoin(const GraphNode& node, const std::vector<const Connection*>& inputs,
@@ -55,14 +100,12 @@ void checkJoin(const GraphNode& node, const std::vector<const Connection*>& inpu
         }
         if (first == nullptr) {
             first = input;
-        } else if (known.at(first->from()) != known.at(input->from())) {
-            throw GenICam::RuntimeException(
-                ("The inputs \"" + first->ends().toPin.str() + "\" and \"" +
-                 input->ends().toPin.str() + "\" of node \"" + node.name().str() +
-                 "\" get their values from different sources and can never have a value of the "
-                 "same update. Connect them to one source, or switch auto reset off for one.")
-                    .c_str(),
-                __FILE__, __LINE__);
+            continue;
+        }
+        const Origins one = originsOf(*first, known);
+        const Origins other = originsOf(*input, known);
+        if (one != other) {
+            refuseJoin(node, *first, *input, nodesOf(one) == nodesOf(other));
         }
     }
 }

@@ -152,6 +152,7 @@ void Camera::createEventOutputs() {
         try {
             createOutput(mapping.pinName, "A camera event.", getScalarType(mapping.pinType), true,
                          Core::unlimitedJobs);
+            setUpdateGroup(mapping.pinName, mapping.pinName);  // each event is its own update
             createLogEntry(Severitiy::Debug, category(),
                            "Camera: Add camera event output: %s of type %s",
                            mapping.pinName.c_str(), type);
