@@ -6,11 +6,13 @@
 #include <functional>
 #include <memory>
 
+#include "orlixcamera/api.h"
+
 namespace Orlix::Emulated {
 
 // Tasks must not throw, and run one after the other with no lock held. Those that are left when it
 // ends are forgotten. It may end within a task.
-class Agenda {
+class ORLIXCAMERA_API Agenda {
 public:
     using Clock = std::chrono::steady_clock;
 

@@ -123,6 +123,14 @@ void Camera::Write(Session session, std::int64_t address, const void* buffer, st
     changed_.notify_all();
 }
 
+void Camera::Peek(std::int64_t address, void* buffer, std::size_t length) const {
+    const std::scoped_lock lock(mutex_);
+    if (!plugged_) {
+        throwUnreachable();
+    }
+    registers_.Read(address, buffer, length);
+}
+
 bool Camera::IsPlugged() const noexcept {
     const std::scoped_lock lock(mutex_);
     return plugged_;

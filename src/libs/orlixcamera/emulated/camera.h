@@ -10,6 +10,7 @@
 #include <mutex>
 #include <string>
 
+#include "orlixcamera/api.h"
 #include "orlixcamera/deviceinfo.h"
 #include "orlixcamera/emulated/agenda.h"
 #include "orlixcamera/emulated/notices.h"
@@ -54,7 +55,7 @@ struct Place {
 
 // Any thread may call; no call waits for another but WaitForFrame, and those that a fault script
 // lets time out.
-class Camera : public std::enable_shared_from_this<Camera> {
+class ORLIXCAMERA_API Camera : public std::enable_shared_from_this<Camera> {
 public:
     Camera(Identity identity, Place place);
 
@@ -71,6 +72,10 @@ public:
     // Memory; RuntimeException if the session has ended.
     void Read(Session session, std::int64_t address, void* buffer, std::size_t length);
     void Write(Session session, std::int64_t address, const void* buffer, std::size_t length);
+
+    // Memory for one who only watches: needs no session, and no fault script minds.
+    // RuntimeException if it isn't there.
+    void Peek(std::int64_t address, void* buffer, std::size_t length) const;
 
     [[nodiscard]] bool IsPlugged() const noexcept;
     // Both answer whether anything changed. It is plugged in again after `duration`, if that isn't

@@ -22,7 +22,7 @@ struct PlaneStyle {
     std::size_t plane;
 };
 
-class Picture {
+class ORLIXCAMERA_API Picture {
 public:
     // Paints what changed; allocates only for more pixels than before. The first frame has the
     // number 0.

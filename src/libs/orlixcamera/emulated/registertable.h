@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <span>
 
+#include "orlixcamera/api.h"
+
 namespace Orlix::Emulated {
 
 // The addresses that emulatedcamera.xml gives to its registers.
@@ -91,8 +93,8 @@ struct TextRow {
 };
 
 // In the order of their addresses.
-[[nodiscard]] std::span<const Row> AllRegisters() noexcept;
-[[nodiscard]] std::span<const TextRow> AllTexts() noexcept;
+[[nodiscard]] ORLIXCAMERA_API std::span<const Row> AllRegisters() noexcept;
+[[nodiscard]] ORLIXCAMERA_API std::span<const TextRow> AllTexts() noexcept;
 
 // The index of the register at exactly this address, or the number of all if there is none.
 [[nodiscard]] std::size_t FindRegister(std::int64_t address) noexcept;

@@ -1,0 +1,71 @@
+#include "block.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Orlix::Camsim {
+
+Bytes Block::ContentOf(std::uint32_t packet) const noexcept {
+    if (packet == 0) {
+        return leader;
+    }
+    if (packet > PayloadPackets()) {
+        return Bytes(trailer).first(trailerSize);
+    }
+    const std::size_t begin = std::size_t{packet - 1} * bytesPerPacket;
+    return Bytes(data).subspan(begin, std::min<std::size_t>(bytesPerPacket, data.size() - begin));
+}
+
+std::size_t Block::WriteHeader(std::uint32_t packet, Status status,
+                               std::uint8_t* out) const noexcept {
+    constexpr unsigned kindShift = 24;
+    PacketKind kind = PacketKind::Payload;
+    if (packet == 0) {
+        kind = PacketKind::Leader;
+    } else if (packet > PayloadPackets()) {
+        kind = PacketKind::Trailer;
+    }
+    Put(out, static_cast<std::uint16_t>(status));
+    if (!longIds) {
+        Put(out + 2, static_cast<std::uint16_t>(id));
+        Put(out + 4, static_cast<std::uint32_t>(kind) << kindShift | (packet & lastPacketId));
+        return shortPacketHeader;
+    }
+    Put(out + 2, std::uint16_t{0});
+    Put(out + 4, (static_cast<std::uint32_t>(kind) | longIdFlag) << kindShift);
+    Put(out + 8, id);
+    Put(out + 16, packet);
+    return longPacketHeader;
+}
+
+std::shared_ptr<Block> History::Take() {
+    const std::scoped_lock lock(mutex_);
+    if (blocks_.size() >= size_ && !blocks_.empty()) {
+        std::shared_ptr<Block> oldest = std::move(blocks_.front());
+        blocks_.pop_front();
+        // Whoever sends it again at this moment keeps it.
+        if (oldest.use_count() == 1) {
+            return oldest;
+        }
+    }
+    return std::make_shared<Block>();
+}
+
+void History::Put(std::shared_ptr<Block> block) {
+    const std::scoped_lock lock(mutex_);
+    blocks_.push_back(std::move(block));
+}
+
+std::shared_ptr<const Block> History::Find(std::uint64_t id) const {
+    const std::scoped_lock lock(mutex_);
+    const auto found = std::find_if(blocks_.begin(), blocks_.end(),
+                                    [&](const auto& block) { return block->id == id; });
+    return found == blocks_.end() ? nullptr : *found;
+}
+
+void History::Clear() {
+    const std::scoped_lock lock(mutex_);
+    blocks_.clear();
+}
+
+}  // namespace Orlix::Camsim

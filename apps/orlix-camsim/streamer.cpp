@@ -1,0 +1,317 @@
+#include "streamer.h"
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "gcbase/gcexception.h"
+
+namespace Orlix::Camsim {
+
+using Emulated::FrameOrder;
+using Emulated::Session;
+using std::chrono::nanoseconds;
+
+Streamer::Streamer(std::shared_ptr<Camera> camera, int socket, const StreamOptions& options,
+                   const WireFaults& faults, const Silence& silence, Statistics& statistics)
+    : camera_(std::move(camera)),
+      socket_(socket),
+      options_(options),
+      faults_(faults),
+      silence_(silence),
+      statistics_(statistics),
+      history_(options.keptBlocks),
+      sender_(socket, options.segmenting, statistics),
+      resender_(socket, options.segmenting, statistics) {}
+
+Streamer::~Streamer() {
+    stop();
+}
+
+void Streamer::Set(Session session, const StreamSettings& settings) {
+    const bool opens =
+        session != 0 && settings.destination.port != 0 && settings.destination.address != 0;
+    {
+        const std::scoped_lock lock(mutex_);
+        settings_ = settings;
+    }
+    const int mode = settings.doNotFragment ? IP_PMTUDISC_DO : IP_PMTUDISC_DONT;
+    static_cast<void>(::setsockopt(socket_, IPPROTO_IP, IP_MTU_DISCOVER, &mode, sizeof mode));
+    if (opens && session == session_) {
+        return;
+    }
+    stop();
+    if (opens) {
+        session_ = session;
+        stop_ = false;
+        thread_ = std::thread([this, session] { run(session); });
+    }
+}
+
+void Streamer::stop() noexcept {
+    if (thread_.joinable()) {
+        camera_->Raise(stop_);
+        thread_.join();
+    }
+    session_ = 0;
+    history_.Clear();
+}
+
+// What it says doesn't matter; its size does, and that the network lets it through whole.
+void Streamer::FireTestPacket(const StreamSettings& settings) {
+    if (silence_.IsOn()) {
+        return;
+    }
+    std::vector<std::uint8_t> packet(settings.packetSize - ipAndUdpHeader);
+    for (std::size_t index = 0; index < packet.size(); ++index) {
+        packet[index] = static_cast<std::uint8_t>(index);
+    }
+    const sockaddr_in address = ToSocketAddress(settings.destination);
+    const ssize_t sent = ::sendto(socket_, packet.data(), packet.size(), 0,
+                                  reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    ++(sent < 0 ? statistics_.sendErrors : statistics_.testPackets);
+}
+
+void Streamer::run(Session session) {
+    try {
+        camera_->BeginStream(session);
+    } catch (const GenICam::GenericException&) {
+        return;  // it has just lost its power
+    }
+    blockId_ = options_.firstBlock;
+    nextPacket_ = {};
+    Emulated::FrameCursor cursor;
+    FrameOrder order;
+    while (camera_->WaitForFrame(session, stop_, cursor, order)) {
+        sendFrame(order);
+        camera_->EndFrame(session, order, Emulated::Outcome::Received);
+        if (order.faults.unplug) {
+            camera_->Unplug(order.faults.unplugged);
+        }
+    }
+    camera_->EndStream(session);
+}
+
+void Streamer::sendFrame(const FrameOrder& order) {
+    const StreamSettings now = settings();
+    const std::shared_ptr<Block> block = history_.Take();
+    block->id = blockId_;
+    block->longIds = now.longIds;
+    block->destination = now.destination;
+    block->bytesPerPacket = BytesPerPacket(now.packetSize, now.longIds);
+    blockId_ = nextId(blockId_, now.longIds);
+    fill(*block, order);
+    describe(*block, order);
+    spoil(*block, order);
+    planSteps(*block, order);
+    history_.Put(block);
+    ++statistics_.frames;
+    transmit(*block, now);
+}
+
+// 0 is no number of a frame.
+std::uint64_t Streamer::nextId(std::uint64_t id, bool longIds) const noexcept {
+    const std::uint64_t next = longIds ? id + 1 : (id + 1) & 0xFFFF;
+    return next == 0 ? 1 : next;
+}
+
+void Streamer::fill(Block& block, const FrameOrder& order) {
+    picture_.Prepare(order.settings, order.frameNumber);
+    const std::size_t pictureSize = picture_.GetSize();
+    block.data.resize(pictureSize + Emulated::GetChunkBytes(order.chunks));
+    picture_.Write(block.data.data(), order.frameNumber);
+    Emulated::WriteChunks(order.chunks, order.values, picture_.GetSceneName(), block.data.data(),
+                          pictureSize);
+    if (order.faults.cutChunk) {
+        Emulated::CutChunk(order.chunks, block.data.data(), block.data.size());
+    }
+}
+
+void Streamer::describe(Block& block, const FrameOrder& order) const {
+    const Emulated::Region& region = order.settings.region;
+    const std::uint16_t kind = order.chunks.active ? payloadImageWithChunks : payloadImage;
+    std::uint8_t* const leader = block.leader.data();
+    block.leader.fill(0);
+    Put(leader + 2, kind);
+    Put(leader + 4, order.timestamp);
+    Put(leader + 12, static_cast<std::uint32_t>(order.settings.pixelType));
+    Put(leader + 16, region.width);
+    Put(leader + 20, region.height);
+    Put(leader + 24, region.offsetX);
+    Put(leader + 28, region.offsetY);
+    std::uint8_t* const trailer = block.trailer.data();
+    block.trailer.fill(0);
+    Put(trailer + 2, kind);
+    Put(trailer + 4, region.height);
+    block.trailerSize = 8;
+    if (order.chunks.active) {
+        // The layout of the chunks is the same as long as the same ones are on.
+        Put(trailer + 4, static_cast<std::uint32_t>(block.data.size()));
+        Put(trailer + 8, region.height);
+        Put(trailer + 12, order.chunks.enabled + (order.chunks.unknown ? 1U << 31 : 0U));
+        block.trailerSize = 16;
+    }
+}
+
+// The camera's own faults, as far as they lie in the frame.
+void Streamer::spoil(Block& block, const FrameOrder& order) {
+    const auto size = static_cast<std::int64_t>(block.data.size()) + order.faults.sizeChange;
+    block.data.resize(static_cast<std::size_t>(std::max<std::int64_t>(size, 0)));
+    block.trailerStatus = order.faults.badTrailer ? Status::DataOverrun : Status::Success;
+    block.resends = faults_.ResendsOf(order.frameNumber + 1);
+    block.firstLost = 0;
+    block.lostEnd = 0;
+    block.turnEnd = 0;
+    const std::uint32_t count = block.PacketCount();
+    if (order.faults.missingPackets > 0) {
+        const auto lost = static_cast<std::uint32_t>(
+            std::min<std::uint64_t>(order.faults.missingPackets, block.PayloadPackets()));
+        block.firstLost = 1 + (block.PayloadPackets() - lost) / 2;
+        block.lostEnd = block.firstLost + lost;
+    }
+    if (order.faults.unplug || order.faults.lostEnd) {
+        block.resends = Resends::Ignore;
+        block.firstLost = order.faults.unplug ? count / 2 : count - 1;
+        block.lostEnd = count;
+    }
+}
+
+void Streamer::planSteps(const Block& block, const FrameOrder& order) {
+    steps_.clear();
+    for (std::uint32_t packet = 0; packet < block.PacketCount(); ++packet) {
+        if (packet >= block.firstLost && packet < block.lostEnd) {
+            ++statistics_.droppedPackets;
+        } else {
+            steps_.push_back({packet, nanoseconds(0)});
+        }
+    }
+    dropMiddle(block, order.faults.resentPackets);
+    faults_.Apply(order.frameNumber + 1, block, steps_, statistics_);
+}
+
+// Packets that come only if they are asked for.
+void Streamer::dropMiddle(const Block& block, std::uint64_t count) {
+    const auto dropped =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(count, block.PayloadPackets()));
+    const std::uint32_t first = 1 + (block.PayloadPackets() - dropped) / 2;
+    const auto end = std::remove_if(steps_.begin(), steps_.end(), [&](const WireStep& step) {
+        return step.packet >= first && step.packet - first < dropped;
+    });
+    statistics_.droppedPackets += static_cast<std::uint64_t>(steps_.end() - end);
+    steps_.erase(end, steps_.end());
+}
+
+// The link's speed and the delay between packets are kept on average: packets that are due within
+// the shortest time that is worth a nap go out together.
+void Streamer::transmit(Block& block, const StreamSettings& settings) {
+    constexpr std::chrono::microseconds burst{100};
+    constexpr std::chrono::milliseconds mostBehind{1};
+    Clock::time_point now = Clock::now();
+    nextPacket_ = std::max(nextPacket_, now - mostBehind);
+    std::size_t first = 0;
+    for (std::size_t index = 0; index < steps_.size(); ++index) {
+        const WireStep& step = steps_[index];
+        if (step.pause > nanoseconds(0)) {
+            nextPacket_ = std::max(nextPacket_, now) + step.pause;
+        }
+        if (nextPacket_ - now > burst || step.pause > nanoseconds(0)) {
+            sendSteps(block, first, index);
+            first = index;
+            std::this_thread::sleep_until(nextPacket_);
+            now = Clock::now();
+            nextPacket_ = std::max(nextPacket_, now - mostBehind);
+        }
+        nextPacket_ += timeOf(block, step.packet) + nanoseconds(settings.packetDelay);
+    }
+    sendSteps(block, first, steps_.size());
+    block.turnEnd = block.PacketCount();
+}
+
+// What a packet takes on a link of that speed.
+nanoseconds Streamer::timeOf(const Block& block, std::uint32_t packet) const noexcept {
+    constexpr std::uint64_t nanosecondBits = 8'000;  // of a link of one megabit a second
+    if (options_.linkMegabits == 0) {
+        return nanoseconds(0);
+    }
+    const std::size_t header = block.longIds ? longPacketHeader : shortPacketHeader;
+    const std::size_t size = ipAndUdpHeader + header + block.ContentOf(packet).size();
+    return nanoseconds(size * nanosecondBits / options_.linkMegabits);
+}
+
+void Streamer::sendSteps(Block& block, std::size_t first, std::size_t end) {
+    if (first == end) {
+        return;
+    }
+    outgoing_.clear();
+    std::uint32_t turnEnd = block.turnEnd;
+    const std::uint32_t trailer = block.PacketCount() - 1;
+    for (std::size_t index = first; index < end; ++index) {
+        const std::uint32_t packet = steps_[index].packet;
+        outgoing_.push_back({packet, packet == trailer ? block.trailerStatus : Status::Success});
+        turnEnd = std::max(turnEnd, packet + 1);
+    }
+    if (!silence_.IsOn()) {
+        statistics_.packets += outgoing_.size();
+        statistics_.bytes += sender_.Send(block, outgoing_);
+    } else {
+        statistics_.droppedPackets += outgoing_.size();
+    }
+    block.turnEnd = turnEnd;
+}
+
+StreamSettings Streamer::settings() const {
+    const std::scoped_lock lock(mutex_);
+    return settings_;
+}
+
+// Packets whose turn is still to come aren't answered: they come.
+void Streamer::Resend(const ResendRequest& request) {
+    ++statistics_.resendRequests;
+    const std::shared_ptr<const Block> block = history_.Find(request.blockId);
+    const Resends resends = block != nullptr ? block->resends : faults_.ResendsOf(0);
+    if (resends == Resends::Ignore || silence_.IsOn() || request.firstPacket > request.lastPacket) {
+        return;
+    }
+    const std::uint32_t turnEnd = block != nullptr ? block->turnEnd.load() : 0;
+    if (block == nullptr || request.firstPacket >= block->PacketCount()) {
+        deny(request);
+        return;
+    }
+    ++attempt_;
+    again_.clear();
+    std::uint64_t denied = 0;
+    for (std::uint32_t packet = request.firstPacket;
+         packet < turnEnd && packet <= request.lastPacket; ++packet) {
+        const bool isLost =
+            resends == Resends::Deny || (packet >= block->firstLost && packet < block->lostEnd);
+        denied += isLost ? 1 : 0;
+        if (!isLost && faults_.Loses(block->id, packet, attempt_)) {
+            ++statistics_.droppedPackets;
+        } else {
+            again_.push_back({packet, isLost ? Status::PacketUnavailable : Status::Resent});
+        }
+    }
+    statistics_.deniedPackets += denied;
+    statistics_.resentPackets += again_.size() - denied;
+    static_cast<void>(resender_.Send(*block, again_));
+}
+
+// Of a block that is forgotten nobody knows how many packets it had: one answer for all of them.
+void Streamer::deny(const ResendRequest& request) {
+    const StreamSettings now = settings();
+    Block forgotten;
+    forgotten.id = request.blockId;
+    forgotten.longIds = request.longIds;
+    forgotten.destination = now.destination;
+    forgotten.bytesPerPacket = 1;
+    forgotten.data.resize(request.firstPacket);  // so that it counts as one of the payload
+    const OutgoingPacket packet{request.firstPacket, Status::PacketUnavailable};
+    ++statistics_.deniedPackets;
+    if (now.destination.port != 0) {
+        static_cast<void>(resender_.Send(forgotten, {&packet, 1}));
+    }
+}
+
+}  // namespace Orlix::Camsim
