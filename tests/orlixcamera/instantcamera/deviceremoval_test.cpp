@@ -157,6 +157,8 @@ protected:
     States states;
 };
 
+using Clock = std::chrono::steady_clock;
+
 TEST_F(EmulatedRemoval, AtAnyTimeLeavesACameraThatCanBeUsedAgain) {
     images.keep = false;
     CInstantCamera camera;
@@ -170,8 +172,9 @@ TEST_F(EmulatedRemoval, AtAnyTimeLeavesACameraThatCanBeUsedAgain) {
                 camera.Open();
             }
             unplugging = std::thread([&] {
-                for (unsigned int turn = 0; turn < round * 50; ++turn) {
-                    std::this_thread::yield();
+                // Busy, since a thread that sleeps or yields comes back when the system likes.
+                const auto end = Clock::now() + std::chrono::microseconds(round * 30);
+                while (Clock::now() < end) {
                 }
                 cameras->Unplug(0);
             });

@@ -107,6 +107,30 @@ TEST_F(Grabbing, CountsBeginAnewWithEachOpening) {
     expectAccount(0);
 }
 
+TEST_F(Grabbing, TotalsGoOnFromOpeningToOpeningAndCanBeReadWhileItIsClosed) {
+    const auto total = [this](const char* name) {
+        return CIntegerParameter(camera.GetInstantCameraNodeMap(), name).GetValue();
+    };
+    open();
+    for (int opening = 1; opening <= 3; ++opening) {
+        camera.StartGrabbing();
+        ASSERT_TRUE(device->Send());
+        CGrabResultPtr result;
+        ASSERT_TRUE(camera.RetrieveResult(1000, result));
+        ASSERT_TRUE(device->Send());
+        EXPECT_EQ(total("TotalDelivered"), opening);
+        camera.Close();
+        EXPECT_EQ(total("TotalSent"), 2 * opening);
+        EXPECT_EQ(total("TotalDelivered"), opening);
+        EXPECT_EQ(total("TotalFailed"), opening);
+        camera.Open();
+        EXPECT_EQ(total("TotalSent"), 2 * opening);
+    }
+    EXPECT_EQ(total("TotalSkipped"), 0);
+    EXPECT_EQ(total("TotalLostForBuffer"), 0);
+    EXPECT_EQ(total("TotalEventsLost"), 0);
+}
+
 TEST_F(Grabbing, AnExceptionOfAHandlerIsSwallowedAndTheNextFrameComes) {
     images.work = [](CInstantCamera&, const CGrabResultPtr& result) {
         if (result->GetImageNumber() == 1) {

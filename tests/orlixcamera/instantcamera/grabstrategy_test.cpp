@@ -73,6 +73,41 @@ TEST_F(GrabStrategy, LatestImagesKeepsAsManyAsTheQueueHas) {
     expectAccount(10);
 }
 
+TEST_F(GrabStrategy, LatestImagesComeInTheirOrderHoweverSlowTheyAreTaken) {
+    camera.OutputQueueSize.SetValue(3);
+    camera.MaxNumBuffer.SetValue(4);
+    open();
+    camera.StartGrabbing(GrabStrategy_LatestImages, GrabLoop_ProvidedByUser);
+    std::uint64_t sent = 0;
+    const auto send = [&](int count) {
+        for (int frame = 0; frame < count; ++frame, ++sent) {
+            device->WaitForQueued(1);
+            ASSERT_TRUE(device->Send());
+        }
+        device->WaitForQueued(1);
+    };
+    const auto expect = [&](std::uint64_t id, std::size_t skipped) {
+        CGrabResultPtr result;
+        ASSERT_TRUE(camera.RetrieveResult(1000, result));
+        EXPECT_EQ(result->GetFrameId(), id);
+        EXPECT_EQ(result->GetNumberOfSkippedImages(), skipped);
+    };
+    send(3);
+    expect(1, 0);
+    expect(2, 0);
+    send(2);
+    expect(3, 0);
+    send(2);
+    expect(5, 1);
+    expect(6, 0);
+    expect(7, 0);
+    send(5);
+    camera.StopGrabbing();
+    EXPECT_EQ(statistic("StatisticSkipped"), 3);
+    EXPECT_EQ(statistic("StatisticFailedAborted"), 3);
+    expectAccount(static_cast<std::int64_t>(sent));
+}
+
 TEST_F(GrabStrategy, UpcomingImageTakesNoFrameThatCameBeforeItWasAskedFor) {
     open();
     camera.StartGrabbing(GrabStrategy_UpcomingImage, GrabLoop_ProvidedByUser);

@@ -35,14 +35,16 @@ private:
 
 using Number = std::atomic<std::int64_t> CameraSettings::*;
 using Flag = std::atomic<bool> CameraSettings::*;
+using Total = std::uint64_t StreamCounts::*;
 
 // One row of the table with the member behind it.
 struct Setting {
-    Number number;
-    Flag flag;
+    Number number = nullptr;
+    Flag flag = nullptr;
+    Total total = nullptr;
 };
 
-constexpr std::array<Row, 10> cameraTable{{
+constexpr std::array<Row, 16> cameraTable{{
     {"GrabControl", "MaxNumBuffer", "Max Num Buffer",
      "Most buffers that are filled and held at the same time. There are fewer where they would "
      "take "
@@ -69,28 +71,49 @@ constexpr std::array<Row, 10> cameraTable{{
     {"Status", "IsGrabbing", "Is Grabbing", "Whether frames are being grabbed.", Boolean},
     {"Status", "IsDeviceRemoved", "Is Device Removed", "Whether the open device was lost.",
      Boolean},
+    {"Statistic", "TotalSent", "Total Sent",
+     "Frames that devices sent since this camera was made: the sum of the next four."},
+    {"Statistic", "TotalDelivered", "Total Delivered", "Frames that were handed over complete."},
+    {"Statistic", "TotalFailed", "Total Failed", "Frames that failed."},
+    {"Statistic", "TotalSkipped", "Total Skipped",
+     "Frames left out for newer ones, as the strategy asks."},
+    {"Statistic", "TotalLostForBuffer", "Total Lost For Buffer",
+     "Frames that found no free buffer."},
+    {"Statistic", "TotalEventsLost", "Total Events Lost",
+     "Events that came faster than their handlers returned."},
 }};
 
 constexpr std::array<Setting, cameraTable.size()> cameraSettings{{
-    {&CameraSettings::maxNumBuffer, nullptr},
-    {&CameraSettings::bufferMemory, nullptr},
-    {&CameraSettings::outputQueueSize, nullptr},
+    {&CameraSettings::maxNumBuffer},
+    {&CameraSettings::bufferMemory},
+    {&CameraSettings::outputQueueSize},
     {nullptr, &CameraSettings::controlAcquisition},
     {nullptr, &CameraSettings::grabCameraEvents},
-    {&CameraSettings::grabThreadPriority, nullptr},
-    {&CameraSettings::eventThreadPriority, nullptr},
+    {&CameraSettings::grabThreadPriority},
+    {&CameraSettings::eventThreadPriority},
     {nullptr, &CameraSettings::isOpen},
     {nullptr, &CameraSettings::isGrabbing},
     {nullptr, &CameraSettings::isRemoved},
+    {nullptr, nullptr, &StreamCounts::sent},
+    {nullptr, nullptr, &StreamCounts::delivered},
+    {nullptr, nullptr, &StreamCounts::failed},
+    {nullptr, nullptr, &StreamCounts::skipped},
+    {nullptr, nullptr, &StreamCounts::lostForBuffer},
+    {nullptr, nullptr, &StreamCounts::eventsLost},
 }};
 
 class CameraRegisters final : public Registers {
 public:
-    using Registers::Registers;
+    CameraRegisters(std::shared_ptr<CameraSettings> settings,
+                    std::shared_ptr<const StreamCounters> counters)
+        : Registers(std::move(settings)), counters_(std::move(counters)) {}
 
     [[nodiscard]] bool IsPresent() const override { return true; }
     [[nodiscard]] std::int64_t GetInteger(std::size_t row) const override {
         const Setting& setting = cameraSettings.at(row);
+        if (setting.total != nullptr) {
+            return static_cast<std::int64_t>(counters_->GetTotal().*setting.total);
+        }
         return setting.number != nullptr ? (settings().*setting.number).load()
                                          : std::int64_t{(settings().*setting.flag).load()};
     }
@@ -102,6 +125,9 @@ public:
             (settings().*setting.flag).store(value != 0);
         }
     }
+
+private:
+    const std::shared_ptr<const StreamCounters> counters_;
 };
 
 // ---- The stream
@@ -248,9 +274,11 @@ private:
 
 }  // namespace
 
-std::unique_ptr<RegisterMap> CreateCameraMap(std::shared_ptr<CameraSettings> settings) {
-    return std::make_unique<RegisterMap>("CameraInstance", cameraTable,
-                                         std::make_shared<CameraRegisters>(std::move(settings)));
+std::unique_ptr<RegisterMap> CreateCameraMap(std::shared_ptr<CameraSettings> settings,
+                                             std::shared_ptr<const StreamCounters> counters) {
+    return std::make_unique<RegisterMap>(
+        "CameraInstance", cameraTable,
+        std::make_shared<CameraRegisters>(std::move(settings), std::move(counters)));
 }
 
 std::unique_ptr<RegisterMap> CreateStreamMap(std::shared_ptr<CameraSettings> settings,

@@ -13,7 +13,7 @@ namespace Orlix::Detail {
 class StreamCounters;
 
 [[nodiscard]] std::unique_ptr<RegisterMap> CreateCameraMap(
-    std::shared_ptr<CameraSettings> settings);
+    std::shared_ptr<CameraSettings> settings, std::shared_ptr<const StreamCounters> counters);
 [[nodiscard]] std::unique_ptr<RegisterMap> CreateStreamMap(
     std::shared_ptr<CameraSettings> settings, std::shared_ptr<const StreamCounters> counters);
 [[nodiscard]] std::unique_ptr<RegisterMap> CreateLayerMap(std::shared_ptr<CameraSettings> settings,

@@ -229,17 +229,21 @@ void CInstantCamera::Impl::grabLoop(const std::shared_ptr<GrabRun>& run) {
     }
 }
 
+// What Begin allows reaches the first handler, even if the run ends meanwhile; the others are asked
+// for anew, since each may stop the camera.
 void CInstantCamera::Impl::handOver(GrabRun& run, const CGrabResultPtr& frame) {
-    run.Count(*frame, run.IsAllowed());
+    bool allowed = run.Begin(*frame);
     const std::size_t skipped = frame->GetNumberOfSkippedImages();
     const auto handlers = imageHandlers_.Get();
     for (const auto& item : *handlers) {
         item->Call([&](CImageEventHandler& handler) {
-            if (skipped != 0 && run.IsAllowed()) {
+            if (skipped != 0 && allowed) {
                 CallGuarded("OnImagesSkipped", [&] { handler.OnImagesSkipped(camera_, skipped); });
+                allowed = run.IsAllowed();
             }
-            if (run.IsAllowed()) {
+            if (allowed) {
                 CallGuarded("OnImageGrabbed", [&] { handler.OnImageGrabbed(camera_, frame); });
+                allowed = run.IsAllowed();
             }
         });
     }
@@ -262,9 +266,6 @@ bool CInstantCamera::Impl::RetrieveResult(unsigned int timeoutMilliseconds, CGra
         run->SetFailed();
         endRun(run);
         throw;
-    }
-    if (result.IsValid()) {
-        run->Count(*result, true);
     }
     if (run->IsComplete()) {
         endRun(run);

@@ -21,7 +21,7 @@ milliseconds until(std::chrono::steady_clock::time_point deadline) {
 }  // namespace
 
 GrabRun::GrabRun(GrabPlan plan, std::shared_ptr<StreamGrabber> grabber)
-    : plan_(plan), grabber_(std::move(grabber)) {}
+    : plan_(plan), grabber_(std::move(grabber)), latest_(collectsLatest() ? plan.queueSize : 0) {}
 
 GrabRun::~GrabRun() {
     Forbid();
@@ -94,18 +94,23 @@ CGrabResultPtr GrabRun::Next(milliseconds timeOut) {
         const std::scoped_lock lock(mutex_);
         const bool tooMany = plan_.maxImages != 0 && handedOut_ >= plan_.maxImages;
         if (!allowed_ || tooMany) {
-            grabber_->GetCounters().Count(FrameFate::Aborted);
+            count(FrameFate::Aborted);
             buffers_->Return(*slot);
             return {};
         }
         numbers.imageNumber = ++handedOut_;
+        if (plan_.loop == GrabLoop_ProvidedByUser) {
+            count(slot->buffer.fate);
+        }
     }
     return slot->HandOut(buffers_, numbers);
 }
 
-void GrabRun::Count(const CGrabResultData& frame, bool handedOver) {
-    grabber_->GetCounters().Count(handedOver ? FrameSlot::Of(frame).buffer.fate
-                                             : FrameFate::Aborted);
+// In one step, so that no end of the run comes between the answer and the count.
+bool GrabRun::Begin(const CGrabResultData& frame) {
+    const std::scoped_lock lock(mutex_);
+    count(allowed_ ? FrameSlot::Of(frame).buffer.fate : FrameFate::Aborted);
+    return allowed_;
 }
 
 // The next frame that is handed over at all.
@@ -115,7 +120,7 @@ FrameSlot* GrabRun::takeWanted(Clock::time_point deadline) {
         if (slot == nullptr || plan_.deliverFailed || slot->buffer.fate == FrameFate::Delivered) {
             return slot;
         }
-        grabber_->GetCounters().Count(slot->buffer.fate);
+        count(slot->buffer.fate);
         buffers_->Return(*slot);
     }
 }
@@ -143,7 +148,7 @@ FrameSlot* GrabRun::takeUpcoming(Clock::time_point deadline) {
         if (plan_.deliverFailed || slot->buffer.fate == FrameFate::Delivered) {
             return slot;
         }
-        grabber_->GetCounters().Count(slot->buffer.fate);
+        count(slot->buffer.fate);
         buffers_->Return(*slot);
     }
 }
@@ -151,17 +156,15 @@ FrameSlot* GrabRun::takeUpcoming(Clock::time_point deadline) {
 FrameSlot* GrabRun::takeLatest(Clock::time_point deadline, std::size_t& skipped) {
     std::unique_lock lock(mutex_);
     collected_.wait_until(lock, deadline,
-                          [this] { return !latest_.empty() || failure_ || !allowed_; });
-    if (!allowed_ || latest_.empty()) {
+                          [this] { return waiting_ != 0 || failure_ || !allowed_; });
+    if (!allowed_ || waiting_ == 0) {
         if (allowed_ && failure_) {
             std::rethrow_exception(failure_);
         }
         return nullptr;
     }
-    FrameSlot* const slot = latest_.front();
-    latest_.pop_front();
     skipped = std::exchange(skipped_, 0);
-    return slot;
+    return popOldest();
 }
 
 void GrabRun::collect() noexcept {
@@ -182,12 +185,12 @@ void GrabRun::put(FrameSlot& slot) {
     FrameSlot* oldest = nullptr;
     {
         const std::scoped_lock lock(mutex_);
-        if (latest_.size() >= plan_.queueSize) {
-            oldest = latest_.front();
-            latest_.pop_front();
+        if (waiting_ == latest_.size()) {
+            oldest = popOldest();
             ++skipped_;
         }
-        latest_.push_back(&slot);
+        latest_[(oldest_ + waiting_) % latest_.size()] = &slot;
+        ++waiting_;
         collected_.notify_one();
     }
     if (oldest != nullptr) {
@@ -195,18 +198,24 @@ void GrabRun::put(FrameSlot& slot) {
     }
 }
 
+// With mutex_ held, and not for an empty ring.
+FrameSlot* GrabRun::popOldest() noexcept {
+    FrameSlot* const slot = latest_[oldest_];
+    oldest_ = (oldest_ + 1) % latest_.size();
+    --waiting_;
+    return slot;
+}
+
 void GrabRun::skip(FrameSlot& slot) {
-    grabber_->GetCounters().CountSkipped();
+    grabber_->GetCounters().CountSkipped(number_);
     buffers_->Return(slot);
 }
 
 void GrabRun::dropCollected() noexcept {
     const std::scoped_lock lock(mutex_);
-    for (FrameSlot* const slot : latest_) {
-        grabber_->GetCounters().Count(FrameFate::Aborted);
-        buffers_->Return(*slot);
+    while (waiting_ != 0) {
+        buffers_->Return(*popOldest());
     }
-    latest_.clear();
 }
 
 }  // namespace Orlix::Detail

@@ -6,11 +6,11 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <deque>
 #include <exception>
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 #include "orlixcamera/cameraenums.h"
 #include "orlixcamera/instantcamera/streamgrabber.h"
@@ -49,8 +49,8 @@ public:
 
     // The next frame; invalid after the time-out or the end. Throws what the stream throws.
     [[nodiscard]] CGrabResultPtr Next(std::chrono::milliseconds timeOut);
-    // The frame was handed over, or came too late for it.
-    void Count(const CGrabResultData& frame, bool handedOver);
+    // Whether the frame, which Next gave, may still be handed to handlers; it is counted by that.
+    [[nodiscard]] bool Begin(const CGrabResultData& frame);
     // The stream has thrown, so that the device may be lost.
     void SetFailed() noexcept { failed_ = true; }
     [[nodiscard]] bool HasFailed() const noexcept { return failed_; }
@@ -66,13 +66,15 @@ private:
     [[nodiscard]] FrameSlot* takeLatest(Clock::time_point deadline, std::size_t& skipped);
     void collect() noexcept;
     void put(FrameSlot& slot);
+    [[nodiscard]] FrameSlot* popOldest() noexcept;
     void skip(FrameSlot& slot);
+    void count(Transport::FrameFate fate) { grabber_->GetCounters().Count(number_, fate); }
     void dropCollected() noexcept;
 
     const GrabPlan plan_;
     const std::shared_ptr<StreamGrabber> grabber_;
     std::shared_ptr<BufferSet> buffers_;
-    std::uint64_t number_ = 0;  // with the grabber
+    StreamCounters::Run number_ = 0;
 
     std::atomic<bool> failed_{false};
     mutable std::mutex mutex_;
@@ -84,7 +86,9 @@ private:
     // The strategies of the latest images: a thread that calls nobody empties the stream.
     std::thread collector_;
     std::condition_variable collected_;
-    std::deque<FrameSlot*> latest_;
+    std::vector<FrameSlot*> latest_;  // a ring
+    std::size_t oldest_ = 0;
+    std::size_t waiting_ = 0;
     std::size_t skipped_ = 0;
     std::exception_ptr failure_;
 };

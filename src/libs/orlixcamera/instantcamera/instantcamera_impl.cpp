@@ -14,7 +14,7 @@ CInstantCamera::Impl::Impl(CInstantCamera& camera)
     : camera_(camera),
       settings_(std::make_shared<Detail::CameraSettings>()),
       counters_(std::make_shared<Detail::StreamCounters>()),
-      cameraMap_(Detail::CreateCameraMap(settings_)),
+      cameraMap_(Detail::CreateCameraMap(settings_, counters_)),
       events_(eventHandlers_, *counters_,
               [this](Detail::EventRegistration& registration, GenApi::INode* node) {
                   registration.Call([&](CCameraEventHandler& handler) {

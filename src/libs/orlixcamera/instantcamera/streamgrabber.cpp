@@ -22,17 +22,17 @@ void StreamGrabber::openStream() {
     }
 }
 
-std::uint64_t StreamGrabber::Start(std::shared_ptr<BufferSet> buffers, Queueing queueing,
-                                   std::size_t payloadSize) {
+StreamCounters::Run StreamGrabber::Start(std::shared_ptr<BufferSet> buffers, Queueing queueing,
+                                         std::size_t payloadSize) {
     openStream();
     buffers_ = std::move(buffers);
     counters_->SetBuffers(static_cast<std::int64_t>(payloadSize),
                           static_cast<std::int64_t>(buffers_->GetCount()));
-    std::uint64_t run = 0;
+    const StreamCounters::Run run = counters_->BeginRun();
     {
         const std::scoped_lock lock(mutex_);
         running_ = true;
-        run = ++run_;
+        run_ = run;
     }
     try {
         buffers_->Activate(*stream_, queueing);
@@ -66,7 +66,7 @@ void StreamGrabber::takeAllBack() noexcept {
     while (StreamBuffer* const buffer = stream_->TakeBack()) {
         buffers_->Return(FrameSlot::Of(*buffer));
     }
-    counters_->CountAtStop();
+    counters_->EndRun();
 }
 
 void StreamGrabber::Close() noexcept {
@@ -76,7 +76,7 @@ void StreamGrabber::Close() noexcept {
     }
 }
 
-FrameSlot* StreamGrabber::Take(std::uint64_t run, std::chrono::milliseconds timeOut) {
+FrameSlot* StreamGrabber::Take(StreamCounters::Run run, std::chrono::milliseconds timeOut) {
     {
         const std::scoped_lock lock(mutex_);
         if (!running_ || run != run_) {
@@ -98,7 +98,6 @@ FrameSlot* StreamGrabber::Take(std::uint64_t run, std::chrono::milliseconds time
     if (buffer == nullptr) {
         return nullptr;
     }
-    counters_->CountReceived();
     FrameSlot& slot = FrameSlot::Of(*buffer);
     slot.Examine();
     return &slot;

@@ -25,8 +25,8 @@ public:
 
     // Begins a run and returns its number; what it throws leaves everything stopped. Opens the
     // stream where needed.
-    [[nodiscard]] std::uint64_t Start(std::shared_ptr<BufferSet> buffers, Queueing queueing,
-                                      std::size_t payloadSize);
+    [[nodiscard]] StreamCounters::Run Start(std::shared_ptr<BufferSet> buffers, Queueing queueing,
+                                            std::size_t payloadSize);
     // Ends the run: no Take gets a frame from now on. Waits for no more than those inside Take,
     // which return at once.
     void Stop() noexcept;
@@ -38,7 +38,7 @@ public:
     // The next frame of that run, examined; null after the time-out, and at once when the run has
     // ended. It is to be counted and handed out, or returned to the set. Throws what the stream
     // throws.
-    [[nodiscard]] FrameSlot* Take(std::uint64_t run, std::chrono::milliseconds timeOut);
+    [[nodiscard]] FrameSlot* Take(StreamCounters::Run run, std::chrono::milliseconds timeOut);
     [[nodiscard]] StreamCounters& GetCounters() const noexcept { return *counters_; }
 
 private:
@@ -53,8 +53,8 @@ private:
     std::mutex mutex_;
     std::condition_variable nobodyWaits_;
     bool running_ = false;
-    std::uint64_t run_ = 0;     // the number of the last
-    unsigned int waiting_ = 0;  // calls inside the stream's Wait
+    StreamCounters::Run run_ = 0;  // the last
+    unsigned int waiting_ = 0;     // calls inside the stream's Wait
 };
 
 }  // namespace Orlix::Detail

@@ -1,0 +1,68 @@
+// Which fate a frame is counted with, and in which opening.
+#include "orlixcamera/instantcamera/streamcounters.h"
+
+#include <gtest/gtest.h>
+
+#include "orlixcamera/instantcamera/scripteddevice.h"
+
+namespace CameraTest {
+namespace {
+
+using Orlix::Detail::StreamCounters;
+using Orlix::Detail::StreamCounts;
+
+class StreamCounting : public testing::Test {
+protected:
+    void fill(std::uint64_t frames) { state_->statistics.delivered += frames; }
+
+    const std::shared_ptr<ScriptedStream::State> state_ = std::make_shared<ScriptedStream::State>();
+    StreamCounters counters;
+    ScriptedStream stream{state_};
+};
+
+TEST_F(StreamCounting, FramesWithoutAFateAreAbortedWhenTheirRunEnds) {
+    counters.Attach(stream);
+    const StreamCounters::Run run = counters.BeginRun();
+    fill(3);
+    counters.Count(run, FrameFate::Delivered);
+    counters.EndRun();
+    EXPECT_EQ(counters.Get().delivered, 1U);
+    EXPECT_EQ(counters.Get().aborted, 2U);
+    EXPECT_EQ(counters.Get().failed, 2U);
+    EXPECT_EQ(counters.Get().sent, 3U);
+}
+
+TEST_F(StreamCounting, WhatALateThreadCountsIsNotCountedTwice) {
+    counters.Attach(stream);
+    const StreamCounters::Run first = counters.BeginRun();
+    fill(2);
+    counters.EndRun();
+    counters.Count(first, FrameFate::Delivered);
+    const StreamCounters::Run second = counters.BeginRun();
+    fill(1);
+    counters.CountSkipped(first);
+    counters.CountSkipped(second);
+    counters.EndRun();
+    EXPECT_EQ(counters.Get().delivered, 0U);
+    EXPECT_EQ(counters.Get().skipped, 1U);
+    EXPECT_EQ(counters.Get().aborted, 2U);
+    EXPECT_EQ(counters.Get().sent, 3U);
+}
+
+TEST_F(StreamCounting, WhatALateThreadCountsDoesNotReachTheNextOpening) {
+    counters.Attach(stream);
+    const StreamCounters::Run run = counters.BeginRun();
+    fill(1);
+    counters.EndRun();
+    counters.Detach();
+    state_->statistics = {};
+    counters.Attach(stream);
+    static_cast<void>(counters.BeginRun());
+    counters.Count(run, FrameFate::Delivered);
+    EXPECT_EQ(counters.Get().delivered, 0U);
+    EXPECT_EQ(counters.GetTotal().sent, 1U);
+    EXPECT_EQ(counters.GetTotal().aborted, 1U);
+}
+
+}  // namespace
+}  // namespace CameraTest
