@@ -5,6 +5,7 @@
 #include "camera/cameraimpl.h"
 #include "camera/names.h"
 #include "camera/parametertexts.h"
+#include "camera/pinparametertexts.h"
 #include "parametertree.h"
 
 namespace Plugin::OrlixVCellPackageBase {
