@@ -54,6 +54,15 @@ std::optional<BitField> bitFieldOf(const RegisterDetail& detail, int bits) {
     return low < 0 || high >= bits ? std::nullopt : std::optional(BitField{low, high - low + 1});
 }
 
+bool isPossibleLength(Kind kind, std::int64_t bytes) {
+    constexpr std::int64_t most = std::int64_t{64} * 1024 * 1024;
+    if (kind == Kind::floatReg) {
+        return bytes == 4 || bytes == 8;
+    }
+    const bool isNumber = kind == Kind::intReg || kind == Kind::maskedIntReg;
+    return bytes >= 1 && bytes <= (isNumber ? 8 : most);
+}
+
 Description::~Description() {
     for (std::size_t i = 0; closures_ != nullptr && i < nodes.size(); ++i) {
         delete[] closures_[i].load(std::memory_order_relaxed);
@@ -69,6 +78,14 @@ std::span<const KeptText> Description::keptOf(NodeId id) const {
 
 void Description::prepareClosures() {
     closures_ = std::make_unique<std::atomic<const NodeId*>[]>(nodes.size());
+}
+
+void Description::shrink() {
+    const auto each = [](auto&... arrays) { (arrays.shrink_to_fit(), ...); };
+    each(nodes, numbers, booleans, enumerations, entries, commands, strings, registers,
+         registerNodes, ports, portNodes, configKeys, formulas, variables, polled, keptTexts, links,
+         terms, indexed, validValues, texts, dependants, dependantLinks, providers, providerLinks,
+         report.remarks);
 }
 
 std::span<const NodeId> Description::closure(NodeId id) const {

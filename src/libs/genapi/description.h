@@ -117,7 +117,8 @@ struct NumberDetail {
     NodeId index = noNode;
     Slice table;
     Number fallback;
-    Slice validValues;  // ValidValueSet, ascending
+    Slice validValues;        // ValidValueSet, ascending
+    bool fixedRange = false;  // of an Integer: two constants, and any number between them
 };
 
 struct BooleanDetail {
@@ -192,6 +193,9 @@ struct BitField {
     const int magnitude = detail.isSigned ? width - 1 : std::min(width, 63);
     return static_cast<std::int64_t>((std::uint64_t{1} << magnitude) - 1);
 }
+
+// A longer register is taken for noise; numbers have at most eight bytes, floats four or eight.
+[[nodiscard]] bool isPossibleLength(Kind kind, std::int64_t bytes);
 
 // What a name in a formula stands for.
 struct FormulaVariable {
@@ -310,6 +314,8 @@ struct Description {
     [[nodiscard]] std::span<const NodeId> closure(NodeId id) const;
     // To be called once, when the nodes and their dependants are complete.
     void prepareClosures();
+    // Gives back the room that the arrays grew beyond their need; nothing is added afterwards.
+    void shrink();
 
 private:
     [[nodiscard]] std::unique_ptr<NodeId[]> computeClosure(NodeId id) const;

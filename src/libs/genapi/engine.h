@@ -284,6 +284,7 @@ private:
     void checkInteger(NodeId id, std::int64_t value, Verify verify);
     void checkReal(NodeId id, double value, Verify verify);
     void checkRange(NodeId id, std::int64_t value);
+    [[nodiscard]] bool isInFixedRange(NodeId id, std::int64_t value) const;
     [[nodiscard]] bool isListed(NodeId id, std::int64_t value);
     void checkEntry(NodeId enumeration, std::int64_t value);
     void checkText(NodeId id, std::string_view value);

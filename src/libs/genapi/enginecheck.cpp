@@ -17,7 +17,29 @@ std::string rangeText(std::int64_t low, std::int64_t high) {
 
 }  // namespace
 
+// What is known since the load needs no way through the links: most Integers have constant bounds,
+// and nearly all writes end in a register.
+bool Engine::isInFixedRange(NodeId id, std::int64_t value) const {
+    const Node& self = node(id);
+    if (!imposedRanges_.empty()) {
+        return false;
+    }
+    if (self.kind == Kind::integer) {
+        const NumberDetail& detail = d_->numbers[self.detail];
+        return detail.fixedRange && value >= detail.minimum.integer &&
+               value <= detail.maximum.integer;
+    }
+    if (!isRegister(self.kind)) {
+        return false;
+    }
+    const RegisterDetail& detail = d_->registers[self.detail];
+    return detail.width != 0 && value >= detail.minimum && value <= detail.maximum;
+}
+
 void Engine::checkRange(NodeId id, std::int64_t value) {
+    if (isInFixedRange(id, value)) {
+        return;
+    }
     const std::int64_t low = minimum(id);
     const std::int64_t high = maximum(id);
     if (value < low || value > high) {

@@ -10,8 +10,6 @@ namespace GenApi::Detail {
 
 namespace {
 
-constexpr std::int64_t maximumRegisterLength = std::int64_t{64} * 1024 * 1024;
-
 // Addresses may use all 64 bits; their arithmetic wraps.
 std::int64_t wrapAdd(std::int64_t a, std::int64_t b) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) + static_cast<std::uint64_t>(b));
@@ -67,11 +65,7 @@ std::int64_t Engine::address(NodeId id) {
 std::int64_t Engine::linkedLength(NodeId id) {
     const Number& given = registerOf(id).length;
     const std::int64_t bytes = linkedInteger(given.link);
-    const Kind kind = node(id).kind;
-    const bool isNumber =
-        kind == Kind::intReg || kind == Kind::maskedIntReg || kind == Kind::floatReg;
-    if (bytes < 1 || bytes > (isNumber ? 8 : maximumRegisterLength) ||
-        (kind == Kind::floatReg && bytes != 4 && bytes != 8)) {
+    if (!isPossibleLength(node(id).kind, bytes)) {
         GENAPI_THROW(
             OutOfRangeException,
             says(id, "has the impossible length of " + std::to_string(bytes) +

@@ -6,25 +6,9 @@
 
 #include "genapi/engine.h"
 #include "genapi/engineerror.h"
+#include "genapi/numberbytes.h"
 
 namespace GenApi::Detail {
-
-namespace {
-
-// The bytes as an unsigned number.
-std::uint64_t assemble(std::span<const std::uint8_t> bytes, bool bigEndian) {
-    static_assert(std::endian::native == std::endian::little);
-    std::uint64_t value = 0;
-    // Nearly all have four, which needs no call.
-    if (bytes.size() == 4) {
-        std::memcpy(&value, bytes.data(), 4);
-    } else {
-        std::memcpy(&value, bytes.data(), bytes.size());
-    }
-    return bigEndian ? __builtin_bswap64(value) >> (64 - 8 * bytes.size()) : value;
-}
-
-}  // namespace
 
 void Engine::requireLink(NodeId link) {
     const std::size_t mark = denialCount_;
@@ -158,7 +142,7 @@ double Engine::realValue(NodeId id, CacheUse use) {
     std::array<std::uint8_t, 8> bytes{};
     const auto count = static_cast<std::size_t>(length(id));
     readBytes(id, std::span(bytes).first(count), use);
-    const std::uint64_t bits = assemble(std::span(bytes).first(count), registerOf(id).bigEndian);
+    const std::uint64_t bits = gather(std::span(bytes).first(count), registerOf(id).bigEndian);
     return count == 4 ? static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(bits)))
                       : std::bit_cast<double>(bits);
 }
@@ -177,7 +161,7 @@ std::int64_t Engine::registerInteger(NodeId id, CacheUse use) {
         std::array<std::uint8_t, 8> bytes{};
         const auto used = std::span(bytes).first(static_cast<std::size_t>(count));
         readBytes(id, used, use);
-        bits = assemble(used, detail.bigEndian);
+        bits = gather(used, detail.bigEndian);
     }
     // The field moves to the top, and comes down again with its own sign or with zeros.
     const std::uint64_t top = bits << (64 - field.width - field.shift);

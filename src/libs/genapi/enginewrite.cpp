@@ -7,26 +7,12 @@
 
 #include "genapi/engine.h"
 #include "genapi/engineerror.h"
+#include "genapi/numberbytes.h"
 #include "genapi/numbertext.h"
 
 namespace GenApi::Detail {
 
 namespace {
-
-// The low bytes of a number in the order of their addresses.
-void scatter(std::uint64_t value, std::span<std::uint8_t> bytes, bool bigEndian) {
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        bytes[bigEndian ? bytes.size() - 1 - i : i] = static_cast<std::uint8_t>(value >> (8 * i));
-    }
-}
-
-std::uint64_t gather(std::span<const std::uint8_t> bytes, bool bigEndian) {
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        value |= std::uint64_t{bytes[bigEndian ? bytes.size() - 1 - i : i]} << (8 * i);
-    }
-    return value;
-}
 
 std::uint64_t maskOf(int width) {
     return ~std::uint64_t{0} >> (64 - width);

@@ -72,6 +72,7 @@ public:
             builder.build(static_cast<NodeId>(i), pending_[i]);
         }
         linkDependants(context_);
+        description_->shrink();
         return description_;
     }
 

@@ -118,12 +118,9 @@ bool NodeBuilder::applyText(Element element, XmlElement child) {
         case Element::Extension:
             return true;
         case Element::EventID:
-            if (const auto event = parseHexId(text_)) {
+            if (const auto event = hexId(child)) {
                 node_.eventId = *event;
                 node_.hasEventId = true;
-            } else {
-                context_.drop(child, name_,
-                              "'" + std::string(text_) + "' is no hexadecimal number.");
             }
             return true;
         default:
@@ -198,7 +195,7 @@ bool NodeBuilder::applyDisplay(Element element, XmlElement child) {
             word<bool>(child, [&](bool yes) { node_.deprecated = yes; });
             return true;
         case Element::ImposedAccessMode:
-            word<EAccessMode>(child, [&](EAccessMode m) { node_.imposedAccess = std::uint8_t(m); });
+            imposeAccess(child);
             return true;
         case Element::PollingTime:
             node_.pollingTime = std::max<std::int64_t>(integer(child), 0);
@@ -322,6 +319,18 @@ Number NodeBuilder::bound(XmlElement child) {
     result.integer = side < 0 ? Integer::min() : Integer::max();
     result.real = isReal ? side * largest : static_cast<double>(result.integer);
     return result;
+}
+
+std::optional<std::uint64_t> NodeBuilder::hexId(XmlElement child) {
+    const auto id = parseHexId(text_);
+    if (!id) {
+        context_.drop(child, name_, "'" + std::string(text_) + "' is no hexadecimal number.");
+    }
+    return id;
+}
+
+void NodeBuilder::imposeAccess(XmlElement child) {
+    word<EAccessMode>(child, [&](EAccessMode mode) { node_.imposedAccess = std::uint8_t(mode); });
 }
 
 Number NodeBuilder::linkedNumber(XmlElement child) {

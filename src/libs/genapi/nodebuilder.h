@@ -100,6 +100,7 @@ private:
     void keepFormulaText(Element element, XmlElement child);
     void finishDetail(NodeId id, const PendingNode& pending);
     void finishNumber(bool isFloat);
+    [[nodiscard]] bool hasFixedRange() const;
     void finishRegister(NodeId id);
     void finishFormula();
     void finishConfigKey(const PendingNode& pending);
@@ -123,6 +124,9 @@ private:
     [[nodiscard]] Number bound(XmlElement child);
     [[nodiscard]] std::string textIn(XmlElement child) const;
     [[nodiscard]] Number linkedNumber(XmlElement child);
+    // An identifier in hexadecimal; what is none costs the element.
+    [[nodiscard]] std::optional<std::uint64_t> hexId(XmlElement child);
+    void imposeAccess(XmlElement child);
     // A word of an enumerated element, handed to `store`; an unknown one costs the element.
     template <typename Value, typename Store>
     void word(XmlElement child, Store store);

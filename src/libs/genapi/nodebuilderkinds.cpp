@@ -94,8 +94,7 @@ bool NodeBuilder::applyNumber(Element element, XmlElement child) {
             return true;
         }
         case Element::AccessMode:
-            word<EAccessMode>(child,
-                              [&](EAccessMode mode) { node_.imposedAccess = std::uint8_t(mode); });
+            imposeAccess(child);
             return true;
         default:
             return applyIndexed(element, child) || applyValue(element, child, detail.value);
@@ -227,8 +226,7 @@ bool NodeBuilder::applyString(Element element, XmlElement child) {
             node_.value = link(child, Wanted::text);
             return true;
         case Element::AccessMode:
-            word<EAccessMode>(child,
-                              [&](EAccessMode mode) { node_.imposedAccess = std::uint8_t(mode); });
+            imposeAccess(child);
             return true;
         default:
             return false;
@@ -241,12 +239,9 @@ bool NodeBuilder::applyPort(Element element, XmlElement child) {
             word<bool>(child, [&](bool yes) { draft_.port.swapEndianess = yes; });
             return true;
         case Element::ChunkID:
-            if (const auto id = parseHexId(text_)) {
+            if (const auto id = hexId(child)) {
                 draft_.port.chunkId = *id;
                 draft_.port.hasChunkId = true;
-            } else {
-                context_.drop(child, name_,
-                              "'" + std::string(text_) + "' is no hexadecimal number.");
             }
             return true;
         case Element::pChunkID:
@@ -351,6 +346,17 @@ void NodeBuilder::finishDetail(NodeId id, const PendingNode& pending) {
     }
 }
 
+// Neither a device nor a list has a say in what the Integer may be.
+bool NodeBuilder::hasFixedRange() const {
+    const NumberDetail& detail = draft_.number;
+    const auto isConstant = [](const Number& bound) { return bound.given && bound.link == noNode; };
+    const bool hasOwnIncrement = detail.increment.given || !draft_.validValues.empty();
+    const bool isPlain = detail.index == noNode && draft_.copiesBefore.empty() &&
+                         draft_.copiesAfter.empty() &&
+                         (node_.value == noNode || isRegister(d_.nodes[node_.value].kind));
+    return isPlain && !hasOwnIncrement && isConstant(detail.minimum) && isConstant(detail.maximum);
+}
+
 void NodeBuilder::finishNumber(bool isFloat) {
     NumberDetail& detail = draft_.number;
     if (detail.index == noNode) {
@@ -359,6 +365,7 @@ void NodeBuilder::finishNumber(bool isFloat) {
     if (isFloat && node_.representation == HexNumber) {
         node_.representation = _UndefinedRepresentation;
     }
+    detail.fixedRange = !isFloat && hasFixedRange();
     detail.copiesBefore = context_.store(draft_.copiesBefore);
     detail.copiesAfter = context_.store(draft_.copiesAfter);
     detail.table = {static_cast<std::uint32_t>(d_.indexed.size()),

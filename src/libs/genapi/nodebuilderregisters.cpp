@@ -8,9 +8,6 @@ namespace GenApi::Detail {
 
 namespace {
 
-// A register longer than this is taken for noise.
-constexpr std::int64_t maximumRegisterLength = std::int64_t{64} * 1024 * 1024;
-
 // What does not change is worked out once.
 void placeField(RegisterDetail& detail) {
     const std::int64_t length = detail.length.integer;
@@ -165,10 +162,7 @@ void NodeBuilder::finishRegister(NodeId id) {
     }
     if (detail.length.given && detail.length.link == noNode) {
         const std::int64_t length = detail.length.integer;
-        const bool isFloat = kind == Kind::floatReg;
-        const bool isNumber = isFloat || kind == Kind::intReg || kind == Kind::maskedIntReg;
-        if (length < 1 || length > (isNumber ? 8 : maximumRegisterLength) ||
-            (isFloat && length != 4 && length != 8)) {
+        if (!isPossibleLength(kind, length)) {
             setBroken("its length of " + std::to_string(length) + " bytes is not possible");
         }
     }

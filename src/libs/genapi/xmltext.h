@@ -82,7 +82,7 @@ private:
     std::vector<Attribute> attributes_;
     std::deque<std::string> decoded_;
     // How many lines begin before each block of the text; filled when a line is asked for first.
-    static constexpr std::size_t blockSize = std::size_t{2} * 1024;
+    static constexpr std::size_t blockSize = 256;
     mutable std::vector<std::uint32_t> linesBefore_;
 };
 
