@@ -68,6 +68,33 @@ TEST(Cache, AReadMayIgnoreIt) {
     EXPECT_EQ(t.integer("A")->GetValue(), 9);
 }
 
+TEST(Cache, AReadThroughAFormulaIgnoresThatOfItsVariablesToo) {
+    TestMap t(
+        cached("A", 0, "WriteThrough") + cached("B", 8, "WriteThrough") +
+        "<IntSwissKnife Name=\"K\"><pVariable Name=\"X\">A</pVariable><Formula>X * 2</Formula>"
+        "</IntSwissKnife><IntConverter Name=\"C\"><pVariable Name=\"X\">K</pVariable><FormulaTo>"
+        "FROM - X</FormulaTo><FormulaFrom>TO + X</FormulaFrom><pValue>B</pValue>"
+        "</IntConverter>");
+    EXPECT_FALSE(t.integer("C")->IsValueCacheValid());
+    EXPECT_EQ(t.integer("C")->GetValue(), 0);
+    EXPECT_TRUE(t.integer("K")->IsValueCacheValid());
+    EXPECT_TRUE(t.integer("C")->IsValueCacheValid());
+    t.port.poke(0, 5);
+    t.port.poke(8, 100);
+    EXPECT_EQ(t.integer("C")->GetValue(), 0);
+    EXPECT_EQ(t.integer("C")->GetValue(false, true), 110);
+    t.node("A")->InvalidateNode();
+    EXPECT_FALSE(t.integer("C")->IsValueCacheValid());
+}
+
+TEST(Cache, WhetherAFormulaInACircleIsCachedIsAnswered) {
+    TestMap t(
+        "<IntSwissKnife Name=\"K\"><pVariable Name=\"X\">L</pVariable><Formula>X</Formula>"
+        "</IntSwissKnife><IntSwissKnife Name=\"L\"><pVariable Name=\"X\">K</pVariable><Formula>X"
+        "</Formula></IntSwissKnife>");
+    EXPECT_FALSE(t.integer("K")->IsValueCacheValid());
+}
+
 TEST(Cache, Rule67BytesOfAnotherAddressAreNotTaken) {
     TestMap t(
         "<Integer Name=\"Sel\"><Value>0</Value></Integer>"

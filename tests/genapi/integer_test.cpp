@@ -92,6 +92,37 @@ TEST(Integer, Rule50TablesFollowTheirIndex) {
         "Node 'B' is not readable, its access mode is NA: 'B' has no value for the index in 'I'.");
 }
 
+TEST(Integer, Rule50UnitRepresentationAndPrecisionAreThoseOfTheChosenOne) {
+    TestMap t(
+        "<Integer Name=\"I\"><Value>0</Value></Integer><Integer Name=\"X\"><Value>10</Value><Unit>"
+        "us</Unit><Representation>HexNumber</Representation></Integer><Float Name=\"Y\"><Value>"
+        "1.23456</Value><Unit>mm</Unit><DisplayPrecision>3</DisplayPrecision><DisplayNotation>Fixed"
+        "</DisplayNotation></Float><Integer Name=\"A\"><pIndex>I</pIndex><pValueIndexed "
+        "Index=\"0\">"
+        "X</pValueIndexed><ValueDefault>55</ValueDefault></Integer><Float Name=\"F\"><pIndex>I"
+        "</pIndex><pValueIndexed Index=\"1\">Y</pValueIndexed><ValueDefault>0.5</ValueDefault>"
+        "</Float>");
+    EXPECT_EQ(t.integer("A")->GetUnit(), "us");
+    EXPECT_EQ(t.integer("A")->GetRepresentation(), HexNumber);
+    EXPECT_EQ(t.integer("A")->ToString(), "0xA");
+    EXPECT_EQ(t.real("F")->GetUnit(), "");
+    t.integer("I")->SetValue(1);
+    EXPECT_EQ(t.integer("A")->GetUnit(), "");
+    EXPECT_EQ(t.integer("A")->GetRepresentation(), PureNumber);
+    EXPECT_EQ(t.real("F")->GetUnit(), "mm");
+    EXPECT_EQ(t.real("F")->GetDisplayPrecision(), 3);
+    EXPECT_EQ(t.real("F")->GetDisplayNotation(), fnFixed);
+}
+
+TEST(Integer, Rule50ATableWhoseIndexCanNotBeReadHasNothingOfAnother) {
+    TestMap t(
+        "<Integer Name=\"A\"><pIndex>R</pIndex><pValueIndexed Index=\"0\">X</pValueIndexed>"
+        "</Integer><Integer Name=\"X\"><Value>1</Value><Unit>us</Unit></Integer>" +
+        std::string(Reg{"R", 0, "WO"}));
+    EXPECT_EQ(t.integer("A")->GetUnit(), "");
+    EXPECT_EQ(t.integer("A")->GetRepresentation(), PureNumber);
+}
+
 TEST(Integer, Rule51ImposedLimitsNarrowOnlyAndRepresentationPassesUp) {
     TestMap t(
         "<Integer Name=\"A\"><pValue>B</pValue></Integer>"
@@ -154,7 +185,11 @@ TEST(Integer, ATextThatIsNoNumberIsRefusedByName) {
     EXPECT_EQ(
         errorOf<GenICam::InvalidArgumentException>([&] { t.integer("A")->FromString("one"); }),
         "Node 'A' can not take 'one': it is no 64-bit integer.");
+    EXPECT_THROW(t.integer("A")->FromString("1.5"), GenICam::InvalidArgumentException);
+    EXPECT_THROW(t.integer("A")->FromString("1e-3"), GenICam::InvalidArgumentException);
     EXPECT_EQ(t.integer("A")->GetValue(), 1);
+    t.integer("A")->FromString(" 2e1 ");
+    EXPECT_EQ(t.integer("A")->GetValue(), 20);
 }
 
 TEST(Integer, Rule83RangesAreReportedAsReadAndRefuseEveryWrite) {

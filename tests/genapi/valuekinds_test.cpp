@@ -232,3 +232,16 @@ TEST(ErrorLink, Rule60AnErrorCodeAfterAWriteThrowsWithTheEntrysTexts) {
     EXPECT_EQ(errorOf<GenICam::RuntimeException>([&] { t.integer("A")->SetValue(3); }),
               "Node 'A' was written, and 'Fault' reports the error 4 (Too hot): Let it cool.");
 }
+
+TEST(ErrorLink, Rule60TheTargetsOfAWriteAreAskedToo) {
+    TestMap t(
+        "<Integer Name=\"A\"><pValue>Reg</pValue></Integer><Enumeration Name=\"Fault\">"
+        "<EnumEntry Name=\"None\"><Value>0</Value></EnumEntry><EnumEntry Name=\"Hot\"><Value>4"
+        "</Value></EnumEntry><pValue>Code</pValue></Enumeration>" +
+        std::string(Reg{"Code", 8}) + std::string(Reg{"Reg", 0, "RW", "<pError>Fault</pError>"}));
+    t.integer("A")->SetValue(2);
+    t.port.poke(8, 4);
+    EXPECT_EQ(errorOf<GenICam::RuntimeException>([&] { t.integer("A")->SetValue(3); }),
+              "Node 'Reg' was written, and 'Fault' reports the error 4 (Hot).");
+    EXPECT_EQ(t.port.peek(0), 3);
+}

@@ -100,12 +100,13 @@ public:
     void readBytes(NodeId id, std::span<std::uint8_t> bytes, CacheUse use);
     void setBytes(NodeId id, std::span<const std::uint8_t> bytes);
     [[nodiscard]] bool isCached(NodeId id);
+    [[nodiscard]] bool areVariablesCached(NodeId id);
 
-    // ---- Inherited along value links.
-    [[nodiscard]] ERepresentation representation(NodeId id) const;
-    [[nodiscard]] EDisplayNotation notation(NodeId id) const;
-    [[nodiscard]] std::int64_t precision(NodeId id) const;
-    [[nodiscard]] std::string_view unit(NodeId id) const;
+    // ---- Inherited along value links and from what a table chooses.
+    [[nodiscard]] ERepresentation representation(NodeId id);
+    [[nodiscard]] EDisplayNotation notation(NodeId id);
+    [[nodiscard]] std::int64_t precision(NodeId id);
+    [[nodiscard]] std::string_view unit(NodeId id);
     [[nodiscard]] ECachingMode caching(NodeId id) const;
 
     // ---- Invalidation. No port is touched.
@@ -233,6 +234,9 @@ private:
         source.given = source.link != noNode;
         return source;
     }
+    [[nodiscard]] NodeId heritage(NodeId id);
+    template <typename Has>
+    [[nodiscard]] NodeId firstThat(NodeId id, Has has);
     [[nodiscard]] Number tableSource(const NumberDetail& detail);
     [[nodiscard]] std::int64_t toInteger(NodeId id, double value) const;
     [[nodiscard]] double realValue(NodeId id, CacheUse use);
@@ -248,16 +252,18 @@ private:
     [[nodiscard]] EAccessMode formulaAccess(NodeId id, Ask ask);
     [[nodiscard]] FormulaNumber formulaValue(NodeId id, CacheUse use);
     [[nodiscard]] FormulaNumber targetValue(NodeId id, CacheUse use);
-    [[nodiscard]] FormulaNumber evaluate(NodeId id, const Program& program, FormulaNumber argument);
+    [[nodiscard]] FormulaNumber evaluate(NodeId id, const Program& program, FormulaNumber argument,
+                                         CacheUse use = CacheUse::allowed);
     // The same, letting out a FormulaFault.
     [[nodiscard]] FormulaNumber evaluateOrFault(NodeId id, const Program& program,
-                                                FormulaNumber argument);
+                                                FormulaNumber argument, CacheUse use);
     // A target's end in the converter's own unit; nothing where the formula is not defined there.
     [[nodiscard]] std::optional<FormulaNumber> evaluateEnd(NodeId id, FormulaNumber end);
     [[nodiscard]] FormulaNumber run(NodeId id, const Program& program, FormulaNumber argument,
-                                    std::size_t frame);
+                                    std::size_t frame, CacheUse use);
     enum class Check { access, none };
-    [[nodiscard]] FormulaNumber variableValue(const FormulaVariable& variable, Check check);
+    [[nodiscard]] FormulaNumber variableValue(const FormulaVariable& variable, Check check,
+                                              CacheUse use);
     // What a converter's target would be given for a value.
     [[nodiscard]] FormulaNumber converted(NodeId id, FormulaNumber value);
     void checkConverted(NodeId id, FormulaNumber value, Verify verify);
@@ -293,6 +299,7 @@ private:
     void storeText(NodeId id, std::string_view value);
     void storeRegisterInteger(NodeId id, std::int64_t value);
     void checkErrorNode(NodeId id);
+    void checkErrorNodes(NodeId id);
     [[nodiscard]] std::vector<std::uint8_t> bytesOf(NodeId id, std::string_view text);
     [[nodiscard]] NodeId nearestEntry(NodeId enumeration, double value);
 

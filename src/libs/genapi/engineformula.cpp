@@ -73,7 +73,7 @@ FormulaNumber Engine::formulaValue(NodeId id, CacheUse use) {
     const FormulaDetail& detail = d_->formulas[node(id).detail];
     const FormulaNumber argument =
         isConverter(node(id).kind) ? targetValue(node(id).value, use) : FormulaNumber{};
-    return evaluate(id, detail.read, argument);
+    return evaluate(id, detail.read, argument, use);
 }
 
 FormulaNumber Engine::converted(NodeId id, FormulaNumber value) {
@@ -93,7 +93,7 @@ std::int64_t Engine::integerResult(NodeId id, FormulaNumber value) const {
     return static_cast<std::int64_t>(value.real);
 }
 
-FormulaNumber Engine::variableValue(const FormulaVariable& variable, Check check) {
+FormulaNumber Engine::variableValue(const FormulaVariable& variable, Check check, CacheUse use) {
     using Member = FormulaVariable::Member;
     const NodeId id = variable.node;
     const bool isReal = valueTypeOf(node(id).kind) == ValueType::real;
@@ -112,12 +112,13 @@ FormulaNumber Engine::variableValue(const FormulaVariable& variable, Check check
     if (check == Check::access) {
         requireLink(id);
     }
-    return isReal ? FormulaNumber::of(real(id)) : FormulaNumber::of(integer(id));
+    return isReal ? FormulaNumber::of(real(id, use)) : FormulaNumber::of(integer(id, use));
 }
 
 // ---- The machine.
 
-FormulaNumber Engine::evaluateOrFault(NodeId id, const Program& program, FormulaNumber argument) {
+FormulaNumber Engine::evaluateOrFault(NodeId id, const Program& program, FormulaNumber argument,
+                                      CacheUse use) {
     const std::size_t variables = d_->formulas[node(id).detail].variables.count;
     const std::size_t frame = formulaTop_;
     formulaTop_ = frame + variables + program.stackDepth + 1;
@@ -135,12 +136,13 @@ FormulaNumber Engine::evaluateOrFault(NodeId id, const Program& program, Formula
         ~Release() { top = frame; }
     };
     const Release release{formulaTop_, frame};
-    return run(id, program, argument, frame);
+    return run(id, program, argument, frame, use);
 }
 
-FormulaNumber Engine::evaluate(NodeId id, const Program& program, FormulaNumber argument) {
+FormulaNumber Engine::evaluate(NodeId id, const Program& program, FormulaNumber argument,
+                               CacheUse use) {
     try {
-        return evaluateOrFault(id, program, argument);
+        return evaluateOrFault(id, program, argument, use);
     } catch (const FormulaFault& fault) {
         GENAPI_THROW(RuntimeException, says(id, std::string("can not be evaluated: ") +
                                                     fault.reason + " in its formula."));
@@ -150,14 +152,14 @@ FormulaNumber Engine::evaluate(NodeId id, const Program& program, FormulaNumber 
 // An end of a range that the formula is not defined for, as zero under a fraction, is none.
 std::optional<FormulaNumber> Engine::evaluateEnd(NodeId id, FormulaNumber end) {
     try {
-        return evaluateOrFault(id, d_->formulas[node(id).detail].read, end);
+        return evaluateOrFault(id, d_->formulas[node(id).detail].read, end, CacheUse::allowed);
     } catch (const FormulaFault&) {
         return std::nullopt;
     }
 }
 
 FormulaNumber Engine::run(NodeId id, const Program& program, FormulaNumber argument,
-                          std::size_t frame) {
+                          std::size_t frame, CacheUse use) {
     const FormulaVariable* const variables =
         d_->variables.data() + d_->formulas[node(id).detail].variables.begin;
     const std::size_t depth = frame + d_->formulas[node(id).detail].variables.count;
@@ -190,7 +192,8 @@ FormulaNumber Engine::run(NodeId id, const Program& program, FormulaNumber argum
                     const std::ptrdiff_t height = top - stack;
                     const FormulaNumber value = variableValue(
                         variables[step.operand],
-                        variablesSeen_[node(id).detail] == moment_ ? Check::none : Check::access);
+                        variablesSeen_[node(id).detail] == moment_ ? Check::none : Check::access,
+                        use);
                     stack = formulaStack_.data();
                     top = stack + height;
                     stack[frame + step.operand] = value;

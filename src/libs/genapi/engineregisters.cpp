@@ -268,10 +268,29 @@ void Engine::dropFrom(PortState& port, std::uint8_t bucket, std::int64_t address
 
 bool Engine::isCached(NodeId id) {
     // The sources of a value are what decides.
-    for (int depth = 0; node(id).value != noNode && depth < maximumDepth; ++depth) {
+    for (int depth = 0;
+         node(id).value != noNode && !isFormula(node(id).kind) && depth < maximumDepth; ++depth) {
         id = node(id).value;
     }
+    if (isFormula(node(id).kind)) {
+        return areVariablesCached(id);
+    }
     return !isRegister(node(id).kind) ? node(id).held != noSlot : hasBytes_[node(id).detail] != 0;
+}
+
+bool Engine::areVariablesCached(NodeId id) {
+    const Node& self = node(id);
+    if (self.broken.count != 0 || (nodes_[id].busy & busyValue) != 0) {
+        return false;
+    }
+    const Visit visit(*this, id, busyValue);
+    const Slice variables = d_->formulas[self.detail].variables;
+    for (std::uint32_t i = 0; i < variables.count; ++i) {
+        if (!isCached(d_->variables[variables.begin + i].node)) {
+            return false;
+        }
+    }
+    return self.value == noNode || isCached(self.value);
 }
 
 BitField Engine::linkedField(NodeId id, std::int64_t bytes) const {

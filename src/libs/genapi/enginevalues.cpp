@@ -240,41 +240,55 @@ bool Engine::isDone(NodeId command) {
 
 // ---- What a node inherits from where it takes its value.
 
-ERepresentation Engine::representation(NodeId id) const {
-    for (int depth = 0; id != noNode && depth < maximumDepth; ++depth, id = node(id).value) {
-        if (node(id).representation != _UndefinedRepresentation) {
-            return static_cast<ERepresentation>(node(id).representation);
-        }
+// Its target, or what its table chooses now.
+NodeId Engine::heritage(NodeId id) {
+    const Node& self = node(id);
+    const bool isNumber = self.kind == Kind::integer || self.kind == Kind::floating;
+    if (!isNumber || d_->numbers[self.detail].index == noNode) {
+        return self.value;
     }
-    return PureNumber;
+    try {
+        return sourceOf(id).link;
+    } catch (const GenICam::GenericException&) {
+        if (mustTravel_) {
+            throw;
+        }
+        return noNode;
+    }
 }
 
-EDisplayNotation Engine::notation(NodeId id) const {
-    for (int depth = 0; id != noNode && depth < maximumDepth; ++depth, id = node(id).value) {
-        if (node(id).notation != _UndefinedEDisplayNotation) {
-            return static_cast<EDisplayNotation>(node(id).notation);
+// The node itself or the first on the way to its value that `has` is true of; noNode for none.
+template <typename Has>
+NodeId Engine::firstThat(NodeId id, Has has) {
+    for (int depth = 0; id != noNode && depth < maximumDepth; ++depth, id = heritage(id)) {
+        if (has(node(id))) {
+            return id;
         }
     }
-    return fnAutomatic;
+    return noNode;
 }
 
-std::int64_t Engine::precision(NodeId id) const {
+ERepresentation Engine::representation(NodeId id) {
+    const NodeId owner = firstThat(
+        id, [](const Node& one) { return one.representation != _UndefinedRepresentation; });
+    return owner == noNode ? PureNumber : static_cast<ERepresentation>(node(owner).representation);
+}
+
+EDisplayNotation Engine::notation(NodeId id) {
+    const NodeId owner =
+        firstThat(id, [](const Node& one) { return one.notation != _UndefinedEDisplayNotation; });
+    return owner == noNode ? fnAutomatic : static_cast<EDisplayNotation>(node(owner).notation);
+}
+
+std::int64_t Engine::precision(NodeId id) {
     constexpr std::int64_t usual = 6;
-    for (int depth = 0; id != noNode && depth < maximumDepth; ++depth, id = node(id).value) {
-        if (node(id).precision >= 0) {
-            return node(id).precision;
-        }
-    }
-    return usual;
+    const NodeId owner = firstThat(id, [](const Node& one) { return one.precision >= 0; });
+    return owner == noNode ? usual : node(owner).precision;
 }
 
-std::string_view Engine::unit(NodeId id) const {
-    for (int depth = 0; id != noNode && depth < maximumDepth; ++depth, id = node(id).value) {
-        if (node(id).unit.count != 0) {
-            return d_->text(node(id).unit);
-        }
-    }
-    return {};
+std::string_view Engine::unit(NodeId id) {
+    const NodeId owner = firstThat(id, [](const Node& one) { return one.unit.count != 0; });
+    return owner == noNode ? std::string_view() : d_->text(node(owner).unit);
 }
 
 ECachingMode Engine::caching(NodeId id) const {

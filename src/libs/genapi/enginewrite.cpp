@@ -27,7 +27,7 @@ void Engine::setInteger(NodeId id, std::int64_t value, Verify verify) {
     requireWritable(id);
     checkInteger(id, value, verify);
     storeInteger(id, value);
-    checkErrorNode(id);
+    checkErrorNodes(id);
 }
 
 void Engine::setReal(NodeId id, double value, Verify verify) {
@@ -35,14 +35,14 @@ void Engine::setReal(NodeId id, double value, Verify verify) {
     requireWritable(id);
     checkReal(id, value, verify);
     storeReal(id, value);
-    checkErrorNode(id);
+    checkErrorNodes(id);
 }
 
 void Engine::setText(NodeId id, std::string_view value) {
     requireWritable(id);
     checkText(id, value);
     storeText(id, value);
-    checkErrorNode(id);
+    checkErrorNodes(id);
 }
 
 void Engine::setSymbolic(NodeId enumeration, std::string_view symbolic) {
@@ -67,7 +67,7 @@ void Engine::setSymbolic(NodeId enumeration, std::string_view symbolic) {
         checkInteger(node(enumeration).value, value, Verify::yes);
     }
     storeInteger(enumeration, value);
-    checkErrorNode(enumeration);
+    checkErrorNodes(enumeration);
 }
 
 void Engine::execute(NodeId command) {
@@ -83,7 +83,7 @@ void Engine::execute(NodeId command) {
         nodes_[command].running = false;
         throw;
     }
-    checkErrorNode(command);
+    checkErrorNodes(command);
 }
 
 // ---- Stores. Nothing is checked any more.
@@ -208,6 +208,13 @@ void Engine::storeRegisterInteger(NodeId id, std::int64_t value) {
     }
     scatter(bits, used, detail.bigEndian);
     writeBytes(id, used);
+}
+
+// Of the node and of its targets: the one that knows whether a write went well may be any of them.
+void Engine::checkErrorNodes(NodeId id) {
+    for (int depth = 0; id != noNode && depth < maximumDepth; ++depth, id = node(id).value) {
+        checkErrorNode(id);
+    }
 }
 
 void Engine::checkErrorNode(NodeId id) {

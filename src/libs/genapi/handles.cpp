@@ -78,9 +78,13 @@ public:
         return engine().validIntegers(id());
     }
     [[nodiscard]] ERepresentation GetRepresentation() override {
+        const Call call(map());
         return engine().representation(id());
     }
-    [[nodiscard]] gcstring GetUnit() override { return gcstring(engine().unit(id())); }
+    [[nodiscard]] gcstring GetUnit() override {
+        const Call call(map());
+        return gcstring(engine().unit(id()));
+    }
     void ImposeMin(std::int64_t Value) override {
         const Call call(map());
         engine().imposeMinimum(id(), Value);
@@ -135,11 +139,21 @@ public:
         return engine().validReals(id());
     }
     [[nodiscard]] ERepresentation GetRepresentation() override {
+        const Call call(map());
         return engine().representation(id());
     }
-    [[nodiscard]] gcstring GetUnit() override { return gcstring(engine().unit(id())); }
-    [[nodiscard]] EDisplayNotation GetDisplayNotation() override { return engine().notation(id()); }
-    [[nodiscard]] std::int64_t GetDisplayPrecision() override { return engine().precision(id()); }
+    [[nodiscard]] gcstring GetUnit() override {
+        const Call call(map());
+        return gcstring(engine().unit(id()));
+    }
+    [[nodiscard]] EDisplayNotation GetDisplayNotation() override {
+        const Call call(map());
+        return engine().notation(id());
+    }
+    [[nodiscard]] std::int64_t GetDisplayPrecision() override {
+        const Call call(map());
+        return engine().precision(id());
+    }
     void ImposeMin(double Value) override {
         const Call call(map());
         engine().imposeMinimum(id(), Value);

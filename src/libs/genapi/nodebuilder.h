@@ -89,6 +89,7 @@ private:
     bool applyConfigKey(Element element, XmlElement child);
     void addVariable(XmlElement child);
     std::optional<std::uint32_t> variableIndex(std::string_view name);
+    [[nodiscard]] NodeId entryOf(NodeId enumeration, std::string_view suffix) const;
     // The member that a suffix of a name asks for; false for an unknown one.
     bool chooseMember(std::string_view suffix, FormulaVariable& variable) const;
 

@@ -107,9 +107,21 @@ void NodeBuilder::addVariable(XmlElement child) {
     draft_.variables.push_back(variable);
 }
 
+// Of "Entry.NAME" or, as some write, "Enum.NAME".
+NodeId NodeBuilder::entryOf(NodeId enumeration, std::string_view suffix) const {
+    const std::size_t dot = suffix.find('.');
+    const std::string_view word = suffix.substr(0, dot);
+    if (dot == std::string_view::npos || (word != "Entry" && word != "Enum")) {
+        return noNode;
+    }
+    const NodeId entry = d_.find("EnumEntry_" + std::string(d_.nameOf(enumeration)) + "_" +
+                                 std::string(suffix.substr(dot + 1)));
+    // Another node may have taken the name.
+    return entry != noNode && d_.nodes[entry].kind == Kind::enumEntry ? entry : noNode;
+}
+
 bool NodeBuilder::chooseMember(std::string_view suffix, FormulaVariable& variable) const {
     using Member = FormulaVariable::Member;
-    constexpr std::string_view entryPrefix = "Entry.";
     if (suffix == "Value") {
         variable.member = Member::value;
     } else if (suffix == "Min") {
@@ -118,12 +130,7 @@ bool NodeBuilder::chooseMember(std::string_view suffix, FormulaVariable& variabl
         variable.member = Member::maximum;
     } else if (suffix == "Inc") {
         variable.member = Member::increment;
-    } else if (suffix.substr(0, entryPrefix.size()) == entryPrefix) {
-        const NodeId entry = d_.find("EnumEntry_" + std::string(d_.nameOf(variable.node)) + "_" +
-                                     std::string(suffix.substr(entryPrefix.size())));
-        if (entry == noNode) {
-            return false;
-        }
+    } else if (const NodeId entry = entryOf(variable.node, suffix); entry != noNode) {
         variable.member = Member::entry;
         variable.entry = entry;
     } else {

@@ -215,7 +215,9 @@ std::optional<std::int64_t> parseIntegerAs(std::string_view text, ERepresentatio
             return value;
         }
     }
-    return parseInteger(text);
+    // Who asks for a fraction does not mean the number below it.
+    const auto real = parseFloat(text);
+    return real && *real != std::trunc(*real) ? std::nullopt : parseInteger(text);
 }
 
 std::string formatFloat(double value, EDisplayNotation notation, std::int64_t precision) {

@@ -35,7 +35,7 @@ namespace GenApi::Detail {
 [[nodiscard]] std::optional<std::uint64_t> parseHexId(std::string_view text);
 
 // The text of a value in its representation, and back. Values that do not fit an address form fall
-// back to hexadecimal, so that every value reads back.
+// back to hexadecimal, so that every value reads back. A text with a fraction is no integer.
 [[nodiscard]] std::string formatInteger(std::int64_t value, ERepresentation representation);
 [[nodiscard]] std::optional<std::int64_t> parseIntegerAs(std::string_view text,
                                                          ERepresentation representation);
