@@ -19,6 +19,7 @@ void useNumbers(INode* node) {
         attempt([&] { (void)integer->GetInc(); });
         attempt([&] { (void)integer->GetListOfValidValues(); });
         attempt([&] { integer->SetValue(INT64_MIN, false); });
+        attempt([&] { (void)integer->GetUnit(); });
     }
     if (const CFloatPtr real(node); real.IsValid()) {
         attempt([&] { real->SetValue(real->GetValue()); });
@@ -27,6 +28,7 @@ void useNumbers(INode* node) {
         attempt([&] { (void)real->GetInc(); });
         attempt([&] { (void)real->GetListOfValidValues(); });
         attempt([&] { real->SetValue(1e300, false); });
+        attempt([&] { (void)real->GetDisplayPrecision(); });
     }
 }
 
@@ -58,7 +60,17 @@ void useNode(INode* node) {
     NodeList_t links;
     node->GetChildren(links, ctAllDependingNodes);
     node->GetChildren(links, ctReadingChildren);
+    node->GetChildren(links, ctWritingChildren);
+    StringList_t properties;
+    node->GetPropertyNames(properties);
+    gcstring text;
+    gcstring attribute;
+    for (const gcstring& property : properties) {
+        (void)node->GetProperty(property, text, attribute);
+    }
     if (const CValuePtr value(node); value.IsValid()) {
+        attempt([&] { (void)value->IsValueCacheValid(); });
+        attempt([&] { (void)value->ToString(false, true); });
         attempt([&] { value->FromString(value->ToString()); });
         attempt([&] { value->FromString("1"); });
     }

@@ -215,3 +215,17 @@ TEST(Property, WritingChildrenAreAllThatAWriteReaches) {
     t.node("One")->GetChildren(children, ctWritingChildren);
     EXPECT_TRUE(children.empty());
 }
+
+TEST(Property, NodesThatLackAPartHaveTheirOthers) {
+    TestMap t(one +
+              "<IntReg Name=\"R\"><Address>1</Address><pIndex pOffset=\"Gone\">One</pIndex>"
+              "<pLength>Gone</pLength></IntReg><Integer Name=\"I\"><pValue>Gone</pValue><pMin>Gone"
+              "</pMin></Integer><IntSwissKnife Name=\"K\"><pVariable Name=\"X\">Gone</pVariable>"
+              "</IntSwissKnife><TextDesc Name=\"T\"/><Command Name=\"C\"/>");
+    EXPECT_EQ(property(t.node("R"), "pIndex"), is("One"));
+    EXPECT_EQ(property(t.node("R"), "pLength"), nothing);
+    EXPECT_EQ(property(t.node("I"), "pValue"), nothing);
+    EXPECT_EQ(property(t.node("K"), "pVariable"), is("Gone", "X"));
+    EXPECT_EQ(property(t.node("T"), "p1212Parser"), nothing);
+    EXPECT_EQ(property(t.node("C"), "CommandValue"), nothing);
+}

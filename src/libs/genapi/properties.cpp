@@ -235,10 +235,12 @@ private:
             }
             return;
         }
-        const std::string offset = term.scale == Scale::constant ? std::to_string(term.offset)
-                                   : term.scale == Scale::node
-                                       ? std::string(d_.nameOf(term.offsetNode))
-                                       : std::string();
+        std::string offset;
+        if (term.scale == Scale::constant) {
+            offset = std::to_string(term.offset);
+        } else if (term.offsetNode != noNode) {
+            offset = d_.nameOf(term.offsetNode);
+        }
         addLink("pIndex", term.node, offset);
     }
 
