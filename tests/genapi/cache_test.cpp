@@ -70,7 +70,7 @@ TEST(Cache, AReadMayIgnoreIt) {
 
 TEST(Cache, AReadThroughAFormulaIgnoresThatOfItsVariablesToo) {
     TestMap t(
-        cached("A", 0, "WriteThrough") + cached("B", 8, "WriteThrough") +
+        std::string(cached("A", 0, "WriteThrough")) + std::string(cached("B", 8, "WriteThrough")) +
         "<IntSwissKnife Name=\"K\"><pVariable Name=\"X\">A</pVariable><Formula>X * 2</Formula>"
         "</IntSwissKnife><IntConverter Name=\"C\"><pVariable Name=\"X\">K</pVariable><FormulaTo>"
         "FROM - X</FormulaTo><FormulaFrom>TO + X</FormulaFrom><pValue>B</pValue>"
