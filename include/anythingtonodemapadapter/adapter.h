@@ -43,6 +43,7 @@ private:
 class ANYTHINGTONODEMAPADAPTER_API CAnythingToNodeMapAdapter
     : public CAnythingToNodeMapAdapterBase {
 public:
+    // The name is that of its maps.
     explicit CAnythingToNodeMapAdapter(const gcstring& deviceName = "Device");
     ~CAnythingToNodeMapAdapter() override;
 

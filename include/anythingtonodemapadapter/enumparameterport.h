@@ -3,14 +3,20 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <type_traits>
+#include <utility>
 
 #include "anythingtonodemapadapter/parameterport.h"
 
 namespace AnythingToNodeMapAdapter {
 
+// For a value that no enumeration of 32 bits has: OutOfRangeException that names both.
+[[noreturn]] ANYTHINGTONODEMAPADAPTER_API void throwNotOf32Bits(const gcstring& parameter,
+                                                                const gcstring& value);
+
 // Relays to `getter` and `setter` of `Owner`, which outlives the port. T is an enumeration or
-// unsigned int, 32 bits wide.
+// unsigned int, 32 bits wide. A value of more bits is refused: cut, it would be another one.
 template <typename T, typename Owner, T (Owner::*getter)() const, void (Owner::*setter)(T)>
 class ANYTHINGTONODEMAPADAPTER_API EnumParameterPortRelay
     : public BasicDataParameterPort<IEnumParameterPort> {
@@ -39,6 +45,9 @@ public:
     }
 
     void setValue(std::int64_t value, bool silent) override {
+        if (!std::in_range<Number>(value)) {
+            throwNotOf32Bits(getName(), std::to_string(value).c_str());
+        }
         const bool changes = !silent && getValue() != value;
         (owner_->*setter)(static_cast<T>(value));
         if (changes) {
@@ -47,6 +56,9 @@ public:
     }
 
 private:
+    using Number = typename std::conditional_t<std::is_enum_v<T>, std::underlying_type<T>,
+                                               std::type_identity<T>>::type;
+
     Owner* owner_;
 };
 

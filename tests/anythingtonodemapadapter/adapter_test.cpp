@@ -333,9 +333,22 @@ TEST(Adapter, AMapThatSomebodyStillHoldsLosesItsValuesWithTheAdapter) {
 }
 
 TEST(Adapter, AnAdapterWithoutAMapCanGo) {
-    TestTree tree;
-    CAnythingToNodeMapAdapter empty("Other");
-    EXPECT_EQ(empty.getNodeMap()->GetDeviceName(), "Other");
+    auto empty = std::make_unique<CAnythingToNodeMapAdapter>();
+    EXPECT_EQ(empty->getNodeMap()->GetDeviceName(), "Device");
+    EXPECT_NO_THROW(empty.reset());
+}
+
+TEST(Adapter, AllItsMapsBearItsName) {
+    TestOwner owner;
+    CAnythingToNodeMapAdapter adapter("Other");
+    EXPECT_EQ(adapter.getNodeMap()->GetDeviceName(), "Other");
+    adapter.addParameter(makeSpeed(owner));
+    for (int round = 0; round < 2; ++round) {
+        const GenApi::CNodeMapRef returned = adapter.createNodeMap(&owner.lock, "", "");
+        EXPECT_FALSE(returned._IsValid());
+        EXPECT_EQ(returned._GetDeviceName(), "Other");
+        EXPECT_EQ(adapter.getNodeMap()->GetDeviceName(), "Other");
+    }
 }
 
 }  // namespace AnythingToNodeMapAdapter::Test

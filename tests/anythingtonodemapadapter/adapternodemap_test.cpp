@@ -280,6 +280,20 @@ TEST_P(AdapterNodeMap, ChangedFlagsFireTheCallbacks) {
     EXPECT_THAT(changed, ElementsAre("Speed", "Speed"));
 }
 
+// On a shared port the entry's own name is asked for, which no map has; read it anew there.
+TEST_P(AdapterNodeMap, ChangedFlagsOfAnEntryFireCallbacksOnAPortOfItsOwnOnly) {
+    watch("EnumEntry_Color_Blue");
+    tree.blue->setAvailable(false);
+    const bool isShared = *GetParam() != 0;
+    EXPECT_THAT(changed, testing::SizeIs(isShared ? 0 : 1));
+    EXPECT_FALSE(GenApi::IsAvailable(node("EnumEntry_Color_Blue")));
+}
+
+TEST_P(AdapterNodeMap, AWordOfTheRegisterThatIsNoEnumerationIsRefused) {
+    EXPECT_THROW(integer("ColorIntValue")->SetValue(4294967303), GenICam::OutOfRangeException);
+    EXPECT_EQ(owner.color, Green);
+}
+
 TEST_P(AdapterNodeMap, AWriteThroughTheMapFiresTheCallbackOnce) {
     watch("Speed");
     integer("Speed")->SetValue(20);

@@ -27,6 +27,18 @@ TEST(BooleanNodeMapPort, EachRegisterLiesAtItsOffset) {
     EXPECT_EQ(readBytes(port, 0, 1), std::string(1, '\0'));
 }
 
+TEST(BooleanNodeMapPort, WriteOfTheValueReachesTheSetterSilently) {
+    TestOwner owner;
+    const auto parameter = makeEnabled(owner);
+    CBooleanNodeMapPort port(parameter, 0);
+    const auto connector = connectCounting(port);
+    writeWord(port, 0, 0);
+    EXPECT_FALSE(owner.enabled);
+    EXPECT_EQ(connector->invalidations, 0);
+    parameter->setValue(true, false);
+    EXPECT_EQ(connector->invalidations, 1);
+}
+
 TEST(BooleanNodeMapPort, AnyWordButZeroWritesTrue) {
     TestOwner owner;
     CBooleanNodeMapPort port(makeEnabled(owner), 0);

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "nodemapporttools.h"
 #include "testowner.h"
 
@@ -23,6 +25,29 @@ TEST(CommandNodeMapPort, ZeroDoesNotExecuteAndAnyOtherWordDoes) {
     EXPECT_EQ(owner.resets, 3);
     writeWord(port, 8, 1);
     EXPECT_EQ(owner.resets, 3);
+}
+
+// Notes with which `silent` it is executed.
+class NotingCommand final : public BasicDataParameterPort<ICommandParameterPort> {
+public:
+    NotingCommand() : BasicDataParameterPort({"Note", "", "", ""}) {
+        setFlags(true, true, false, false);
+    }
+    [[nodiscard]] std::uint64_t getSize() const override { return 0; }
+    [[nodiscard]] bool isWriteOnly() const override { return true; }
+    [[nodiscard]] bool isExecuting() const override { return false; }
+    void execute(bool silent) override { silences.push_back(silent); }
+
+    std::vector<bool> silences;
+};
+
+TEST(CommandNodeMapPort, ExecutesSilently) {
+    const auto parameter = std::make_shared<NotingCommand>();
+    CCommandNodeMapPort port(parameter, 0);
+    const auto connector = connectCounting(port);
+    writeWord(port, 0, 1);
+    EXPECT_THAT(parameter->silences, testing::ElementsAre(true));
+    EXPECT_EQ(connector->invalidations, 0);
 }
 
 TEST(CommandNodeMapPort, EachRegisterLiesAtItsOffset) {

@@ -24,13 +24,25 @@ TEST(EnumNodeMapPort, EachRegisterLiesAtItsOffset) {
     EXPECT_EQ(readBytes(port, 0, 4), std::string(4, '\0'));
 }
 
-TEST(EnumNodeMapPort, WriteOfTheValueReachesTheSetter) {
+TEST(EnumNodeMapPort, WriteOfTheValueReachesTheSetterSilently) {
     TestOwner owner;
-    CEnumNodeMapPort port(makeColor(owner), 0);
+    const auto parameter = makeColor(owner);
+    CEnumNodeMapPort port(parameter, 0);
+    const auto connector = connectCounting(port);
     writeWord(port, 0, 7);
     EXPECT_EQ(owner.color, Blue);
     writeWord(port, 8, 0);
     EXPECT_EQ(owner.setterCalls, 1);
+    EXPECT_EQ(connector->invalidations, 0);
+    parameter->setValue(0, false);
+    EXPECT_EQ(connector->invalidations, 1);
+}
+
+TEST(EnumNodeMapPort, AWordThatIsNoEnumerationIsRefused) {
+    TestOwner owner;
+    CEnumNodeMapPort port(makeColor(owner), 0);
+    EXPECT_THROW(writeWord(port, 0, (std::int64_t{1} << 32) + 7), GenICam::OutOfRangeException);
+    EXPECT_EQ(owner.setterCalls, 0);
 }
 
 TEST(EnumNodeMapPort, DescribesItsEntriesInTheOrderOfAdding) {

@@ -46,9 +46,14 @@ TEST(IntegerNodeMapPort, ReadBehindTheBlockLeavesTheBuffer) {
 
 TEST(IntegerNodeMapPort, WriteOfTheValueReachesTheSetterSilently) {
     TestOwner owner;
-    CIntegerNodeMapPort port(makeSpeed(owner), 0);
+    const auto parameter = makeSpeed(owner);
+    CIntegerNodeMapPort port(parameter, 0);
+    const auto connector = connectCounting(port);
     writeWord(port, 0, 30);
     EXPECT_EQ(owner.speed, 30U);
+    EXPECT_EQ(connector->invalidations, 0);
+    parameter->setValue(31, false);
+    EXPECT_EQ(connector->invalidations, 1);
 }
 
 TEST(IntegerNodeMapPort, WriteElsewhereOrOfAnotherLengthCallsNoSetter) {

@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <sstream>
 #include <string>
 
 #include "anythingtonodemapadapter/basicnodemapport.h"
+#include "anythingtonodemapadapter/nodemapportconnector.h"
 #include "gcbase/gcstring.h"
 
 namespace AnythingToNodeMapAdapter::Test {
@@ -34,6 +36,22 @@ std::string readBytes(Port& port, std::int64_t address, std::int64_t length) {
     std::string bytes(static_cast<std::size_t>(length), '~');
     port.Read(bytes.data(), address, length);
     return bytes;
+}
+
+// Counts how often a port tells the node map of a change.
+class CountingConnector final : public Detail::CNodeMapPortConnector {
+public:
+    void invalidate(Detail::CBasicNodeMapPort& /*port*/) override { ++invalidations; }
+    void connect(Detail::CBasicNodeMapPort* /*port*/) override {}
+    void disconnect(Detail::CBasicNodeMapPort* /*port*/) override {}
+
+    int invalidations = 0;
+};
+
+inline std::shared_ptr<CountingConnector> connectCounting(Detail::CBasicNodeMapPort& port) {
+    auto connector = std::make_shared<CountingConnector>();
+    port.setConnector(connector);
+    return connector;
 }
 
 // The node's text in own-port mode, or with a shared port of that name.

@@ -44,6 +44,20 @@ TEST(StringNodeMapPort, TerminatedTextIsWrittenUpToItsZero) {
     EXPECT_EQ(owner.path, "new");
 }
 
+TEST(StringNodeMapPort, WriteOfTheValueReachesTheSetterSilently) {
+    TestOwner owner;
+    const auto parameter = makePath(owner, {}, 4);
+    CStringNodeMapPort port(parameter, 0);
+    const auto connector = connectCounting(port);
+    port.Write("ab\0", 0, 4);
+    EXPECT_EQ(owner.path, "ab");
+    port.Write("abcd", 0, 4);
+    EXPECT_EQ(owner.path, "abcd");
+    EXPECT_EQ(connector->invalidations, 0);
+    parameter->writeValue("e", false);
+    EXPECT_EQ(connector->invalidations, 1);
+}
+
 TEST(StringNodeMapPort, TextThatFillsTheRegisterIsTerminated) {
     TestOwner owner;
     CStringNodeMapPort port(makePath(owner, {}, 4), 0);

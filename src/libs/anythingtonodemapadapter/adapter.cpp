@@ -120,7 +120,7 @@ GenApi::CNodeMapRef CAnythingToNodeMapAdapter::createNodeMap(GenApi::CLock* lock
                                                              const gcstring& prefix) {
     impl_->createNodeMap(lock, portName, prefix);
     // The live map is fetched with getNodeMap().
-    return GenApi::CNodeMapRef("Device");
+    return GenApi::CNodeMapRef(impl_->nodeMap._GetDeviceName());
 }
 
 GenApi::INodeMap* CAnythingToNodeMapAdapter::getNodeMap() {
