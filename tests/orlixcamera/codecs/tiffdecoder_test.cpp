@@ -13,7 +13,7 @@ constexpr std::uint32_t width = 37;
 constexpr std::uint32_t height = 21;
 constexpr std::size_t pixels = std::size_t{width} * height;
 
-using Compressions = std::vector<std::uint16_t>;
+using Numbers = std::vector<std::uint16_t>;
 
 Bytes slopes(std::size_t channels) {
     Bytes bytes;
@@ -73,8 +73,12 @@ using Layout = std::tuple<std::uint16_t, TiffPlaces, std::uint16_t, const char*>
 class TiffDecoder : public TiffDecoderTest, public testing::WithParamInterface<Layout> {
 protected:
     [[nodiscard]] COrlixImage Run(std::uint16_t photometric, std::uint16_t samples,
-                                  std::uint16_t bits, const Bytes& rows) const {
-        TiffForm form{.photometric = photometric, .samples = samples, .bits = bits};
+                                  std::uint16_t bits, const Bytes& rows,
+                                  std::uint16_t extraSample = EXTRASAMPLE_UNASSALPHA) const {
+        TiffForm form{.photometric = photometric,
+                      .samples = samples,
+                      .bits = bits,
+                      .extraSample = extraSample};
         std::tie(form.compression, form.places, form.planarConfig, form.mode) = GetParam();
         return WriteAndLoad(form, rows);
     }
@@ -133,10 +137,43 @@ TEST_P(TiffDecoder, RgbWithAlphaIsRgba8PackedOrRgb16Packed) {
                 keepOf(rows16, 8, 6));
 }
 
-TEST_P(TiffDecoder, FurtherSamplesAreLeftOut) {
-    const Bytes rows = noise(pixels * 6);
-    expectImage(Run(PHOTOMETRIC_RGB, 6, 8, rows), PixelType_RGBA8Packed, width, height,
-                keepOf(rows, 6, 4));
+// Pictures of as many bytes per pixel as what they become are among them.
+TEST_P(TiffDecoder, FurtherSamplesBesideGrayAndAlphaAreLeftOut) {
+    for (const std::uint16_t samples : Numbers{3, 4, 5}) {
+        const Bytes rows8 = noise(pixels * samples);
+        Bytes expected;
+        for (std::size_t i = 0; i < rows8.size(); i += samples) {
+            expected.insert(expected.end(), {rows8[i], rows8[i], rows8[i], rows8[i + 1]});
+        }
+        expectImage(Run(PHOTOMETRIC_MINISBLACK, samples, 8, rows8), PixelType_RGBA8Packed, width,
+                    height, expected);
+        const Bytes rows16 = noise(pixels * 2 * samples);
+        expectImage(Run(PHOTOMETRIC_MINISBLACK, samples, 16, rows16), PixelType_Mono16, width,
+                    height, keepOf(rows16, std::size_t{2} * samples, 2));
+    }
+}
+
+TEST_P(TiffDecoder, SamplesOfNoMeaningBesideGrayAreLeftOut) {
+    for (const std::uint16_t samples : Numbers{2, 4}) {
+        for (const std::uint16_t bits : Numbers{8, 16}) {
+            const std::size_t sampleBytes = bits / 8U;
+            const Bytes rows = noise(pixels * samples * sampleBytes);
+            expectImage(Run(PHOTOMETRIC_MINISBLACK, samples, bits, rows, EXTRASAMPLE_UNSPECIFIED),
+                        bits == 8 ? PixelType_Mono8 : PixelType_Mono16, width, height,
+                        keepOf(rows, samples * sampleBytes, sampleBytes));
+        }
+    }
+}
+
+TEST_P(TiffDecoder, FurtherSamplesBesideRgbAndAlphaAreLeftOut) {
+    for (const std::uint16_t samples : Numbers{5, 6}) {
+        const Bytes rows8 = noise(pixels * samples);
+        expectImage(Run(PHOTOMETRIC_RGB, samples, 8, rows8), PixelType_RGBA8Packed, width, height,
+                    keepOf(rows8, samples, 4));
+        const Bytes rows16 = noise(pixels * 2 * samples);
+        expectImage(Run(PHOTOMETRIC_RGB, samples, 16, rows16), PixelType_RGB16Packed, width, height,
+                    keepOf(rows16, std::size_t{2} * samples, 6));
+    }
 }
 
 TEST_P(TiffDecoder, CmykIsLight) {
@@ -158,7 +195,7 @@ TEST_P(TiffDecoder, CmykIsLight) {
 TEST_F(TiffDecoderTest, GrayOfFewBitsIsScaledToMono8) {
     for (const unsigned bits : {1U, 2U, 4U}) {
         for (const std::uint16_t compression :
-             Compressions{COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE}) {
+             Numbers{COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE}) {
             const TiffForm form{.width = width,
                                 .photometric = PHOTOMETRIC_MINISBLACK,
                                 .bits = static_cast<std::uint16_t>(bits),
@@ -178,31 +215,48 @@ TEST_F(TiffDecoderTest, GrayOfFewBitsIsScaledToMono8) {
 }
 
 TEST_F(TiffDecoderTest, FaxOfBlackAndWhiteIsMono8) {
-    TiffForm form{.width = width,
-                  .photometric = PHOTOMETRIC_MINISWHITE,
-                  .bits = 1,
-                  .compression = COMPRESSION_CCITTFAX4};
-    Bytes rows(height * tiffRowBytes(form), 0);
-    rows[0] = 0xF0;
-    Bytes expected(pixels, 255);
-    std::fill_n(expected.begin(), 4, static_cast<unsigned char>(0));
-    expectImage(WriteAndLoad(form, rows), PixelType_Mono8, width, height, expected);
+    for (const std::uint16_t compression : Numbers{COMPRESSION_CCITTRLE, COMPRESSION_CCITTRLEW,
+                                                   COMPRESSION_CCITTFAX3, COMPRESSION_CCITTFAX4}) {
+        TiffForm form{.width = width,
+                      .photometric = PHOTOMETRIC_MINISWHITE,
+                      .bits = 1,
+                      .compression = compression};
+        Bytes rows(height * tiffRowBytes(form), 0);
+        rows[0] = 0xF0;
+        Bytes expected(pixels, 255);
+        std::fill_n(expected.begin(), 4, static_cast<unsigned char>(0));
+        expectImage(WriteAndLoad(form, rows), PixelType_Mono8, width, height, expected);
+    }
+}
+
+TEST_F(TiffDecoderTest, TheRarerLosslessCodesAreUnderstood) {
+    for (const std::uint16_t compression : Numbers{COMPRESSION_DEFLATE, COMPRESSION_ZSTD}) {
+        const Bytes rows = noise(pixels * 3);
+        expectImage(
+            WriteAndLoad({.photometric = PHOTOMETRIC_RGB, .samples = 3, .compression = compression},
+                         rows),
+            PixelType_RGB8Packed, width, height, rows);
+    }
 }
 
 TEST_F(TiffDecoderTest, PaletteIsRgb8Packed) {
-    for (const TiffPlaces places : {TiffPlaces::Strips, TiffPlaces::Tiles}) {
-        TiffForm form{.photometric = PHOTOMETRIC_PALETTE, .places = places};
-        const Bytes colors = noise(768, 3);
-        for (const unsigned char color : colors) {
-            form.colorMap.push_back(static_cast<std::uint16_t>(color * 257));
+    for (const std::uint16_t compression :
+         Numbers{COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE}) {
+        for (const TiffPlaces places : {TiffPlaces::Strips, TiffPlaces::Tiles}) {
+            TiffForm form{
+                .photometric = PHOTOMETRIC_PALETTE, .compression = compression, .places = places};
+            const Bytes colors = noise(768, 3);
+            for (const unsigned char color : colors) {
+                form.colorMap.push_back(static_cast<std::uint16_t>(color * 257));
+            }
+            const Bytes rows = noise(pixels);
+            Bytes expected;
+            for (const std::size_t index : rows) {
+                expected.insert(expected.end(),
+                                {colors[index], colors[256 + index], colors[512 + index]});
+            }
+            expectImage(WriteAndLoad(form, rows), PixelType_RGB8Packed, width, height, expected);
         }
-        const Bytes rows = noise(pixels);
-        Bytes expected;
-        for (const std::size_t index : rows) {
-            expected.insert(expected.end(),
-                            {colors[index], colors[256 + index], colors[512 + index]});
-        }
-        expectImage(WriteAndLoad(form, rows), PixelType_RGB8Packed, width, height, expected);
     }
 }
 
@@ -264,8 +318,8 @@ TEST_F(TiffDecoderTest, AnUnknownDepthIsRefused) {
 }
 
 TEST_F(TiffDecoderTest, AFileThatEndsAnywhereIsAnErrorThatNamesTheFile) {
-    for (const std::uint16_t compression : Compressions{
-             COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE, COMPRESSION_JPEG}) {
+    for (const std::uint16_t compression :
+         Numbers{COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE, COMPRESSION_JPEG}) {
         TiffForm form{.width = width, .height = height, .compression = compression};
         form.rowsPerStrip = 8;
         writeTiff(folder.File("a.tif"), form, {slopes(1)});

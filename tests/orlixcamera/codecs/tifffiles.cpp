@@ -10,10 +10,11 @@ namespace {
 constexpr std::uint32_t tileSize = 16;
 
 void setColorTags(TIFF* tiff, const TiffForm& form) {
-    const unsigned colors = form.photometric == PHOTOMETRIC_SEPARATED ? 4
-                            : form.photometric == PHOTOMETRIC_RGB     ? 3
-                                                                      : 1;
-    if (form.samples > colors && form.photometric != PHOTOMETRIC_YCBCR) {
+    const bool isGray = form.photometric == PHOTOMETRIC_MINISBLACK ||
+                        form.photometric == PHOTOMETRIC_MINISWHITE ||
+                        form.photometric == PHOTOMETRIC_PALETTE;
+    const unsigned colors = isGray ? 1 : form.photometric == PHOTOMETRIC_SEPARATED ? 4 : 3;
+    if (form.samples > colors) {
         const std::vector<std::uint16_t> kinds(form.samples - colors, form.extraSample);
         TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, static_cast<int>(kinds.size()), kinds.data());
     }
@@ -22,9 +23,12 @@ void setColorTags(TIFF* tiff, const TiffForm& form) {
         const std::size_t count = form.colorMap.size() / 3;
         TIFFSetField(tiff, TIFFTAG_COLORMAP, map, map + count, map + 2 * count);
     }
-    if (form.photometric == PHOTOMETRIC_YCBCR && form.compression == COMPRESSION_JPEG) {
-        TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
-        TIFFSetField(tiff, TIFFTAG_YCBCRSUBSAMPLING, 2, 2);
+    if (form.photometric == PHOTOMETRIC_YCBCR) {
+        const bool isJpeg = form.compression == COMPRESSION_JPEG;
+        TIFFSetField(tiff, TIFFTAG_YCBCRSUBSAMPLING, isJpeg ? 2 : 1, isJpeg ? 2 : 1);
+        if (isJpeg) {
+            TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+        }
     }
 }
 

@@ -156,9 +156,10 @@ std::size_t TiffRows::SourceBytes() const {
 }
 
 bool TiffRows::IsStoredAsDelivered() const {
-    const bool hasSamples = form_ == Form::Gray || form_ == Form::Light;
-    return hasSamples && layout_.bits >= 8 && SourceBytes() == TargetBytes() &&
-           layout_.photometric != PHOTOMETRIC_MINISWHITE;
+    // Gray with alpha is delivered as three equal colours, whatever else the file has beside it.
+    const bool isGrayAlone = form_ == Form::Gray && pixelType_ != PixelType_RGBA8Packed;
+    return (isGrayAlone || form_ == Form::Light) && layout_.bits >= 8 &&
+           SourceBytes() == TargetBytes() && layout_.photometric != PHOTOMETRIC_MINISWHITE;
 }
 
 void TiffRows::Convert(const unsigned char* source, unsigned char* target,
