@@ -2,11 +2,8 @@
 // that names the file, and takes no more memory than the file could decode to.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
-#include "gcbase/gcexception.h"
-#include "orlixcamera/bufferpool.h"
 #include "orlixcamera/codecs/bmpfiles.h"
+#include "orlixcamera/codecs/damagetest.h"
 #include "orlixcamera/codecs/jpegfiles.h"
 #include "orlixcamera/codecs/pngfiles.h"
 #include "orlixcamera/codecs/testfiles.h"
@@ -19,57 +16,8 @@ constexpr std::uint32_t width = 33;
 constexpr std::uint32_t height = 18;
 constexpr std::size_t pixels = std::size_t{width} * height;
 
-class DamagedFiles : public testing::Test {
+class DamagedFiles : public DamageTest {
 protected:
-    void TryToLoad(const Bytes& bytes) {
-        const std::string path = folder.Write("damaged", bytes);
-        BufferPool& pool = BufferPool::Instance();
-        pool.ResetPeak();
-        const std::size_t before = pool.GetStatistics().usedBytes;
-        try {
-            const COrlixImage image = load(path);
-            EXPECT_TRUE(image.IsValid());
-            ++loadedCount;
-        } catch (const GenICam::RuntimeException& error) {
-            EXPECT_NE(std::string(error.GetDescription()).find("'" + path + "'"),
-                      std::string::npos);
-            ++failedCount;
-        }
-        // The largest ratio of a codec, the widening of samples, and the readers' own buffers.
-        const std::size_t allowed = bytes.size() * 2048 * 8 + (std::size_t{1} << 20U);
-        EXPECT_LE(pool.GetStatistics().peakUsedBytes - before, allowed);
-    }
-
-    void TryAllDamage(const Bytes& whole) {
-        TryToLoad(whole);
-        EXPECT_EQ(loadedCount, 1U);
-        // Every byte of the header, and samples of what follows.
-        const std::size_t step = std::max<std::size_t>(1, whole.size() / 600);
-        for (std::size_t i = 0; i < whole.size(); i += i < 250 ? 1 : step) {
-            for (const unsigned flip : {0x01U, 0x80U, 0xFFU}) {
-                Bytes damaged = whole;
-                damaged[i] = static_cast<unsigned char>(damaged[i] ^ flip);
-                TryToLoad(damaged);
-            }
-            const auto end = whole.begin() + static_cast<std::ptrdiff_t>(i);
-            TryToLoad(Bytes(whole.begin(), end));
-        }
-        EXPECT_GT(failedCount, 10U);
-        TryManyFlips(whole);
-    }
-
-    void TryManyFlips(const Bytes& whole) {
-        for (std::uint32_t seed = 0; seed < 100; ++seed) {
-            const Bytes random = noise(60, seed);
-            Bytes damaged = whole;
-            for (std::size_t i = 0; i < random.size(); i += 3) {
-                const std::size_t place = (random[i] * 256U + random[i + 1]) % whole.size();
-                damaged[place] = random[i + 2];
-            }
-            TryToLoad(damaged);
-        }
-    }
-
     [[nodiscard]] Bytes Tiff(TiffForm form, std::size_t bytesPerPixel) const {
         form.width = width;
         form.height = height;
@@ -83,10 +31,6 @@ protected:
         writePng(folder.File("whole"), form, noise(pixels * bytesPerPixel));
         return readFile(folder.File("whole"));
     }
-
-    TemporaryFolder folder;
-    std::size_t loadedCount = 0;
-    std::size_t failedCount = 0;
 };
 
 TEST_F(DamagedFiles, Png) {
