@@ -16,19 +16,19 @@ class COrlixImage;
 class COrlixImageBase;
 
 // Where the bits of a sample go that gets more bits than it had.
-enum OutputBitAlignmentEnums {
+enum OutputBitAlignmentEnums : std::uint32_t {
     OutputBitAlignment_LsbAligned = 0,  // the value stays what it is
     OutputBitAlignment_MsbAligned = 1,  // the value is shifted up to the most significant bit
 };
 
-enum OutputOrientationEnums {
+enum OutputOrientationEnums : std::uint32_t {
     OutputOrientation_BottomUp = 0,
     OutputOrientation_TopDown = 1,
     OutputOrientation_Unchanged = 2,  // that of the source
 };
 
 // What stands in for the neighbours that a Bayer pixel at the edge of the picture lacks.
-enum BayerBorderEnums {
+enum BayerBorderEnums : std::uint32_t {
     // The outermost line or column of pixels takes the colour of the one further in.
     BayerBorder_CopyInner = 0,
     // The interpolation is bilinear up to the edge: the missing sample is the one two pixels
@@ -70,11 +70,11 @@ public:
     // True if there is a conversion from the format to the output pixel format.
     [[nodiscard]] bool IsSupportedInputFormat(EPixelType sourcePixelType) const noexcept;
 
-    // Makes `destination` an image in a buffer of the pool, converted from the `sourceSize` bytes
-    // at `source`. The bytes may lie in the buffer of `destination`: it is let go last. Throws
-    // InvalidArgumentException for a null pointer, a width or height of 0, an undefined or unknown
-    // pixel type, a pair of formats without a conversion and a source that is too small, and
-    // BadAllocException; `destination` is then as it was.
+    // Makes `destination` an image in a new buffer of its own, converted from the `sourceSize`
+    // bytes at `source`. The bytes may lie in the buffer of `destination`: it is let go last.
+    // Throws InvalidArgumentException for a null pointer, a width or height of 0, an undefined or
+    // unknown pixel type, a pair of formats without a conversion and a source that is too small,
+    // and BadAllocException; `destination` is then as it was.
     void Convert(COrlixImage& destination, const void* source, std::size_t sourceSize,
                  EPixelType sourcePixelType, std::uint32_t width, std::uint32_t height,
                  std::size_t sourcePaddingX, EImageOrientation sourceOrientation) const;

@@ -36,8 +36,14 @@ public:
     [[nodiscard]] virtual void* GetBuffer() noexcept = 0;
     [[nodiscard]] virtual const void* GetBuffer() const noexcept = 0;
 
-    // Makes a valid image of undefined pixels in a buffer of the pool; the previous buffer is let
-    // go first. Throws InvalidArgumentException for a size of 0 and for an undefined pixel type.
+    // The memory of a new pixel buffer: at least `size` bytes of undefined content, aligned to
+    // BufferPool::Alignment. Reset, CopyImage, Load and the converter take theirs from here. It is
+    // the pool's unless a derived class has a source of its own; the image stays as it is. Throws
+    // BadAllocException.
+    [[nodiscard]] virtual std::shared_ptr<void> AllocateBuffer(std::size_t size) const;
+
+    // Makes a valid image of undefined pixels in a new buffer; the previous buffer is let go
+    // first. Throws InvalidArgumentException for a size of 0 and for an undefined pixel type.
     virtual void Reset(EPixelType pixelType, std::uint32_t width, std::uint32_t height,
                        std::size_t paddingX = 0,
                        EImageOrientation orientation = ImageOrientation_TopDown) = 0;
@@ -57,7 +63,7 @@ public:
     // an empty image.
     [[nodiscard]] bool GetStride(std::size_t& strideBytes) const;
 
-    // Replaces this image by a deep copy, in a buffer of the pool. The bytes count as copied.
+    // Replaces this image by a deep copy, in a new buffer. The bytes count as copied.
     // Throws InvalidArgumentException if the source is empty or its size or format is invalid, or
     // `bufferSize` too small, and leaves the image as it was.
     void CopyImage(const COrlixImageBase& source);
@@ -67,7 +73,7 @@ public:
 
     // Reads a BMP, JPEG, PNG or TIFF file; the content tells which, not the name. The path is in
     // UTF-8. The pixel format is the nearest of the following to what the file holds, in rows
-    // without padding, the top one first:
+    // without padding, the top one first, in a new buffer:
     //
     //   gray of up to 8 bits, palette of grays in a BMP   Mono8
     //   gray of 16 bits, with alpha or not                Mono16

@@ -15,7 +15,9 @@
 #include "orlixdataprocessingcore/core/handle.h"
 #include "orlixdataprocessingcore/core/nodearguments.h"
 #include "orlixdataprocessingcore/core/services.h"
+#include "support/countingprovider.h"
 #include "support/recordingsink.h"
+#include "support/testpool.h"
 #include "support/texts.h"
 
 namespace Plugin::OrlixVCellPackageBase {
@@ -55,7 +57,10 @@ protected:
         return sink->values().back().getCOW<Core::Image>(true);
     }
 
-    ImageFormatConverter node{nullptr};
+    const std::shared_ptr<CountingProvider> provider = std::make_shared<CountingProvider>();
+    const std::shared_ptr<TestPool> pool =
+        std::make_shared<TestPool>(Core::getDefaultUpdateFactory(), provider);
+    ImageFormatConverter node{pool};
     const std::shared_ptr<RecordingSink> sink = std::make_shared<RecordingSink>();
     std::shared_ptr<Core::IHandle> input;
     std::shared_ptr<Core::IHandle> output;
@@ -131,6 +136,30 @@ TEST_F(Conversion, ConvertedImageIsNotCopied) {
     const auto copiesBefore = Orlix::PixelCopyCounter::Read();
     static_cast<void>(run(image));
     EXPECT_EQ(Orlix::PixelCopyCounter::Read(), copiesBefore);
+}
+
+TEST_F(Conversion, WithoutAnInputThereIsNothingToAccess) {
+    EXPECT_EQ(getFailure<GenICam::RuntimeException>([this] { node.execute(); }),
+              "Cannot access nullptr object.");
+    EXPECT_THAT(sink->values(), IsEmpty());
+}
+
+TEST_F(Conversion, EachConversionFetchesTheProviderAndItsPixelsLieThere) {
+    const Utils::Variant rgb(makeImage(Orlix::PixelType_RGB8Packed));
+    for (int conversions = 1; conversions <= 3; ++conversions) {
+        const auto result = run(rgb);
+        EXPECT_EQ(pool->bufferProviderFetches(), conversions);
+        EXPECT_TRUE(provider->owns(result.getConst()->getDataConst()));
+    }
+    EXPECT_THAT(provider->sizes(), ElementsAre(8U, 8U, 8U));
+}
+
+TEST_F(Conversion, WhatIsNotConvertedFetchesNoProvider) {
+    static_cast<void>(run(Utils::Variant(makeImage(Orlix::PixelType_Mono8))));
+    const auto cause = std::make_shared<Core::InvalidValueError>("", Utils::DateTime::now());
+    static_cast<void>(run(Utils::Variant(Core::Image(cause))));
+    EXPECT_EQ(pool->bufferProviderFetches(), 0);
+    EXPECT_THAT(provider->sizes(), IsEmpty());
 }
 
 TEST_F(Conversion, SettersAndJobsOnTwoThreadsDoNotMeet) {

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <future>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -13,6 +14,8 @@
 
 #include "genapi/genapi.h"
 #include "orlixdataprocessingcore/core/errors.h"
+#include "orlixdataprocessingcore/core/services.h"
+#include "support/countingprovider.h"
 #include "support/imageloadingfixture.h"
 #include "support/testpool.h"
 
@@ -312,6 +315,7 @@ TEST_F(OutputLoop, NoTimeIsMadeUpAfterAStall) {
 TEST_F(OutputLoop, StopWaitsForTheTurnAndNoFurtherOneBegins) {
     useThreeImages();
     const auto gated = std::make_shared<FakeFrameClock>(0);
+    std::promise<void> stopBegun;
     ImageLoading other(nullptr, gated);
     other.setSourcePath(folder.path().c_str());
     other.setRunContinuously(true);
@@ -319,11 +323,59 @@ TEST_F(OutputLoop, StopWaitsForTheTurnAndNoFurtherOneBegins) {
     const auto handle = other.attachOutputSink("Image", sink);
     other.start(Arguments());
     gated->waitForSleeps(1);
-    std::thread stopper([&] { other.stop(); });
-    gated->permit(FakeFrameClock::noLimit);
+    // The parameters become writable when the stop has begun.
+    GenApi::Register(other.getNodeMapInfos().at(0).GetNodeMap()->GetNode("SourcePath"),
+                     [&](GenApi::INode*) { stopBegun.set_value(); });
+    std::atomic<bool> stopReturned = false;
+    bool workerHadEnded = false;
+    std::thread stopper([&] {
+        other.stop();
+        workerHadEnded = gated->hasWorkerEnded();
+        stopReturned = true;
+    });
+    stopBegun.get_future().wait();
+    // The worker sleeps within its turn.
+    EXPECT_FALSE(stopReturned);
+    gated->permit(1);
     stopper.join();
-    gated->waitForWorkerEnd();
+    EXPECT_TRUE(workerHadEnded);
+    EXPECT_THAT(gated->sleeps(), SizeIs(1));
+    EXPECT_THAT(sink->values(), SizeIs(1));
     EXPECT_EQ(static_cast<Core::INode&>(other).getState(), Core::NodeState::Stopped);
+}
+
+TEST_F(OutputLoop, PicturesLieInMemoryOfTheProviderAndServicesAreFetchedAtEachStart) {
+    folder.addImage("a.png", 1);
+    folder.addFile("b.png");
+    folder.addImage("c.bmp", 3);
+    folder.addImage("d.tif", 4);
+    folder.addImage("e.jpg", 5);
+    const auto provider = std::make_shared<CountingProvider>();
+    const auto pool = std::make_shared<TestPool>(Core::getDefaultUpdateFactory(), provider);
+    ImageLoading other(pool, clock);
+    EXPECT_EQ(pool->bufferProviderFetches(), 0);
+    EXPECT_EQ(pool->updateFactoryFetches(), 0);
+    other.setSourcePath(folder.path().c_str());
+    other.setNumberOfImages(5);
+    const auto sink = std::make_shared<RecordingSink>();
+    const auto handle = other.attachOutputSink("Image", sink);
+    for (int starts = 1; starts <= 2; ++starts) {
+        other.start(Arguments());
+        clock->waitForWorkerEnd();
+        other.stop();
+        EXPECT_EQ(pool->bufferProviderFetches(), starts);
+        EXPECT_EQ(pool->updateFactoryFetches(), starts);
+    }
+    std::size_t pictures = 0;
+    for (const Variant& value : sink->values()) {
+        const Image& image = *value.get<Image>(true);
+        if (!image.hasError(true)) {
+            EXPECT_TRUE(provider->owns(image.getDataConst())) << image.getWidth();
+            ++pictures;
+        }
+    }
+    EXPECT_EQ(pictures, 8U);
+    EXPECT_THAT(provider->sizes(), ElementsAre(1U, 3U, 4U, 5U, 1U, 3U, 4U, 5U));
 }
 
 TEST_F(OutputLoop, SurvivesStartsStopsReadersAndWritersOnManyThreads) {

@@ -72,6 +72,11 @@ public:
         state_->workerEnded = false;
     }
 
+    [[nodiscard]] bool hasWorkerEnded() const {
+        const std::lock_guard guard(state_->mutex);
+        return state_->workerEnded;
+    }
+
     [[nodiscard]] std::vector<Duration> sleeps() const {
         const std::lock_guard guard(state_->mutex);
         return state_->sleeps;

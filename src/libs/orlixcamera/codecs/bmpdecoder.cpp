@@ -155,7 +155,7 @@ void requireAllRows(const InputFile& file, const BmpHeader& header) {
 
 }  // namespace
 
-DecodedPicture decodeBmp(const InputFile& file) {
+DecodedPicture decodeBmp(const InputFile& file, const COrlixImageBase& image) {
     const BmpHeader header = readBmpHeader(file);
     const bool isRunLength = header.compression != BmpCompression::None;
     // Empty rows take two bytes, so a wide picture may unpack to much more than it seems.
@@ -166,7 +166,8 @@ DecodedPicture decodeBmp(const InputFile& file) {
     if (!isRunLength) {
         requireAllRows(file, header);
     }
-    DecodedPicture picture = allocatePicture(pixelTypeOf(header), header.width, header.height);
+    DecodedPicture picture =
+        allocatePicture(image, pixelTypeOf(header), header.width, header.height);
     if (isRunLength) {
         decodeBmpRuns(file, header, picture);
     } else if (isStoredAsDelivered(header)) {

@@ -7,7 +7,7 @@
 
 namespace Orlix {
 
-// Any thread. Throws CodecError.
-[[nodiscard]] DecodedPicture decodeBmp(const InputFile& file);
+// Any thread. The pixels go into memory of the image, which stays as it is. Throws CodecError.
+[[nodiscard]] DecodedPicture decodeBmp(const InputFile& file, const COrlixImageBase& image);
 
 }  // namespace Orlix

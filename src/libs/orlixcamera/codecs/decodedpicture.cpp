@@ -3,8 +3,8 @@
 #include <limits>
 #include <string>
 
-#include "orlixcamera/bufferpool.h"
 #include "orlixcamera/codecs/codecerror.h"
+#include "orlixcamera/orliximage.h"
 
 namespace Orlix {
 
@@ -27,14 +27,15 @@ void requirePlausibleSize(std::uint32_t width, std::uint32_t height, std::uint64
     }
 }
 
-DecodedPicture allocatePicture(EPixelType pixelType, std::uint32_t width, std::uint32_t height) {
+DecodedPicture allocatePicture(const COrlixImageBase& image, EPixelType pixelType,
+                               std::uint32_t width, std::uint32_t height) {
     DecodedPicture picture;
     picture.pixelType = pixelType;
     picture.width = width;
     picture.height = height;
     picture.stride = ComputeStride(pixelType, width);
     picture.size = ComputeBufferSize(pixelType, width, height);
-    picture.buffer = BufferPool::Instance().Allocate(picture.size);
+    picture.buffer = image.AllocateBuffer(picture.size);
     return picture;
 }
 

@@ -10,7 +10,9 @@
 
 namespace Orlix {
 
-// Rows without padding, the top one first, in a buffer of the pool.
+class COrlixImageBase;
+
+// Rows without padding, the top one first, in memory of the image that it is to become.
 struct DecodedPicture {
     EPixelType pixelType = PixelType_Undefined;
     std::uint32_t width = 0;
@@ -39,8 +41,8 @@ struct DecodedPicture {
 void requirePlausibleSize(std::uint32_t width, std::uint32_t height, std::uint64_t decodedBytes,
                           std::uint64_t encodedBytes, std::uint64_t ratio);
 
-// Takes the buffer; its content is undefined. Throws CodecError for a size of 0.
-[[nodiscard]] DecodedPicture allocatePicture(EPixelType pixelType, std::uint32_t width,
-                                             std::uint32_t height);
+// Takes a buffer from the image, whose content stays as it is; that of the buffer is undefined.
+[[nodiscard]] DecodedPicture allocatePicture(const COrlixImageBase& image, EPixelType pixelType,
+                                             std::uint32_t width, std::uint32_t height);
 
 }  // namespace Orlix

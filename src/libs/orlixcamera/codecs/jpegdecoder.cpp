@@ -42,7 +42,7 @@ public:
     JpegDecoder& operator=(const JpegDecoder&) = delete;
     ~JpegDecoder() { jpeg_destroy_decompress(&info_); }
 
-    [[nodiscard]] DecodedPicture Decode();
+    [[nodiscard]] DecodedPicture Decode(const COrlixImageBase& image);
 
 private:
     using Step = void (JpegDecoder::*)();
@@ -228,12 +228,12 @@ void JpegDecoder::InkToLight(unsigned char* target) const {
     }
 }
 
-DecodedPicture JpegDecoder::Decode() {
+DecodedPicture JpegDecoder::Decode(const COrlixImageBase& image) {
     Guard(&JpegDecoder::ReadHeader);
     RequireSupported();
     const bool isGray = info_.jpeg_color_space == JCS_GRAYSCALE;
-    picture_ = allocatePicture(isGray ? PixelType_Mono8 : PixelType_RGB8Packed, info_.image_width,
-                               info_.image_height);
+    picture_ = allocatePicture(image, isGray ? PixelType_Mono8 : PixelType_RGB8Packed,
+                               info_.image_width, info_.image_height);
     Guard(&JpegDecoder::Start);
     if (info_.out_color_space == JCS_CMYK) {
         inkRow_ = BufferPool::Instance().Allocate(std::size_t{4} * picture_.width);
@@ -247,8 +247,8 @@ DecodedPicture JpegDecoder::Decode() {
 
 }  // namespace
 
-DecodedPicture decodeJpeg(const InputFile& file) {
-    return JpegDecoder(file).Decode();
+DecodedPicture decodeJpeg(const InputFile& file, const COrlixImageBase& image) {
+    return JpegDecoder(file).Decode(image);
 }
 
 }  // namespace Orlix

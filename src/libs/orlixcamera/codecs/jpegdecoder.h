@@ -6,7 +6,8 @@
 
 namespace Orlix {
 
-// Any thread. Throws CodecError; damage that libjpeg would paint over with gray is an error, too.
-[[nodiscard]] DecodedPicture decodeJpeg(const InputFile& file);
+// Any thread. The pixels go into memory of the image, which stays as it is. Throws CodecError;
+// damage that libjpeg would paint over with gray is an error, too.
+[[nodiscard]] DecodedPicture decodeJpeg(const InputFile& file, const COrlixImageBase& image);
 
 }  // namespace Orlix

@@ -100,7 +100,7 @@ class PngDecoder {
 public:
     explicit PngDecoder(const InputFile& file);
 
-    [[nodiscard]] DecodedPicture Decode();
+    [[nodiscard]] DecodedPicture Decode(const COrlixImageBase& image);
 
 private:
     // Throws for an error code of libspng.
@@ -196,13 +196,13 @@ void PngDecoder::DecodeWithoutAlpha(const Target& target) {
     Check(result == SPNG_EOI ? 0 : result);
 }
 
-DecodedPicture PngDecoder::Decode() {
+DecodedPicture PngDecoder::Decode(const COrlixImageBase& image) {
     header_ = ReadHeader();
     spng_trns transparency{};
     const int found = spng_get_trns(context_.get(), &transparency);
     Check(found == SPNG_ECHUNKAVAIL ? 0 : found);
     const Target target = chooseTarget(header_, found == 0);
-    picture_ = allocatePicture(target.pixelType, header_.width, header_.height);
+    picture_ = allocatePicture(image, target.pixelType, header_.width, header_.height);
     if (target.keptBytes == 0) {
         DecodeWhole(target);
     } else {
@@ -215,8 +215,8 @@ DecodedPicture PngDecoder::Decode() {
 
 }  // namespace
 
-DecodedPicture decodePng(const InputFile& file) {
-    return PngDecoder(file).Decode();
+DecodedPicture decodePng(const InputFile& file, const COrlixImageBase& image) {
+    return PngDecoder(file).Decode(image);
 }
 
 }  // namespace Orlix

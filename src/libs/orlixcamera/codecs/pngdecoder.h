@@ -6,7 +6,8 @@
 
 namespace Orlix {
 
-// Any thread. Throws CodecError; a checksum that is wrong and a missing end are errors.
-[[nodiscard]] DecodedPicture decodePng(const InputFile& file);
+// Any thread. The pixels go into memory of the image, which stays as it is. Throws CodecError; a
+// checksum that is wrong and a missing end are errors.
+[[nodiscard]] DecodedPicture decodePng(const InputFile& file, const COrlixImageBase& image);
 
 }  // namespace Orlix

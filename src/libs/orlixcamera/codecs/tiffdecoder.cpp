@@ -51,7 +51,7 @@ public:
     explicit TiffDecoder(const InputFile& file)
         : file_(file), tiff_(file_.Handle()), layout_(file_.ReadLayout()) {}
 
-    [[nodiscard]] DecodedPicture Decode();
+    [[nodiscard]] DecodedPicture Decode(const COrlixImageBase& image);
 
 private:
     void RequireSupported() const;
@@ -242,11 +242,11 @@ void TiffDecoder::FlipRows() const {
     }
 }
 
-DecodedPicture TiffDecoder::Decode() {
+DecodedPicture TiffDecoder::Decode(const COrlixImageBase& image) {
     largestRatio_ = largestRatio(layout_);
     RequireSupported();
     if (NeedsColorConversion()) {
-        picture_ = allocatePicture(PixelType_RGB8Packed, layout_.width, layout_.height);
+        picture_ = allocatePicture(image, PixelType_RGB8Packed, layout_.width, layout_.height);
         // Kept from libtiff, which would turn each strip by itself.
         TIFFSetField(tiff_, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
         layout_.isTiled ? ReadColorTiles() : ReadColorStrips();
@@ -255,7 +255,7 @@ DecodedPicture TiffDecoder::Decode() {
             TIFFSetField(tiff_, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
         }
         const TiffRows rows(file_, layout_);
-        picture_ = allocatePicture(rows.PixelType(), layout_.width, layout_.height);
+        picture_ = allocatePicture(image, rows.PixelType(), layout_.width, layout_.height);
         const bool isDirect = !layout_.isTiled && !layout_.IsPlanar() &&
                               rows.IsStoredAsDelivered() &&
                               TIFFScanlineSize64(tiff_) == picture_.stride;
@@ -269,8 +269,8 @@ DecodedPicture TiffDecoder::Decode() {
 
 }  // namespace
 
-DecodedPicture decodeTiff(const InputFile& file) {
-    return TiffDecoder(file).Decode();
+DecodedPicture decodeTiff(const InputFile& file, const COrlixImageBase& image) {
+    return TiffDecoder(file).Decode(image);
 }
 
 }  // namespace Orlix

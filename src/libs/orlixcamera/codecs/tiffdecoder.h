@@ -7,7 +7,8 @@
 
 namespace Orlix {
 
-// Any thread. Throws CodecError; damage that libtiff would paint over is an error, too.
-[[nodiscard]] DecodedPicture decodeTiff(const InputFile& file);
+// Any thread. The pixels go into memory of the image, which stays as it is. Throws CodecError;
+// damage that libtiff would paint over is an error, too.
+[[nodiscard]] DecodedPicture decodeTiff(const InputFile& file, const COrlixImageBase& image);
 
 }  // namespace Orlix

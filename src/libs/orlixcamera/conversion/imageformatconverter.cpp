@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <new>
 #include <string>
 #include <thread>
@@ -178,15 +179,16 @@ void CImageFormatConverter::Convert(COrlixImage& destination, const void* source
     const std::size_t padding = CheckOutputPadding(OutputPaddingX.GetValue());
     const EImageOrientation orientation =
         GetOutputOrientation(OutputOrientation.GetValue(), sourceOrientation);
-    COrlixImage result;
-    result.Reset(outputType, width, height, padding, orientation);
+    const std::size_t size = ComputeBufferSize(outputType, width, height, padding);
+    std::shared_ptr<void> buffer = destination.AllocateBuffer(size);
+    void* const pixels = buffer.get();
     const ImagePlanes output = ComputePlanes(outputType, width, height, padding);
-    ConversionJob job =
-        MakeJob(picture, static_cast<std::uint8_t*>(result.GetBuffer()), output, orientation);
+    ConversionJob job = MakeJob(picture, static_cast<std::uint8_t*>(pixels), output, orientation);
     SetShift(job, sourcePixelType, outputType, OutputBitAlignment.GetValue());
     job.copyInner = BayerBorder.GetValue() == BayerBorder_CopyInner;
     ConvertPicture(kernel, job, output, GetStripLines(picture, MaxNumThreads.GetValue()));
-    destination = std::move(result);
+    destination.AttachBuffer(std::move(buffer), pixels, size, outputType, width, height, padding,
+                             orientation);
 }
 
 void CImageFormatConverter::Convert(COrlixImage& destination, const COrlixImageBase& source) const {

@@ -33,7 +33,7 @@ struct Format {
     const char* name;
     std::array<std::string_view, 2> extensions;
     std::array<std::string_view, 4> signatures;  // what the content may begin with
-    DecodedPicture (*decode)(const InputFile&);
+    DecodedPicture (*decode)(const InputFile&, const COrlixImageBase&);
     bool (*canEncode)(EPixelType);
     void (*encode)(const COrlixImageBase&, OutputFile&, const ImageSaveOptions&);
 };
@@ -126,13 +126,13 @@ void requirePath(const gcstring& path) {
     }
 }
 
-DecodedPicture decodeFile(const gcstring& path) {
+DecodedPicture decodeFile(const gcstring& path, const COrlixImageBase& image) {
     const Format* format = nullptr;
     try {
         requirePath(path);
         const InputFile file(path.c_str());
         format = &recognize(file);
-        return format->decode(file);
+        return format->decode(file, image);
     } catch (const std::exception& error) {
         raise("load", format, path, causeOf(error).c_str());
     }
@@ -149,7 +149,7 @@ void requirePixelType(const Format& format, EPixelType pixelType) {
 }  // namespace
 
 void COrlixImageBase::Load(const gcstring& path) {
-    DecodedPicture picture = decodeFile(path);
+    DecodedPicture picture = decodeFile(path, *this);
     void* const data = picture.buffer.get();
     AttachBuffer(std::move(picture.buffer), data, picture.size, picture.pixelType, picture.width,
                  picture.height);

@@ -42,6 +42,10 @@ void requireBytes(const void* data, std::size_t available, std::size_t needed) {
 
 COrlixImageBase::~COrlixImageBase() = default;
 
+std::shared_ptr<void> COrlixImageBase::AllocateBuffer(std::size_t size) const {
+    return BufferPool::Instance().Allocate(size);
+}
+
 bool COrlixImageBase::GetStride(std::size_t& strideBytes) const {
     if (!IsValid()) {
         return false;
@@ -64,7 +68,7 @@ void COrlixImageBase::CopyImage(const void* buffer, std::size_t bufferSize, EPix
     const std::size_t size = requireGeometry(pixelType, width, height, paddingX);
     requireBytes(buffer, bufferSize, size);
     // The old buffer is kept until the end, for the source may lie in it.
-    std::shared_ptr<void> copy = BufferPool::Instance().Allocate(size);
+    std::shared_ptr<void> copy = AllocateBuffer(size);
     std::memcpy(copy.get(), buffer, size);
     PixelCopyCounter::Add(size);
     void* const data = copy.get();
@@ -87,7 +91,7 @@ void COrlixImage::Reset(EPixelType pixelType, std::uint32_t width, std::uint32_t
     const std::size_t size = requireGeometry(pixelType, width, height, paddingX);
     // Letting go first makes the pool hand the same memory back if nobody else holds it.
     Release();
-    std::shared_ptr<void> buffer = BufferPool::Instance().Allocate(size);
+    std::shared_ptr<void> buffer = AllocateBuffer(size);
     void* const data = buffer.get();
     AttachBuffer(std::move(buffer), data, size, pixelType, width, height, paddingX, orientation);
 }

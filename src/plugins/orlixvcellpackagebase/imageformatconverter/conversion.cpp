@@ -3,9 +3,9 @@
 #include <memory>
 
 #include "imageformatconverter/imageformatconverterimpl.h"
-#include "orlixcamera/orliximage.h"
 #include "orlixdataprocessingcore/core/errors.h"
 #include "orlixdataprocessingcore/utils/log.h"
+#include "providerimage.h"
 
 namespace Plugin::OrlixVCellPackageBase {
 
@@ -27,8 +27,9 @@ Utils::CatId category() {
 
 void ImageFormatConverter::execute() {
     NodeLock lock(*impl_->lock);
-    // Read through a const handle: any other access would copy an image that is shared.
-    const Utils::COWPtr<Image> image = input_.getValue();
+    // Read through a const handle: any other access would copy an image that is shared. Without an
+    // input it stays null, and looking at the image says so.
+    const Utils::COWPtr<Image> image = input_.isSet() ? input_.getValue() : nullptr;
     if (image->hasError(true)) {
         passOnError(*image);
     } else if (impl_->converter.ImageHasDestinationFormat(
@@ -51,7 +52,8 @@ void ImageFormatConverter::passOnError(const Image& image) {
 }
 
 void ImageFormatConverter::convert(const Image& image) {
-    Orlix::COrlixImage destination;
+    const std::shared_ptr<Core::IBufferProvider> provider = getBufferProvider();
+    ProviderImage destination(provider);
     const auto linePadding = image.getLinePadding();
     const auto height = image.getHeight();
     const auto width = image.getWidth();
@@ -60,7 +62,7 @@ void ImageFormatConverter::convert(const Image& image) {
     const void* data = image.getDataConst();
     impl_->converter.Convert(destination, data, size, pixelType, width, height, linePadding,
                              sourceOrientation);
-    output_.setValue(Utils::COWPtr<Image>::make(destination, getBufferProvider(), false));
+    output_.setValue(Utils::COWPtr<Image>::make(destination, provider, false));
 }
 
 }  // namespace Plugin::OrlixVCellPackageBase

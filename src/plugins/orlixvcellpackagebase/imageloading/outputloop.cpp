@@ -1,22 +1,19 @@
 // The worker of ImageLoading: walks the image list, loads one file per turn, hands it to the graph
 // and keeps the frame rate.
 #include <chrono>
-#include <exception>
 #include <memory>
-#include <stdexcept>
 #include <utility>
 
-#include "gcbase/gcexception.h"
 #include "imageloading/imageloadingimpl.h"
 #include "imageloading/imagesource.h"
+#include "imageloading/loadfile.h"
 #include "imageloading/log.h"
 #include "imageloading/names.h"
-#include "orlixcamera/orliximage.h"
-#include "orlixdataprocessingcore/core/errors.h"
 #include "orlixdataprocessingcore/core/image.h"
 #include "orlixdataprocessingcore/core/integer.h"
 #include "orlixdataprocessingcore/core/string.h"
 #include "orlixdataprocessingcore/utils/variant.h"
+#include "providerimage.h"
 
 namespace Plugin::OrlixVCellPackageBase {
 
@@ -25,11 +22,9 @@ namespace Names = ImageLoadingNames;
 using namespace ImageLoadingLog;
 namespace Utils = Orlix::DataProcessing::Utils;
 using Utils::COWPtr;
-using Utils::DateTime;
 
 namespace {
 
-constexpr char loadFailed[] = "Failed to load image.";
 // The period is a whole number of milliseconds: 7 frames per second are 142 ms apart.
 IFrameClock::Duration getPeriod(std::uint64_t framesPerSecond) {
     return std::chrono::milliseconds(1000 / framesPerSecond);
@@ -39,33 +34,6 @@ IFrameClock::Duration getPeriod(std::uint64_t framesPerSecond) {
 void sleepUntil(IFrameClock& clock, IFrameClock::TimePoint deadline) {
     for (auto now = clock.now(); now < deadline; now = clock.now()) {
         clock.sleepFor(deadline - now);
-    }
-}
-
-// In a handler. Each error keeps the exception that is being handled; the one that is passed in
-// lends its description.
-std::shared_ptr<Core::IError> makeLoadError() {
-    const DateTime now = DateTime::now();
-    try {
-        throw;
-    } catch (const GenICam::GenericException&) {
-        return std::make_shared<Core::GenICamExceptionError>(
-            GenICam::GenericException(loadFailed, __FILE__, __LINE__), now);
-    } catch (const std::exception&) {
-        return std::make_shared<Core::StdExceptionError>(std::runtime_error(loadFailed), now);
-    } catch (...) {
-        return Utils::makeErrorOfCaught(loadFailed);
-    }
-}
-
-// Loads a picture, or tells why it can't be loaded.
-std::shared_ptr<Core::IError> loadFile(Orlix::COrlixImage& image, const gcstring& path) {
-    try {
-        image.Load(path);
-        return nullptr;
-    } catch (...) {
-        Utils::logCaught(getSubject(nullptr), "loading image");
-        return makeLoadError();
     }
 }
 
@@ -124,8 +92,8 @@ ImageLoading::Turn ImageLoading::createOutputJob() {
         return Turn::Done;
     }
     const gcstring& path = impl_->imagePaths[impl_->imageIndex];
-    Orlix::COrlixImage picture;
-    const auto error = loadFile(picture, path);
+    ProviderImage picture(impl_->bufferProvider);
+    const auto error = tryLoad([&] { picture.Load(path); });
     Core::PinValues values;
     values.emplace(Names::imagePin, error != nullptr ? COWPtr<Core::Image>::make(error)
                                                      : COWPtr<Core::Image>::make(
