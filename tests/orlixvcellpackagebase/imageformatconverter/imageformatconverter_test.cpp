@@ -210,10 +210,42 @@ TEST_F(ImageFormatConverterNode, WordsAreComparedWithCase) {
 }
 
 TEST_F(ImageFormatConverterNode, NumberThatIsNoPixelTypeFailsTheLoad) {
-    for (const std::uint64_t number : {std::uint64_t{5}, (std::uint64_t{1} << 32) + 0x01080001}) {
+    store->set("OutputPixelFormat", std::uint64_t{5});
+    EXPECT_THAT(
+        loadFailure<GenICam::OutOfRangeException>(),
+        testing::StartsWith("The value 5 of parameter OutputPixelFormat is out of range: "));
+}
+
+// Cut, the first would be the number of Mono8.
+TEST_F(ImageFormatConverterNode, NumberOfMoreThan32BitsFailsTheLoadAndIsTheOneNamed) {
+    for (const std::uint64_t number :
+         {(std::uint64_t{1} << 32) + 0x01080001, std::uint64_t{1} << 63, ~std::uint64_t{0}}) {
         store->set("OutputPixelFormat", number);
-        EXPECT_THROW(node.loadSettings(store), GenICam::OutOfRangeException) << number;
+        EXPECT_EQ(loadFailure<GenICam::OutOfRangeException>(),
+                  "The value " + std::to_string(number) +
+                      " of parameter OutputPixelFormat is out of range: it must be a number of 32 "
+                      "bits.");
     }
+    EXPECT_EQ(changes, 0);
+}
+
+TEST_F(ImageFormatConverterNode, WordsOfTheNodeMapThatAreNoEnumerationAreRefused) {
+    const auto before = node.getOutputPixelFormat();
+    using E = GenICam::OutOfRangeException;
+    const auto write = [&](const char* name, std::int64_t value) {
+        return getFailure<E>([&] { GenApi::CIntegerPtr(parameter(name))->SetValue(value); });
+    };
+    EXPECT_EQ(write("OutputPixelFormatIntValue", 0x101080001),
+              "The value 4312268801 of parameter OutputPixelFormat is out of range: it must be a "
+              "number of 32 bits.");
+    EXPECT_EQ(write("OutputOrientationIntValue", 7),
+              "The value 7 of parameter OutputOrientation is out of range: it must be one of "
+              "BottomUp, TopDown, Unchanged.");
+    EXPECT_EQ(write("OutputBitAlignmentIntValue", 4294967295),
+              "The value 4294967295 of parameter OutputBitAlignment is out of range: it must be "
+              "one of LsbAligned, MsbAligned.");
+    EXPECT_EQ(node.getOutputPixelFormat(), before);
+    EXPECT_EQ(changes, 0);
 }
 
 TEST_F(ImageFormatConverterNode, NullStoreIsRefusedWithoutALine) {

@@ -1,12 +1,13 @@
 // How ImageFormatConverter lives in a recipe: the pixel format as a number, the other enumerations
 // as words.
-#include <algorithm>
-#include <iterator>
-#include <limits>
+#include <string>
+#include <utility>
 
+#include "anythingtonodemapadapter/enumparameterport.h"
 #include "gcbase/gcexception.h"
 #include "imageformatconverter/imageformatconverterimpl.h"
 #include "imageformatconverter/names.h"
+#include "imageformatconverter/words.h"
 #include "orlixdataprocessingcore/core/settings.h"
 
 namespace Plugin::OrlixVCellPackageBase {
@@ -18,47 +19,14 @@ using Orlix::DataProcessing::Core::SettingsPath;
 
 namespace {
 
-struct Word {
-    std::int64_t value;
-    const char* name;
-};
-
-constexpr Word orientationWords[] = {
-    {Orlix::OutputOrientation_BottomUp, "BottomUp"},
-    {Orlix::OutputOrientation_TopDown, "TopDown"},
-    {Orlix::OutputOrientation_Unchanged, "Unchanged"},
-};
-
-constexpr Word alignmentWords[] = {
-    {Orlix::OutputBitAlignment_LsbAligned, "LsbAligned"},
-    {Orlix::OutputBitAlignment_MsbAligned, "MsbAligned"},
-};
-
-template <std::size_t size>
-const char* toName(const Word (&words)[size], std::int64_t value, const char* failure) {
-    const auto* word = std::find_if(std::begin(words), std::end(words),
-                                    [&](const Word& w) { return w.value == value; });
-    if (word == std::end(words)) {
-        throw GenICam::InvalidArgumentException(failure, __FILE__, __LINE__);
+// A greater number must not turn into another type by losing its upper bits.
+std::int64_t readPixelType(ISettings& store, const SettingsPath& path) {
+    const std::uint64_t number = store.getUnsigned(path);
+    if (!std::in_range<std::uint32_t>(number)) {
+        AnythingToNodeMapAdapter::throwNotOf32Bits(outputPixelFormat,
+                                                   std::to_string(number).c_str());
     }
-    return word->name;
-}
-
-template <std::size_t size>
-std::int64_t toValue(const Word (&words)[size], const gcstring& name, const char* failure) {
-    const auto* word = std::find_if(std::begin(words), std::end(words),
-                                    [&](const Word& w) { return name == w.name; });
-    if (word == std::end(words)) {
-        throw GenICam::InvalidArgumentException(failure, __FILE__, __LINE__);
-    }
-    return word->value;
-}
-
-// Pixel types have 32 bits. A greater number must not turn into another type by losing its upper
-// bits; all ones is none that the library knows.
-std::int64_t toPixelType(std::uint64_t number) {
-    return std::int64_t{static_cast<std::uint32_t>(
-        std::min<std::uint64_t>(number, std::numeric_limits<std::uint32_t>::max()))};
+    return static_cast<std::int64_t>(number);
 }
 
 void checkStore(const std::shared_ptr<ISettings>& store) {
@@ -78,11 +46,9 @@ void ImageFormatConverter::saveSettings(const std::shared_ptr<ISettings>& ptrSet
     }
     ptrSettings->setUnsigned(SettingsPath(outputPixelFormat), getOutputPixelFormat());
     ptrSettings->setString(SettingsPath(outputOrientation),
-                           toName(orientationWords, getOutputOrientationEnums(),
-                                  "Unknown output orientation value found."));
+                           toOrientationWord(getOutputOrientationEnums()));
     ptrSettings->setString(SettingsPath(outputBitAlignment),
-                           toName(alignmentWords, getOutputBitAlignment(),
-                                  "Unknown output bit alignment value found."));
+                           toBitAlignmentWord(getOutputBitAlignment()));
     ptrSettings->setInteger(SettingsPath(outputPaddingX), getOutputPaddingX());
     ptrSettings->setInteger(SettingsPath(maxNumThreads), getMaxNumThreads());
 }
@@ -102,19 +68,13 @@ void ImageFormatConverter::loadSettings(const std::shared_ptr<ISettings>& ptrSet
 // A recipe with fewer keys keeps the present values. The ports tell the node map of each change.
 void ImageFormatConverter::loadKeys(ISettings& store) {
     if (const SettingsPath path(outputPixelFormat); store.contains(path)) {
-        impl_->outputPixelFormatPort->setValue(toPixelType(store.getUnsigned(path)), false);
+        impl_->outputPixelFormatPort->setValue(readPixelType(store, path), false);
     }
     if (const SettingsPath path(outputOrientation); store.contains(path)) {
-        impl_->outputOrientationPort->setValue(
-            toValue(orientationWords, store.getString(path),
-                    "Unknown symbolic name of output orientation found."),
-            false);
+        impl_->outputOrientationPort->setValue(toOrientation(store.getString(path)), false);
     }
     if (const SettingsPath path(outputBitAlignment); store.contains(path)) {
-        impl_->outputBitAlignmentPort->setValue(
-            toValue(alignmentWords, store.getString(path),
-                    "Unknown symbolic name of output bit alignment found."),
-            false);
+        impl_->outputBitAlignmentPort->setValue(toBitAlignment(store.getString(path)), false);
     }
     if (const SettingsPath path(outputPaddingX); store.contains(path)) {
         impl_->outputPaddingXPort->setValue(store.getInteger(path), false);
