@@ -26,11 +26,12 @@ using NodeMapsSignal =
 // The base of a node's private data. The pointers never change; the rest is guarded by the lock,
 // which is the node's and its map's in one. The members take it themselves.
 struct NodeData {
-    AnythingToNodeMapAdapter::CAnythingToNodeMapAdapter adapter;
     std::shared_ptr<Orlix::DataProcessing::Threading::RecursiveCLock> lock =
         std::make_shared<Orlix::DataProcessing::Threading::RecursiveCLock>();
     std::vector<Orlix::DataProcessing::Core::NodeMapInfo> nodeMaps;
     std::shared_ptr<NodeMapsSignal> nodeMapsChanged = std::make_shared<NodeMapsSignal>(lock);
+    // Behind the lock, which its map uses to the end.
+    AnythingToNodeMapAdapter::CAnythingToNodeMapAdapter adapter;
 
     // Puts the map of the parameters on the list, as "@vCell".
     void publishParameters(const gcstring& displayName);

@@ -2,10 +2,14 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
+#include <functional>
+#include <future>
 #include <memory>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "genapi/genapi.h"
 #include "orlixdataprocessingcore/core/graphupdate.h"
@@ -227,17 +231,96 @@ TEST_F(ImageLoadingNode, ValuesOfOneTurnShareAnUpdate) {
 class OpenNode : public ImageLoading {
 public:
     using ImageLoading::ImageLoading;
+    using ImageLoading::onStarting;
     using ImageLoading::onStopping;
 };
 
+// The code of the system error that the call raises; none without one.
+template <typename Call>
+std::error_code getErrorCode(Call call) {
+    try {
+        call();
+        return {};
+    } catch (const std::system_error& error) {
+        return error.code();
+    }
+}
+
+// Gives new threads stacks beyond the address space, so that none can be made.
+class WithoutThreads {
+public:
+    WithoutThreads() {
+        EXPECT_EQ(::pthread_getattr_default_np(&before_), 0);
+        pthread_attr_t huge;
+        EXPECT_EQ(::pthread_attr_init(&huge), 0);
+        EXPECT_EQ(::pthread_attr_setstacksize(&huge, std::size_t{1} << 56U), 0);
+        EXPECT_EQ(::pthread_setattr_default_np(&huge), 0);
+        EXPECT_EQ(::pthread_attr_destroy(&huge), 0);
+    }
+    ~WithoutThreads() {
+        EXPECT_EQ(::pthread_setattr_default_np(&before_), 0);
+        EXPECT_EQ(::pthread_attr_destroy(&before_), 0);
+    }
+    WithoutThreads(const WithoutThreads&) = delete;
+    WithoutThreads& operator=(const WithoutThreads&) = delete;
+
+private:
+    pthread_attr_t before_{};
+};
+
+TEST_F(ImageLoadingNode, WithoutAThreadTheStartFailsAndParametersStayReadOnlyUntilTheNextStop) {
+    useThreeImages();
+    std::error_code error;
+    {
+        const WithoutThreads none;
+        error = getErrorCode([&] { node.start(Arguments()); });
+    }
+    EXPECT_EQ(error, std::errc::resource_unavailable_try_again);
+    EXPECT_EQ(static_cast<Core::INode&>(node).getState(), Core::NodeState::Stopped);
+    EXPECT_THAT(writabilities(), ElementsAre(false, false, false, false, false, false, true));
+    runToEnd(acquisitionMode("SingleFrame"));
+    EXPECT_THAT(paths(), ElementsAre("a.png"));
+    EXPECT_THAT(writabilities(), ElementsAre(true, true, true, true, true, true, true));
+}
+
+// Runs a function on the worker when that wants to sleep for the first time.
+class InterruptingClock final : public IFrameClock {
+public:
+    explicit InterruptingClock(std::function<void()> interruption)
+        : interruption_(std::move(interruption)) {}
+
+    TimePoint now() override { return now_; }
+    void sleepFor(Duration duration) override {
+        now_ += duration;
+        if (const auto interruption = std::exchange(interruption_, {})) {
+            interruption();
+        }
+    }
+
+private:
+    TimePoint now_{};
+    std::function<void()> interruption_;
+};
+
+TEST_F(ImageLoadingNode, AWorkerThatStopsItselfIsADeadlockErrorAndEndsAllTheSame) {
+    useThreeImages();
+    std::promise<std::error_code> code;
+    OpenNode* self = nullptr;
+    OpenNode other(nullptr, std::make_shared<InterruptingClock>([&] {
+                       code.set_value(getErrorCode([&] { self->onStopping(); }));
+                   }));
+    self = &other;
+    other.setSourcePath(folder.path().c_str());
+    other.setRunContinuously(true);
+    other.onStarting(Arguments());
+    EXPECT_EQ(code.get_future().get(), std::errc::resource_deadlock_would_occur);
+    // The worker saw the request and has not been collected yet.
+    other.onStopping();
+}
+
 TEST_F(ImageLoadingNode, StoppingWithoutAWorkerIsASystemError) {
     OpenNode other(nullptr, clock);
-    try {
-        other.onStopping();
-        FAIL();
-    } catch (const std::system_error& error) {
-        EXPECT_EQ(error.code(), std::errc::invalid_argument);
-    }
+    EXPECT_EQ(getErrorCode([&] { other.onStopping(); }), std::errc::invalid_argument);
 }
 
 TEST_F(ImageLoadingNode, CanBeDestroyedWhileItRuns) {

@@ -29,9 +29,10 @@ std::vector<std::string> enumerate(const std::string& path) {
     return texts;
 }
 
-std::string enumerateError(const std::string& path) {
+template <typename... FileSystems>
+std::string enumerateError(const std::string& path, const FileSystems&... fileSystem) {
     try {
-        static_cast<void>(enumerateImages(path.c_str()));
+        static_cast<void>(enumerateImages(path.c_str(), fileSystem...));
         return "";
     } catch (const fs::filesystem_error& error) {
         return error.what();
@@ -180,6 +181,37 @@ TEST(ImageSource, FolderThatCanNotBeOpenedIsAFileSystemError) {
     }
     EXPECT_EQ(error,
               "filesystem error: directory_iterator::directory_iterator: Too many open files [" +
+                  folder.path().string() + "]");
+}
+
+// A file system that fails on demand.
+fs::file_status getStatus(const fs::path& path, std::error_code& error) {
+    return fs::status(path, error);
+}
+fs::file_status getUnknownStatus(const fs::path& /*path*/, std::error_code& error) {
+    error = std::make_error_code(std::errc::value_too_large);
+    return fs::file_status(fs::file_type::unknown);
+}
+void advance(fs::directory_iterator& entry, std::error_code& error) {
+    entry.increment(error);
+}
+void failToAdvance(fs::directory_iterator& entry, std::error_code& error) {
+    entry = fs::directory_iterator();
+    error = std::make_error_code(std::errc::io_error);
+}
+
+TEST(ImageSource, StatusThatIsUnknownIsAFileSystemErrorOfItsOwn) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(enumerateError(folder.path(), FileSystem{getUnknownStatus, advance}),
+              "filesystem error: exists: Value too large for defined data type [" +
+                  folder.path().string() + "]");
+}
+
+TEST(ImageSource, FolderThatCanNotBeReadOnIsAFileSystemError) {
+    const TemporaryFolder folder;
+    folder.addFile("x.png");
+    EXPECT_EQ(enumerateError(folder.path(), FileSystem{getStatus, failToAdvance}),
+              "filesystem error: directory_iterator::operator++: Input/output error [" +
                   folder.path().string() + "]");
 }
 

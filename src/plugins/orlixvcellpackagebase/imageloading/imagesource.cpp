@@ -1,14 +1,13 @@
 #include "imageloading/imagesource.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <locale>
 #include <map>
 #include <set>
 #include <string>
-#include <system_error>
 #include <utility>
 
+#include "imageloading/paths.h"
 #include "orlixdataprocessingcore/utils/helper.h"
 
 namespace Plugin::OrlixVCellPackageBase {
@@ -43,11 +42,6 @@ bool hasSupportedExtension(const fs::path& path) {
     return isSupportedExtension(path.extension().string());
 }
 
-// In the separators of this platform.
-gcstring toPreferredText(fs::path path) {
-    return gcstring(path.make_preferred().string().c_str());
-}
-
 // The operation's name is part of the message that a user sees when a start fails.
 void throwOn(const std::error_code& error, const char* operation, const fs::path& path) {
     if (error) {
@@ -55,9 +49,14 @@ void throwOn(const std::error_code& error, const char* operation, const fs::path
     }
 }
 
-fs::file_status getStatus(const fs::path& path) {
+constexpr FileSystem systemsOwn{
+    [](const fs::path& path, std::error_code& error) { return fs::status(path, error); },
+    [](fs::directory_iterator& entry, std::error_code& error) { entry.increment(error); },
+};
+
+fs::file_status getStatus(const fs::path& path, const FileSystem& fileSystem) {
     std::error_code error;
-    const fs::file_status status = fs::status(path, error);
+    const fs::file_status status = fileSystem.getStatus(path, error);
     if (status.type() == fs::file_type::not_found) {
         return status;
     }
@@ -75,7 +74,7 @@ bool isImageEntry(const fs::directory_entry& entry) {
     return status.type() != fs::file_type::directory && hasSupportedExtension(entry.path());
 }
 
-std::vector<gcstring> enumerateFolder(const fs::path& folder) {
+std::vector<gcstring> enumerateFolder(const fs::path& folder, const FileSystem& fileSystem) {
     std::vector<gcstring> images;
     std::error_code error;
     fs::directory_iterator entry(folder, error);
@@ -84,7 +83,7 @@ std::vector<gcstring> enumerateFolder(const fs::path& folder) {
         if (isImageEntry(*entry)) {
             images.push_back(toPreferredText(entry->path()));
         }
-        entry.increment(error);
+        fileSystem.advance(entry, error);
         throwOn(error, "directory_iterator::operator++", folder);
     }
     return images;
@@ -113,13 +112,17 @@ bool isSupportedExtension(std::string_view extension) {
 }
 
 std::vector<gcstring> enumerateImages(const gcstring& sourcePath) {
+    return enumerateImages(sourcePath, systemsOwn);
+}
+
+std::vector<gcstring> enumerateImages(const gcstring& sourcePath, const FileSystem& fileSystem) {
     const fs::path path(sourcePath.c_str());
-    const fs::file_status status = getStatus(path);
+    const fs::file_status status = getStatus(path, fileSystem);
     if (status.type() == fs::file_type::not_found) {
         return {};
     }
     if (status.type() == fs::file_type::directory) {
-        return enumerateFolder(path);
+        return enumerateFolder(path, fileSystem);
     }
     if (!hasSupportedExtension(path)) {
         return {};

@@ -4,14 +4,23 @@
 // Free functions without state; safe from any thread.
 #pragma once
 
+#include <filesystem>
 #include <random>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "gcbase/gcstring.h"
 #include "orlixvcellpackagebase/imageloading.h"
 
 namespace Plugin::OrlixVCellPackageBase {
+
+// How the file system is asked, so that a test can let it fail as a real one rarely does.
+struct FileSystem {
+    std::filesystem::file_status (*getStatus)(const std::filesystem::path& path,
+                                              std::error_code& error);
+    void (*advance)(std::filesystem::directory_iterator& entry, std::error_code& error);
+};
 
 // Takes an extension with its dot; upper and lower case are alike.
 [[nodiscard]] bool isSupportedExtension(std::string_view extension);
@@ -20,6 +29,8 @@ namespace Plugin::OrlixVCellPackageBase {
 // image that the path names, as it was given. Empty if there are none or the path does not exist.
 // Throws std::filesystem::filesystem_error if the path can't be looked at.
 [[nodiscard]] std::vector<GenICam::gcstring> enumerateImages(const GenICam::gcstring& sourcePath);
+[[nodiscard]] std::vector<GenICam::gcstring> enumerateImages(const GenICam::gcstring& sourcePath,
+                                                             const FileSystem& fileSystem);
 
 // Sorts by the rules of the global locale of this moment, or shuffles.
 void orderImages(std::vector<GenICam::gcstring>& paths, SortBy order);

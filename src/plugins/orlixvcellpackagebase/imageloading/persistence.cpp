@@ -9,6 +9,7 @@
 #include "imageloading/imageloadingimpl.h"
 #include "imageloading/log.h"
 #include "imageloading/names.h"
+#include "imageloading/paths.h"
 #include "orlixdataprocessingcore/core/settings.h"
 
 namespace Plugin::OrlixVCellPackageBase {
@@ -24,11 +25,6 @@ namespace {
 
 fs::path toPath(const gcstring& text) {
     return fs::path(text.str());
-}
-
-// In the separators of this platform.
-gcstring toPreferredText(fs::path path) {
-    return gcstring(path.make_preferred().string());
 }
 
 bool existsChecked(const fs::path& path) {
