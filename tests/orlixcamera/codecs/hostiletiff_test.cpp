@@ -174,5 +174,9 @@ TEST_F(HostileTiff, LabColors) {
     TryForm({.photometric = PHOTOMETRIC_CIELAB, .samples = 3}, 3);
 }
 
+TEST_F(HostileTiff, TilesOfBrightnessAndDifferences) {
+    TryForm({.photometric = PHOTOMETRIC_YCBCR, .samples = 3, .places = TiffPlaces::Tiles}, 3);
+}
+
 }  // namespace
 }  // namespace Orlix::Test

@@ -260,6 +260,34 @@ TEST_F(TiffDecoderTest, PaletteIsRgb8Packed) {
     }
 }
 
+// Pixels of one value and two that stand for no colour. The white that L*a*b* begins from is not
+// that of a screen.
+TEST_F(TiffDecoderTest, ColorsOfBrightnessAndDifferencesAreRgb8Packed) {
+    for (const TiffPlaces places : {TiffPlaces::Strips, TiffPlaces::Tiles}) {
+        Bytes yuv;
+        Bytes lab;
+        Bytes grays;
+        Bytes blackAndWarmWhite;
+        for (std::size_t i = 0; i < pixels; ++i) {
+            const auto gray = static_cast<unsigned char>(i * 7);
+            const auto end = static_cast<unsigned char>(i % 3 == 0 ? 255 : 0);
+            yuv.insert(yuv.end(), {gray, 128, 128});
+            grays.insert(grays.end(), 3, gray);
+            lab.insert(lab.end(), {end, 0, 0});
+            const Bytes color = end == 0 ? Bytes{0, 0, 0} : Bytes{255, 255, 222};
+            blackAndWarmWhite.insert(blackAndWarmWhite.end(), color.begin(), color.end());
+        }
+        TiffForm form{.photometric = PHOTOMETRIC_YCBCR, .samples = 3, .places = places};
+        const COrlixImage image = WriteAndLoad(form, yuv);
+        EXPECT_EQ(image.GetPixelType(), PixelType_RGB8Packed);
+        expectNear(pixelsOf(image), grays, 1);
+        form.photometric = PHOTOMETRIC_CIELAB;
+        const COrlixImage ends = WriteAndLoad(form, lab);
+        EXPECT_EQ(ends.GetPixelType(), PixelType_RGB8Packed);
+        expectNear(pixelsOf(ends), blackAndWarmWhite, 3);
+    }
+}
+
 TEST_F(TiffDecoderTest, APaletteOfEightBitColorsIsUnderstood) {
     TiffForm form{.photometric = PHOTOMETRIC_PALETTE, .bits = 4};
     form.colorMap.assign(48, 200);

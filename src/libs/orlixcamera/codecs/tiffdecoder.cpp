@@ -48,8 +48,14 @@ std::uint64_t largestRatio(const TiffLayout& layout) {
 
 class TiffDecoder {
 public:
-    explicit TiffDecoder(const InputFile& file)
-        : file_(file), tiff_(file_.Handle()), layout_(file_.ReadLayout()) {}
+    TiffDecoder(const InputFile& file, TiffAccess access)
+        : file_(file, access), tiff_(file_.Handle()), layout_(file_.ReadLayout()) {}
+
+    // libtiff converts the colours of bare tiles only from memory: it takes the buffer that it has
+    // read one into, which is rounded up, for a tile of a wrong size.
+    [[nodiscard]] bool NeedsMemory() const {
+        return NeedsColorConversion() && layout_.isTiled && layout_.compression == COMPRESSION_NONE;
+    }
 
     [[nodiscard]] DecodedPicture Decode(const COrlixImageBase& image);
 
@@ -270,7 +276,9 @@ DecodedPicture TiffDecoder::Decode(const COrlixImageBase& image) {
 }  // namespace
 
 DecodedPicture decodeTiff(const InputFile& file, const COrlixImageBase& image) {
-    return TiffDecoder(file).Decode(image);
+    TiffDecoder decoder(file, TiffAccess::Pieces);
+    return decoder.NeedsMemory() ? TiffDecoder(file, TiffAccess::Memory).Decode(image)
+                                 : decoder.Decode(image);
 }
 
 }  // namespace Orlix

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include "orlixcamera/bufferpool.h"
 #include "orlixcamera/codecs/codecerror.h"
 
 namespace Orlix {
@@ -42,6 +43,23 @@ struct TiffFile::Callbacks {
 
     static toff_t Size(thandle_t handle) { return Of(handle).file_.Size(); }
 
+    // A copy takes the place of the mapping that libtiff asks for.
+    static int Map(thandle_t handle, void** base, toff_t* size) {
+        TiffFile& self = Of(handle);
+        try {
+            self.bytes_ = BufferPool::Instance().Allocate(self.file_.Size());
+            self.file_.Read(0, self.bytes_.get(), self.file_.Size());
+        } catch (const std::exception& error) {
+            self.Keep(error.what());
+            return 0;
+        }
+        *base = self.bytes_.get();
+        *size = self.file_.Size();
+        return 1;
+    }
+
+    static void Unmap(thandle_t, void*, toff_t) {}
+
     [[gnu::format(printf, 4, 0)]] static int Error(TIFF*, void* user, const char*,
                                                    const char* format, va_list arguments) {
         Of(user).Keep(Format(format, arguments));
@@ -72,7 +90,7 @@ struct TiffFile::Callbacks {
     }
 };
 
-TiffFile::TiffFile(const InputFile& file) : file_(file) {
+TiffFile::TiffFile(const InputFile& file, TiffAccess access) : file_(file) {
     const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(
         TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
     // What the library allocates for tables and strips, a small multiple of what is in the file.
@@ -81,9 +99,10 @@ TiffFile::TiffFile(const InputFile& file) : file_(file) {
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(limit));
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), &Callbacks::Error, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), &Callbacks::Warning, this);
-    handle_.reset(TIFFClientOpenExt("picture", "rm", this, &Callbacks::Read, &Callbacks::Write,
+    const char* const mode = access == TiffAccess::Memory ? "r" : "rm";
+    handle_.reset(TIFFClientOpenExt("picture", mode, this, &Callbacks::Read, &Callbacks::Write,
                                     &Callbacks::Seek, &Callbacks::CloseFile, &Callbacks::Size,
-                                    nullptr, nullptr, options.get()));
+                                    &Callbacks::Map, &Callbacks::Unmap, options.get()));
     Check(handle_ != nullptr);
 }
 

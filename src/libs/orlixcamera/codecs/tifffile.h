@@ -30,11 +30,15 @@ struct TiffLayout {
     }
 };
 
+// Where libtiff finds the bytes: it asks for one piece after the other, or has all of them in
+// memory at once.
+enum class TiffAccess { Pieces, Memory };
+
 // Every function throws CodecError.
 class TiffFile {
 public:
     // `file` must live longer than this object.
-    explicit TiffFile(const InputFile& file);
+    TiffFile(const InputFile& file, TiffAccess access);
     TiffFile(const TiffFile&) = delete;
     TiffFile& operator=(const TiffFile&) = delete;
 
@@ -58,6 +62,7 @@ private:
     std::uint64_t position_ = 0;
     std::string firstError_;
     bool isDamaged_ = false;
+    std::shared_ptr<void> bytes_;  // of the whole file, if they are in memory
     std::unique_ptr<TIFF, Close> handle_;
 };
 
