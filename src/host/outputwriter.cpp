@@ -87,6 +87,11 @@ OutputWriter::OutputWriter(std::string folder, std::vector<OpenOutput> outputs,
 
 OutputWriter::~OutputWriter() = default;
 
+void OutputWriter::begin() {
+    lineQueue_.begin();
+    imageQueue_.begin();
+}
+
 void OutputWriter::add(OutputValue value) {
     WriteQueue& queue = hasPixels(value.value) ? imageQueue_ : lineQueue_;
     queue.add(std::move(value));
@@ -117,6 +122,8 @@ void OutputWriter::finish() {
 }
 
 void OutputWriter::discard() {
+    lineQueue_.discard();
+    imageQueue_.discard();
     removeFolders(madeFolders_);
 }
 

@@ -20,21 +20,24 @@ namespace Orlix::Host {
 class OutputWriter {
 public:
     // Makes the folder if need be; throws RuntimeException that names it if it can not be made.
-    // Files are made with the first value, so that a run that does not start leaves those of an
-    // earlier one alone.
     OutputWriter(std::string folder, std::vector<OpenOutput> outputs,
                  std::shared_ptr<RunState> state, std::function<void()> onSpace);
     ~OutputWriter();
     OutputWriter(const OutputWriter&) = delete;
     OutputWriter& operator=(const OutputWriter&) = delete;
 
+    // When every node has started. Sources may send before that: their values wait, and more than
+    // can wait holds them back, so that a run that does not start leaves the files of an earlier
+    // one alone.
+    void begin();
     void add(OutputValue value);
     [[nodiscard]] bool hasSpace() const;
     [[nodiscard]] std::size_t waiting() const;
     [[nodiscard]] std::size_t capacity() const;
     // Writes what waits; a failure is in the state.
     void finish();
-    // In place of finish() when there was no run: removes the folder if it was made for that run.
+    // In place of finish() when there was no run: drops what waits, and removes the folder if it
+    // was made for that run.
     void discard();
 
 private:

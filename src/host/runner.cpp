@@ -142,6 +142,9 @@ private:
             throw;
         }
         start_ = RunClock::now();
+        if (writer_ != nullptr) {
+            writer_->begin();
+        }
         if (options_.recover) {
             recovery_ = std::make_unique<Recovery>(recipe_, startArguments(options_));
         }

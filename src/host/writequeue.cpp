@@ -19,6 +19,9 @@ WriteQueue::~WriteQueue() {
 void WriteQueue::add(OutputValue value) {
     {
         const std::lock_guard lock(mutex_);
+        if (discarding_) {
+            return;
+        }
         waiting_.push_back(std::move(value));
     }
     changed_.notify_one();
@@ -34,11 +37,34 @@ std::size_t WriteQueue::size() const {
     return waiting_.size() + busy_;
 }
 
+void WriteQueue::begin() {
+    {
+        const std::lock_guard lock(mutex_);
+        begun_ = true;
+    }
+    changed_.notify_all();
+}
+
 void WriteQueue::finish() {
     {
         const std::lock_guard lock(mutex_);
         finishing_ = true;
     }
+    endThreads();
+}
+
+void WriteQueue::discard() {
+    std::deque<OutputValue> dropped;  // ends after the lock has been released
+    {
+        const std::lock_guard lock(mutex_);
+        finishing_ = true;
+        discarding_ = true;
+        dropped.swap(waiting_);
+    }
+    endThreads();
+}
+
+void WriteQueue::endThreads() {
     changed_.notify_all();
     for (std::thread& thread : threads_) {
         if (thread.joinable()) {
@@ -50,8 +76,8 @@ void WriteQueue::finish() {
 void WriteQueue::writeValues() {
     std::unique_lock lock(mutex_);
     for (;;) {
-        changed_.wait(lock, [this] { return finishing_ || !waiting_.empty(); });
-        if (waiting_.empty()) {
+        changed_.wait(lock, [this] { return finishing_ || (begun_ && !waiting_.empty()); });
+        if (waiting_.empty() || !begun_) {
             return;
         }
         const bool wasFull = waiting_.size() == capacity_;

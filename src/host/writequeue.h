@@ -22,7 +22,8 @@ struct OutputValue {
 };
 
 // With one thread values are written in the order in which they came. add() never blocks: whoever
-// adds asks hasSpace() first; what is added in spite of a false is kept all the same.
+// adds asks hasSpace() first; what is added in spite of a false is kept all the same. Nothing is
+// written before begin(): a queue that ends without it drops what waits.
 class WriteQueue {
 public:
     using Work = std::function<void(const OutputValue&)>;
@@ -38,10 +39,14 @@ public:
     [[nodiscard]] bool hasSpace() const;
     // Values that wait or are being written.
     [[nodiscard]] std::size_t size() const;
+    void begin();
     // Writes what waits and ends the threads.
     void finish();
+    // Ends the threads in place of finish(): what waits and what still comes is dropped.
+    void discard();
 
 private:
+    void endThreads();
     void writeValues();
 
     const std::size_t capacity_;
@@ -51,7 +56,9 @@ private:
     std::condition_variable changed_;
     std::deque<OutputValue> waiting_;
     std::size_t busy_ = 0;
+    bool begun_ = false;
     bool finishing_ = false;
+    bool discarding_ = false;
     std::vector<std::thread> threads_;
 };
 

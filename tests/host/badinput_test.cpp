@@ -384,6 +384,32 @@ TEST_F(BadFolder, RunThatDoesNotStartLeavesEarlierResultsAlone) {
     EXPECT_EQ(readFile(folder_ / "out/values.jsonl"), "earlier\n");
 }
 
+// The node that is listed last starts first, and has sent all its values when the other one fails.
+class SentBeforeAFailedStart : public BadFolder {
+protected:
+    SentBeforeAFailedStart() {
+        recipe_ = folder_.write("r.json", R"({"version": 1, "nodes": [
+            {"name": "Bad", "type": "ValueSource", "settings": {"unwilling": true}},
+            {"name": "Good", "type": "ValueSource", "settings": {"eager": true, "count": 9}}]})");
+    }
+    void expectFailedRun() const {
+        expectFailure(runWithTestNodes({"run", recipe_, "--out", folder_ / "out"}),
+                      recipe_ + ": node \"Bad\": can not start: I will not.");
+    }
+};
+
+TEST_F(SentBeforeAFailedStart, IsNotWritten) {
+    expectFailedRun();
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "out"));
+}
+
+TEST_F(SentBeforeAFailedStart, LeavesEarlierResultsAlone) {
+    folder_.write("out/values.jsonl", "earlier\n");
+    expectFailedRun();
+    EXPECT_EQ(folder_.list("out"), std::vector<std::string>{"values.jsonl"});
+    EXPECT_EQ(readFile(folder_ / "out/values.jsonl"), "earlier\n");
+}
+
 TEST_F(BadFolder, SaveThatFailsLeavesNothingBehind) {
     const std::vector<std::string> before = folder_.list();
     expectFailure(runWithTestNodes({"save", recipe_, "-o", folder_ / "none/r.json"}),

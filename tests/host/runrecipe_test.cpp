@@ -229,6 +229,15 @@ TEST_F(RunValues, KeysOfALineHaveTheirOrder) {
               std::string::npos);
 }
 
+TEST_F(RunValues, ThatCameBeforeEveryNodeHadStartedAreWritten) {
+    const std::string recipe =
+        writeTestRecipe(folder_, "ValueSource", R"({"eager": true, "count": 2})");
+    const ProgramResult result =
+        runWithTestNodes({"run", recipe, "--idle", "0.3", "--out", folder_ / "out"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(valuesOf(values(), "Number").size(), 2U);
+}
+
 class RunSignal : public RunValues, public testing::WithParamInterface<int> {};
 
 TEST_P(RunSignal, StopsTheRecipeInOrder) {

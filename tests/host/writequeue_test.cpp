@@ -6,6 +6,7 @@
 #include <future>
 #include <mutex>
 #include <set>
+#include <thread>
 
 #include "orlixdataprocessingcore/core/integer.h"
 
@@ -21,6 +22,7 @@ TEST(WriteQueue, OneThreadWritesInTheOrderOfAddition) {
     std::vector<std::uint64_t> written;
     WriteQueue queue(
         4, 1, [&](const OutputValue& value) { written.push_back(value.number); }, [] {});
+    queue.begin();
     for (std::uint64_t i = 1; i <= 100; ++i) {
         queue.add(valueOf(i));
     }
@@ -50,6 +52,7 @@ TEST(WriteQueue, FullQueueHasNoSpaceAndTellsWhenItHasAgain) {
                 space.set_value();
             }
         });
+    queue.begin();
     queue.add(valueOf(1));
     started.get_future().wait();
     EXPECT_TRUE(queue.hasSpace());
@@ -80,12 +83,62 @@ TEST(WriteQueue, SeveralThreadsWriteEveryValueOnce) {
                 written.insert(value.number);
             },
             [] {});
+        queue.begin();
         for (std::uint64_t i = 1; i <= 1000; ++i) {
             queue.add(valueOf(i));
         }
     }
     EXPECT_EQ(written.size(), 1000U);
     EXPECT_EQ(std::set<std::uint64_t>(written.begin(), written.end()).size(), 1000U);
+}
+
+TEST(WriteQueue, ValuesWaitUntilItBeginsAndAreWrittenThen) {
+    std::vector<std::uint64_t> written;
+    WriteQueue queue(
+        2, 1, [&](const OutputValue& value) { written.push_back(value.number); }, [] {});
+    queue.add(valueOf(1));
+    queue.add(valueOf(2));
+    EXPECT_FALSE(queue.hasSpace());
+    queue.begin();
+    queue.finish();
+    EXPECT_EQ(written, (std::vector<std::uint64_t>{1, 2}));
+}
+
+TEST(WriteQueue, EndsWithoutAWriteIfItNeverBegins) {
+    int writes = 0;
+    {
+        WriteQueue queue(
+            2, 1, [&](const OutputValue&) { ++writes; }, [] {});
+        queue.add(valueOf(1));
+    }
+    EXPECT_EQ(writes, 0);
+}
+
+TEST(WriteQueue, DiscardDropsWhatWaitsAndWhatStillComes) {
+    std::promise<void> started;
+    std::promise<void> release;
+    std::vector<std::uint64_t> written;
+    WriteQueue queue(
+        8, 1,
+        [&](const OutputValue& value) {
+            started.set_value();
+            release.get_future().wait();
+            written.push_back(value.number);
+        },
+        [] {});
+    queue.begin();
+    queue.add(valueOf(1));
+    started.get_future().wait();
+    queue.add(valueOf(2));
+    std::thread discarder([&] { queue.discard(); });
+    while (queue.size() != 1) {  // until the one that waits is gone
+        std::this_thread::yield();
+    }
+    queue.add(valueOf(3));
+    release.set_value();
+    discarder.join();
+    EXPECT_EQ(written, std::vector<std::uint64_t>{1});
+    EXPECT_EQ(queue.size(), 0U);
 }
 
 }  // namespace

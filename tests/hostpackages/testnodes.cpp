@@ -42,7 +42,8 @@ constexpr const char* catalog = R"({"Version": "1.0.0", "Vendor": "Test", "Modul
  "InterfaceType": "Native", "DisplayName": "Future", "Tags": [], "ShortDescription": "",
  "DetailedDescription": "", "SupportedUuids": [], "HasDynamicInfo": false}]})";
 
-// Gives "count" updates, or updates without end for 0, as fast as the graph takes them.
+// Gives "count" updates, or updates without end for 0, as fast as the graph takes them; if it is
+// "eager", all of them before its start returns. One that is "unwilling" fails to start.
 class ValueSource : public AdvancedNode {
 public:
     explicit ValueSource(const std::shared_ptr<IResourcePool>& pool) : AdvancedNode(pool) {
@@ -62,6 +63,8 @@ public:
         if (settings->contains(SettingsPath("count"))) {
             count_ = settings->getUnsigned(SettingsPath("count"));
         }
+        isEager_ = settings->contains(SettingsPath("eager"));
+        isUnwilling_ = settings->contains(SettingsPath("unwilling"));
     }
     void saveSettings(const std::shared_ptr<ISettings>& settings) override {
         settings->setUnsigned(SettingsPath("count"), count_);
@@ -72,12 +75,20 @@ protected:
         if (arguments.hasArgument("Text")) {
             text_ = arguments.getArgumentValue("Text").get<String>(true)->get();
         }
+        if (isUnwilling_) {
+            throw GenICam::RuntimeException("I will not.", __FILE__, __LINE__);
+        }
         stop_ = false;
         thread_ = std::thread([this] { work(); });
+        if (isEager_) {
+            thread_.join();
+        }
     }
     void onStopping() override {
         stop_ = true;
-        thread_.join();
+        if (thread_.joinable()) {
+            thread_.join();
+        }
     }
 
 private:
@@ -111,6 +122,8 @@ private:
     }
 
     std::uint64_t count_ = 0;
+    bool isEager_ = false;
+    bool isUnwilling_ = false;
     gcstring text_ = "none";
     std::atomic<bool> stop_{false};
     std::thread thread_;
