@@ -34,7 +34,8 @@ public:
     // The same by a producer that needs neither any more, so that a sink that keeps them can take
     // them over. As it stands here, it calls put.
     virtual void putLast(std::shared_ptr<IGraphUpdate>&& update, Utils::Variant&& value);
-    // This update has no value for the pin.
+    // This update has no value for the pin. It may be another object than the one of that number
+    // that its source has made.
     virtual void skip(const std::shared_ptr<IGraphUpdate>& update) = 0;
     // Whether another value is welcome now. Values put in spite of a false are taken all the same.
     [[nodiscard]] virtual bool hasSpace() const = 0;

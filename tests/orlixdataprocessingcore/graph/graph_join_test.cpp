@@ -135,6 +135,28 @@ TEST_F(GraphJoin, TwoThreadsOfOneSourceMayCreateTheirUpdatesInAnyOrder) {
     EXPECT_EQ(graph.statistics().droppedJobs, 0U);
 }
 
+TEST(GraphSkips, InAnyOrderDropTheirSetsEvenInAFullQueue) {
+    auto source = std::make_shared<TestSource>(std::vector<gcstring>{"A", "B"});
+    auto sink = std::make_shared<TestSink>();
+    Graph graph(GraphOptions{1});
+    graph.addNode("Source", source);
+    graph.addNode("Join", std::make_shared<TestNode>(std::vector<gcstring>{"X", "Y"}));
+    graph.connect("Source", "A", "Join", "X");
+    graph.connect("Source", "B", "Join", "Y");
+    graph.attachSink("Join", "Out", sink);
+    sink->setFull(true);
+    graph.start({});
+    const auto first = makeUpdate();
+    const auto second = makeUpdate();
+    source->createJob(second, {{"B", integer(1)}}, {});
+    source->createJob(first, {{"B", integer(2)}}, {});
+    graph.stop(StopMode::Drain);
+    ASSERT_EQ(sink->skips(), 2U);
+    EXPECT_EQ(sink->entries()[0].update, second);
+    EXPECT_EQ(sink->entries()[1].update, first);
+    EXPECT_EQ(graph.statistics().droppedJobs, 2U);
+}
+
 TEST_F(GraphJoin, AnInputWithoutAutoResetKeepsItsLastValueAndHoldsNoJobBack) {
     startWithKeptInput();
     source->send(PinValues{{"A", integer(2)}});

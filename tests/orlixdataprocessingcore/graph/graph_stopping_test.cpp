@@ -229,6 +229,41 @@ TEST(GraphStop, WhatAStoppedNodeLeavesOutTakesNoMemoryBehindIt) {
     graph.stop(StopMode::Drop);
 }
 
+TEST(GraphStop, EverySkipOfAStoppedNodeReachesThoseWhoCanDoWithoutTheValue) {
+    auto source = std::make_shared<TestSource>();
+    auto stopped = std::make_shared<TestNode>();
+    auto join = std::make_shared<TestNode>(std::vector<gcstring>{"X", "Y"}, true);
+    auto blocker = std::make_shared<TestSink>();
+    auto passed = std::make_shared<TestSink>();
+    auto reader = std::make_shared<TestSink>();
+    Graph graph(GraphOptions{2});
+    buildChain(graph, source, {stopped, std::make_shared<TestNode>()}, blocker);
+    graph.addNode("Join", join);
+    graph.connect("B", "Out", "Join", "X");
+    graph.connect("Source", "Out", "Join", "Y");
+    graph.attachSink("A", "Out", passed);
+    graph.attachSink("Join", "Out", reader);
+    blocker->setFull(true);
+    graph.start({});
+    stopped->stop();
+    Numbers expected;
+    std::vector<std::uint64_t> numbers;
+    for (int value = 0; value < 16; ++value) {
+        numbers.push_back(source->send(value)->getSequenceNumber());
+        expected.push_back(value);
+    }
+    static_cast<void>(passed->waitFor(16));
+    blocker->setFull(false);
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(reader->values(), expected);
+    std::vector<std::uint64_t> skipped;
+    for (const TestSink::Entry& entry : blocker->entries()) {
+        EXPECT_FALSE(entry.value.isValid());
+        skipped.push_back(entry.update->getSequenceNumber());
+    }
+    EXPECT_EQ(skipped, numbers);
+}
+
 TEST_F(GraphStopping, RunsAgainAfterAStop) {
     for (int run = 0; run < 3; ++run) {
         graph.start({});

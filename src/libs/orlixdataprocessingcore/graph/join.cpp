@@ -9,6 +9,24 @@
 
 namespace Orlix::DataProcessing::Core {
 
+namespace {
+
+// Stands for an update of whose skip only the number was kept.
+class SkippedUpdate final : public IGraphUpdate {
+public:
+    explicit SkippedUpdate(std::uint64_t sequenceNumber) : sequenceNumber_(sequenceNumber) {}
+
+    [[nodiscard]] std::uint64_t getSequenceNumber() const noexcept override {
+        return sequenceNumber_;
+    }
+    [[nodiscard]] std::shared_ptr<IGraphUpdate> getParent() const override { return nullptr; }
+
+private:
+    const std::uint64_t sequenceNumber_;
+};
+
+}  // namespace
+
 void Join::add(Connection& connection) {
     std::lock_guard guard(mutex_);
     const auto position = std::lower_bound(
@@ -44,22 +62,14 @@ bool Join::arrive(Connection& connection, std::shared_ptr<IGraphUpdate>& update,
         }
         return false;
     }
-    if (!value.isValid() && canMergeSkip(connection)) {
-        connection.ring.replaceBack(std::move(update), {});
-    } else {
+    // Nobody asks for space before a skip, since it must always get through: in a full queue it
+    // takes no place if it can do without.
+    const bool isFull = connection.ring.size() >= connection.capacity();
+    if (value.isValid() || !isFull || !connection.ring.appendSkip(*update)) {
         connection.ring.push(std::move(update), std::move(value));
         connection.publishSize();
     }
     return scheduleIfDecided();
-}
-
-// Nobody asks for space before a skip, since it must always get through. A skip that waits says the
-// same as a later one: the connection has gone past all before it. So a full queue needn't grow,
-// unless a job could do without the value.
-bool Join::canMergeSkip(Connection& connection) {
-    ValueRing& ring = connection.ring;
-    return !ring.empty() && ring.size() >= connection.capacity() && connection.isNeeded() &&
-           !ring.back().value.isValid();
 }
 
 bool Join::scheduleIfDecided() {
@@ -103,6 +113,8 @@ Join::Decision Join::decide() {
 Taken Join::take(std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
     Taken taken = Taken::Nothing;
     std::vector<Connection*> roomy;
+    std::uint64_t number = 0;
+    update.reset();
     {
         std::lock_guard guard(mutex_);
         const Decision decision = state_ == State::Closed ? Decision::None : decide();
@@ -110,12 +122,16 @@ Taken Join::take(std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
             hasMore_ = false;
             return Taken::Nothing;
         }
+        number = decided_;
         taken = popSet(decision, update, values);
         hasMore_ = decide() != Decision::None;
         roomy = takeRoomy();
     }
     if (taken == Taken::Skipped) {
         resetAll(values);
+        if (!update) {
+            update = std::make_shared<SkippedUpdate>(number);
+        }
     }
     tellSpace(roomy);
     return taken;
@@ -132,7 +148,9 @@ Taken Join::popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update, Pin
             connection->ring.front().sequenceNumber == decided_) {
             WaitingValue waiting = connection->ring.pop();
             connection->publishSize();
-            update = std::move(waiting.update);
+            if (waiting.update) {
+                update = std::move(waiting.update);
+            }
             value = std::move(waiting.value);
             anyValue = anyValue || value.isValid();
         }
@@ -242,7 +260,7 @@ void Join::close() {
         std::lock_guard guard(mutex_);
         for (Connection* const connection : connections_) {
             while (!connection->ring.empty()) {
-                WaitingValue waiting = connection->ring.pop();
+                WaitingValue waiting = connection->ring.popPlace();
                 counters_.dropped += waiting.value.isValid() ? 1U : 0U;
                 dropped.push_back(std::move(waiting.value));
             }
@@ -265,7 +283,7 @@ bool Join::setKeepsLastValue(Connection& connection, bool keeps) {
         countQueues();
         for (Connection* const each : connections_) {
             while (!isQueue(*each) && !each->ring.empty()) {
-                WaitingValue waiting = each->ring.pop();
+                WaitingValue waiting = each->ring.popPlace();
                 if (waiting.value.isValid()) {
                     replaced.push_back(std::exchange(each->lastValue, std::move(waiting.value)));
                 }

@@ -36,8 +36,8 @@ public:
     // While the graph is built.
     void add(Connection& connection);
 
-    // True if the node has to be scheduled now.
-    // Takes update and value over; what it doesn't keep stays where it is.
+    // True if the node has to be scheduled now. Takes update and value over; what it doesn't keep
+    // stays where it is. In a full queue, of a skip it may keep no more than the number.
     [[nodiscard]] bool arrive(Connection& connection, std::shared_ptr<IGraphUpdate>& update,
                               Utils::Variant& value);
 
@@ -74,7 +74,6 @@ private:
 
     [[nodiscard]] bool isQueue(const Connection& connection) const noexcept;
     void countQueues();
-    [[nodiscard]] static bool canMergeSkip(Connection& connection);
     [[nodiscard]] bool scheduleIfDecided();
     [[nodiscard]] Decision decide();
     [[nodiscard]] Taken popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update,

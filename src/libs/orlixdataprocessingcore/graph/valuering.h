@@ -1,4 +1,4 @@
-// The values that wait on one connection, oldest first.
+// The values that wait on one connection, in the order of their arrival.
 #pragma once
 
 #include <cstddef>
@@ -13,9 +13,10 @@
 namespace Orlix::DataProcessing::Core {
 
 struct WaitingValue {
-    std::shared_ptr<IGraphUpdate> update;
+    std::shared_ptr<IGraphUpdate> update;  // null behind the first skip of a run
     std::uint64_t sequenceNumber = 0;
-    Utils::Variant value;  // invalid: the update has none for this pin
+    Utils::Variant value;    // invalid: the update has none for this pin, which is a skip
+    std::uint64_t more = 0;  // skips of the numbers that follow: a run of skips takes one place
 };
 
 // A ring whose places are used again and again. It grows only if more is put in than there are
@@ -25,7 +26,6 @@ public:
     [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
     [[nodiscard]] WaitingValue& front() noexcept { return places_[first_]; }
-    [[nodiscard]] WaitingValue& back() noexcept { return places_[placeOf(size_ - 1)]; }
 
     void reserve(std::size_t capacity) {
         if (places_.size() < capacity) {
@@ -38,17 +38,40 @@ public:
             grow(2 * size_ + 1);
         }
         ++size_;
-        replaceBack(std::move(update), std::move(value));
-    }
-
-    void replaceBack(std::shared_ptr<IGraphUpdate>&& update, Utils::Variant&& value) {
         WaitingValue& waiting = back();
         waiting.update = std::move(update);
         waiting.sequenceNumber = waiting.update->getSequenceNumber();
         waiting.value = std::move(value);
+        waiting.more = 0;
     }
 
+    // Puts a skip at the end without another place. False if it doesn't go on with a run of skips
+    // there, or is more than a number.
+    [[nodiscard]] bool appendSkip(const IGraphUpdate& update) {
+        if (empty()) {
+            return false;
+        }
+        WaitingValue& last = back();
+        const std::uint64_t next = last.sequenceNumber + last.more + 1;
+        if (last.value.isValid() || update.getSequenceNumber() != next || update.getParent()) {
+            return false;
+        }
+        ++last.more;
+        return true;
+    }
+
+    // The oldest update; of a run, its first one.
     [[nodiscard]] WaitingValue pop() noexcept {
+        WaitingValue& waiting = front();
+        if (waiting.more == 0) {
+            return popPlace();
+        }
+        --waiting.more;
+        return {std::move(waiting.update), waiting.sequenceNumber++, {}, 0};
+    }
+
+    // A whole run at once.
+    [[nodiscard]] WaitingValue popPlace() noexcept {
         WaitingValue waiting = std::move(places_[first_]);
         --size_;
         // A ring that has run empty begins anew at a place that is still in the cache.
@@ -57,9 +80,9 @@ public:
     }
 
 private:
-    [[nodiscard]] std::size_t placeOf(std::size_t index) const noexcept {
-        const std::size_t place = first_ + index;
-        return place < places_.size() ? place : place - places_.size();
+    [[nodiscard]] WaitingValue& back() noexcept {
+        const std::size_t place = first_ + size_ - 1;
+        return places_[place < places_.size() ? place : place - places_.size()];
     }
 
     void grow(std::size_t capacity) {
