@@ -243,7 +243,10 @@ private:
         const Orlix::DataProcessing::Core::NodeArgumentCollection& arguments) const;
     [[nodiscard]] const char* getConfiguredMode() const;
     void startGrabbing(AcquisitionMode mode);
-    void outputFrame(const Orlix::CGrabResultPtr& grabResult);
+    void outputFrame(const Orlix::CGrabResultPtr& grabResult, std::uint64_t run);
+    void createJobOfRun(std::uint64_t run,
+                        const std::shared_ptr<Orlix::DataProcessing::Core::IGraphUpdate>& update,
+                        Orlix::DataProcessing::Core::PinValues outputs);
     void fillImageOutput(const Orlix::CGrabResultPtr& grabResult, Variant& image, bool& corrupt);
     [[nodiscard]] Variant fixCorruptedImage(const Orlix::CGrabResultPtr& grabResult);
     void readChunkValues(const Orlix::CGrabResultPtr& grabResult,

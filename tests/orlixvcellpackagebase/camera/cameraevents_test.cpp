@@ -5,6 +5,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "orlixdataprocessingcore/core/boolean.h"
 #include "orlixdataprocessingcore/core/float.h"
@@ -206,6 +207,27 @@ TEST_F(CameraEvents, GrabbingOfEventsIsSwitchedWithTheDevice) {
     EXPECT_TRUE(grabbing->GetValue());
     camera().freeResources();
     EXPECT_FALSE(grabbing->GetValue());
+}
+
+TEST_F(CameraEvents, OneWhoseHandlerIsOfAnEarlierRunIsDropped) {
+    extendDevice(
+        R"(<SwissKnife Name="EventSum"><pVariable Name="V">ExposureEndFrameIDReg</pVariable>
+        <pVariable Name="P">PayloadReg</pVariable><Formula>V + 0 * P</Formula></SwissKnife>)");
+    add("F.Type=Float.EventName=ExposureEnd.ValueName=EventSum");
+    const auto sink = attach("F");
+    run();
+    // The handler is inside when it reads the value from the device.
+    bool isFirst = true;
+    device->onAccess = [&] {
+        if (std::exchange(isFirst, false)) {
+            camera().stop();
+            start();
+        }
+    };
+    device->SendEvent(CameraTest::exposureEndEvent, 1);
+    EXPECT_EQ(sendAndWait(*sink, 2).get<Core::Float>(true)->get(), 2);
+    EXPECT_THAT(sink->values(), testing::SizeIs(1));
+    camera().stop();
 }
 
 TEST_F(CameraEvents, AStopReleasesAnEventThatWaitsForSpaceUnderTheNodesLock) {

@@ -123,6 +123,19 @@ TEST_F(CameraFrames, OneThatComesAfterTheStopIsDropped) {
     EXPECT_THAT(images->values(), testing::SizeIs(1));
 }
 
+TEST_F(CameraFrames, OneWhoseHandlerIsOfAnEarlierRunIsDropped) {
+    updates->onCreate = [this](const Core::INode* node) {
+        camera.stop();
+        camera.start(Core::NodeArgumentCollection());
+        return makeUpdate(node);
+    };
+    handleFrame();
+    EXPECT_THAT(images->values(), IsEmpty());
+    updates->onCreate = makeUpdate;
+    handleFrame();
+    images->waitForCount(1);
+}
+
 class CameraImageOutput : public ScriptedCamera {
 protected:
     void run() {

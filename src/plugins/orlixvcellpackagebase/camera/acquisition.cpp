@@ -91,9 +91,11 @@ void Camera::startGrabbing(AcquisitionMode mode) {
     }
 }
 
-// The device stays open. A handler that waits for the lock meanwhile is not waited for.
+// The device stays open. A handler that waits for the lock meanwhile is not waited for: it finds
+// that its run is over.
 void Camera::onStopping() {
     const Guard guard = lockNode();
+    ++impl_->run;
     impl_->instantCamera.StopGrabbing();
     impl_->acquisitionModePort->setWritable(true);
     impl_->fixCorruptImagesPort->setWritable(true);

@@ -50,12 +50,17 @@ public:
 
     void OnCameraEvent(Orlix::CInstantCamera& camera, std::intptr_t /*userProvidedId*/,
                        GenApi::INode* /*node*/) override {
+        const std::uint64_t run = owner_->impl_->run;
         GenApi::INode* node = camera.GetNodeMap().GetNode(valueName_);
         if (node == nullptr) {
             return;
         }
         Variant value = readEventValue(node);
-        if (value.isValid()) {
+        if (!value.isValid()) {
+            return;
+        }
+        const Guard guard = owner_->lockNode();
+        if (owner_->impl_->run == run) {
             owner_->outputEventValue(pinName_, std::move(value));
         }
     }

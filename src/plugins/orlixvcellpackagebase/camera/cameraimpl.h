@@ -1,9 +1,11 @@
 // The private data of Camera, shared by the files that implement it, and the types of its ports.
 //
-// All fields are guarded by the node's lock. Fields are destroyed from the last to the first: the
-// instant camera waits for its threads then, and what their handlers read stands before it.
+// All fields but the number of the run are guarded by the node's lock. Fields are destroyed from
+// the last to the first: the instant camera waits for its threads then, and what their handlers
+// read stands before it.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -53,6 +55,8 @@ struct Camera::Impl {
         Orlix::DataProcessing::Utils::ScopedConnection poolConnection;
     };
 
+    // The number of the run. Changes under the lock; handlers read it before they wait for that.
+    std::atomic<std::uint64_t> run{0};
     std::uint64_t eventPinSelector = 0;
     std::uint64_t deviceSelector = 0;
     std::uint64_t devicePropertySelector = 0;

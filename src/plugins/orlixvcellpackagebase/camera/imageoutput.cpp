@@ -1,5 +1,6 @@
 // From a grab result to a job of the graph, on the library's grab thread.
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 #include "camera/cameraimpl.h"
@@ -78,15 +79,16 @@ Geometry readGeometry(const Orlix::CInstantCamera& camera, const Orlix::CGrabRes
 // Nothing passes into the library: a frame that can't be handed on is lost, and the next one comes.
 void Camera::OnImageGrabbed(Orlix::CInstantCamera& /*camera*/,
                             const Orlix::CGrabResultPtr& grabResult) {
+    const std::uint64_t run = impl_->run;
     try {
-        outputFrame(grabResult);
+        outputFrame(grabResult, run);
     } catch (...) {
         Utils::logCaught(CameraLog::getSubject(this), "grabbing an image");
     }
 }
 
 // The lock is free while the graph is waited for, so that a slow graph blocks no parameter.
-void Camera::outputFrame(const Orlix::CGrabResultPtr& grabResult) {
+void Camera::outputFrame(const Orlix::CGrabResultPtr& grabResult, std::uint64_t run) {
     Core::PinValues outputs;
     Variant image;
     bool corrupt = false;
@@ -101,6 +103,16 @@ void Camera::outputFrame(const Orlix::CGrabResultPtr& grabResult) {
         outputs[CameraNames::imageCorruptPin] = COWPtr<Core::Boolean>::make(corrupt);
     }
     if (waitUntilSpaceAvailable()) {
+        createJobOfRun(run, update, std::move(outputs));
+    }
+}
+
+// Under the lock, so that no other run begins in between. Whoever was called in an earlier run may
+// have waited for space in this one.
+void Camera::createJobOfRun(std::uint64_t run, const std::shared_ptr<Core::IGraphUpdate>& update,
+                            Core::PinValues outputs) {
+    const Guard guard = lockNode();
+    if (impl_->run == run) {
         createJob(update, std::move(outputs), {});
     }
 }
