@@ -25,7 +25,8 @@ class ORLIXDATAPROCESSINGCORE_API IThreadPool {
 public:
     virtual ~IThreadPool();
     // Never blocks and never runs the job in the caller. An exception of the job is logged and ends
-    // that job only. Throws InvalidArgumentException for a null job.
+    // that job only. Throws InvalidArgumentException for a null job, and std::system_error if the
+    // system gives no thread for it; the job is not taken then.
     virtual void submit(std::shared_ptr<IJob> job) = 0;
 };
 

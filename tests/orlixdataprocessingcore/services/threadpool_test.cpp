@@ -2,12 +2,14 @@
 #include "orlixdataprocessingcore/threading/threadpool.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <atomic>
 #include <functional>
 #include <latch>
 #include <memory>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 
 #include "gcbase/gcexception.h"
@@ -30,6 +32,28 @@ public:
 
 private:
     std::function<void()> work_;
+};
+
+// While it lives the system has no room for the stack of another thread.
+class NoNewThreads {
+public:
+    NoNewThreads() {
+        pthread_getattr_default_np(&before_);
+        pthread_attr_t attributes;
+        pthread_attr_init(&attributes);
+        pthread_attr_setstacksize(&attributes, std::size_t{1} << 47U);
+        EXPECT_EQ(pthread_setattr_default_np(&attributes), 0);
+        pthread_attr_destroy(&attributes);
+    }
+    ~NoNewThreads() {
+        pthread_setattr_default_np(&before_);
+        pthread_attr_destroy(&before_);
+    }
+    NoNewThreads(const NoNewThreads&) = delete;
+    NoNewThreads& operator=(const NoNewThreads&) = delete;
+
+private:
+    pthread_attr_t before_{};
 };
 
 class ThreadPoolTest : public testing::Test {
@@ -95,6 +119,30 @@ TEST_F(ThreadPoolTest, AnExceptionEndsThatJobOnlyAndIsLoggedWithItsName) {
 
 TEST_F(ThreadPoolTest, RefusesANullJob) {
     EXPECT_THROW(pool->submit(nullptr), GenICam::InvalidArgumentException);
+}
+
+TEST_F(ThreadPoolTest, AJobForWhichThereIsNoThreadIsNotTaken) {
+    std::latch mayEnd(1);
+    std::vector<std::shared_ptr<TestJob>> taken;
+    std::shared_ptr<TestJob> refused;
+    {
+        const NoNewThreads limit;
+        // The threads that wait for a job take one each.
+        const auto submitUntilRefused = [&] {
+            for (;;) {
+                refused = std::make_shared<TestJob>([&] { mayEnd.wait(); });
+                pool->submit(refused);
+                taken.push_back(refused);
+            }
+        };
+        EXPECT_THROW(submitUntilRefused(), std::system_error);
+    }
+    EXPECT_EQ(refused.use_count(), 1);
+    mayEnd.count_down();
+    for (const auto& job : taken) {
+        job->finished.wait();
+    }
+    submit([] {})->finished.wait();
 }
 
 TEST_F(ThreadPoolTest, TakesJobsFromManyThreads) {

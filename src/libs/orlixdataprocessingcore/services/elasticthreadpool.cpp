@@ -1,6 +1,8 @@
 #include "orlixdataprocessingcore/services/elasticthreadpool.h"
 
+#include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <string>
 #include <thread>
 
@@ -52,14 +54,30 @@ void ElasticThreadPool::submit(std::shared_ptr<IJob> job) {
     bool needsThread = false;
     {
         std::lock_guard guard(state_->mutex);
-        state_->jobs.push_back(std::move(job));
+        state_->jobs.push_back(job);
         needsThread = state_->jobs.size() > state_->idleThreads;
     }
     if (needsThread) {
-        // Detached: the thread shares the state, and nobody has to wait for a job that blocks.
-        std::thread(&ElasticThreadPool::serve, state_).detach();
+        startThreadFor(job);
     } else {
         state_->jobOrEnd.notify_one();
+    }
+}
+
+void ElasticThreadPool::startThreadFor(const std::shared_ptr<IJob>& job) {
+    try {
+        // Detached: the thread shares the state, and nobody has to wait for a job that blocks.
+        std::thread(&ElasticThreadPool::serve, state_).detach();
+    } catch (...) {
+        std::lock_guard guard(state_->mutex);
+        // From the end: the same job may have been submitted before.
+        auto& jobs = state_->jobs;
+        const auto found = std::find(jobs.rbegin(), jobs.rend(), job);
+        if (found != jobs.rend()) {
+            jobs.erase(std::next(found).base());
+            throw;
+        }
+        // Another thread has got to it meanwhile.
     }
 }
 

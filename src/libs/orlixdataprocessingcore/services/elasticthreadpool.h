@@ -30,6 +30,8 @@ private:
         bool ended = false;
     };
 
+    // Takes the job out again if there is no thread for it.
+    void startThreadFor(const std::shared_ptr<IJob>& job);
     static void serve(const std::shared_ptr<State>& state);
     [[nodiscard]] static std::shared_ptr<IJob> take(State& state);
 
