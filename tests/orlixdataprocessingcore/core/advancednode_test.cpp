@@ -75,6 +75,26 @@ TEST_F(AdvancedNodeTest, RefusesSpaceAtOnceInEveryOtherState) {
     EXPECT_FALSE(source->waitUntilSpaceAvailable());
 }
 
+TEST_F(AdvancedNodeTest, AStopReleasesWhoWaitsForSpaceBeforeItWaitsForTheEndOfTheStart) {
+    attach();
+    sink->setFull(true);
+    std::latch isRunning(1);
+    const Utils::ScopedConnection connection(source->getStateChangedSignal()->connect([&] {
+        if (source->getState() == NodeState::Running) {
+            auto refused =
+                std::async(std::launch::async, [&] { return !source->waitUntilSpaceAvailable(); });
+            isRunning.count_down();
+            EXPECT_TRUE(refused.get());
+        }
+    }),
+                                             true);
+    std::thread starter([&] { source->start({}); });
+    isRunning.wait();
+    source->stop();
+    starter.join();
+    EXPECT_EQ(source->getState(), NodeState::Stopped);
+}
+
 TEST_F(AdvancedNodeTest, DropsJobsThatComeWhileItIsStopped) {
     attach();
     source->send(1);

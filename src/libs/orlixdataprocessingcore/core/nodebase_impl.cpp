@@ -171,8 +171,9 @@ void NodeBase::Impl::stop() {
     NodeState found = NodeState::Stopped;
     {
         std::unique_lock guard(lifeMutex_);
-        if (state_ == NodeState::Starting) {
-            stopRequested_ = true;
+        stopRequested_ = stopRequested_ || state_ == NodeState::Starting;
+        if (state_ == NodeState::Starting || state_ == NodeState::Running) {
+            // Before the wait for another thread: what that is at may need somebody who waits here.
             space_.close();
         }
         const bool isAwaited = isInOwnJob();
