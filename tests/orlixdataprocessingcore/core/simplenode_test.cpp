@@ -149,5 +149,42 @@ TEST_F(SimpleNodeTest, AfterTheCleanupNoJobTouchesTheProperties) {
     EXPECT_EQ(node->getState(), NodeState::Stopped);
 }
 
+TEST_F(SimpleNodeTest, TheSmallestLimitOfItsInputsIsThatOfItsJobs) {
+    node = std::make_shared<TestNode>(std::vector<gcstring>{"X", "Y"});
+    EXPECT_EQ(node->getMaxInputJobCount(), unlimitedJobs);
+    node->remakeInput("X", 0, false, 7);
+    node->remakeInput("Y", 1, false, 3);
+    EXPECT_EQ(node->getMaxInputJobCount(), 3U);
+    node->removeInput("Y");
+    EXPECT_EQ(node->getMaxInputJobCount(), 7U);
+}
+
+// Refuses its first connection.
+class ChoosyNode final : public TestNode {
+public:
+    ~ChoosyNode() override { cleanup(); }
+
+protected:
+    void onInputTypeConfigured(const gcstring&, const Utils::TypeInfo&) override {
+        if (std::exchange(isFirst_, false)) {
+            throw GenICam::RuntimeException("Not this one.", __FILE__, __LINE__);
+        }
+    }
+
+private:
+    bool isFirst_ = true;
+};
+
+TEST_F(SimpleNodeTest, AnInputWhoseNodeRefusesAConnectionIsFreeForAnother) {
+    ChoosyNode choosy;
+    const auto type = Utils::TypeInfo::getTypeInfo<Integer>(true);
+    EXPECT_THROW(static_cast<void>(choosy.configureInputType("In", type)),
+                 GenICam::RuntimeException);
+    EXPECT_TRUE(choosy.canConfigure("In"));
+    handle = choosy.configureInputType("In", type);
+    EXPECT_TRUE(choosy.isConfigured(handle));
+    EXPECT_FALSE(choosy.canConfigure("In"));
+}
+
 }  // namespace
 }  // namespace Orlix::DataProcessing::Core

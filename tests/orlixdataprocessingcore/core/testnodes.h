@@ -111,6 +111,7 @@ public:
 
     using NodeBase::abort;
     using NodeBase::getLock;
+    using NodeBase::getMaxInputJobCount;
     using NodeBase::removeInput;
     using NodeBase::removeOutput;
     using NodeBase::resetError;

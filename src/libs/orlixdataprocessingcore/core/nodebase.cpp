@@ -41,7 +41,14 @@ std::shared_ptr<VoidSignal> NodeBase::getInputsChangedSignal() const {
 std::shared_ptr<IHandle> NodeBase::configureInputType(const gcstring& name,
                                                       const Utils::TypeInfo& type) {
     auto handle = impl().inputs.configure(name, type);
-    onInputTypeConfigured(name, type);
+    try {
+        onInputTypeConfigured(name, type);
+    } catch (...) {
+        if (impl().inputs.isConfigured(handle)) {
+            static_cast<void>(impl().inputs.unconfigure(handle));
+        }
+        throw;
+    }
     return handle;
 }
 
