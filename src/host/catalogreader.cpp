@@ -94,4 +94,15 @@ std::vector<Module> readModules(const Json& catalog, const std::string& place) {
     return modules;
 }
 
+std::string readCatalogText(const Json& catalog, const char* key, const std::string& place) {
+    const auto found = catalog.find(key);
+    if (found == catalog.end()) {
+        return {};
+    }
+    if (!found->is_string()) {
+        fail(place + ": catalog: " + key + ": expected a text, found " + describeJson(*found));
+    }
+    return found->get<std::string>();
+}
+
 }  // namespace Orlix::Host

@@ -121,8 +121,8 @@ void Package::readCatalog() {
     symbol<DestroyInfo>(library_, "destroy_Info")(&info);
     const Json catalog = parseJson(catalog_, file_ + ": catalog");
     modules_ = readModules(catalog, file_);
-    version_ = catalog.value("Version", std::string());
-    vendor_ = catalog.value("Vendor", std::string());
+    version_ = readCatalogText(catalog, "Version", file_);
+    vendor_ = readCatalogText(catalog, "Vendor", file_);
 }
 
 void Package::checkModules() const {

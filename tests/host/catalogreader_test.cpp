@@ -84,5 +84,14 @@ TEST(CatalogReader, FaultsAreToldWithTheirPlace) {
               "p.so: catalog: Modules[0]: expected an object, found the number 5");
 }
 
+TEST(CatalogReader, TextOfTheCatalogMayBeMissingButMustBeAText) {
+    EXPECT_EQ(readCatalogText({{"Vendor", "Me"}}, "Vendor", "p.so"), "Me");
+    EXPECT_EQ(readCatalogText({{"Vendor", "Me"}}, "Version", "p.so"), "");
+    EXPECT_EQ(Testing::messageOf([] {
+                  static_cast<void>(readCatalogText({{"Version", 5}}, "Version", "p.so"));
+              }),
+              "p.so: catalog: Version: expected a text, found the number 5");
+}
+
 }  // namespace
 }  // namespace Orlix::Host
