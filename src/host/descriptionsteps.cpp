@@ -193,9 +193,16 @@ std::string entries(INode& node, const Step& step) {
     return joined(names);
 }
 
+void checkCount(std::uint64_t count) {
+    if (count > maxBytes) {
+        fail(std::to_string(count) + " bytes are too many");
+    }
+}
+
 std::string registerBytes(INode& node, const Step&) {
     auto& reg = as<GenApi::IRegister>(node, "is no register.");
     const std::int64_t length = reg.GetLength();
+    checkCount(static_cast<std::uint64_t>(length));
     std::vector<std::uint8_t> bytes(static_cast<std::size_t>(length));
     reg.Get(bytes.data(), length);
     return hexText(bytes);
@@ -231,9 +238,7 @@ std::string poke(DescriptionFile& description, const Step& step) {
 
 std::string showMemory(DescriptionFile& description, const Step& step) {
     const std::uint64_t count = number(step.value, 16, "number of bytes");
-    if (count > maxBytes) {
-        fail(step.value + " bytes are too many");
-    }
+    checkCount(count);
     std::vector<std::uint8_t> bytes(count);
     description.port().Read(bytes.data(), addressOf(step), static_cast<std::int64_t>(count));
     return hexText(bytes);

@@ -151,6 +151,8 @@ constexpr const char* kindsDescription = R"(<?xml version="1.0" encoding="utf-8"
   <Command Name="Go"><pValue>CountReg</pValue><CommandValue>6</CommandValue></Command>
   <StringReg Name="Label"><Address>0x20</Address><Length>8</Length><AccessMode>RW</AccessMode>
     <pPort>Device</pPort></StringReg>
+  <Register Name="Huge"><Address>0</Address><Length>0x10000000000</Length>
+    <AccessMode>RW</AccessMode><pPort>Device</pPort></Register>
   <IntReg Name="Stamp"><Address>-4</Address><Length>4</Length><AccessMode>RO</AccessMode>
     <pPort>Chunk</pPort><Endianess>BigEndian</Endianess></IntReg>
   <IntReg Name="Edge"><Address>1</Address><Length>1</Length><AccessMode>RO</AccessMode>
@@ -196,7 +198,8 @@ TEST_F(NodemapCommand, StepsReadAndWriteEveryKindOfNode) {
 TEST_F(NodemapCommand, StepThatFailsTellsWhyAndTheNextRuns) {
     EXPECT_EQ(runSteps(folder_,
                        "set\tCount\t4\nget\tNothing\npoke\t0\t123\nmem\tx\t4\nget\n"
-                       "entries\tCount\ninc\tGain\nset\tCount\nint\tCount\n"),
+                       "entries\tCount\ninc\tGain\nset\tCount\nmem\t0\t1000001\nhex\tHuge\n"
+                       "int\tCount\n"),
               "set\tCount\t!Node 'Count' can not take 4: it is not 0 plus a multiple of the "
               "increment 3.\n"
               "get\tNothing\t!there is no node \"Nothing\"\n"
@@ -206,6 +209,8 @@ TEST_F(NodemapCommand, StepThatFailsTellsWhyAndTheNextRuns) {
               "entries\tCount\t!Node 'Count' has no entries.\n"
               "inc\tGain\t!Node 'Gain' has no increment.\n"
               "set\tCount\t!the step is set<TAB>NODE<TAB>VALUE\n"
+              "mem\t0\t!16777217 bytes are too many\n"
+              "hex\tHuge\t!1099511627776 bytes are too many\n"
               "int\tCount\t0\n");
     EXPECT_EQ(runSteps(folder_, "jump\tCount").find("jump\tCount\t!there is no verb \"jump\"; "),
               0U);
