@@ -61,9 +61,10 @@ Recipe& Recipe::operator=(Recipe other) noexcept {
 }
 
 Recipe Recipe::load(const std::string& file) {
+    const std::string text = readTextFile(file);
     // Not by text: behind a link, ".." is another folder.
     const std::filesystem::path folder = std::filesystem::absolute(file).parent_path();
-    return parse(readTextFile(file), file, std::filesystem::weakly_canonical(folder).string());
+    return parse(text, file, std::filesystem::weakly_canonical(folder).string());
 }
 
 Recipe Recipe::parse(const std::string& text, const std::string& source,

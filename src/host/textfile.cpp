@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
@@ -19,9 +20,14 @@ namespace fs = std::filesystem;
 // Far above any recipe or description; a device that never ends must not fill the memory.
 constexpr std::size_t maxTextSize = std::size_t{256} * 1024 * 1024;
 
+[[noreturn]] void failFor(const std::string& path, const std::string& what,
+                          const std::string& reason) {
+    fail((path.empty() ? "\"\"" : path) + ": " + what + ": " + reason);
+}
+
 [[noreturn]] void failWithErrno(const std::string& path, const std::string& what) {
     const int code = errno;
-    fail(path + ": " + what + ": " + std::generic_category().message(code));
+    failFor(path, what, std::generic_category().message(code));
 }
 
 // Closes on the way out of a failure.
@@ -81,6 +87,12 @@ void writeAll(int file, const std::string& text, const std::string& path) {
     }
 }
 
+// Short, whatever the length of the final name; no other writer of the folder uses it.
+std::string temporaryName() {
+    static std::atomic<unsigned int> counter{0};
+    return ".orlix-text-" + std::to_string(::getpid()) + "-" + std::to_string(++counter) + ".tmp";
+}
+
 // The rename itself is durable only once its folder is.
 void syncFolder(const fs::path& folder) {
     const FileDescriptor file(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -91,12 +103,15 @@ void syncFolder(const fs::path& folder) {
 
 fs::path targetOf(const std::string& path) {
     std::error_code failure;
-    const fs::path target = fs::weakly_canonical(fs::absolute(path), failure);
+    fs::path target = fs::absolute(path, failure);
+    if (!failure) {
+        target = fs::weakly_canonical(target, failure);
+    }
     if (failure) {
-        fail(path + ": can not write: " + failure.message());
+        failFor(path, "can not write", failure.message());
     }
     if (fs::is_directory(target, failure)) {
-        fail(path + ": can not write: is a folder");
+        failFor(path, "can not write", "is a folder");
     }
     return target;
 }
@@ -128,8 +143,7 @@ std::string readTextFile(const std::string& path) {
 
 void replaceTextFile(const std::string& path, const std::string& text) {
     const fs::path target = targetOf(path);
-    const std::string name = "." + target.filename().string() + "." + std::to_string(::getpid());
-    TemporaryFile temporary((target.parent_path() / (name + ".tmp")).string());
+    TemporaryFile temporary((target.parent_path() / temporaryName()).string());
     FileDescriptor file(
         ::open(temporary.path().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
     if (file.get() < 0) {

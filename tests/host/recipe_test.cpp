@@ -258,6 +258,21 @@ TEST(Recipe, SaveThatFailsLeavesTheFileAndNothingElse) {
     EXPECT_EQ(folder.list(), std::vector<std::string>{"r.json"});
 }
 
+TEST(Recipe, MayHaveTheLongestNameOfAFile) {
+    const TemporaryFolder folder;
+    const Recipe recipe = parse(oneNode(R"({"name": "A", "type": "T"})"));
+    const std::string file = folder / (std::string(250, 'r') + ".json");
+    recipe.save(file);
+    EXPECT_EQ(Recipe::load(file).toText(), recipe.toText());
+}
+
+TEST(Recipe, FileWithoutANameIsToldAsAnyOther) {
+    EXPECT_EQ(messageOf([] { static_cast<void>(Recipe::load("")); }),
+              "\"\": can not read: No such file or directory");
+    EXPECT_EQ(messageOf([] { parse(oneNode(R"({"name": "A", "type": "T"})")).save(""); }),
+              "\"\": can not write: Invalid argument");
+}
+
 TEST(Recipe, SaveIntoAFolderThatIsMissingNamesTheFile) {
     const TemporaryFolder folder;
     const Recipe recipe = parse(oneNode(R"({"name": "A", "type": "T"})"));
