@@ -25,13 +25,6 @@ using Seconds = std::chrono::duration<double>;
 
 constexpr std::chrono::milliseconds progressPeriod{200};
 constexpr std::chrono::milliseconds recoveryPeriod{20};
-// A deadline that no run reaches; far from the end of the clock's range.
-constexpr std::chrono::hours forever{24 * 365};
-
-RunClock::time_point after(RunClock::time_point start, const std::optional<double>& seconds) {
-    const Seconds bounded(std::min(seconds.value_or(1e9), Seconds(forever).count()));
-    return start + std::chrono::duration_cast<RunClock::duration>(bounded);
-}
 
 DataProcessing::Core::NodeArgumentCollection startArguments(const RunOptions& options) {
     DataProcessing::Core::NodeArgumentCollection arguments;
@@ -162,7 +155,7 @@ private:
     }
 
     void watch(const std::function<void(const RunProgress&)>& onProgress) {
-        const auto end = after(start_, options_.seconds);
+        const auto end = deadlineAfter(start_, options_.seconds);
         auto nextProgress = RunClock::now() + progressPeriod;
         for (;;) {
             auto deadline = std::min(end, idleDeadline());
@@ -193,7 +186,7 @@ private:
     [[nodiscard]] RunClock::time_point idleDeadline() const {
         const bool isWriting = writer_ != nullptr && writer_->waiting() > 0;
         const auto last = isWriting ? RunClock::now() : std::max(start_, state_->lastValue());
-        return after(last, options_.idle);
+        return deadlineAfter(last, options_.idle);
     }
 
     RunProgress progress() {

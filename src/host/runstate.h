@@ -7,11 +7,16 @@
 #include <cstdint>
 #include <limits>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace Orlix::Host {
 
 using RunClock = std::chrono::steady_clock;
+
+// The end of the clock without a number of seconds, or with more than it can count.
+[[nodiscard]] RunClock::time_point deadlineAfter(RunClock::time_point start,
+                                                 const std::optional<double>& seconds);
 
 // All functions are safe from any thread.
 class RunState {
@@ -21,7 +26,6 @@ public:
     void fail(const std::string& message) { end(message); }
     // True if the run shall end, false at the deadline.
     [[nodiscard]] bool waitUntil(RunClock::time_point deadline);
-    [[nodiscard]] bool isEnding() const;
     [[nodiscard]] std::string failure() const;
 
     void noteValue() noexcept { lastValue_ = RunClock::now().time_since_epoch().count(); }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "orlixdataprocessingcore/core/errors.h"
 #include "orlixdataprocessingcore/core/graphupdate.h"
 #include "orlixdataprocessingcore/core/integer.h"
@@ -38,9 +40,9 @@ TEST_F(OutputTapTest, ValueWithAnErrorCountsAsFrameAndAsError) {
 
 TEST_F(OutputTapTest, LimitEndsTheRun) {
     tap_.put(nextUpdate(), good_);
-    EXPECT_FALSE(state_->isEnding());
+    EXPECT_FALSE(state_->waitUntil(RunClock::now()));
     tap_.put(nextUpdate(), good_);
-    EXPECT_TRUE(state_->isEnding());
+    EXPECT_TRUE(state_->waitUntil(RunClock::now()));
     EXPECT_EQ(state_->failure(), "");
 }
 
@@ -100,7 +102,6 @@ TEST(RunState, FirstFailureCounts) {
     state.fail("one");
     state.fail("two");
     state.requestStop();
-    EXPECT_TRUE(state.isEnding());
     EXPECT_EQ(state.failure(), "one");
     EXPECT_TRUE(state.waitUntil(RunClock::now()));
 }
@@ -108,6 +109,23 @@ TEST(RunState, FirstFailureCounts) {
 TEST(RunState, DeadlineEndsTheWait) {
     RunState state;
     EXPECT_FALSE(state.waitUntil(RunClock::now()));
+}
+
+TEST(RunState, RunWithoutALimitHasNoDeadline) {
+    const auto start = RunClock::now();
+    EXPECT_EQ(deadlineAfter(start, std::nullopt), RunClock::time_point::max());
+    EXPECT_EQ(deadlineAfter(start, 1e300), RunClock::time_point::max());
+    EXPECT_EQ(deadlineAfter(start, 1.5), start + std::chrono::milliseconds(1500));
+    constexpr std::chrono::hours tenYears{10 * 365 * 24};
+    EXPECT_EQ(deadlineAfter(start, std::chrono::duration<double>(tenYears).count()),
+              start + tenYears);
+}
+
+TEST(RunState, WaitsForAStopThatHasNoDeadline) {
+    RunState state;
+    std::thread stopper([&] { state.requestStop(); });
+    EXPECT_TRUE(state.waitUntil(RunClock::time_point::max()));
+    stopper.join();
 }
 
 }  // namespace
