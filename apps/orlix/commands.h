@@ -19,6 +19,8 @@ struct CommonOptions {
     // Packages in place of the one beside the program.
     std::vector<std::string> packages;
     bool verbose = false;
+    // Of the pool that nodes are made with.
+    Host::CameraOptions cameras{1, {}};
 };
 
 struct RunCommandOptions {
@@ -27,7 +29,6 @@ struct RunCommandOptions {
     std::vector<std::string> arguments;
     Format format = Format::Text;
     bool quiet = false;
-    Host::CameraOptions cameras{1, {}};
     Host::RunOptions run;
 };
 
@@ -42,7 +43,7 @@ struct NodeMapOptions {
 void showCatalog(const CommonOptions& options, Format format);
 void showParameters(const CommonOptions& options, const std::string& type, Format format);
 void showNodeMap(const NodeMapOptions& options, Format format);
-void showDevices(const Host::CameraOptions& cameras, Format format);
+void showDevices(const CommonOptions& options, Format format);
 void validateRecipe(const CommonOptions& options, const std::string& recipe,
                     const std::vector<std::string>& sets);
 void saveRecipe(const CommonOptions& options, const std::string& recipe, const std::string& target,

@@ -44,7 +44,8 @@ void showCatalog(const CommonOptions& options, Format format) {
 void showParameters(const CommonOptions& options, const std::string& type, Format format) {
     const Host::PackageList packages = loadPackages(options);
     const auto entry = packages.find(type, {});
-    const auto node = entry.package->createNode(*entry.module, Host::createResourcePool());
+    const auto node =
+        entry.package->createNode(*entry.module, Host::createResourcePool(options.cameras));
     const auto parameters = Host::readParameters(Host::vcellMapOf(*node));
     if (format == Format::Json) {
         Host::printParametersAsJson(std::cout, parameters);
@@ -66,9 +67,9 @@ void showNodeMap(const NodeMapOptions& options, Format format) {
     }
 }
 
-void showDevices(const Host::CameraOptions& cameras, Format format) {
+void showDevices(const CommonOptions& options, Format format) {
     Host::printDevices(
-        std::cout, *Host::createResourcePool(cameras),
+        std::cout, *Host::createResourcePool(options.cameras),
         format == Format::Json ? Host::DeviceFormat::Json : Host::DeviceFormat::Text);
 }
 

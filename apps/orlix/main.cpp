@@ -106,6 +106,7 @@ void addInspectCommands(CLI::App& app, CommandLine& line) {
     });
     params->add_option("NODE", line.type, "Type of the node, as in the catalog")->required();
     params->add_flag("--json", line.json, "Print JSON");
+    addCameraOptions(params, line.common.cameras);
 
     auto* nodemap =
         addCommand(app, line, "nodemap", "Print the feature tree of a GenICam description",
@@ -124,9 +125,9 @@ void addInspectCommands(CLI::App& app, CommandLine& line) {
         ->excludes(json);
 
     auto* devices = addCommand(app, line, "devices", "List the cameras that can be used",
-                               [&](Console&) { showDevices(line.run.cameras, line.format()); });
+                               [&](Console&) { showDevices(line.common, line.format()); });
     devices->add_flag("--json", line.json, "Print JSON");
-    addCameraOptions(devices, line.run.cameras);
+    addCameraOptions(devices, line.common.cameras);
 }
 
 void addRecipeCommands(CLI::App& app, CommandLine& line) {
@@ -135,6 +136,7 @@ void addRecipeCommands(CLI::App& app, CommandLine& line) {
                    [&](Console&) { validateRecipe(line.common, line.recipe, line.sets); });
     validate->add_option("RECIPE", line.recipe, "Recipe file")->required();
     addSets(validate, line.sets);
+    addCameraOptions(validate, line.common.cameras);
 
     auto* save =
         addCommand(app, line, "save", "Load a recipe into its nodes and save it anew",
@@ -144,6 +146,7 @@ void addRecipeCommands(CLI::App& app, CommandLine& line) {
         ->type_name("FILE")
         ->required();
     addSets(save, line.sets);
+    addCameraOptions(save, line.common.cameras);
 }
 
 void addRunCommand(CLI::App& app, CommandLine& line) {
@@ -172,7 +175,7 @@ void addRunCommand(CLI::App& app, CommandLine& line) {
                     "Write the values of all open outputs to a folder")
         ->type_name("DIR")
         ->check(folderName);
-    addCameraOptions(run, options.cameras);
+    addCameraOptions(run, line.common.cameras);
     run->add_flag("--recover", options.run.recover,
                   "A node that loses its camera goes on when one for it is there again");
     run->add_flag("--json", line.json, "Print the result as one JSON object, the last line");

@@ -13,7 +13,8 @@ namespace Orlix::App {
 void validateRecipe(const CommonOptions& options, const std::string& recipe,
                     const std::vector<std::string>& sets) {
     Host::Recipe loaded = Host::Recipe::load(recipe);
-    Host::RecipeGraph graph(std::move(loaded), loadPackages(options), Host::createResourcePool());
+    Host::RecipeGraph graph(std::move(loaded), loadPackages(options),
+                            Host::createResourcePool(options.cameras));
     for (const std::string& assignment : sets) {
         graph.set(assignment);
     }
@@ -31,7 +32,8 @@ void saveRecipe(const CommonOptions& options, const std::string& recipe, const s
     // Made absolute first, since a node's load may change the current directory.
     const std::filesystem::path file = std::filesystem::absolute(target);
     Host::Recipe loaded = Host::Recipe::load(recipe);
-    Host::RecipeGraph graph(std::move(loaded), loadPackages(options), Host::createResourcePool());
+    Host::RecipeGraph graph(std::move(loaded), loadPackages(options),
+                            Host::createResourcePool(options.cameras));
     for (const std::string& assignment : sets) {
         graph.set(assignment);
     }

@@ -58,7 +58,7 @@ void runRecipe(const CommonOptions& options, RunCommandOptions command, Console&
     SignalWatch signals;
     Host::Recipe loaded = Host::Recipe::load(command.recipe);
     Host::RecipeGraph graph(std::move(loaded), loadPackages(options),
-                            Host::createResourcePool(command.cameras));
+                            Host::createResourcePool(options.cameras));
     for (const std::string& assignment : command.sets) {
         graph.set(assignment);
     }

@@ -91,6 +91,38 @@ TEST_F(CameraRun, WithRecoverARunEndsWhileTheCameraIsAway) {
     EXPECT_EQ(result.err.find("has a device again"), std::string::npos) << result.err;
 }
 
+TEST_F(CameraRun, WhatARunTakesIsValidAndCanBeSaved) {
+    const std::vector<std::string> set = {"--set", "Camera.DeviceSelector=0"};
+    const auto execute = [&](std::vector<std::string> arguments, const char* cameras) {
+        arguments.insert(arguments.end(), set.begin(), set.end());
+        arguments.insert(arguments.end(), {"--emulated-cameras", cameras});
+        return runOrlix(arguments).exitCode;
+    };
+    for (const auto& command :
+         {std::vector<std::string>{"run", recipe_, "--frames", "1"},
+          std::vector<std::string>{"validate", recipe_},
+          std::vector<std::string>{"save", recipe_, "-o", folder_ / "saved.json"}}) {
+        EXPECT_EQ(execute(command, "1"), 0) << command[0];
+        EXPECT_EQ(execute(command, "0"), 1) << command[0];
+    }
+    EXPECT_EQ(runOrlix({"validate", recipe_, set[0], set[1]}).exitCode, 0) << "one is the default";
+}
+
+TEST_F(CameraRun, ParametersAreThoseOfANodeThatSeesTheCameras) {
+    const auto maximum = [](const char* cameras) {
+        const std::string json =
+            runOrlix({"params", "Camera", "--json", "--emulated-cameras", cameras}).out;
+        for (const auto& parameter : nlohmann::json::parse(json)) {
+            if (parameter["name"] == "DeviceSelector") {
+                return parameter["max"].dump();
+            }
+        }
+        return std::string("none");
+    };
+    EXPECT_EQ(maximum("3"), "2");
+    EXPECT_EQ(maximum("0"), "null");
+}
+
 TEST_F(CameraRun, MistakeInTheFaultsStopsTheCommandBeforeTheRun) {
     expectFailure(run({"--fault", "frame 1: exploded"}),
                   "--fault: Fault script, line 1, column 10: expected a fault, found 'exploded'.");
