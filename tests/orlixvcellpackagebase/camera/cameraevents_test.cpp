@@ -2,10 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <latch>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <utility>
+#include <thread>
 
 #include "orlixdataprocessingcore/core/boolean.h"
 #include "orlixdataprocessingcore/core/float.h"
@@ -216,15 +217,20 @@ TEST_F(CameraEvents, OneWhoseHandlerIsOfAnEarlierRunIsDropped) {
     add("F.Type=Float.EventName=ExposureEnd.ValueName=EventSum");
     const auto sink = attach("F");
     run();
-    // The handler is inside when it reads the value from the device.
-    bool isFirst = true;
-    device->onAccess = [&] {
-        if (std::exchange(isFirst, false)) {
-            camera().stop();
-            start();
+    // The handler is inside when it reads the value from the device; then it waits for the lock.
+    std::latch isInside(1);
+    device->onAccess = [&, reader = std::this_thread::get_id()] {
+        if (std::this_thread::get_id() != reader && !isInside.try_wait()) {
+            isInside.count_down();
         }
     };
-    device->SendEvent(CameraTest::exposureEndEvent, 1);
+    {
+        const GenApi::AutoLock guard(cameraMap().GetLock());
+        device->SendEvent(CameraTest::exposureEndEvent, 1);
+        isInside.wait();
+        camera().stop();
+        start();
+    }
     EXPECT_EQ(sendAndWait(*sink, 2).get<Core::Float>(true)->get(), 2);
     EXPECT_THAT(sink->values(), testing::SizeIs(1));
     camera().stop();
