@@ -303,6 +303,9 @@ private:
 };
 
 TEST_F(ImageLoadingNode, AWorkerThatStopsItselfIsADeadlockErrorAndEndsAllTheSame) {
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizer forgets a thread at the first join, whatever becomes of it";
+#endif
     useThreeImages();
     std::promise<std::error_code> code;
     OpenNode* self = nullptr;
