@@ -114,7 +114,7 @@ public:
         return sink;
     }
     void start() {
-        if (!recipe_.graph().allocateResources().empty()) {
+        if (!recipe_.graph().allocateResources().errors.empty()) {
             throw std::runtime_error("no camera");
         }
         recipe_.start(Core::NodeArgumentCollection());

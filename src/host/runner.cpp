@@ -116,13 +116,14 @@ private:
     }
 
     void allocate() {
-        const auto errors = graph().allocateResources();
+        const auto failure = graph().allocateResources();
         std::string texts;
-        for (const auto& error : errors) {
+        for (const auto& error : failure.errors) {
             texts += (texts.empty() ? "" : "; ") + error->getDescription().str();
         }
-        if (!errors.empty()) {
-            fail(recipe_.recipe().source() + ": can not allocate: " + texts);
+        if (!failure.errors.empty()) {
+            fail(recipe_.recipe().source() + ": node " + inQuotes(failure.node.str()) +
+                 ": can not allocate: " + texts);
         }
     }
 

@@ -34,15 +34,16 @@ TEST_F(CameraRun, GrabsFromTheEmulatedCameraWithoutAnyOption) {
 }
 
 TEST_F(CameraRun, WithoutACameraTheRecipeCanNotAllocate) {
-    expectFailure(run({"--frames", "1", "--emulated-cameras", "0"}),
-                  recipe_ + ": can not allocate: No suitable camera found to allocate.");
+    expectFailure(
+        run({"--frames", "1", "--emulated-cameras", "0"}),
+        recipe_ + ": node \"Camera\": can not allocate: No suitable camera found to allocate.");
 }
 
 TEST_F(CameraRun, CameraInUseIsNamedWithItsHolder) {
     expectFailure(run({"--frames", "1", "--fault", "open: in use by \"line 4 (10.0.0.7)\""}),
                   recipe_ +
-                      ": can not allocate: Device 'EmulatedCamera (EMU-0001)' is in use by line 4 "
-                      "(10.0.0.7).");
+                      ": node \"Camera\": can not allocate: Device 'EmulatedCamera (EMU-0001)' is "
+                      "in use by line 4 (10.0.0.7).");
 }
 
 TEST_F(CameraRun, FailedFramesAreImagesWithAnError) {

@@ -43,6 +43,12 @@ struct GraphStatistics {
     std::vector<ConnectionStatistics> connections;
 };
 
+// Why resources could not be allocated; without errors they were.
+struct AllocationFailure {
+    gcstring node;
+    std::vector<std::shared_ptr<IError>> errors;
+};
+
 // Thread rule: one thread builds and drives a graph; statistics() is safe from any thread. The
 // nodes are called with no lock of the graph held. The destructor stops the graph and frees its
 // nodes' resources.
@@ -70,7 +76,7 @@ public:
     void validate() const;
 
     // Consumers first; the first failure undoes what was done and is reported.
-    [[nodiscard]] std::vector<std::shared_ptr<IError>> allocateResources();
+    [[nodiscard]] AllocationFailure allocateResources();
     void freeResources();
     // Validates first. Consumers start before sources; a failed start stops what has started and
     // rethrows.

@@ -188,9 +188,10 @@ TEST(GraphResources, AreAllocatedConsumersFirstAndAFailureUndoesAll) {
     graph.addNode("First", std::make_shared<ScarceNode>(calls, "first", true));
     graph.addNode("Second", std::make_shared<ScarceNode>(calls, "second", false));
     graph.connect("First", "Out", "Second", "In");
-    const auto failures = graph.allocateResources();
-    ASSERT_EQ(failures.size(), 1U);
-    EXPECT_EQ(failures[0]->getDescription(), "none left");
+    const AllocationFailure failure = graph.allocateResources();
+    EXPECT_EQ(failure.node, "First");
+    ASSERT_EQ(failure.errors.size(), 1U);
+    EXPECT_EQ(failure.errors[0]->getDescription(), "none left");
     EXPECT_EQ(calls, (std::vector<std::string>{"allocate second", "allocate first", "free first",
                                                "free second"}));
 }

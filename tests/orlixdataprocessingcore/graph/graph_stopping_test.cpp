@@ -290,7 +290,7 @@ TEST(GraphEnd, StopsAndFreesItsNodesAndLeavesNoTraceInThem) {
     {
         Graph graph;
         buildChain(graph, source, {node}, sink);
-        EXPECT_TRUE(graph.allocateResources().empty());
+        EXPECT_TRUE(graph.allocateResources().errors.empty());
         graph.start({});
         source->send(1);
     }

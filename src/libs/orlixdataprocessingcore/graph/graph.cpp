@@ -30,7 +30,7 @@ void Graph::validate() const {
     impl_->validate();
 }
 
-std::vector<std::shared_ptr<IError>> Graph::allocateResources() {
+AllocationFailure Graph::allocateResources() {
     return impl_->allocateResources();
 }
 

@@ -31,7 +31,7 @@ public:
     void validate() const;
 
     // Running
-    [[nodiscard]] std::vector<std::shared_ptr<IError>> allocateResources();
+    [[nodiscard]] AllocationFailure allocateResources();
     void freeResources();
     void start(const NodeArgumentCollection& arguments);
     void stop(StopMode mode);

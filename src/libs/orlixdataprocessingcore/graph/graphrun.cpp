@@ -23,14 +23,14 @@ GraphNodes reversed(GraphNodes nodes) {
 
 }  // namespace
 
-std::vector<std::shared_ptr<IError>> Graph::Impl::allocateResources() {
+AllocationFailure Graph::Impl::allocateResources() {
     checkStopped("Allocating resources");
     for (const auto& node : reversed(sortSourcesFirst(nodes(), connections()))) {
         allocated_.push_back(node);
-        auto failures = node->node().allocateResources();
-        if (!failures.empty()) {
+        AllocationFailure failure{node->name(), node->node().allocateResources()};
+        if (!failure.errors.empty()) {
             guarded(this, "freeing resources after a failed allocation", [&] { freeResources(); });
-            return failures;
+            return failure;
         }
     }
     return {};
