@@ -15,7 +15,8 @@
 namespace Orlix::DataProcessing::Core {
 
 // Safe from any thread. No lock is held while the signal fires or the function below runs; the
-// signal fires on the thread that has changed the list, and only for a real change.
+// signal fires on the thread that has changed the list, and only for a real change; on one that
+// refreshes also while another thread still tells of a change.
 class ORLIXDATAPROCESSINGCORE_API DefaultResourcePool : public IResourcePool {
 public:
     // Called by refreshResources in the calling thread; may throw.

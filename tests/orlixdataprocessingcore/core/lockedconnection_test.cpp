@@ -99,6 +99,50 @@ TEST_F(ResourceRefresh, ShowsInTheNodeThatAsksForItBeforeItReturns) {
     EXPECT_EQ(node.updatedIn.load(), std::this_thread::get_id());
 }
 
+// The list is the same at every look.
+std::shared_ptr<DefaultResourcePool> makeSteadyPool() {
+    ResourceInfo info;
+    info.SetPropertyValue("SerialNumber", "1");
+    return std::make_shared<DefaultResourcePool>(
+        [devices = IResourcePool::ResourceMap{{info, std::make_shared<TestDevice>()}}](
+            DefaultResourcePool& self) { self.setResources(devices); });
+}
+
+TEST_F(ResourceRefresh, ShowsAChangeThatAnotherThreadHasMadeAndNotYetToldTheNodeOf) {
+    const auto steady = makeSteadyPool();
+    std::latch isTelling(1);
+    std::latch mayGoOn(1);
+    std::atomic<bool> first{true};
+    // Stands before the node in the list of those who are told.
+    const Utils::ScopedConnection slow(steady->getResourcesChangedSignal()->connect([&] {
+        if (first.exchange(false)) {
+            isTelling.count_down();
+            mayGoOn.wait();
+        }
+    }),
+                                       true);
+    ChoosingNode node(steady);
+    std::thread other([&] { steady->refreshResources({}); });
+    isTelling.wait();
+    EXPECT_EQ(node.refresh(), 1U);
+    mayGoOn.count_down();
+    other.join();
+}
+
+TEST_F(ResourceRefresh, WithinAnEmissionTellsNothingAnewUnlessTheListHasChanged) {
+    const auto steady = makeSteadyPool();
+    std::atomic<int> calls{0};
+    const Utils::ScopedConnection slot(steady->getResourcesChangedSignal()->connect([&] {
+        ++calls;
+        steady->refreshResources({});
+    }),
+                                       true);
+    steady->refreshResources({});
+    EXPECT_EQ(calls, 1);
+    steady->refreshResources({});
+    EXPECT_EQ(calls, 1);
+}
+
 TEST_F(ResourceRefresh, ShowsAtOnceInANodeWhoseLockIsFree) {
     ChoosingNode asking(pool);
     ChoosingNode other(pool);

@@ -1,6 +1,9 @@
 #include "orlixdataprocessingcore/core/defaultresourcepool.h"
 
+#include <algorithm>
 #include <mutex>
+#include <thread>
+#include <vector>
 
 #include "gcbase/gcexception.h"
 #include "orlixdataprocessingcore/core/services.h"
@@ -18,14 +21,38 @@ public:
     // What the change takes out ends after the lock has been released: it is foreign code.
     template <typename Change>
     void change(ResourceMap& removed, const Change& make) {
-        bool changed = false;
         {
             std::lock_guard guard(mutex);
-            changed = make(removed);
+            if (!make(removed)) {
+                return;
+            }
+            tellers.push_back(std::this_thread::get_id());
         }
-        if (changed) {
-            (*signal)();
+        struct Told {
+            Impl& self;
+            ~Told() {
+                std::lock_guard guard(self.mutex);
+                auto& all = self.tellers;
+                all.erase(std::find(all.begin(), all.end(), std::this_thread::get_id()));
+            }
+        };
+        const Told told{*this};
+        (*signal)();
+    }
+
+    // A refresh may find the list as another thread has just left it, whose emission has not come
+    // to the caller's own slot yet: that hears of it now. Not within an emission, whose slots see
+    // the list as it is anyway, and which would have no end.
+    void catchUp() {
+        {
+            std::lock_guard guard(mutex);
+            const auto self = std::this_thread::get_id();
+            if (tellers.empty() ||
+                std::find(tellers.begin(), tellers.end(), self) != tellers.end()) {
+                return;
+            }
         }
+        (*signal)();
     }
 
     [[nodiscard]] ResourceMap select(const ResourceInfo& filter, const Utils::TypeInfo& type) {
@@ -44,6 +71,7 @@ public:
     const std::shared_ptr<ChangedSignal> signal = std::make_shared<ChangedSignal>();
     std::mutex mutex;
     ResourceMap resources;
+    std::vector<std::thread::id> tellers;  // of changes, one for each emission that runs
 };
 
 DefaultResourcePool::DefaultResourcePool(Enumerate enumerate)
@@ -104,6 +132,7 @@ IResourcePool::ResourceMap DefaultResourcePool::findResources(const ResourceInfo
 void DefaultResourcePool::refreshResources(const Utils::TypeInfo&) {
     if (impl_->enumerate) {
         impl_->enumerate(*this);
+        impl_->catchUp();
     }
 }
 
