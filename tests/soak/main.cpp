@@ -78,11 +78,12 @@ double settlingSeconds(double seconds) {
     return std::min(60.0, seconds / 3);
 }
 
-// A process's memory breathes with what is under way, and the process-wide pool keeps a thread more
-// or less. A leak of 1 KiB with each frame, of 100 KiB or a thread with each opening of a camera,
-// or of any descriptor goes beyond this in half a minute.
+// A process's memory breathes with what is under way, the allocator keeps a cache for each thread,
+// and the process-wide pool keeps a thread more or less. A leak of 1 KiB with each frame, of 100
+// KiB or a thread with each opening of a camera, or of any descriptor goes beyond this in half a
+// minute.
 constexpr Margins duringRun{8192, 1024, 2, 0};
-constexpr Margins afterRun{8192, 256, 0, 0};
+constexpr Margins afterRun{8192, 512, 0, 0};
 
 // Holds the camera up for longer than its buffers last, now and then.
 class SlowSink final : public Core::IOutputSink {
