@@ -82,8 +82,8 @@ double settlingSeconds(double seconds) {
 // and the process-wide pool keeps a thread more or less. A leak of 1 KiB with each frame, of 100
 // KiB or a thread with each opening of a camera, or of any descriptor goes beyond this in half a
 // minute.
-constexpr Margins duringRun{8192, 1024, 2, 0};
-constexpr Margins afterRun{8192, 512, 0, 0};
+constexpr Margins duringRun{4096, 1024, 2, 0};
+constexpr Margins afterRun{4096, 512, 0, 0};
 
 // Holds the camera up for longer than its buffers last, now and then.
 class SlowSink final : public Core::IOutputSink {
@@ -265,6 +265,9 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "soak: needs a number of seconds, at least 10\n");
         return 2;
     }
+    // Else each new thread may take an arena of its own, and the resident memory of a short run
+    // tells of threads.
+    mallopt(M_ARENA_MAX, 1);
     try {
         const std::vector<std::string> failures = soak(seconds);
         for (const std::string& failure : failures) {
