@@ -56,11 +56,17 @@ void History::Put(std::shared_ptr<Block> block) {
     blocks_.push_back(std::move(block));
 }
 
-std::shared_ptr<const Block> History::Find(std::uint64_t id) const {
-    const std::scoped_lock lock(mutex_);
-    const auto found = std::find_if(blocks_.begin(), blocks_.end(),
+History::Hold::Hold(History& history, std::uint64_t id) : history_(history) {
+    const std::scoped_lock lock(history_.mutex_);
+    const auto found = std::find_if(history_.blocks_.begin(), history_.blocks_.end(),
                                     [&](const auto& block) { return block->id == id; });
-    return found == blocks_.end() ? nullptr : *found;
+    block_ = found == history_.blocks_.end() ? nullptr : *found;
+}
+
+// Under the lock, so that who takes the block next sees that all reading is over.
+History::Hold::~Hold() {
+    const std::scoped_lock lock(history_.mutex_);
+    block_ = nullptr;
 }
 
 void History::Clear() {

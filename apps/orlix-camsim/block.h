@@ -57,11 +57,24 @@ class History {
 public:
     explicit History(std::size_t size) : size_(size) {}
 
+    // Keeps a block from being filled anew as long as this object lives.
+    class Hold {
+    public:
+        Hold(History& history, std::uint64_t id);
+        ~Hold();
+        Hold(const Hold&) = delete;
+        Hold& operator=(const Hold&) = delete;
+        // Null if it isn't there any more, or never was.
+        [[nodiscard]] const Block* Get() const noexcept { return block_.get(); }
+
+    private:
+        History& history_;
+        std::shared_ptr<const Block> block_;
+    };
+
     // A block to fill, that nobody else sees. Its memory is that of an old one.
     [[nodiscard]] std::shared_ptr<Block> Take();
     void Put(std::shared_ptr<Block> block);
-    // Null if it isn't there any more, or never was.
-    [[nodiscard]] std::shared_ptr<const Block> Find(std::uint64_t id) const;
     void Clear();
 
 private:

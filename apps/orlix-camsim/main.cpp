@@ -143,7 +143,7 @@ OwnedFile blockSignals() {
         sigaddset(&signals, number);
     }
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    return OwnedFile(::signalfd(-1, &signals, SFD_CLOEXEC));
+    return OwnedFile(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 
 void serve(const ServerOptions& options) {

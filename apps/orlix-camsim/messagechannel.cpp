@@ -101,7 +101,7 @@ void MessageChannel::deliver(const std::vector<std::uint8_t>& message, std::uint
             statistics_.sendErrors += sent < 0 ? 1 : 0;
         }
         ++(attempt == 0 ? statistics_.events : statistics_.eventRetries);
-        if (settings.timeout == 0 || waitForAck(id, settings.timeout)) {
+        if (settings.timeout == 0 || waitForAck(id, settings.timeout, opening)) {
             return;
         }
     }
@@ -152,7 +152,8 @@ void MessageChannel::append(std::vector<std::uint8_t>& message,
     std::copy_n(data.data.begin(), dataSize, out + headerSize);
 }
 
-bool MessageChannel::waitForAck(std::uint16_t id, std::uint32_t milliseconds) {
+bool MessageChannel::waitForAck(std::uint16_t id, std::uint32_t milliseconds,
+                                std::uint64_t opening) {
     using std::chrono::steady_clock;
     const auto end = steady_clock::now() + std::chrono::milliseconds(milliseconds);
     while (true) {
@@ -163,6 +164,9 @@ bool MessageChannel::waitForAck(std::uint16_t id, std::uint32_t milliseconds) {
         if ((files[1].revents & POLLIN) != 0) {
             eventfd_t value = 0;
             static_cast<void>(::eventfd_read(wakeUp_, &value));
+        }
+        // The wake-up may be one of long ago.
+        if (isEnded(opening)) {
             return false;
         }
         std::array<std::uint8_t, 64> answer{};

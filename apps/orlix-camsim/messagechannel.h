@@ -48,7 +48,8 @@ private:
     [[nodiscard]] std::vector<std::uint8_t> encode(const std::vector<Emulated::Event>& events,
                                                    std::uint16_t id, bool wantsAck) const;
     void append(std::vector<std::uint8_t>& message, const Emulated::Event& event) const;
-    [[nodiscard]] bool waitForAck(std::uint16_t id, std::uint32_t milliseconds);
+    [[nodiscard]] bool waitForAck(std::uint16_t id, std::uint32_t milliseconds,
+                                  std::uint64_t opening);
     [[nodiscard]] bool isEnded(std::uint64_t opening) const;
 
     const int socket_;

@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
+#include <utility>
 
 #include "gcbase/gcexception.h"
 #include "orlixcamera/emulated/description.h"
@@ -89,7 +89,10 @@ void Server::Run(int signals, const std::function<void()>& report) {
     }
     const std::size_t firstBroadcast = files.size() - broadcasts_.size();
     while (true) {
-        ::poll(files.data(), files.size(), waitingTime());
+        runTimers(Clock::now());
+        if (::poll(files.data(), files.size(), waitingTime()) < 0) {
+            continue;
+        }
         signalfd_siginfo signal{};
         if ((files[0].revents & POLLIN) != 0 &&
             ::read(signals, &signal, sizeof signal) == sizeof signal) {
@@ -107,9 +110,7 @@ void Server::Run(int signals, const std::function<void()>& report) {
                 receive(broadcasts_[index - firstBroadcast], Arrival::Broadcast);
             }
         }
-        const TimePoint now = Clock::now();
-        device_.CheckHeartbeat(now);
-        runTimers(now);
+        device_.CheckHeartbeat(Clock::now());
     }
 }
 
@@ -127,9 +128,11 @@ int Server::waitingTime() const {
     return static_cast<int>(std::clamp<std::int64_t>(left, 0, longest));
 }
 
-// All that has come, so that a burst of commands costs one wait.
+// A burst of commands costs one wait, but nobody who sends without an end keeps all else from being
+// done.
 void Server::receive(const Socket& socket, Arrival arrival) {
-    while (true) {
+    constexpr int mostAtOnce = 64;
+    for (int count = 0; count < mostAtOnce; ++count) {
         sockaddr_in address{};
         socklen_t addressSize = sizeof address;
         const ssize_t size =
@@ -164,7 +167,9 @@ void Server::answer(const Answer& answer, const Endpoint& client) {
 }
 
 void Server::noticeLoss() {
-    if (isLost_.exchange(false)) {
+    const bool hasPower = device_.HasPower();
+    const bool wentOff = std::exchange(hadPower_, hasPower) && !hasPower;
+    if (isLost_.exchange(false) || wentOff) {
         loss_.Take();
         device_.LosePower();
         gvcp_.Forget();

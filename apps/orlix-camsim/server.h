@@ -73,6 +73,7 @@ private:
     Socket messageSocket_;
     EventFile loss_;
     std::atomic<bool> isLost_{false};
+    bool hadPower_ = true;
     Endpoint endpoint_;
     std::shared_ptr<Emulated::Camera> camera_;
     MessageChannel messages_;

@@ -46,12 +46,18 @@ void Streamer::Set(Session session, const StreamSettings& settings) {
     if (opens) {
         session_ = session;
         stop_ = false;
+        isStopping_ = false;
         thread_ = std::thread([this, session] { run(session); });
     }
 }
 
 void Streamer::stop() noexcept {
     if (thread_.joinable()) {
+        {
+            const std::scoped_lock lock(mutex_);
+            isStopping_ = true;
+            stopping_.notify_all();
+        }
         camera_->Raise(stop_);
         thread_.join();
     }
@@ -219,7 +225,7 @@ void Streamer::transmit(Block& block, const StreamSettings& settings) {
         if (nextPacket_ - now > burst || step.pause > nanoseconds(0)) {
             sendSteps(block, first, index);
             first = index;
-            std::this_thread::sleep_until(nextPacket_);
+            napUntil(nextPacket_);
             now = Clock::now();
             nextPacket_ = std::max(nextPacket_, now - mostBehind);
         }
@@ -227,6 +233,12 @@ void Streamer::transmit(Block& block, const StreamSettings& settings) {
     }
     sendSteps(block, first, steps_.size());
     block.turnEnd = block.PacketCount();
+}
+
+// A pause of a script may be long; the end of the channel isn't to wait for it.
+void Streamer::napUntil(Clock::time_point time) {
+    std::unique_lock lock(mutex_);
+    stopping_.wait_until(lock, time, [this] { return isStopping_; });
 }
 
 // What a packet takes on a link of that speed.
@@ -269,7 +281,8 @@ StreamSettings Streamer::settings() const {
 // Packets whose turn is still to come aren't answered: they come.
 void Streamer::Resend(const ResendRequest& request) {
     ++statistics_.resendRequests;
-    const std::shared_ptr<const Block> block = history_.Find(request.blockId);
+    const History::Hold hold(history_, request.blockId);
+    const Block* const block = hold.Get();
     const Resends resends = block != nullptr ? block->resends : faults_.ResendsOf(0);
     if (resends == Resends::Ignore || silence_.IsOn() || request.firstPacket > request.lastPacket) {
         return;

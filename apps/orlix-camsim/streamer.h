@@ -3,7 +3,7 @@
 // The functions belong to the thread of the server.
 #pragma once
 
-#include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -52,6 +52,7 @@ private:
     void planSteps(const Block& block, const Emulated::FrameOrder& order);
     void dropMiddle(const Block& block, std::uint64_t count);
     void transmit(Block& block, const StreamSettings& settings);
+    void napUntil(Clock::time_point time);
     void sendSteps(Block& block, std::size_t first, std::size_t end);
     [[nodiscard]] std::chrono::nanoseconds timeOf(const Block& block,
                                                   std::uint32_t packet) const noexcept;
@@ -68,6 +69,8 @@ private:
     History history_;
 
     mutable std::mutex mutex_;
+    std::condition_variable stopping_;
+    bool isStopping_ = false;
     StreamSettings settings_;
 
     std::thread thread_;
