@@ -237,7 +237,8 @@ TEST_F(GvcpTest, AnyDatagramIsSurvived) {
         std::generate(body.begin(), body.end(), byte);
         if (body.size() >= 4 && round % 3 != 0) {
             constexpr std::uint32_t bases[] = {0, cameraBase, fileBase, 0xFFFFFFF0};
-            Put(body.data(), bases[random() % 4] + (random() % 0x4000 & (round % 5 ? ~3U : ~0U)));
+            const auto offset = static_cast<std::uint32_t>(random() % 0x4000);
+            Put(body.data(), bases[random() % 4] + (round % 5 != 0 ? offset & ~3U : offset));
         }
         Buffer datagram =
             commandOf(commands[random() % 8], body, static_cast<std::uint16_t>(random()), byte());
