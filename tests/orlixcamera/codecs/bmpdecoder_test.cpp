@@ -85,6 +85,26 @@ TEST_P(BmpDecoder, APaletteOfGraysIsMono8) {
     }
 }
 
+TEST_P(BmpDecoder, EverySmallWidthIsWhole) {
+    for (const unsigned bits : {1U, 4U, 8U, 16U, 24U, 32U}) {
+        for (std::uint32_t w = 1; w <= 33; ++w) {
+            BmpForm form{.width = static_cast<std::int32_t>(w),
+                         .height = GetParam() * 2,
+                         .bits = static_cast<std::uint16_t>(bits)};
+            if (bits <= 8) {
+                form.palette.assign(std::size_t{1} << bits, {9, 9, 9});
+            }
+            // All samples are set, so that each pixel shows whether it has been read.
+            const Bytes rows(std::size_t{2} * ((w * bits + 7) / 8), 0xFF);
+            const COrlixImage image =
+                load(folder.Write("a.bmp", makeBmp(form, bmpRows(form, rows))));
+            const Bytes expected(std::size_t{w} * 2 * (bits <= 8 ? 1 : 3), bits <= 8 ? 9 : 255);
+            EXPECT_EQ(image.GetWidth(), w);
+            EXPECT_EQ(pixelsOf(image), expected) << bits << " bits, " << w;
+        }
+    }
+}
+
 TEST_P(BmpDecoder, ColorsThatAShortPaletteLacksAreBlack) {
     BmpForm form{.bits = 8};
     form.palette = {{10, 20, 30}};

@@ -77,6 +77,24 @@ TEST_P(JpegDecoder, SubsampledChromaIsRgb8Packed) {
     }
 }
 
+// Smaller than the blocks of the codec, and not of whole groups of chroma.
+TEST_P(JpegDecoder, EverySmallSizeIsWhole) {
+    for (std::uint32_t w = 1; w <= 17; w += 2) {
+        for (std::uint32_t h = 1; h <= 18; ++h) {
+            const JpegForm form{.width = w,
+                                .height = h,
+                                .horizontalSampling = 2,
+                                .verticalSampling = 2,
+                                .isProgressive = GetParam()};
+            const Bytes source(std::size_t{3} * w * h, 77);
+            const COrlixImage image = load(folder.Write("a.jpg", makeJpeg(form, source)));
+            EXPECT_EQ(image.GetWidth(), w);
+            EXPECT_EQ(image.GetHeight(), h);
+            expectNear(pixelsOf(image), source, 2);
+        }
+    }
+}
+
 TEST_P(JpegDecoder, RgbIsRgb8Packed) {
     Check({.colors = JpegColors::Rgb}, slopes(3), PixelType_RGB8Packed, slopes(3), 3);
 }

@@ -106,6 +106,25 @@ TEST_P(PngDecoder, Rgba16KeepsItsDepthAndLosesItsAlpha) {
                 height, toNative(keepOf(rows, 8, 6)));
 }
 
+// Interlaced, these have passes without pixels.
+TEST_P(PngDecoder, EverySmallSizeIsWhole) {
+    for (std::uint32_t w = 1; w <= 9; ++w) {
+        for (std::uint32_t h = 1; h <= 9; ++h) {
+            PngForm form{.width = w, .height = h, .colorType = 6, .bits = 16};
+            form.isInterlaced = GetParam();
+            const Bytes deep = noise(std::size_t{8} * w * h, w * 10 + h);
+            writePng(folder.File("a.png"), form, deep);
+            expectImage(load(folder.File("a.png")), PixelType_RGB16Packed, w, h,
+                        toNative(keepOf(deep, 8, 6)));
+            form.colorType = 2;
+            form.bits = 8;
+            const Bytes flat = noise(std::size_t{3} * w * h, w * 10 + h);
+            writePng(folder.File("a.png"), form, flat);
+            expectImage(load(folder.File("a.png")), PixelType_RGB8Packed, w, h, flat);
+        }
+    }
+}
+
 TEST_P(PngDecoder, GrayWithAlphaIsRgba8Packed) {
     const Bytes rows = noise(pixels * 2);
     Bytes expected;

@@ -192,6 +192,29 @@ TEST_P(TiffDecoder, CmykIsLight) {
                 height, nativeBytes(std::vector<std::uint16_t>(pixels * 3, 0x3FFF)));
 }
 
+TEST_F(TiffDecoderTest, SizesAroundThoseOfTilesAndStripsAreWhole) {
+    for (const TiffPlaces places : {TiffPlaces::Strips, TiffPlaces::Tiles}) {
+        for (const std::uint16_t planar : Numbers{PLANARCONFIG_CONTIG, PLANARCONFIG_SEPARATE}) {
+            for (const std::uint32_t w : {1U, 15U, 16U, 17U, 32U}) {
+                for (const std::uint32_t h : {1U, 4U, 5U, 6U, 15U, 16U, 17U, 32U}) {
+                    const TiffForm form{.width = w,
+                                        .height = h,
+                                        .photometric = PHOTOMETRIC_RGB,
+                                        .samples = 3,
+                                        .compression = COMPRESSION_LZW,
+                                        .planarConfig = planar,
+                                        .places = places};
+                    const Bytes rows = noise(std::size_t{3} * w * h, w * 100 + h);
+                    const bool isPlanar = planar == PLANARCONFIG_SEPARATE;
+                    writeTiff(folder.File("a.tif"), form,
+                              isPlanar ? planesOf(rows, 3, 1) : std::vector<Bytes>{rows});
+                    expectImage(load(folder.File("a.tif")), PixelType_RGB8Packed, w, h, rows);
+                }
+            }
+        }
+    }
+}
+
 TEST_F(TiffDecoderTest, GrayOfFewBitsIsScaledToMono8) {
     for (const unsigned bits : {1U, 2U, 4U}) {
         for (const std::uint16_t compression :
