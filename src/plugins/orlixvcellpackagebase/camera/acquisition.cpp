@@ -95,8 +95,8 @@ void Camera::startGrabbing(AcquisitionMode mode) {
 // that its run is over.
 void Camera::onStopping() {
     const Guard guard = lockNode();
-    ++impl_->run;
     impl_->instantCamera.StopGrabbing();
+    ++impl_->run;  // not before: up to there handlers of this run are called
     impl_->acquisitionModePort->setWritable(true);
     impl_->fixCorruptImagesPort->setWritable(true);
     setChunkPinParametersAvailable(true);
