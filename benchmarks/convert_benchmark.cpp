@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "convertrivals.h"
+#include "orlixcamera/bufferpool.h"
 #include "orlixcamera/imageformatconverter.h"
 #include "orlixcamera/orliximage.h"
 #include "orlixcamera/pixeltypemapper.h"
@@ -83,23 +84,20 @@ std::string PairName(const Row& row, const Size& size) {
            std::to_string(size.width) + "x" + std::to_string(size.height);
 }
 
-// The noise that all pictures begin with, at the beginning of a cache line as in pooled images.
+// The noise that all pictures begin with, in memory as images have it.
 const std::uint8_t* Noise() {
-    struct alignas(64) Line {
-        std::uint8_t bytes[64];
-    };
-    static const std::vector<Line> lines = [] {
-        std::vector<Line> made(std::size_t{4096} * 3000 * 6 / sizeof(Line));
+    static const std::shared_ptr<void> memory = [] {
+        const std::size_t size = std::size_t{4096} * 3000 * 6;
+        const std::shared_ptr<void> made = BufferPool::Instance().Allocate(size);
+        auto* bytes = static_cast<std::uint8_t*>(made.get());
         std::uint32_t state = 1;
-        for (Line& line : made) {
-            for (std::uint8_t& byte : line.bytes) {
-                state = state * 1664525U + 1013904223U;
-                byte = static_cast<std::uint8_t>(state >> 24U);
-            }
+        for (std::size_t at = 0; at < size; ++at) {
+            state = state * 1664525U + 1013904223U;
+            bytes[at] = static_cast<std::uint8_t>(state >> 24U);
         }
         return made;
     }();
-    return lines.front().bytes;
+    return static_cast<const std::uint8_t*>(memory.get());
 }
 
 void RunConverter(benchmark::State& state, const Row& row, const Size& size, std::int64_t threads) {

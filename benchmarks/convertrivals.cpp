@@ -3,6 +3,7 @@
 #include <cstring>
 #include <memory>
 
+#include "orlixcamera/bufferpool.h"
 #include "orlixcamera/pixel/planes.h"
 
 #ifdef ORLIX_HAS_OPENCV
@@ -16,16 +17,24 @@
 namespace Orlix::Benchmarks {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+// All write to memory of the same kind as the converter does, which is there before they begin.
+using Bytes = std::shared_ptr<std::uint8_t>;
+
+Bytes MakeBytes(std::size_t size) {
+    const std::shared_ptr<void> memory = BufferPool::Instance().Allocate(size);
+    std::memset(memory.get(), 1, size);
+    return {memory, static_cast<std::uint8_t*>(memory.get())};
+}
 
 // The unpacked formats say how fast they are by what they move: as many bytes as are read and
 // written, copied.
 Rival MakeCopy(const Picture& source, EPixelType destination) {
     const std::size_t moved = ComputeBufferSize(source.type, source.width, source.height) +
                               ComputeBufferSize(destination, source.width, source.height);
-    const auto from = std::make_shared<Bytes>(moved / 2, std::uint8_t{1});
-    const auto to = std::make_shared<Bytes>(moved / 2);
-    return {"memcpy", [=] { std::memcpy(to->data(), from->data(), from->size()); }};
+    const std::size_t size = moved / 2;
+    const Bytes from = MakeBytes(size);
+    const Bytes to = MakeBytes(size);
+    return {"memcpy", [=] { std::memcpy(to.get(), from.get(), size); }};
 }
 
 bool IsUnpacking(EPixelType source, EPixelType destination) {
@@ -45,6 +54,28 @@ cv::Mat MakeMat(const Picture& source, int type) {
     // The library takes no constant memory, but doesn't write to it.
     return {static_cast<int>(source.height), static_cast<int>(source.width), type,
             const_cast<std::uint8_t*>(source.bytes)};
+}
+
+// A matrix that the library finds fitting and writes to; the memory stays with who keeps both.
+struct Target {
+    Bytes memory;
+    std::shared_ptr<cv::Mat> mat;
+};
+
+Target MakeTarget(int width, int height, int type) {
+    const std::size_t bytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
+                              static_cast<std::size_t>(CV_ELEM_SIZE(type));
+    const Bytes memory = MakeBytes(bytes);
+    return {memory, std::make_shared<cv::Mat>(height, width, type, memory.get())};
+}
+
+Target MakeTarget(const Picture& source, EPixelType type) {
+    const auto width = static_cast<int>(source.width);
+    const auto height = static_cast<int>(source.height);
+    if (type == PixelType_YUV420Planar) {
+        return MakeTarget(width, height * 3 / 2, CV_8UC1);
+    }
+    return MakeTarget(width, height, type == PixelType_YUV444Planar ? CV_8UC3 : MatType(type));
 }
 
 struct Code {
@@ -81,9 +112,9 @@ void AddColourCode(std::vector<Rival>& rivals, const Picture& source, EPixelType
     for (const Code& row : Codes) {
         if (row.source == source.type && row.destination == destination) {
             const cv::Mat from = MakeMat(source, MatType(source.type));
-            const auto to = std::make_shared<cv::Mat>();
+            const Target to = MakeTarget(source, destination);
             const int code = row.code;
-            rivals.push_back({"OpenCV", [=] { cv::cvtColor(from, *to, code); }});
+            rivals.push_back({"OpenCV", [=] { cv::cvtColor(from, *to.mat, code); }});
         }
     }
 }
@@ -131,30 +162,37 @@ void AddUnpackAndDemosaic(std::vector<Rival>& rivals, const Picture& source,
     const std::size_t stride = ComputeStride(packed.source, source.width);
     const auto raw = std::make_shared<cv::Mat>(static_cast<int>(source.height),
                                                static_cast<int>(source.width), CV_8UC1);
-    const auto to = std::make_shared<cv::Mat>();
+    const Target to = MakeTarget(source, PixelType_BGR8Packed);
     rivals.push_back({"loop and OpenCV", [=] {
                           for (std::uint32_t y = 0; y < source.height; ++y) {
                               packed.unpack(source.bytes + y * stride, source.width / packed.group,
                                             raw->ptr(static_cast<int>(y)));
                           }
-                          cv::cvtColor(*raw, *to, cv::COLOR_BayerBG2BGR);
+                          cv::cvtColor(*raw, *to.mat, cv::COLOR_BayerBG2BGR);
                       }});
 }
 
 void AddDepthOrPlanes(std::vector<Rival>& rivals, const Picture& source, EPixelType destination) {
     const cv::Mat from = MakeMat(source, MatType(source.type));
     if (destination == PixelType_RGB8Planar && source.type == PixelType_RGB8Packed) {
-        const auto planes = std::make_shared<std::vector<cv::Mat>>();
-        rivals.push_back({"OpenCV", [=] { cv::split(from, *planes); }});
+        const Target to = MakeTarget(static_cast<int>(source.width),
+                                     3 * static_cast<int>(source.height), CV_8UC1);
+        const auto height = static_cast<int>(source.height);
+        const std::vector<cv::Mat> made{to.mat->rowRange(0, height),
+                                        to.mat->rowRange(height, 2 * height),
+                                        to.mat->rowRange(2 * height, 3 * height)};
+        const auto planes = std::make_shared<std::vector<cv::Mat>>(made);
+        rivals.push_back({"OpenCV", [=, keep = to] { cv::split(from, *planes); }});
     }
     const bool down = (source.type == PixelType_Mono16 && destination == PixelType_Mono8) ||
                       (source.type == PixelType_RGB16Packed && destination == PixelType_RGB8Packed);
     const bool up = (source.type == PixelType_Mono8 && destination == PixelType_Mono16) ||
                     (source.type == PixelType_RGB8Packed && destination == PixelType_RGB16Packed);
     if (down || up) {
-        const auto to = std::make_shared<cv::Mat>();
+        const Target to = MakeTarget(source, destination);
         const int type = MatType(destination);
-        rivals.push_back({"OpenCV", [=] { from.convertTo(*to, type, down ? 1.0 / 256 : 1.0); }});
+        rivals.push_back(
+            {"OpenCV", [=] { from.convertTo(*to.mat, type, down ? 1.0 / 256 : 1.0); }});
     }
 }
 
@@ -303,16 +341,16 @@ void AddLibYuv(std::vector<Rival>& rivals, const Picture& source, EPixelType des
             continue;
         }
         const ImagePlanes planes = ComputePlanes(destination, source.width, source.height, 0);
-        const auto to = std::make_shared<Bytes>(planes.size);
-        const auto scratch = std::make_shared<Bytes>(std::size_t{source.width} * 4);
+        const Bytes to = MakeBytes(planes.size);
+        const Bytes scratch = MakeBytes(std::size_t{source.width} * 4);
         Call call{source.bytes,
                   {},
-                  scratch->data(),
+                  scratch.get(),
                   static_cast<int>(source.width),
                   static_cast<int>(source.height),
                   static_cast<int>((source.width + 1) / 2)};
         for (std::size_t plane = 0; plane < planes.count; ++plane) {
-            call.to[plane] = to->data() + planes.planes[plane].offset;
+            call.to[plane] = to.get() + planes.planes[plane].offset;
         }
         const Function function = row.function;
         rivals.push_back({"libyuv", [=, keep = std::pair(to, scratch)] { function(call); }});

@@ -1,5 +1,7 @@
 #include "orlixcamera/bufferpool.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -101,8 +103,24 @@ void freeChain(Block* chain) noexcept {
     }
 }
 
+// Large pictures are walked from end to end, and pages of 4 KiB cost the processor a walk of its
+// tables every few lines. Where the system leaves it to the program, it is asked for large ones;
+// a system that has none gives small ones.
+constexpr std::size_t hugePage = std::size_t{2} << 20U;
+
+void* allocateMemory(std::size_t size) {
+    if (size < 2 * hugePage) {
+        return std::aligned_alloc(BufferPool::Alignment, size);
+    }
+    void* memory = std::aligned_alloc(hugePage, size);
+    if (memory != nullptr) {
+        static_cast<void>(madvise(memory, size / hugePage * hugePage, MADV_HUGEPAGE));
+    }
+    return memory;
+}
+
 Block* allocateBlock(const SizeClass& wanted) {
-    void* memory = std::aligned_alloc(BufferPool::Alignment, sizeof(Block) + wanted.capacity);
+    void* memory = allocateMemory(sizeof(Block) + wanted.capacity);
     if (memory == nullptr) {
         return nullptr;
     }
