@@ -232,8 +232,30 @@ struct Row {
     Function function;
 };
 
-// Its RGB24 has blue first, its RAW red; its ARGB is our BGRA. Where it has no function for a
-// pair, two of its own make one.
+// By way of a line of four bytes a pixel, where it has no function for a pair.
+using ToPlanes = int (*)(const std::uint8_t*, int, std::uint8_t*, int, std::uint8_t*, int,
+                         std::uint8_t*, int, int, int);
+template <ToPlanes Convert>
+void ConvertToYuv(const Call& c, int chroma) {
+    for (int y = 0; y < c.height; ++y) {
+        libyuv::RAWToARGB(c.source + y * c.width * 3, c.width * 3, c.scratch, c.width * 4, c.width,
+                          1);
+        Convert(c.scratch, c.width * 4, c.to[0] + y * c.width, c.width, c.to[1] + y * chroma,
+                chroma, c.to[2] + y * chroma, chroma, c.width, 1);
+    }
+}
+
+using ToArgb = int (*)(const std::uint8_t*, int, std::uint8_t*, int, int, int);
+template <ToArgb Convert>
+void ConvertToBgr(const Call& c) {
+    for (int y = 0; y < c.height; ++y) {
+        Convert(c.source + y * c.width * 2, c.width * 2, c.scratch, c.width * 4, c.width, 1);
+        libyuv::ARGBToRGB24(c.scratch, c.width * 4, c.to[0] + y * c.width * 3, c.width * 3, c.width,
+                            1);
+    }
+}
+
+// Its RGB24 has blue first, its RAW red; its ARGB is our BGRA.
 const Row Rows[] = {
     {PixelType_RGB8Packed, PixelType_Mono8,
      [](const Call& c) {
@@ -270,25 +292,9 @@ const Row Rows[] = {
                                    c.to[0], c.width, 256, c.width, c.height);
      }},
     {PixelType_RGB8Packed, PixelType_YUV444Planar,
-     [](const Call& c) {
-         for (int y = 0; y < c.height; ++y) {
-             libyuv::RAWToARGB(c.source + y * c.width * 3, c.width * 3, c.scratch, c.width * 4,
-                               c.width, 1);
-             libyuv::ARGBToI444(c.scratch, c.width * 4, c.to[0] + y * c.width, c.width,
-                                c.to[1] + y * c.width, c.width, c.to[2] + y * c.width, c.width,
-                                c.width, 1);
-         }
-     }},
+     [](const Call& c) { ConvertToYuv<libyuv::ARGBToI444>(c, c.width); }},
     {PixelType_RGB8Packed, PixelType_YUV422Planar,
-     [](const Call& c) {
-         for (int y = 0; y < c.height; ++y) {
-             libyuv::RAWToARGB(c.source + y * c.width * 3, c.width * 3, c.scratch, c.width * 4,
-                               c.width, 1);
-             libyuv::ARGBToJ422(c.scratch, c.width * 4, c.to[0] + y * c.width, c.width,
-                                c.to[1] + y * c.chroma, c.chroma, c.to[2] + y * c.chroma, c.chroma,
-                                c.width, 1);
-         }
-     }},
+     [](const Call& c) { ConvertToYuv<libyuv::ARGBToJ422>(c, c.chroma); }},
     {PixelType_RGB8Packed, PixelType_YUV420Planar,
      [](const Call& c) {
          libyuv::RAWToJ420(c.source, c.width * 3, c.to[0], c.width, c.to[1], c.chroma, c.to[2],
@@ -302,24 +308,8 @@ const Row Rows[] = {
      [](const Call& c) {
          libyuv::YUY2ToARGB(c.source, c.width * 2, c.to[0], c.width * 4, c.width, c.height);
      }},
-    {PixelType_YUV422Packed, PixelType_BGR8Packed,
-     [](const Call& c) {
-         for (int y = 0; y < c.height; ++y) {
-             libyuv::UYVYToARGB(c.source + y * c.width * 2, c.width * 2, c.scratch, c.width * 4,
-                                c.width, 1);
-             libyuv::ARGBToRGB24(c.scratch, c.width * 4, c.to[0] + y * c.width * 3, c.width * 3,
-                                 c.width, 1);
-         }
-     }},
-    {PixelType_YUV422_YUYV_Packed, PixelType_BGR8Packed,
-     [](const Call& c) {
-         for (int y = 0; y < c.height; ++y) {
-             libyuv::YUY2ToARGB(c.source + y * c.width * 2, c.width * 2, c.scratch, c.width * 4,
-                                c.width, 1);
-             libyuv::ARGBToRGB24(c.scratch, c.width * 4, c.to[0] + y * c.width * 3, c.width * 3,
-                                 c.width, 1);
-         }
-     }},
+    {PixelType_YUV422Packed, PixelType_BGR8Packed, ConvertToBgr<libyuv::UYVYToARGB>},
+    {PixelType_YUV422_YUYV_Packed, PixelType_BGR8Packed, ConvertToBgr<libyuv::YUY2ToARGB>},
     {PixelType_YCbCr420_8_YY_CbCr_Semiplanar, PixelType_BGR8Packed,
      [](const Call& c) {
          libyuv::NV12ToRGB24(c.source, c.width, c.source + c.width * c.height, c.chroma * 2,

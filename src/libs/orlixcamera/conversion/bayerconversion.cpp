@@ -40,6 +40,12 @@ bool IsLargerThanCaches(const ConversionJob& job, EPixelType rowType, std::size_
     return rowType == job.destinationType && job.height * (source + destination) > PrefetchBytes;
 }
 
+constexpr std::size_t CacheLine = 64;
+
+// The ends of a line have less than two vectors each; shorter lines are not parted.
+constexpr std::size_t LineEnd = 2 * CacheLine;
+constexpr std::size_t LongLine = 2 * LineEnd;
+
 // Pixels that are made between two prefetches: an even number, and more than a vector has.
 constexpr std::size_t PiecePixels = 512;
 
@@ -48,7 +54,7 @@ constexpr std::size_t PiecePixels = 512;
 [[gnu::noipa]] void Prefetch(const std::uint8_t* from, std::size_t bytes) {
     constexpr int Read = 0;
     constexpr int SecondCache = 2;
-    for (std::size_t offset = 0; offset < bytes; offset += 64) {
+    for (std::size_t offset = 0; offset < bytes; offset += CacheLine) {
         __builtin_prefetch(from + offset, Read, SecondCache);
     }
 }
@@ -72,7 +78,9 @@ BayerConversion::BayerConversion(const ConversionJob& job, const SampleFormat& f
       sampleBytes_(BitDepth(rowType) / 8),
       planes_(IsPlanar(rowType) ? 3 : 1),
       shiftUp_(shiftUp),
-      prefetch_(IsLargerThanCaches(job, rowType, IsPlanar(rowType) ? 3 : 1)) {
+      streams_(job.streams && rowType == job.destinationType),
+      prefetch_(IsLargerThanCaches(job, rowType, IsPlanar(rowType) ? 3 : 1)),
+      readsSource_(BitDepth(job.sourceType) == 8 && job.width >= LongLine) {
     pixelBytes_ = BitsPerPixel(rowType) / 8 / planes_;
     held_.fill(-1);
 }
@@ -85,14 +93,23 @@ void BayerConversion::MirrorEnds(std::uint8_t* row) const {
                 sampleBytes_);
 }
 
-// Each line is read once for the four that need it.
-const std::uint8_t* BayerConversion::RawRow(std::ptrdiff_t line) {
-    const std::size_t number = Mirror(line, job_.height);
+const std::uint8_t* BayerConversion::Source(std::size_t number) const {
+    return job_.source[0] + static_cast<std::ptrdiff_t>(number) * job_.sourceStride[0];
+}
+
+// A row of samples with mirrored ends. Each line is read once for the four that need it.
+const std::uint8_t* BayerConversion::RawRow(std::size_t number) {
     const std::size_t slot = number % RowMemory::Windows;
     std::uint8_t* row = rows_.Window(slot);
     if (held_[slot] != static_cast<std::ptrdiff_t>(number)) {
-        const auto offset = static_cast<std::ptrdiff_t>(number) * job_.sourceStride[0];
-        read_(job_.source[0] + offset, job_.width, row, 0);
+        const std::uint8_t* from = Source(number);
+        if (readsSource_) {
+            const std::size_t behind = job_.width - LineEnd;
+            std::memcpy(row, from, LineEnd);
+            std::memcpy(row + behind, from + behind, LineEnd);
+        } else {
+            read_(from, job_.width, row, 0);
+        }
         MirrorEnds(row);
         held_[slot] = static_cast<std::ptrdiff_t>(number);
     }
@@ -100,55 +117,107 @@ const std::uint8_t* BayerConversion::RawRow(std::ptrdiff_t line) {
 }
 
 void BayerConversion::Interpolate(std::size_t line, const LinePair& to, std::size_t lines) {
-    const auto number = static_cast<std::ptrdiff_t>(line);
-    const std::uint8_t* above = RawRow(number - 1);
-    const std::uint8_t* first = RawRow(number);
-    const std::uint8_t* second = RawRow(number + 1);
-    const std::uint8_t* below = lines == 2 ? RawRow(number + 2) : second;
     // The pattern begins at the first line in memory.
     const std::size_t place = job_.sourceStride[0] < 0 ? job_.height - 1 - line : line;
     const bool redFirst = place % 2 == format_.redLine;
     const std::uint32_t own = redFirst ? format_.redColumn : 1U - format_.redColumn;
-    const BayerLines bayer{{above, first, second, below},
-                           {to[0], lines == 2 ? to[1] : to[0]},
-                           job_.width,
-                           redFirst,
-                           own,
-                           shiftUp_};
-    if (prefetch_) {
-        InterpolateInPieces(bayer, line);
+    BayerLines bayer{{}, to, job_.width, redFirst, own, shiftUp_};
+    Rows innerRows{};
+    for (std::size_t row = 0; row < bayer.rows.size(); ++row) {
+        // A line that stands alone has no fourth row.
+        const std::size_t next = lines == 1 && row == 3 ? 2 : row;
+        const std::size_t number =
+            Mirror(static_cast<std::ptrdiff_t>(line + next) - 1, job_.height);
+        bayer.rows[row] = RawRow(number);
+        innerRows[row] = readsSource_ ? Source(number) : bayer.rows[row];
+    }
+    if (readsSource_ || prefetch_) {
+        InterpolateInPieces(bayer, innerRows, line);
     } else {
         demosaic_(bayer);
     }
 }
 
-void BayerConversion::InterpolateInPieces(const BayerLines& lines, std::size_t line) const {
-    BayerLines piece = lines;
-    for (std::size_t column = 0; column < lines.width; column += piece.width) {
-        const std::size_t left = lines.width - column;
-        piece.width = left < 2 * PiecePixels ? left : PiecePixels;
-        PrefetchNextPair(line, column, piece.width);
-        demosaic_(piece);
-        for (const std::uint8_t*& row : piece.rows) {
-            row += piece.width * sampleBytes_;
-        }
-        for (LinePlanes& to : piece.to) {
-            for (std::size_t plane = 0; plane < planes_; ++plane) {
-                to[plane] += piece.width * pixelBytes_;
+bool BayerConversion::BeginsCacheLine(const BayerLines& lines, std::size_t column) const {
+    for (const LinePlanes& to : lines.to) {
+        for (std::size_t plane = 0; plane < planes_; ++plane) {
+            const std::uint8_t* at = to[plane] + column * pixelBytes_;
+            if (reinterpret_cast<std::uintptr_t>(at) % CacheLine != 0) {
+                return false;
             }
         }
     }
+    return true;
 }
 
-// The source is packed, so its place is the part of the line that the column is.
-void BayerConversion::PrefetchNextPair(std::size_t line, std::size_t column,
-                                       std::size_t columns) const {
+// Whole vectors between the ends of a line. Those share their cache lines with other lines, and
+// their outermost pixels may be changed later, so that they are never streamed; nor is a line that
+// stands alone, which would be written twice.
+BayerConversion::Inner BayerConversion::FindInner(const BayerLines& lines) const {
+    if (lines.width < LongLine) {
+        return {0, 0, false};
+    }
+    std::size_t begin = CacheLine;
+    bool streams = false;
+    if (streams_ && lines.to[0] != lines.to[1]) {
+        while (begin < 2 * CacheLine && !BeginsCacheLine(lines, begin)) {
+            ++begin;
+        }
+        streams = begin < 2 * CacheLine;
+        begin = streams ? begin : CacheLine;
+    }
+    return {begin, begin + (lines.width - 2 - begin) / CacheLine * CacheLine, streams};
+}
+
+void BayerConversion::InterpolateInPieces(const BayerLines& lines, const Rows& innerRows,
+                                          std::size_t line) const {
+    const Inner inner = FindInner(lines);
+    BayerLines piece = lines;
+    for (std::size_t column = 0; column < lines.width; column += piece.width) {
+        const bool isInner = column >= inner.begin && column < inner.end;
+        const std::size_t end = isInner                ? inner.end
+                                : column < inner.begin ? inner.begin
+                                                       : lines.width;
+        piece.rows = isInner ? innerRows : lines.rows;
+        piece.streams = isInner && inner.streams;
+        piece.width = end - column;
+        if (prefetch_) {
+            piece.width = piece.width < 2 * PiecePixels ? piece.width : PiecePixels;
+            PrefetchSource(line, column, piece.width);
+            if (!piece.streams) {
+                PrefetchDestination(line, column, piece.width);
+            }
+        }
+        InterpolatePiece(piece, column);
+    }
+}
+
+void BayerConversion::InterpolatePiece(BayerLines piece, std::size_t column) const {
+    piece.ownColumn ^= column % 2;
+    for (const std::uint8_t*& row : piece.rows) {
+        row += column * sampleBytes_;
+    }
+    for (LinePlanes& to : piece.to) {
+        for (std::size_t plane = 0; plane < planes_; ++plane) {
+            to[plane] += column * pixelBytes_;
+        }
+    }
+    demosaic_(piece);
+}
+
+// The two lines that the next pair has not read yet. The source is packed, so its place is the part
+// of the line that the column is.
+void BayerConversion::PrefetchSource(std::size_t line, std::size_t column,
+                                     std::size_t columns) const {
     const std::size_t bits = BitsPerPixel(job_.sourceType);
     for (const std::size_t ahead : {3U, 4U}) {
-        const auto number = static_cast<std::ptrdiff_t>(std::min(line + ahead, job_.height - 1UL));
-        const std::uint8_t* from = job_.source[0] + number * job_.sourceStride[0];
+        const std::uint8_t* from = Source(std::min(line + ahead, job_.height - 1UL));
         Prefetch(from + column * bits / 8, columns * bits / 8);
     }
+}
+
+void BayerConversion::PrefetchDestination(std::size_t line, std::size_t column,
+                                          std::size_t columns) const {
     for (const std::size_t ahead : {2U, 3U}) {
         const auto number = static_cast<std::ptrdiff_t>(std::min(line + ahead, job_.height - 1UL));
         for (std::size_t plane = 0; plane < planes_; ++plane) {

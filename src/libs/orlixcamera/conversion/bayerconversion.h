@@ -28,11 +28,24 @@ public:
     [[nodiscard]] static Demosaic FindDemosaic(EPixelType rowType) noexcept;
 
 private:
-    [[nodiscard]] const std::uint8_t* RawRow(std::ptrdiff_t line);
+    using Rows = std::array<const std::uint8_t*, 4>;
+    // Columns whose neighbours are all in the line, and how they are written.
+    struct Inner {
+        std::size_t begin, end;
+        bool streams;
+    };
+
+    [[nodiscard]] const std::uint8_t* Source(std::size_t number) const;
+    [[nodiscard]] const std::uint8_t* RawRow(std::size_t number);
     void MirrorEnds(std::uint8_t* row) const;
     void Interpolate(std::size_t line, const LinePair& to, std::size_t lines);
-    void InterpolateInPieces(const BayerLines& lines, std::size_t line) const;
-    void PrefetchNextPair(std::size_t line, std::size_t column, std::size_t columns) const;
+    void InterpolateInPieces(const BayerLines& lines, const Rows& innerRows,
+                             std::size_t line) const;
+    void InterpolatePiece(BayerLines piece, std::size_t column) const;
+    [[nodiscard]] Inner FindInner(const BayerLines& lines) const;
+    [[nodiscard]] bool BeginsCacheLine(const BayerLines& lines, std::size_t column) const;
+    void PrefetchSource(std::size_t line, std::size_t column, std::size_t columns) const;
+    void PrefetchDestination(std::size_t line, std::size_t column, std::size_t columns) const;
     void CopyInnerColumns(const LinePlanes& to) const;
 
     const ConversionJob& job_;
@@ -44,7 +57,9 @@ private:
     std::size_t pixelBytes_;
     std::size_t planes_;
     int shiftUp_;
+    bool streams_;
     bool prefetch_;
+    bool readsSource_;  // samples are bytes there, and only the ends of a line are copied
     std::array<std::ptrdiff_t, RowMemory::Windows> held_;
 };
 

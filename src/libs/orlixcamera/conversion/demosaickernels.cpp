@@ -14,14 +14,6 @@ HWY_BEFORE_NAMESPACE();
 namespace Orlix::HWY_NAMESPACE {
 namespace {
 
-struct ToMono8 {
-    static constexpr std::size_t Bytes = 1;
-    static constexpr std::size_t Planes = 1;
-    static HWY_INLINE void Store(const Colour<V8>& pixel, const Line& to) {
-        hn::StoreU(Luma(pixel), D8(), to[0]);
-    }
-};
-
 template <class Sink>
 struct LanesFor {
     using Tag = D8;
@@ -102,7 +94,7 @@ HWY_INLINE hn::Mask<D16> EvenLanes(D16 d) {
 
 // A vector of pixels of both lines, from a column on. The first line is stored last, since a line
 // that stands alone is there twice.
-template <class Sink, bool RedFirst>
+template <class Sink, bool RedFirst, Stores Way = Stores::Cached>
 ORLIX_VECTOR_FUNCTION void ConvertBlock(const BayerLines& lines, std::size_t column,
                                         const Line& first, const Line& second,
                                         hn::Mask<typename LanesFor<Sink>::Tag> own) {
@@ -114,8 +106,8 @@ ORLIX_VECTOR_FUNCTION void ConvertBlock(const BayerLines& lines, std::size_t col
     const auto below = LoadRaw(d, lines.rows[3] + offset);
     const auto upper = Raise(Interpolate(d, above, one, two, own), lines.shiftUp);
     const auto lower = Raise(Interpolate(d, one, two, below, hn::Not(own)), lines.shiftUp);
-    Sink::Store(RedFirst ? Swapped(lower) : lower, second);
-    Sink::Store(RedFirst ? upper : Swapped(upper), first);
+    Sink::template Store<Way>(RedFirst ? Swapped(lower) : lower, second);
+    Sink::template Store<Way>(RedFirst ? upper : Swapped(upper), first);
 }
 
 // Lines that are shorter than a vector.
@@ -145,6 +137,13 @@ HWY_INLINE void ConvertPair(const BayerLines& lines) {
         return;
     }
     std::size_t column = 0;
+    if constexpr (HasStreams) {
+        for (; lines.streams && column < lines.width; column += lanes) {
+            ConvertBlock<Sink, RedFirst, Stores::Streamed>(
+                lines, column, Advance(lines.to[0], column * Sink::Bytes),
+                Advance(lines.to[1], column * Sink::Bytes), own);
+        }
+    }
     for (; column + lanes <= lines.width; column += lanes) {
         ConvertBlock<Sink, RedFirst>(lines, column, Advance(lines.to[0], column * Sink::Bytes),
                                      Advance(lines.to[1], column * Sink::Bytes), own);

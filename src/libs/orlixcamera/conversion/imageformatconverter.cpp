@@ -15,6 +15,7 @@
 #include "orlixcamera/conversion/parallelstrips.h"
 #include "orlixcamera/conversion/pictures.h"
 #include "orlixcamera/conversion/rowmemory.h"
+#include "orlixcamera/conversion/streams.h"
 #include "orlixcamera/orliximage.h"
 
 namespace Orlix {
@@ -125,6 +126,9 @@ void ConvertPicture(ConversionKernel kernel, const ConversionJob& job, const Ima
         ConversionJob own = job;
         own.rows = rows != nullptr ? rows + strip * rowBytes : nullptr;
         kernel(own, first, end);
+        if (own.streams) {
+            FinishStreams();
+        }
         ClearPadding(job, output, first, end);
     };
     if (strips == 1) {
@@ -185,6 +189,7 @@ void CImageFormatConverter::Convert(COrlixImage& destination, const void* source
     const ImagePlanes output = ComputePlanes(outputType, width, height, padding);
     ConversionJob job = MakeJob(picture, static_cast<std::uint8_t*>(pixels), output, orientation);
     SetShift(job, sourcePixelType, outputType, OutputBitAlignment.GetValue());
+    job.streams = IsBeyondCaches(output.size);
     job.copyInner = BayerBorder.GetValue() == BayerBorder_CopyInner;
     ConvertPicture(kernel, job, output, GetStripLines(picture, MaxNumThreads.GetValue()));
     destination.AttachBuffer(std::move(buffer), pixels, size, outputType, width, height, padding,

@@ -12,15 +12,6 @@ HWY_BEFORE_NAMESPACE();
 namespace Orlix::HWY_NAMESPACE {
 namespace {
 
-struct ToMono8 {
-    static constexpr std::size_t Bytes = 1;
-    static constexpr std::size_t Planes = 1;
-    template <class Pixel>
-    static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
-        hn::StoreU(Luma(pixel), D8(), to[0]);
-    }
-};
-
 // 8-bit colour to 16-bit grey: the luma of the 8-bit values, then moved up.
 template <class Source>
 struct WidenedLumaStep {

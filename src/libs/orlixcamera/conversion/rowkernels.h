@@ -56,6 +56,9 @@ struct BayerLines {
     bool redFirst;            // the first line has red pixels
     std::uint32_t ownColumn;  // the first column of the first line that isn't green
     int shiftUp;              // of words, after the interpolation
+    // The lines go past the caches. Each plane's first pixel begins a cache line, and there are as
+    // many pixels as whole vectors have; instruction sets without such vectors don't care.
+    bool streams = false;
 };
 using Demosaic = void (*)(const BayerLines& lines);
 
@@ -79,6 +82,7 @@ struct YuvLine {
     const std::uint8_t* chroma;  // blue and red, for each pair of pixels
     std::array<std::uint8_t*, 3> to;
     std::size_t width;
+    bool streams;  // past the caches where that is possible
 };
 using YuvConversion = void (*)(const YuvLine& line);
 

@@ -7,7 +7,9 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
+#include <array>
 #include <type_traits>
+#include <utility>
 
 #include "orlixcamera/conversion/kernels.h"
 #include "orlixcamera/conversion/vectorpixels.h"
@@ -26,18 +28,120 @@ struct Swizzle {
     std::uint8_t from[4];
 };
 
-// Bytes are looked up within blocks of so many. Longer ones would do, but most of their places in
-// memory are in two cache lines.
 #if HWY_TARGET == HWY_AVX3_DL
-constexpr std::size_t BlockBytes = 32;
+
+// A vector of the destination is looked up in one or two vectors of the source. 64 pixels are whole
+// vectors on either side.
+struct Part {
+    alignas(64) std::array<std::uint8_t, 64> from{};
+    std::uint64_t opaque = 0;
+    std::size_t first = 0;  // where the vectors begin in the bytes of the 64 pixels
+    std::size_t second = 0;
+    bool two = false;
+};
+
+struct Span {
+    std::size_t low, high;
+};
+
+// The places of the lowest and the highest byte that a part needs.
+constexpr Span FindSpan(const Swizzle& order, std::size_t number) {
+    Span span{64 * order.sourceBytes, 0};
+    for (std::size_t place = 64 * number; place < 64 * (number + 1); ++place) {
+        const std::uint8_t from = order.from[place % order.destinationBytes];
+        if (from != Opaque) {
+            const std::size_t byte = place / order.destinationBytes * order.sourceBytes + from;
+            span = {std::min(span.low, byte), std::max(span.high, byte)};
+        }
+    }
+    return span;
+}
+
+// Vectors begin at a whole number of vectors where that does, since most others are in two cache
+// lines.
+constexpr Part PlaceVectors(const Swizzle& order, std::size_t number) {
+    const auto [low, high] = FindSpan(order, number);
+    const std::size_t whole = low / 64 * 64;
+    Part part;
+    part.two = high - low >= 64;
+    if (!part.two) {
+        part.first = high < whole + 64 ? whole : std::min(low, 64 * (order.sourceBytes - 1));
+    } else {
+        part.first = high < whole + 128 ? whole : low;
+        part.second = high / 64 * 64 <= part.first + 64 ? high / 64 * 64 : high - 63;
+    }
+    return part;
+}
+
+constexpr Part MakePart(const Swizzle& order, std::size_t number) {
+    Part part = PlaceVectors(order, number);
+    for (std::size_t lane = 0; lane < 64; ++lane) {
+        const std::size_t place = 64 * number + lane;
+        const std::uint8_t from = order.from[place % order.destinationBytes];
+        if (from == Opaque) {
+            part.opaque |= std::uint64_t{1} << lane;
+            continue;
+        }
+        const std::size_t byte = place / order.destinationBytes * order.sourceBytes + from;
+        const std::size_t index =
+            byte < part.first + 64 ? byte - part.first : byte - part.second + 64;
+        part.from[lane] = static_cast<std::uint8_t>(index);
+    }
+    return part;
+}
+
+template <const Swizzle& Order, std::size_t Number>
+inline constexpr Part PartOf = MakePart(Order, Number);
+
+template <const Swizzle& Order, std::size_t Number>
+HWY_INLINE __m512i LookUpPart(const std::uint8_t* from) {
+    constexpr const Part& part = PartOf<Order, Number>;
+    const __m512i table = _mm512_load_si512(part.from.data());
+    const __m512i first = _mm512_loadu_si512(from + part.first);
+    if constexpr (part.two) {
+        return _mm512_permutex2var_epi8(first, table, _mm512_loadu_si512(from + part.second));
+    } else if constexpr (part.opaque != 0) {
+        return _mm512_mask_permutexvar_epi8(_mm512_set1_epi8(-1), ~part.opaque, table, first);
+    } else {
+        return _mm512_permutexvar_epi8(table, first);
+    }
+}
+
+template <const Swizzle& Order, Stores Way = Stores::Cached>
+struct SwizzleStep {
+    using Streamed = SwizzleStep<Order, Stores::Streamed>;
+    static constexpr std::size_t MaxLanes = 64;
+    static constexpr std::size_t SourceBytes = Order.sourceBytes;
+    static constexpr std::size_t Bytes = Order.destinationBytes;
+    static constexpr std::size_t Planes = 1;
+
+    static HWY_INLINE std::size_t Lanes() { return MaxLanes; }
+    static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to, const ConversionJob&) {
+        StoreParts(from, to[0], std::make_index_sequence<Bytes>());
+    }
+
+private:
+    template <std::size_t... Numbers>
+    static HWY_INLINE void StoreParts(const std::uint8_t* from, std::uint8_t* to,
+                                      std::index_sequence<Numbers...>) {
+        (StoreBytes<Way>(V8{LookUpPart<Order, Numbers>(from)}, to + 64 * Numbers), ...);
+    }
+};
+
+template <const Swizzle& Order>
+HWY_INLINE void SwizzleLines(const ConversionJob& job, std::uint32_t first, std::uint32_t end) {
+    ConvertLines<SwizzleStep<Order>>(job, first, end);
+}
+
 #else
+
+// Bytes are looked up within blocks of so many.
 constexpr std::size_t BlockBytes = 16;
-#endif
 
 // Where both pixels have four bytes, blocks fill a vector; otherwise one block is done at a time,
 // and moves on by fewer bytes than it is long.
 constexpr bool FillsVectors(const Swizzle& swizzle) {
-    return BlockBytes == 16 && swizzle.sourceBytes == 4 && swizzle.destinationBytes == 4;
+    return swizzle.sourceBytes == 4 && swizzle.destinationBytes == 4;
 }
 
 template <const Swizzle& Order>
@@ -49,20 +153,12 @@ constexpr std::size_t BlockPixels(const Swizzle& swizzle) {
 }
 
 // An entry with the sign bit gives 255.
-#if HWY_TARGET == HWY_AVX3_DL
-template <class D>
-HWY_INLINE hn::Vec<D> LookUp(D, hn::Vec<D> block, hn::Vec<D> table) {
-    const __mmask32 opaque = _mm256_movepi8_mask(table.raw);
-    return {_mm256_mask_permutexvar_epi8(_mm256_set1_epi8(-1), ~opaque, table.raw, block.raw)};
-}
-#else
 template <class D>
 HWY_INLINE hn::Vec<D> LookUp(D d, hn::Vec<D> block, hn::Vec<D> table) {
     const hn::RebindToSigned<D> bytes;
     const auto opaque = hn::BitCast(d, hn::BroadcastSignBit(hn::BitCast(bytes, table)));
     return hn::Or(hn::TableLookupBytesOr0(block, table), opaque);
 }
-#endif
 
 // The table of a block. What follows the block's last pixel doesn't matter: the next block
 // overwrites it.
@@ -75,11 +171,7 @@ HWY_INLINE hn::Vec<TagFor<Order>> MakeTable() {
         table[index] =
             from == Opaque ? Opaque : static_cast<std::uint8_t>(pixel * Order.sourceBytes + from);
     }
-#if HWY_TARGET == HWY_AVX3_DL
-    return hn::Load(TagFor<Order>(), table);
-#else
     return hn::LoadDup128(TagFor<Order>(), table);
-#endif
 }
 
 template <const Swizzle& Order>
@@ -114,6 +206,8 @@ HWY_INLINE void SwizzleLines(const ConversionJob& job, std::uint32_t first, std:
         SwizzleLine<Order>(SourceLine(job, line), DestinationLine(job, line)[0], job.width);
     }
 }
+
+#endif
 
 // Named as the kernels that use them.
 constexpr Swizzle Rgb8ToBgra8Order{3, 4, {2, 1, 0, Opaque}};

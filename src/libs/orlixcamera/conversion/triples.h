@@ -15,14 +15,11 @@
 #include <cstdint>
 #include <cstring>
 
+#include "orlixcamera/conversion/vectorstores.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace Orlix::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
-
-using D8 = hn::ScalableTag<std::uint8_t>;
-using D16 = hn::ScalableTag<std::uint16_t>;
-using V8 = hn::Vec<D8>;
-using V16 = hn::Vec<D16>;
 
 #if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX3
 
@@ -80,12 +77,13 @@ HWY_INLINE void LoadTriples(const std::uint8_t* from, V16& a, V16& b, V16& c) {
     c = V16{LookUpWords(x, y, z, LoadTable<std::uint16_t, 32, 2>)};
 }
 
+template <Stores Way = Stores::Cached>
 HWY_INLINE void StoreTriples(V16 a, V16 b, V16 c, std::uint8_t* to) {
-    _mm512_storeu_si512(to, LookUpWords(a.raw, b.raw, c.raw, StoreTable<std::uint16_t, 32, 0>));
-    _mm512_storeu_si512(to + 64,
-                        LookUpWords(a.raw, b.raw, c.raw, StoreTable<std::uint16_t, 32, 1>));
-    _mm512_storeu_si512(to + 128,
-                        LookUpWords(a.raw, b.raw, c.raw, StoreTable<std::uint16_t, 32, 2>));
+    StoreBytes<Way>(V8{LookUpWords(a.raw, b.raw, c.raw, StoreTable<std::uint16_t, 32, 0>)}, to);
+    StoreBytes<Way>(V8{LookUpWords(a.raw, b.raw, c.raw, StoreTable<std::uint16_t, 32, 1>)},
+                    to + 64);
+    StoreBytes<Way>(V8{LookUpWords(a.raw, b.raw, c.raw, StoreTable<std::uint16_t, 32, 2>)},
+                    to + 128);
 }
 
 #else
@@ -102,6 +100,7 @@ HWY_INLINE void LoadTriples(const std::uint8_t* from, V16& a, V16& b, V16& c) {
     hn::LoadInterleaved3(D16(), words, a, b, c);
 }
 
+template <Stores Way = Stores::Cached>
 HWY_INLINE void StoreTriples(V16 a, V16 b, V16 c, std::uint8_t* to) {
 #if HWY_TARGET == HWY_EMU128
     HWY_ALIGN std::uint16_t words[3 * hn::MaxLanes(D16())];
@@ -132,15 +131,16 @@ HWY_INLINE void LoadTriples(const std::uint8_t* from, V8& a, V8& b, V8& c) {
     c = V8{LookUpBytes(x, y, z, LoadTable<std::uint8_t, 64, 2>)};
 }
 
+template <Stores Way = Stores::Cached>
 HWY_INLINE void StoreTriples(V8 a, V8 b, V8 c, std::uint8_t* to) {
-    _mm512_storeu_si512(to, LookUpBytes(a.raw, b.raw, c.raw, StoreTable<std::uint8_t, 64, 0>));
-    _mm512_storeu_si512(to + 64, LookUpBytes(a.raw, b.raw, c.raw, StoreTable<std::uint8_t, 64, 1>));
-    _mm512_storeu_si512(to + 128,
-                        LookUpBytes(a.raw, b.raw, c.raw, StoreTable<std::uint8_t, 64, 2>));
+    StoreBytes<Way>(V8{LookUpBytes(a.raw, b.raw, c.raw, StoreTable<std::uint8_t, 64, 0>)}, to);
+    StoreBytes<Way>(V8{LookUpBytes(a.raw, b.raw, c.raw, StoreTable<std::uint8_t, 64, 1>)}, to + 64);
+    StoreBytes<Way>(V8{LookUpBytes(a.raw, b.raw, c.raw, StoreTable<std::uint8_t, 64, 2>)},
+                    to + 128);
 }
 
 // One channel three times.
-template <std::size_t Part>
+template <Stores Way, std::size_t Part>
 HWY_INLINE void StoreThird(V8 value, std::uint8_t* to) {
     alignas(64) static constexpr auto from = [] {
         std::array<std::uint8_t, 64> places{};
@@ -149,18 +149,19 @@ HWY_INLINE void StoreThird(V8 value, std::uint8_t* to) {
         }
         return places;
     }();
-    _mm512_storeu_si512(to + Part * 64,
-                        _mm512_permutexvar_epi8(_mm512_load_si512(from.data()), value.raw));
+    StoreBytes<Way>(V8{_mm512_permutexvar_epi8(_mm512_load_si512(from.data()), value.raw)},
+                    to + Part * 64);
 }
 
+template <Stores Way = Stores::Cached>
 HWY_INLINE void StoreThrice(V8 value, std::uint8_t* to) {
-    StoreThird<0>(value, to);
-    StoreThird<1>(value, to);
-    StoreThird<2>(value, to);
+    StoreThird<Way, 0>(value, to);
+    StoreThird<Way, 1>(value, to);
+    StoreThird<Way, 2>(value, to);
 }
 
 // Part of four vectors of pixels of four bytes, the last of which is 255.
-template <std::size_t Part>
+template <Stores Way, std::size_t Part>
 HWY_INLINE void StoreOpaqueQuarter(V8 a, V8 b, V8 c, std::uint8_t* to) {
     alignas(64) static constexpr auto from = [] {
         std::array<std::uint8_t, 64> places{};
@@ -174,28 +175,32 @@ HWY_INLINE void StoreOpaqueQuarter(V8 a, V8 b, V8 c, std::uint8_t* to) {
     const __m512i places = _mm512_load_si512(from.data());
     const __m512i two = _mm512_permutex2var_epi8(a.raw, places, b.raw);
     const __m512i three = _mm512_mask_permutexvar_epi8(two, Third, places, c.raw);
-    _mm512_storeu_si512(to + Part * 64,
-                        _mm512_or_si512(three, _mm512_set1_epi32(static_cast<int>(0xFF000000))));
+    StoreBytes<Way>(V8{_mm512_or_si512(three, _mm512_set1_epi32(static_cast<int>(0xFF000000)))},
+                    to + Part * 64);
 }
 
+template <Stores Way = Stores::Cached>
 HWY_INLINE void StoreOpaqueQuads(V8 a, V8 b, V8 c, std::uint8_t* to) {
-    StoreOpaqueQuarter<0>(a, b, c, to);
-    StoreOpaqueQuarter<1>(a, b, c, to);
-    StoreOpaqueQuarter<2>(a, b, c, to);
-    StoreOpaqueQuarter<3>(a, b, c, to);
+    StoreOpaqueQuarter<Way, 0>(a, b, c, to);
+    StoreOpaqueQuarter<Way, 1>(a, b, c, to);
+    StoreOpaqueQuarter<Way, 2>(a, b, c, to);
+    StoreOpaqueQuarter<Way, 3>(a, b, c, to);
 }
 
 #else
 
+template <Stores Way = Stores::Cached>
 HWY_INLINE void StoreOpaqueQuads(V8 a, V8 b, V8 c, std::uint8_t* to) {
     hn::StoreInterleaved4(a, b, c, hn::Set(D8(), 255), D8(), to);
 }
 HWY_INLINE void LoadTriples(const std::uint8_t* from, V8& a, V8& b, V8& c) {
     hn::LoadInterleaved3(D8(), from, a, b, c);
 }
+template <Stores Way = Stores::Cached>
 HWY_INLINE void StoreTriples(V8 a, V8 b, V8 c, std::uint8_t* to) {
     hn::StoreInterleaved3(a, b, c, D8(), to);
 }
+template <Stores Way = Stores::Cached>
 HWY_INLINE void StoreThrice(V8 value, std::uint8_t* to) {
     hn::StoreInterleaved3(value, value, value, D8(), to);
 }

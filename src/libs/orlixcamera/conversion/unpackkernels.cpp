@@ -205,19 +205,36 @@ HWY_NOINLINE void ReadLastSamples(const std::uint8_t* from, std::size_t count, s
     std::memcpy(to, out, count * Step::Bytes);
 }
 
+// How many steps have all the bytes in the line that they read.
+template <class Packing, class Step>
+HWY_INLINE std::size_t WholeSteps(std::size_t count, std::size_t bytes) {
+    const std::size_t stepBytes = Step::Lanes() / 8 * Packing::BlockBytes;
+    const std::size_t readable = bytes < Step::Reach ? 0 : (bytes - Step::Reach) / stepBytes + 1;
+    return std::min(count / Step::Lanes(), readable);
+}
+
 template <class Packing, class Step>
 HWY_INLINE void ReadPacked(const std::uint8_t* line, std::size_t count, std::uint8_t* to,
                            int shiftUp) {
-    constexpr std::size_t Block = Packing::BlockBytes;
-    const std::size_t lanes = Step::Lanes();
-    const std::size_t bytes = (count * Block + 7) / 8;
-    std::size_t sample = 0;
-    for (; sample + lanes <= count && sample / 8 * Block + Step::Reach <= bytes; sample += lanes) {
-        Step::Convert(line + sample / 8 * Block, to + sample * Step::Bytes, shiftUp);
+    const std::size_t stepBytes = Step::Lanes() / 8 * Packing::BlockBytes;
+    const std::size_t madeBytes = Step::Lanes() * Step::Bytes;
+    const std::size_t bytes = (count * Packing::BlockBytes + 7) / 8;
+    const std::size_t steps = WholeSteps<Packing, Step>(count, bytes);
+    std::size_t step = 0;
+    for (; step + 2 <= steps; step += 2) {
+        Step::Convert(line, to, shiftUp);
+        Step::Convert(line + stepBytes, to + madeBytes, shiftUp);
+        line += 2 * stepBytes;
+        to += 2 * madeBytes;
     }
-    if (sample < count) {
-        ReadLastSamples<Packing, Step>(line + sample / 8 * Block, count - sample,
-                                       to + sample * Step::Bytes, shiftUp);
+    for (; step < steps; ++step) {
+        Step::Convert(line, to, shiftUp);
+        line += stepBytes;
+        to += madeBytes;
+    }
+    const std::size_t read = steps * Step::Lanes();
+    if (read < count) {
+        ReadLastSamples<Packing, Step>(line, count - read, to, shiftUp);
     }
 }
 

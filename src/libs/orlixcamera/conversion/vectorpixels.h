@@ -200,8 +200,9 @@ HWY_INLINE Line Advance(const Line& line, std::size_t bytes) {
 
 // A step converts as many samples as its vector has lanes, from one source line to one line of
 // each destination plane. This one works on 8-bit lanes ...
-template <class Source, class Sink>
+template <class Source, class Sink, Stores Way = Stores::Cached>
 struct ByteStep {
+    using Streamed = ByteStep<Source, Sink, Stores::Streamed>;
     static constexpr std::size_t MaxLanes = hn::MaxLanes(D8());
     static constexpr std::size_t SourceBytes = Source::Bytes;
     static constexpr std::size_t Bytes = Sink::Bytes;
@@ -210,13 +211,14 @@ struct ByteStep {
     static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D8()); }
     static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to,
                                    const ConversionJob& job) {
-        Sink::Store(Source::Load(from, job.shiftDown), to);
+        Sink::template Store<Way>(Source::Load(from, job.shiftDown), to);
     }
 };
 
 // ... and this one on 16-bit lanes.
-template <class Source, class Sink>
+template <class Source, class Sink, Stores Way = Stores::Cached>
 struct WideStep {
+    using Streamed = WideStep<Source, Sink, Stores::Streamed>;
     static constexpr std::size_t MaxLanes = hn::MaxLanes(D16());
     static constexpr std::size_t SourceBytes = Source::Bytes;
     static constexpr std::size_t Bytes = Sink::Bytes;
@@ -225,7 +227,7 @@ struct WideStep {
     static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D16()); }
     static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to,
                                    const ConversionJob& job) {
-        Sink::Store(Source::LoadWide(from, job.shiftUp), to);
+        Sink::template Store<Way>(Source::LoadWide(from, job.shiftUp), to);
     }
 };
 
@@ -265,11 +267,59 @@ HWY_INLINE void ConvertLine(const std::uint8_t* from, const Line& to, std::size_
     }
 }
 
+// Where a vector of each plane begins a cache line: a sample before the first whole vector, or
+// `lanes` if there is none.
+template <class Step>
+HWY_INLINE std::size_t FirstStreamed(const Line& to, std::size_t lanes) {
+    const auto isAligned = [](const std::uint8_t* at) {
+        return reinterpret_cast<std::uintptr_t>(at) % CacheLineBytes == 0;
+    };
+    for (std::size_t sample = 0; sample < lanes; ++sample) {
+        const Line at = Advance(to, sample * Step::Bytes);
+        if (isAligned(at[0]) && (Step::Planes == 1 || (isAligned(at[1]) && isAligned(at[2])))) {
+            return sample;
+        }
+    }
+    return lanes;
+}
+
+// Past the caches but for the ends, which share their cache lines with other lines. Nothing is
+// written twice: that would fetch what has just gone.
+template <class Step>
+HWY_INLINE void StreamLine(const std::uint8_t* from, const Line& to, std::size_t samples,
+                           const ConversionJob& job) {
+    const std::size_t lanes = Step::Lanes();
+    std::size_t sample = FirstStreamed<Step>(to, lanes);
+    if (sample == lanes || samples < 2 * lanes) {
+        ConvertLine<Step>(from, to, samples, job);
+        return;
+    }
+    if (sample > 0) {
+        ConvertShortLine<Step>(from, to, sample, job);
+    }
+    for (; sample + lanes <= samples; sample += lanes) {
+        Step::Streamed::Convert(from + sample * Step::SourceBytes,
+                                Advance(to, sample * Step::Bytes), job);
+    }
+    if (sample < samples) {
+        ConvertShortLine<Step>(from + sample * Step::SourceBytes, Advance(to, sample * Step::Bytes),
+                               samples - sample, job);
+    }
+}
+
 template <class Step, std::size_t SamplesPerPixel = 1>
 HWY_INLINE void ConvertLines(const ConversionJob& job, std::uint32_t first, std::uint32_t end) {
+    const std::size_t samples = std::size_t{job.width} * SamplesPerPixel;
+    if constexpr (HasStreams && requires { typename Step::Streamed; }) {
+        if (job.streams) {
+            for (std::uint32_t line = first; line < end; ++line) {
+                StreamLine<Step>(SourceLine(job, line), DestinationLine(job, line), samples, job);
+            }
+            return;
+        }
+    }
     for (std::uint32_t line = first; line < end; ++line) {
-        ConvertLine<Step>(SourceLine(job, line), DestinationLine(job, line),
-                          std::size_t{job.width} * SamplesPerPixel, job);
+        ConvertLine<Step>(SourceLine(job, line), DestinationLine(job, line), samples, job);
     }
 }
 

@@ -12,70 +12,61 @@
 HWY_BEFORE_NAMESPACE();
 namespace Orlix::HWY_NAMESPACE {
 
-struct ToRgb8 {
-    static constexpr std::size_t Bytes = 3;
-    static constexpr std::size_t Planes = 1;
-    template <class Pixel>
+// The bytes of a pixel in each plane, and the planes.
+template <std::size_t PixelBytes, std::size_t PlaneCount>
+struct SinkForm {
+    static constexpr std::size_t Bytes = PixelBytes;
+    static constexpr std::size_t Planes = PlaneCount;
+};
+
+struct ToRgb8 : SinkForm<3, 1> {
+    template <Stores Way = Stores::Cached, class Pixel>
     static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
-        StoreTriples(Red(pixel), Green(pixel), Blue(pixel), to[0]);
+        StoreTriples<Way>(Red(pixel), Green(pixel), Blue(pixel), to[0]);
     }
+    template <Stores Way = Stores::Cached>
     static HWY_INLINE void Store(const Grey<V8>& pixel, const Line& to) {
-        StoreThrice(pixel.value, to[0]);
+        StoreThrice<Way>(pixel.value, to[0]);
     }
 };
 
-struct ToBgr8 {
-    static constexpr std::size_t Bytes = 3;
-    static constexpr std::size_t Planes = 1;
-    template <class Pixel>
+struct ToBgr8 : SinkForm<3, 1> {
+    template <Stores Way = Stores::Cached, class Pixel>
     static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
-        StoreTriples(Blue(pixel), Green(pixel), Red(pixel), to[0]);
+        StoreTriples<Way>(Blue(pixel), Green(pixel), Red(pixel), to[0]);
     }
 };
 
 // For sources without alpha; pixels with it only change the places of their bytes.
-struct ToBgra8 {
-    static constexpr std::size_t Bytes = 4;
-    static constexpr std::size_t Planes = 1;
-    template <class Pixel>
+struct ToBgra8 : SinkForm<4, 1> {
+    template <Stores Way = Stores::Cached, class Pixel>
     static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
-        StoreOpaqueQuads(Blue(pixel), Green(pixel), Red(pixel), to[0]);
+        StoreOpaqueQuads<Way>(Blue(pixel), Green(pixel), Red(pixel), to[0]);
     }
 };
 
-struct ToRgb8Planar {
-    static constexpr std::size_t Bytes = 1;
-    static constexpr std::size_t Planes = 3;
-    template <class Pixel>
+struct ToRgb8Planar : SinkForm<1, 3> {
+    template <Stores Way = Stores::Cached, class Pixel>
     static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
-        hn::StoreU(Red(pixel), D8(), to[0]);
-        hn::StoreU(Green(pixel), D8(), to[1]);
-        hn::StoreU(Blue(pixel), D8(), to[2]);
+        StoreBytes<Way>(Red(pixel), to[0]);
+        StoreBytes<Way>(Green(pixel), to[1]);
+        StoreBytes<Way>(Blue(pixel), to[2]);
     }
 };
 
-// Lines begin at any byte, so words are stored through bytes.
-HWY_INLINE void StoreWords(V16 value, std::uint8_t* to) {
-    hn::StoreU(hn::BitCast(D8(), value), D8(), to);
-}
-
-struct ToRgb16 {
-    static constexpr std::size_t Bytes = 6;
-    static constexpr std::size_t Planes = 1;
-    template <class Pixel>
+struct ToRgb16 : SinkForm<6, 1> {
+    template <Stores Way = Stores::Cached, class Pixel>
     static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
-        StoreTriples(Red(pixel), Green(pixel), Blue(pixel), to[0]);
+        StoreTriples<Way>(Red(pixel), Green(pixel), Blue(pixel), to[0]);
     }
 };
 
-struct ToRgb16Planar {
-    static constexpr std::size_t Bytes = 2;
-    static constexpr std::size_t Planes = 3;
-    template <class Pixel>
+struct ToRgb16Planar : SinkForm<2, 3> {
+    template <Stores Way = Stores::Cached, class Pixel>
     static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
-        StoreWords(Red(pixel), to[0]);
-        StoreWords(Green(pixel), to[1]);
-        StoreWords(Blue(pixel), to[2]);
+        StoreWords<Way>(Red(pixel), to[0]);
+        StoreWords<Way>(Green(pixel), to[1]);
+        StoreWords<Way>(Blue(pixel), to[2]);
     }
 };
 

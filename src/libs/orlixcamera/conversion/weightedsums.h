@@ -67,15 +67,26 @@ HWY_INLINE VI32 MultiplyPairs(hn::Vec<DI16> a, hn::Vec<DI16> b, VI32 sum) {
     return hn::RearrangeToOddPlusEven(sum, other);
 }
 
+// Small words, whose order is that of InterleaveLower and InterleaveUpper, as bytes.
+HWY_INLINE V8 PackWords(V16 low, V16 high) {
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    return V8{_mm512_packus_epi16(low.raw, high.raw)};
+#elif HWY_TARGET == HWY_AVX2
+    return V8{_mm256_packus_epi16(low.raw, high.raw)};
+#else
+    // The blocks of 16 bytes are the vector.
+    return hn::ConcatEven(D8(), hn::BitCast(D8(), high), hn::BitCast(D8(), low));
+#endif
+}
+
 // Luma in thousandths is 299 R + 587 G + 114 B, and the weights are 2 * 128 + 43, 4 * 128 + 75 and
-// 114. `small` is what the 43, 75 and 114 give, at most 59,160, and `large` what 16 times the 2 and
-// 4 give. An eighth of all, with 500 for the half, is large + (small + 500) / 8 and fits into a
-// word. Since 1000 = 8 * 125, its product with 2^22 / 125, rounded up to 33,555, gives the exact
-// quotient. The result is 2^6 times luma and a fraction.
-HWY_INLINE V16 DivideLuma(V16 large, V16 small) {
-    const V16 biased = hn::Add(small, hn::Set(D16(), 500));
-    const V16 eighth = hn::Add(hn::ShiftRight<3>(biased), large);
-    return hn::MulHigh(eighth, hn::Set(D16(), 33555));
+// 114. The small ones give 59,160 at most with 4 * 125 for the half, and the large ones an eighth
+// of all without its fraction, which fits into a word. Since 1000 = 8 * 125, its product with
+// 2^22 / 125, rounded up to 33,555, gives the exact quotient.
+HWY_INLINE V16 LumaOfPairs(V8 redGreen, V8 blueFour) {
+    const V16 small = hn::Add(WeighBytes(redGreen, 43, 75), WeighBytes(blueFour, 114, 125));
+    const V16 eighth = hn::Add(hn::ShiftRight<3>(small), WeighBytes(redGreen, 32, 64));
+    return hn::ShiftRight<6>(hn::MulHigh(eighth, hn::Set(D16(), 33555)));
 }
 
 HWY_INLINE V8 Luma(const Grey<V8>& pixel) {
@@ -84,18 +95,23 @@ HWY_INLINE V8 Luma(const Grey<V8>& pixel) {
 template <class Pixel>
 ORLIX_VECTOR_FUNCTION V8 Luma(const Pixel& pixel) {
     const D8 d;
-    const V16 low = hn::Set(D16(), 0xFF);
-    const V16 r = hn::BitCast(D16(), pixel.r);
-    const V16 g = hn::BitCast(D16(), pixel.g);
-    const V8 even = hn::BitCast(d, hn::Or(hn::And(r, low), hn::ShiftLeft<8>(g)));
-    const V8 odd = hn::BitCast(d, hn::Or(hn::ShiftRight<8>(r), hn::AndNot(low, g)));
-    const V16 evenLuma = DivideLuma(WeighBytes(even, 32, 64),
-                                    hn::Add(WeighBytes(even, 43, 75), WeighBytes(pixel.b, 114, 0)));
-    const V16 oddLuma = DivideLuma(WeighBytes(odd, 32, 64),
-                                   hn::Add(WeighBytes(odd, 43, 75), WeighBytes(pixel.b, 0, 114)));
-    const V16 upper = hn::AndNot(low, hn::ShiftLeft<2>(oddLuma));
-    return hn::BitCast(d, hn::Or(hn::ShiftRight<6>(evenLuma), upper));
+    const V8 four = hn::Set(d, 4);
+    const V16 low = LumaOfPairs(hn::InterleaveLower(d, pixel.r, pixel.g),
+                                hn::InterleaveLower(d, pixel.b, four));
+    const V16 high = LumaOfPairs(hn::InterleaveUpper(d, pixel.r, pixel.g),
+                                 hn::InterleaveUpper(d, pixel.b, four));
+    return PackWords(low, high);
 }
+
+// The destination of grey, whatever the pixels are.
+struct ToMono8 {
+    static constexpr std::size_t Bytes = 1;
+    static constexpr std::size_t Planes = 1;
+    template <Stores Way = Stores::Cached, class Pixel>
+    static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
+        StoreBytes<Way>(Luma(pixel), to[0]);
+    }
+};
 
 // The mean chroma of blocks of 2^K pixels, from the sums over a block: with own - green = E and
 // green - other = D, blue chroma is 128.5 + (886 E + 299 D) / (1772 * 2^K) and red chroma

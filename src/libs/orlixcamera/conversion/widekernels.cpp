@@ -7,24 +7,18 @@
 #include "orlixcamera/conversion/kernels.h"
 #include "orlixcamera/conversion/vectorpixels.h"
 #include "orlixcamera/conversion/vectorsinks.h"
+#include "orlixcamera/conversion/weightedsums.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Orlix::HWY_NAMESPACE {
 namespace {
 
-struct ToMono8 {
-    static constexpr std::size_t Bytes = 1;
-    static constexpr std::size_t Planes = 1;
-    static HWY_INLINE void Store(const Grey<V8>& pixel, const Line& to) {
-        hn::StoreU(pixel.value, D8(), to[0]);
-    }
-};
-
 struct ToMono16 {
     static constexpr std::size_t Bytes = 2;
     static constexpr std::size_t Planes = 1;
+    template <Stores Way = Stores::Cached>
     static HWY_INLINE void Store(const Grey<V16>& pixel, const Line& to) {
-        StoreWords(pixel.value, to[0]);
+        StoreWords<Way>(pixel.value, to[0]);
     }
 };
 

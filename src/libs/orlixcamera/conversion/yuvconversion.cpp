@@ -40,8 +40,10 @@ public:
         const YuvConversion direct = FindConversion(format_.kind, job_.destinationType);
         if (direct != nullptr) {
             for (std::uint32_t line = first; line < end; ++line) {
-                direct(MakeLine(
-                    line, {Destination(0, line), Destination(1, line), Destination(2, line)}));
+                YuvLine inner = MakeLine(
+                    line, {Destination(0, line), Destination(1, line), Destination(2, line)});
+                inner.streams = job_.streams;
+                direct(inner);
             }
             return;
         }
@@ -107,7 +109,7 @@ private:
                                    const std::array<std::uint8_t*, 3>& to) const {
         const std::uint8_t* luma = Source(0, line);
         const bool apart = format_.kind == SampleKind::Semiplanar;
-        return {luma, apart ? Source(1, ChromaLine(line)) : luma, to, job_.width};
+        return {luma, apart ? Source(1, ChromaLine(line)) : luma, to, job_.width, false};
     }
 
     void StoreLuma(std::uint32_t line, std::uint8_t* to) const {

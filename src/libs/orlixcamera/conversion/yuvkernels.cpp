@@ -27,13 +27,13 @@ HWY_INLINE Chroma ChromaOf(const Colour<V16>& sums) {
 struct FullChroma {
     static constexpr std::size_t Bytes = 1;
     static constexpr std::size_t Planes = 3;
-    template <class Pixel>
+    template <Stores Way = Stores::Cached, class Pixel>
     static HWY_INLINE void Store(const Pixel& pixel, const Line& to) {
-        hn::StoreU(Luma(pixel), D8(), to[0]);
+        StoreBytes<Way>(Luma(pixel), to[0]);
         const auto even = ChromaOf<0>({EvenBytes(pixel.r), EvenBytes(pixel.g), EvenBytes(pixel.b)});
         const auto odd = ChromaOf<0>({OddBytes(pixel.r), OddBytes(pixel.g), OddBytes(pixel.b)});
-        hn::StoreU(JoinBytes(even.blue, odd.blue), D8(), to[1]);
-        hn::StoreU(JoinBytes(even.red, odd.red), D8(), to[2]);
+        StoreBytes<Way>(JoinBytes(even.blue, odd.blue), to[1]);
+        StoreBytes<Way>(JoinBytes(even.red, odd.red), to[2]);
     }
 };
 

@@ -110,26 +110,25 @@ ORLIX_VECTOR_FUNCTION Colour<V8> ColourOf(const LumaChroma& pixel) {
             AddToLuma(even, odd, BlueOf(u))};
 }
 
-template <class Source, class Sink>
+template <class Source, class Sink, Stores Way = Stores::Cached>
 HWY_INLINE void ConvertAt(const YuvLine& line, std::size_t pixel) {
     const LumaChroma loaded = Source::Load(line.luma + pixel * Source::LumaBytes,
                                            line.chroma + pixel * Source::ChromaBytes);
-    Sink::Store(ColourOf(loaded), Advance(line.to, pixel * Sink::Bytes));
+    Sink::template Store<Way>(ColourOf(loaded), Advance(line.to, pixel * Sink::Bytes));
 }
 
-// The pixels that don't fill a vector. Their last pair is whole in memory.
+// Pixels that don't fill a vector, from an even one on. Their last pair is whole in memory.
 template <class Source, class Sink>
-HWY_NOINLINE void ConvertLastPixels(const YuvLine& line, std::size_t pixel) {
+HWY_NOINLINE void ConvertFewPixels(const YuvLine& line, std::size_t pixel, std::size_t pixels) {
     constexpr std::size_t Lanes = hn::MaxLanes(D8());
     HWY_ALIGN std::uint8_t luma[Lanes * 2] = {};
     HWY_ALIGN std::uint8_t chroma[Lanes] = {};
     HWY_ALIGN std::uint8_t out[3][Lanes * Sink::Bytes];
-    const std::size_t pixels = line.width - pixel;
     const std::size_t paired = pixels + pixels % 2;
     const std::size_t lumaPixels = Source::LumaBytes == 2 ? paired : pixels;
     std::memcpy(luma, line.luma + pixel * Source::LumaBytes, lumaPixels * Source::LumaBytes);
     std::memcpy(chroma, line.chroma + pixel * Source::ChromaBytes, paired * Source::ChromaBytes);
-    ConvertAt<Source, Sink>({luma, chroma, {out[0], out[1], out[2]}, Lanes}, 0);
+    ConvertAt<Source, Sink>({luma, chroma, {out[0], out[1], out[2]}, Lanes, false}, 0);
     for (std::size_t plane = 0; plane < Sink::Planes; ++plane) {
         std::memcpy(line.to[plane] + pixel * Sink::Bytes, out[plane], pixels * Sink::Bytes);
     }
@@ -139,11 +138,22 @@ template <class Source, class Sink>
 HWY_INLINE void ConvertYuvLine(const YuvLine& line) {
     const std::size_t lanes = hn::Lanes(D8());
     std::size_t pixel = 0;
+    if constexpr (HasStreams) {
+        const std::size_t begin = line.streams ? FirstStreamed<Sink>(line.to, lanes) : lanes;
+        if (begin < lanes && begin % 2 == 0 && line.width >= 2 * lanes) {
+            if (begin > 0) {
+                ConvertFewPixels<Source, Sink>(line, 0, begin);
+            }
+            for (pixel = begin; pixel + lanes <= line.width; pixel += lanes) {
+                ConvertAt<Source, Sink, Stores::Streamed>(line, pixel);
+            }
+        }
+    }
     for (; pixel + lanes <= line.width; pixel += lanes) {
         ConvertAt<Source, Sink>(line, pixel);
     }
     if (pixel < line.width) {
-        ConvertLastPixels<Source, Sink>(line, pixel);
+        ConvertFewPixels<Source, Sink>(line, pixel, line.width - pixel);
     }
 }
 
