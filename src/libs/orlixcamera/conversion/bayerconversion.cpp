@@ -193,7 +193,7 @@ void BayerConversion::InterpolateInPieces(const BayerLines& lines, const Rows& i
 }
 
 void BayerConversion::InterpolatePiece(BayerLines piece, std::size_t column) const {
-    piece.ownColumn ^= column % 2;
+    piece.ownColumn ^= static_cast<std::uint32_t>(column % 2);
     for (const std::uint8_t*& row : piece.rows) {
         row += column * sampleBytes_;
     }
