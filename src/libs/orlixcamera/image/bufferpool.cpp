@@ -112,10 +112,12 @@ void* allocateMemory(std::size_t size) {
     if (size < 2 * hugePage) {
         return std::aligned_alloc(BufferPool::Alignment, size);
     }
-    void* memory = std::aligned_alloc(hugePage, size);
-    if (memory != nullptr) {
-        static_cast<void>(madvise(memory, size / hugePage * hugePage, MADV_HUGEPAGE));
+    // Unlike aligned_alloc, this takes sizes that are no multiple of the alignment.
+    void* memory = nullptr;
+    if (posix_memalign(&memory, hugePage, size) != 0) {
+        return nullptr;
     }
+    static_cast<void>(madvise(memory, size / hugePage * hugePage, MADV_HUGEPAGE));
     return memory;
 }
 
