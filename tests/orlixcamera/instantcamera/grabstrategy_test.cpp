@@ -145,6 +145,27 @@ TEST_F(GrabStrategy, RetrievingEndsWhenGrabbingIsStopped) {
     EXPECT_FALSE(camera.RetrieveResult(600000, result));
 }
 
+TEST_F(GrabStrategy, RetrievingMayMeetAnyStartAndEnd) {
+    open();
+    std::atomic<bool> done{false};
+    auto taking = std::async(std::launch::async, [&] {
+        std::size_t taken = 0;
+        while (!done) {
+            CGrabResultPtr result;
+            taken += camera.RetrieveResult(1, result, TimeoutHandling_Return) ? 1U : 0U;
+        }
+        return taken;
+    });
+    for (int round = 0; round < 200; ++round) {
+        camera.StartGrabbing(round % 2 == 0 ? GrabStrategy_OneByOne : GrabStrategy_LatestImageOnly);
+        ASSERT_TRUE(device->Send());
+        camera.StopGrabbing();
+    }
+    done = true;
+    EXPECT_EQ(taking.get(), static_cast<std::size_t>(statistic("StatisticDelivered")));
+    expectAccount(200);
+}
+
 TEST_F(GrabStrategy, RetrievingIsRefusedWhileAThreadOfTheCameraTakesTheFrames) {
     grab();
     CGrabResultPtr result;

@@ -43,6 +43,9 @@ void GrabRun::Start(std::shared_ptr<BufferSet> buffers, std::size_t payloadSize)
     if (collectsLatest()) {
         collector_ = std::thread([this] { collect(); });
     }
+    const std::scoped_lock lock(mutex_);
+    started_ = true;
+    collected_.notify_all();
 }
 
 void GrabRun::Forbid() noexcept {
@@ -77,6 +80,9 @@ bool GrabRun::IsComplete() const {
 
 CGrabResultPtr GrabRun::Next(milliseconds timeOut) {
     const Clock::time_point deadline = Clock::now() + timeOut;
+    if (!waitForStart(deadline)) {
+        return {};
+    }
     std::size_t skipped = 0;
     FrameSlot* slot = nullptr;
     if (collectsLatest()) {
@@ -104,6 +110,13 @@ CGrabResultPtr GrabRun::Next(milliseconds timeOut) {
         }
     }
     return slot->HandOut(buffers_, numbers);
+}
+
+// False if it doesn't come to it.
+bool GrabRun::waitForStart(Clock::time_point deadline) {
+    std::unique_lock lock(mutex_);
+    collected_.wait_until(lock, deadline, [this] { return started_ || !allowed_; });
+    return started_;
 }
 
 // In one step, so that no end of the run comes between the answer and the count.

@@ -25,8 +25,8 @@ struct GrabPlan {
     bool deliverFailed = true;
 };
 
-// Next is called by one thread or several; Start and Stop by those who control the camera, one at a
-// time.
+// Next is called by one thread or several, also while Start is under way, which it waits for; Start
+// and Stop by those who control the camera, one at a time.
 class GrabRun {
 public:
     GrabRun(GrabPlan plan, std::shared_ptr<StreamGrabber> grabber);
@@ -61,6 +61,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     [[nodiscard]] bool collectsLatest() const noexcept;
+    [[nodiscard]] bool waitForStart(Clock::time_point deadline);
     [[nodiscard]] FrameSlot* takeWanted(Clock::time_point deadline);
     [[nodiscard]] FrameSlot* takeUpcoming(Clock::time_point deadline);
     [[nodiscard]] FrameSlot* takeLatest(Clock::time_point deadline, std::size_t& skipped);
@@ -79,14 +80,15 @@ private:
     std::atomic<bool> failed_{false};
     mutable std::mutex mutex_;
     bool allowed_ = true;
+    bool started_ = false;
     std::array<bool, 2> claimed_{};
     std::size_t handedOut_ = 0;
     bool upcomingQueued_ = false;
 
     // The strategies of the latest images: a thread that calls nobody empties the stream.
     std::thread collector_;
-    std::condition_variable collected_;
-    std::vector<FrameSlot*> latest_;  // a ring
+    std::condition_variable collected_;  // or started, or forbidden
+    std::vector<FrameSlot*> latest_;     // a ring
     std::size_t oldest_ = 0;
     std::size_t waiting_ = 0;
     std::size_t skipped_ = 0;
