@@ -35,4 +35,11 @@ if [[ -n $found ]]; then
   echo "$found"
   failed=1
 fi
+found=$(git grep -nE '#include "(orlixdataprocessingcore|anythingtonodemapadapter|orlixhost|host)/' \
+          -- src/transports || true)
+if [[ -n $found ]]; then
+  echo "A transport back end includes from a layer above the camera library:"
+  echo "$found"
+  failed=1
+fi
 exit $failed

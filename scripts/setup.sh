@@ -7,7 +7,8 @@ packages=(
   g++ cmake ninja-build ccache pkg-config git python3 clang-format
   zlib1g-dev nlohmann-json3-dev libspdlog-dev libcli11-dev libtbb-dev libhwy-dev
   libjpeg62-turbo-dev libspng-dev libpng-dev libtiff-dev
-  libgtest-dev libgmock-dev libbenchmark-dev
+  libaravis-dev libusb-1.0-0-dev
+  libgtest-dev libgmock-dev libbenchmark-dev aravis-tools
   ${ORLIX_EXTRA_PACKAGES:-}
 )
 

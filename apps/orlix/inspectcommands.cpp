@@ -3,6 +3,8 @@
 
 #include "commands.h"
 #include "orlixdataprocessingcore/core/inode.h"
+#include "orlixdataprocessingcore/core/resourcepool.h"
+#include "orlixdataprocessingcore/utils/typeinfo.h"
 #include "orlixhost/descriptionfile.h"
 #include "orlixhost/descriptionsteps.h"
 #include "orlixhost/htmltext.h"
@@ -68,8 +70,11 @@ void showNodeMap(const NodeMapOptions& options, Format format) {
 }
 
 void showDevices(const CommonOptions& options, Format format) {
+    const auto pool = Host::createResourcePool(options.cameras);
+    // Now real cameras are waited for, too.
+    pool->refreshResources({});
     Host::printDevices(
-        std::cout, *Host::createResourcePool(options.cameras),
+        std::cout, *pool,
         format == Format::Json ? Host::DeviceFormat::Json : Host::DeviceFormat::Text);
 }
 

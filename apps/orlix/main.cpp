@@ -94,6 +94,9 @@ void addCameraOptions(CLI::App* command, Host::CameraOptions& cameras) {
             "--fault", cameras.faults,
             "What goes wrong with the emulated cameras: a fault script, or a file with one")
         ->type_name("SCRIPT|@FILE");
+    command->add_flag_callback(
+        "--no-real-cameras", [&cameras] { cameras.realCameras = Host::RealCameras::LeftOut; },
+        "Don't look for cameras on the network and at USB ports");
 }
 
 void addInspectCommands(CLI::App& app, CommandLine& line) {

@@ -13,4 +13,7 @@ using MessageSink = void (*)(const char* message) noexcept;
 // standard error; null is silence.
 ORLIXCAMERA_API MessageSink SetMessageSink(MessageSink sink) noexcept;
 
+// For transport back ends: to the sink of the process.
+ORLIXCAMERA_API void TellMessage(const char* message) noexcept;
+
 }  // namespace Orlix

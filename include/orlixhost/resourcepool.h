@@ -19,10 +19,15 @@ class IResourcePool;
 
 namespace Orlix::Host {
 
+// Real cameras: through the transport back ends that are installed, looked for when something is
+// asked for that the pool doesn't have at first, or the list is refreshed.
+enum class RealCameras { LookedFor, LeftOut };
+
 struct CameraOptions {
     std::size_t emulatedCameras = 0;
     // What goes wrong with them: a fault script, or @ and the name of a file with one.
     std::string faults;
+    RealCameras realCameras = RealCameras::LookedFor;
 };
 
 // A pool with the process-wide threads, buffers and updates, and the cameras that the options ask

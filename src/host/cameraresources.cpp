@@ -116,18 +116,20 @@ private:
 namespace {
 
 template <typename Layer>
-std::vector<std::unique_ptr<Layer>> wrap(std::vector<std::shared_ptr<ICameraLayer>> layers) {
-    std::vector<std::unique_ptr<Layer>> wrapped;
+std::vector<std::shared_ptr<Layer>> wrap(std::vector<std::shared_ptr<ICameraLayer>> layers) {
+    std::vector<std::shared_ptr<Layer>> wrapped;
     for (auto& layer : layers) {
-        wrapped.push_back(std::make_unique<Layer>(std::move(layer)));
+        wrapped.push_back(std::make_shared<Layer>(std::move(layer)));
     }
     return wrapped;
 }
 
 }  // namespace
 
-CameraResources::CameraResources(std::vector<std::shared_ptr<ICameraLayer>> layers)
-    : layers_(wrap<Layer>(std::move(layers))) {}
+CameraResources::CameraResources(std::vector<std::shared_ptr<ICameraLayer>> layers, LateLayers late)
+    : late_(std::move(late)),
+      layers_(wrap<Layer>(std::move(layers))),
+      complete_(late_ == nullptr) {}
 
 CameraResources::~CameraResources() {
     for (const auto& layer : layers_) {
@@ -138,6 +140,7 @@ CameraResources::~CameraResources() {
 // Of refreshes that run at once an older list must not reach the pool last: who finds that another
 // change of the list has begun since it looked, looks once more.
 void CameraResources::refresh(Core::DefaultResourcePool& pool) {
+    addLateLayers();
     const auto changesBegun = [this] {
         const std::scoped_lock lock(mutex_);
         return changesBegun_;
@@ -160,26 +163,53 @@ void CameraResources::refresh(Core::DefaultResourcePool& pool) {
 }
 
 void CameraResources::watch(const std::shared_ptr<Core::DefaultResourcePool>& pool) {
-    for (const auto& layer : layers_) {
-        layer->layer->SetDevicesChanged([weak = std::weak_ptr(pool)] {
-            const auto strong = weak.lock();
-            if (strong == nullptr) {
-                return;
-            }
-            try {
-                strong->refreshResources({});
-            } catch (...) {
-                Utils::createLogEntry(Utils::Severitiy::Error, getCatIdResources(),
-                                      "Host: The list of cameras can't be refreshed. Message: %s",
-                                      currentMessage().c_str());
-            }
-        });
+    pool_ = pool;
+    for (const auto& layer : getLayers()) {
+        watch(*layer);
+    }
+}
+
+void CameraResources::watch(Layer& layer) const {
+    layer.layer->SetDevicesChanged([weak = pool_] {
+        const auto strong = weak.lock();
+        if (strong == nullptr) {
+            return;
+        }
+        try {
+            strong->refreshResources({});
+        } catch (...) {
+            Utils::createLogEntry(Utils::Severitiy::Error, getCatIdResources(),
+                                  "Host: The list of cameras can't be refreshed. Message: %s",
+                                  currentMessage().c_str());
+        }
+    });
+}
+
+CameraResources::Layers CameraResources::getLayers() {
+    const std::scoped_lock lock(mutex_);
+    return layers_;
+}
+
+void CameraResources::addLateLayers() {
+    const std::scoped_lock addition(addition_);
+    {
+        const std::scoped_lock lock(mutex_);
+        const bool isFirst = !std::exchange(refreshed_, true);
+        if (complete_ || isFirst) {
+            return;
+        }
+        complete_ = true;
+    }
+    for (auto& layer : wrap<Layer>(late_())) {
+        watch(*layer);
+        const std::scoped_lock lock(mutex_);
+        layers_.push_back(std::move(layer));
     }
 }
 
 CameraResources::ResourceMap CameraResources::enumerate() {
     ResourceMap resources;
-    for (const auto& layer : layers_) {
+    for (const auto& layer : getLayers()) {
         layer->addTo(resources);
     }
     return resources;

@@ -8,6 +8,7 @@
 #include "host/textfile.h"
 #include "orlixcamera/cameralayer.h"
 #include "orlixcamera/emulatedcameras.h"
+#include "orlixcamera/installedlayers.h"
 #include "orlixdataprocessingcore/core/defaultresourcepool.h"
 
 namespace Orlix::Host {
@@ -35,6 +36,24 @@ std::string scriptOf(const std::string& faults) {
                : faults;
 }
 
+std::vector<std::shared_ptr<ICameraLayer>> installedLayers() {
+    std::vector<std::shared_ptr<ICameraLayer>> layers;
+    for (auto& layer : CreateInstalledLayers()) {
+        layers.push_back(CreateCameraLayer(std::move(layer)));
+    }
+    return layers;
+}
+
+std::shared_ptr<Core::IResourcePool> createPool(std::vector<std::shared_ptr<ICameraLayer>> layers,
+                                                CameraResources::LateLayers late) {
+    const auto cameras = std::make_shared<CameraResources>(std::move(layers), std::move(late));
+    const auto pool = std::make_shared<Core::DefaultResourcePool>(
+        [cameras](Core::DefaultResourcePool& self) { cameras->refresh(self); });
+    cameras->watch(pool);
+    pool->refreshResources({});
+    return pool;
+}
+
 }  // namespace
 
 std::shared_ptr<Core::IResourcePool> createResourcePool(const CameraOptions& options) {
@@ -45,17 +64,14 @@ std::shared_ptr<Core::IResourcePool> createResourcePool(const CameraOptions& opt
         layers.push_back(withPlace(
             "--fault", [&] { return CreateCameraLayer(CreateEmulatedCameras(emulated)); }));
     }
-    return createResourcePool(std::move(layers));
+    return createPool(std::move(layers), options.realCameras == RealCameras::LookedFor
+                                             ? CameraResources::LateLayers(&installedLayers)
+                                             : nullptr);
 }
 
 std::shared_ptr<Core::IResourcePool> createResourcePool(
     std::vector<std::shared_ptr<ICameraLayer>> layers) {
-    const auto cameras = std::make_shared<CameraResources>(std::move(layers));
-    const auto pool = std::make_shared<Core::DefaultResourcePool>(
-        [cameras](Core::DefaultResourcePool& self) { cameras->refresh(self); });
-    cameras->watch(pool);
-    pool->refreshResources({});
-    return pool;
+    return createPool(std::move(layers), nullptr);
 }
 
 void printDevices(std::ostream& out, Core::IResourcePool& pool, DeviceFormat format) {

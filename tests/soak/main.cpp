@@ -138,7 +138,8 @@ struct Outcome {
 
 // Everything that a run needs is made for it and ends with it.
 Outcome run(const Host::PackageList& packages, double seconds) {
-    const auto pool = Host::createResourcePool(Host::CameraOptions{2, faults});
+    const auto pool =
+        Host::createResourcePool(Host::CameraOptions{2, faults, Host::RealCameras::LeftOut});
     Host::RecipeGraph graph(Host::Recipe::parse(recipe, "soak", ""), packages, pool);
     graph.connect();
     graph.graph().attachSink("Second", "Image", std::make_shared<SlowSink>());

@@ -60,7 +60,7 @@ Identity identityOf(std::size_t number, const Kind& kind) {
 }
 
 std::shared_ptr<Camera> makeCamera(std::size_t number, const std::shared_ptr<Agenda>& agenda,
-                                   const std::shared_ptr<Announcer>& announcer) {
+                                   const std::shared_ptr<Transport::Announcer>& announcer) {
     const Kind& kind = kinds[(number - 1) % kinds.size()];
     Place place;
     place.ipConfiguration = kind.ipConfiguration;

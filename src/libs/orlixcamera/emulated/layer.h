@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "orlixcamera/emulated/announcer.h"
 #include "orlixcamera/emulated/camera.h"
+#include "orlixcamera/transport/announcer.h"
 #include "orlixcamera/transport/transport.h"
 
 namespace Orlix::Emulated {
@@ -40,7 +40,8 @@ public:
 private:
     CInfoBase info_;
     std::vector<std::shared_ptr<Camera>> cameras_;
-    const std::shared_ptr<Announcer> announcer_ = std::make_shared<Announcer>();
+    const std::shared_ptr<Transport::Announcer> announcer_ =
+        std::make_shared<Transport::Announcer>();
 };
 
 }  // namespace Orlix::Emulated

@@ -22,12 +22,16 @@ MessageSink SetMessageSink(MessageSink sink) noexcept {
     return currentSink.exchange(sink);
 }
 
+void TellMessage(const char* message) noexcept {
+    if (const MessageSink sink = currentSink.load()) {
+        sink(message);
+    }
+}
+
 namespace Detail {
 
 void Tell(const std::string& message) noexcept {
-    if (const MessageSink sink = currentSink.load()) {
-        sink(message.c_str());
-    }
+    TellMessage(message.c_str());
 }
 
 std::string TextOfCurrentException() {

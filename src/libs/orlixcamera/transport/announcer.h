@@ -7,7 +7,7 @@
 #include <mutex>
 #include <thread>
 
-namespace Orlix::Emulated {
+namespace Orlix::Transport {
 
 class Announcer {
 public:
@@ -42,4 +42,4 @@ private:
     std::thread::id caller_;
 };
 
-}  // namespace Orlix::Emulated
+}  // namespace Orlix::Transport

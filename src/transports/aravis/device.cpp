@@ -1,0 +1,155 @@
+#include "aravis/device.h"
+
+#include <thread>
+#include <utility>
+
+#include "aravis/bootstrap.h"
+#include "aravis/layermemory.h"
+#include "aravis/messages.h"
+#include "aravis/stream.h"
+#include "gcbase/gcexception.h"
+
+namespace Orlix::Aravis {
+
+using GenICam::InvalidArgumentException;
+using GenICam::RuntimeException;
+
+namespace {
+
+[[noreturn]] void throwState(const Found& camera, const char* state) {
+    const std::string text = "Device '" + camera.label + "' " + state + ".";
+    throw RuntimeException(text.c_str(), __FILE__, __LINE__);
+}
+
+[[noreturn]] void throwNoLayerMemory() {
+    throw InvalidArgumentException("USB3 Vision devices have no memory of a transport layer.",
+                                   __FILE__, __LINE__);
+}
+
+bool touches(std::uint32_t place, std::int64_t address, std::size_t length) {
+    constexpr std::int64_t wordSize = 4;
+    return address < place + wordSize && address + static_cast<std::int64_t>(length) > place;
+}
+
+}  // namespace
+
+Device::Device(const Found& camera, std::function<void()> lost)
+    : camera_(camera), lost_(std::move(lost)) {}
+
+Device::~Device() {
+    Close();
+    notices_->SetSink(nullptr);
+}
+
+void Device::Open() {
+    const std::scoped_lock control(control_);
+    if (IsOpen()) {
+        throwState(camera_, "is open already");
+    }
+    const std::uint64_t number = notices_->BeginOpening();
+    auto opening = std::make_unique<Opening>();
+    opening->connection = Connection::Open(camera_, [notices = notices_, number, lost = lost_] {
+        lost();
+        std::thread([notices, number] { notices->TellLoss(number); }).detach();
+    });
+    if (isNetwork()) {
+        opening->events = MessageChannel::Open(
+            opening->connection,
+            [notices = notices_, number](const Transport::EventMessage& message) {
+                notices->TellEvent(number, message);
+            });
+    } else {
+        Tell("Device '" + camera_.label +
+             "' is reached by USB3 Vision, whose events are not available here.");
+    }
+    opening->heartbeat = std::make_unique<Heartbeat>(opening->connection);
+    const std::scoped_lock lock(mutex_);
+    opening_ = std::move(opening);
+}
+
+void Device::Close() noexcept {
+    const std::scoped_lock control(control_);
+    std::unique_ptr<Opening> opening;
+    {
+        const std::scoped_lock lock(mutex_);
+        opening = std::move(opening_);
+    }
+    notices_->EndOpening();
+    if (opening == nullptr) {
+        return;
+    }
+    opening->connection->CheckAlive();
+    opening->heartbeat.reset();
+    opening->events.reset();
+    opening->connection->Close();
+}
+
+bool Device::IsOpen() const noexcept {
+    const std::scoped_lock lock(mutex_);
+    return opening_ != nullptr;
+}
+
+std::shared_ptr<Connection> Device::connection() const {
+    const std::scoped_lock lock(mutex_);
+    if (opening_ == nullptr) {
+        throwState(camera_, "isn't open");
+    }
+    return opening_->connection;
+}
+
+void Device::Read(std::int64_t address, void* buffer, std::size_t length) {
+    connection()->Read(address, buffer, length);
+}
+
+void Device::Write(std::int64_t address, const void* buffer, std::size_t length) {
+    connection()->Write(address, buffer, length);
+    if (isNetwork() && touches(Bootstrap::streamPacketSize, address, length)) {
+        // Who sets the size of packets means it.
+        streamState_->ChangeSettings(
+            [](StreamSettings& settings) { settings.negotiatePacketSize = false; });
+    }
+}
+
+std::shared_ptr<const std::string> Device::GetDescription() {
+    return connection()->GetDescription();
+}
+
+std::shared_ptr<const std::string> Device::GetLayerDescription() {
+    return isNetwork() ? Aravis::GetLayerDescription() : nullptr;
+}
+
+void Device::ReadLayer(std::int64_t address, void* buffer, std::size_t length) {
+    if (!isNetwork()) {
+        throwNoLayerMemory();
+    }
+    ReadLayerMemory(*connection(), *streamState_, address, buffer, length);
+}
+
+void Device::WriteLayer(std::int64_t address, const void* buffer, std::size_t length) {
+    if (!isNetwork()) {
+        throwNoLayerMemory();
+    }
+    WriteLayerMemory(*connection(), *streamState_, address, buffer, length);
+}
+
+void Device::SetSink(Transport::IDeviceSink* sink) {
+    notices_->SetSink(sink);
+}
+
+std::unique_ptr<Transport::IStream> Device::OpenStream() {
+    auto open = connection();
+    if (open->IsLost()) {
+        open->ThrowGone();
+    }
+    auto place = std::make_shared<char>();
+    {
+        const std::scoped_lock lock(mutex_);
+        if (!stream_.expired()) {
+            throwState(camera_, "streams already");
+        }
+        stream_ = place;
+    }
+    return std::make_unique<Stream>(std::move(open), streamState_, std::move(place));
+}
+
+}  // namespace Orlix::Aravis

@@ -1,0 +1,142 @@
+#include "aravis/frame.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+namespace Orlix::Aravis {
+
+using Transport::FrameFate;
+using Transport::PayloadKind;
+using Transport::StreamBuffer;
+
+namespace {
+
+struct Reason {
+    ArvBufferStatus status;
+    FrameFate fate;
+    const char* text;
+};
+
+constexpr std::array reasons = {
+    Reason{ARV_BUFFER_STATUS_SUCCESS, FrameFate::Delivered, ""},
+    Reason{ARV_BUFFER_STATUS_MISSING_PACKETS, FrameFate::MissingPackets,
+           "Packets of the frame are missing."},
+    Reason{ARV_BUFFER_STATUS_WRONG_PACKET_ID, FrameFate::MissingPackets,
+           "Packets of the frame came with numbers that don't belong to it."},
+    Reason{ARV_BUFFER_STATUS_TIMEOUT, FrameFate::MissingPackets,
+           "Packets of the frame are missing."},
+    Reason{ARV_BUFFER_STATUS_SIZE_MISMATCH, FrameFate::WrongSize,
+           "The frame has more bytes than its buffer."},
+    Reason{ARV_BUFFER_STATUS_ABORTED, FrameFate::Aborted,
+           "The stream was stopped during the frame."},
+};
+
+constexpr Reason lostEnd = {ARV_BUFFER_STATUS_TIMEOUT, FrameFate::TimedOut,
+                            "The end of the frame didn't come in time."};
+
+const Reason& reasonOf(ArvBufferStatus status, bool lacksEndOnly) {
+    if (status == ARV_BUFFER_STATUS_TIMEOUT && lacksEndOnly) {
+        return lostEnd;
+    }
+    constexpr std::size_t aborted = reasons.size() - 1;
+    const auto* const at = std::find_if(reasons.begin(), reasons.end(), [&](const Reason& reason) {
+        return reason.status == status;
+    });
+    return at != reasons.end() ? *at : reasons[aborted];
+}
+
+bool startsWithImage(ArvBuffer& source) {
+    if (arv_buffer_get_n_parts(&source) == 0) {
+        return false;
+    }
+    const ArvBufferPartDataType type = arv_buffer_get_part_data_type(&source, 0);
+    return type > ARV_BUFFER_PART_DATA_TYPE_UNKNOWN &&
+           type < ARV_BUFFER_PART_DATA_TYPE_CHUNK_DATA && arv_buffer_get_image_width(&source) > 0;
+}
+
+constexpr std::uint64_t lastShortId = 0xFFFF;
+
+}  // namespace
+
+FrameCounter::Place FrameCounter::Count(std::uint64_t blockId) {
+    Place place;
+    if (!begun_) {
+        begun_ = true;
+        number_ = 1;
+    } else if (blockId > lastId_) {
+        place.lost = blockId - lastId_ - 1;
+        number_ += blockId - lastId_;
+    } else if (blockId < lastId_ && lastId_ <= lastShortId && lastId_ - blockId > lastShortId / 2) {
+        const std::uint64_t step = lastShortId - lastId_ + blockId;  // 0 is no number
+        place.lost = step - 1;
+        number_ += step;
+    } else {
+        ++number_;  // the camera has begun to count anew
+    }
+    lastId_ = blockId;
+    place.number = number_;
+    return place;
+}
+
+std::uint64_t FrameReader::Read(ArvBuffer& source, StreamBuffer& frame, bool lacksEndOnly) {
+    const Reason& reason = reasonOf(arv_buffer_get_status(&source), lacksEndOnly);
+    const FrameCounter::Place place = counter_.Count(arv_buffer_get_frame_id(&source));
+    const bool isWhole = reason.fate == FrameFate::Delivered;
+    frame.fate = reason.fate;
+    frame.error = gcstring(reason.text);
+    frame.frameId = place.number;
+    frame.timestamp = arv_buffer_get_timestamp(&source);
+    frame.chunkByteOrder = protocol_ == Protocol::GigE ? Transport::ChunkByteOrder::BigEndian
+                                                       : Transport::ChunkByteOrder::LittleEndian;
+    if (isWhole) {
+        geometry_ = geometryOf(source);
+        std::size_t size = 0;
+        static_cast<void>(arv_buffer_get_data(&source, &size));
+        frame.filled = size;
+    } else {
+        // Nobody counts the bytes of a frame with gaps.
+        frame.filled = std::min(payloadSize_, frame.capacity);
+    }
+    describe(frame);
+    return place.lost;
+}
+
+FrameReader::Geometry FrameReader::geometryOf(ArvBuffer& source) {
+    Geometry geometry;
+    const bool hasChunks = arv_buffer_has_chunks(&source) != FALSE;
+    const bool hasImage = startsWithImage(source);
+    if (hasChunks) {
+        geometry.kind = hasImage ? PayloadKind::ImageWithChunks : PayloadKind::ChunksOnly;
+    }
+    if (!hasImage) {
+        return geometry;
+    }
+    gint x = 0;
+    gint y = 0;
+    gint width = 0;
+    gint height = 0;
+    gint paddingX = 0;
+    gint paddingY = 0;
+    arv_buffer_get_image_region(&source, &x, &y, &width, &height);
+    arv_buffer_get_image_padding(&source, &paddingX, &paddingY);
+    geometry.pixelType = static_cast<EPixelType>(arv_buffer_get_image_pixel_format(&source));
+    geometry.width = static_cast<std::uint32_t>(width);
+    geometry.height = static_cast<std::uint32_t>(height);
+    geometry.offsetX = static_cast<std::uint32_t>(x);
+    geometry.offsetY = static_cast<std::uint32_t>(y);
+    geometry.paddingX = static_cast<std::size_t>(std::max(paddingX, 0));
+    return geometry;
+}
+
+void FrameReader::describe(StreamBuffer& frame) const {
+    frame.kind = geometry_.kind;
+    frame.pixelType = geometry_.pixelType;
+    frame.width = geometry_.width;
+    frame.height = geometry_.height;
+    frame.offsetX = geometry_.offsetX;
+    frame.offsetY = geometry_.offsetY;
+    frame.paddingX = geometry_.paddingX;
+}
+
+}  // namespace Orlix::Aravis

@@ -1,0 +1,63 @@
+// What Aravis says of a buffer that it has filled, in the terms of this library.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "aravis/found.h"
+#include "aravis/glib.h"
+#include "orlixcamera/transport/transport.h"
+
+namespace Orlix::Aravis {
+
+// The numbers of the frames of one acquisition, from 1. Numbers of 16 bits begin anew at 1 after
+// 65535; cameras may begin with any.
+class FrameCounter {
+public:
+    // The number of the frame, and how many were lost between it and the one before.
+    struct Place {
+        std::uint64_t number = 0;
+        std::uint64_t lost = 0;
+    };
+    [[nodiscard]] Place Count(std::uint64_t blockId);
+
+private:
+    bool begun_ = false;
+    std::uint64_t lastId_ = 0;
+    std::uint64_t number_ = 0;
+};
+
+// Describes frames of one stream. The pictures of a failed buffer may be those that the memory had
+// before, or none; then the geometry is that of the last good frame.
+class FrameReader {
+public:
+    FrameReader(Protocol protocol, std::size_t payloadSize)
+        : protocol_(protocol), payloadSize_(payloadSize) {}
+
+    // Fills in all but the memory and its user; returns how many frames are missing before it.
+    // Aravis knows one time-out only: `lacksEndOnly` tells the two reasons apart.
+    std::uint64_t Read(ArvBuffer& source, Transport::StreamBuffer& frame, bool lacksEndOnly);
+    // To be called for a buffer that Aravis gets anew.
+    static void Forget(ArvBuffer& source) { arv_buffer_set_timestamp(&source, 0); }
+
+private:
+    struct Geometry {
+        EPixelType pixelType = PixelType_Undefined;
+        std::uint32_t width = 0;
+        std::uint32_t height = 0;
+        std::uint32_t offsetX = 0;
+        std::uint32_t offsetY = 0;
+        std::size_t paddingX = 0;
+        Transport::PayloadKind kind = Transport::PayloadKind::Image;
+    };
+
+    [[nodiscard]] static Geometry geometryOf(ArvBuffer& source);
+    void describe(Transport::StreamBuffer& frame) const;
+
+    const Protocol protocol_;
+    const std::size_t payloadSize_;
+    Geometry geometry_;
+    FrameCounter counter_;
+};
+
+}  // namespace Orlix::Aravis

@@ -1,0 +1,95 @@
+#include "aravis/heartbeat.h"
+
+#include <chrono>
+#include <utility>
+
+#include "aravis/bootstrap.h"
+#include "aravis/gvcpclient.h"
+#include "gcbase/gcexception.h"
+
+namespace Orlix::Aravis {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr milliseconds period{200};
+constexpr milliseconds answerTime{100};
+// Silence for that long is the loss of the camera.
+constexpr milliseconds longestSilence{600};
+// While the camera works on an access, which may be a write to its flash memory, it may be unable
+// to answer a second question.
+constexpr milliseconds longestSilenceWhenBusy{2000};
+
+}  // namespace
+
+Heartbeat::Heartbeat(std::shared_ptr<Connection> connection)
+    : connection_(std::move(connection)), thread_([this] {
+          if (connection_->GetCamera().protocol == Protocol::GigE) {
+              watchNetwork();
+          } else {
+              watchUsb();
+          }
+      }) {}
+
+Heartbeat::~Heartbeat() {
+    {
+        const std::scoped_lock lock(mutex_);
+        quit_ = true;
+        changed_.notify_all();
+    }
+    thread_.join();
+}
+
+bool Heartbeat::pause() {
+    std::unique_lock lock(mutex_);
+    return !changed_.wait_for(lock, period, [this] { return quit_; });
+}
+
+void Heartbeat::watchNetwork() {
+    GvcpClient client(connection_->GetCamera().address);
+    Clock::time_point lastSign = Clock::now();
+    unsigned int unanswered = 0;
+    while (pause() && !connection_->IsLost()) {
+        std::uint32_t privilege = 0;
+        const Clock::time_point asked = Clock::now();
+        const auto answer =
+            client.ReadRegister(Bootstrap::controlPrivilege, privilege, {2, answerTime});
+        if (answer != GvcpClient::Answer::None) {
+            lastSign = asked;
+            unanswered = 0;
+            // A camera that was restarted in between answers, but has no controller any more.
+            if (answer == GvcpClient::Answer::Given &&
+                (privilege & Bootstrap::privilegeMask) == 0) {
+                connection_->SetLost();
+            }
+            continue;
+        }
+        const milliseconds patience =
+            connection_->IsBusy() ? longestSilenceWhenBusy : longestSilence;
+        // One question alone may have met a busy moment of this computer.
+        constexpr unsigned int enough = 2;
+        if (++unanswered >= enough && Clock::now() - lastSign >= patience) {
+            connection_->SetLost();
+        }
+    }
+}
+
+// The first word of a USB3 Vision camera's memory is its version of the standard. A camera that was
+// pulled out fails this at once.
+void Heartbeat::watchUsb() {
+    unsigned int failures = 0;
+    while (pause() && !connection_->IsLost()) {
+        try {
+            static_cast<void>(connection_->ReadRegister(0));
+            failures = 0;
+        } catch (const GenICam::GenericException&) {
+            constexpr unsigned int enough = 3;
+            if (++failures >= enough) {
+                connection_->SetLost();
+            }
+        }
+    }
+}
+
+}  // namespace Orlix::Aravis

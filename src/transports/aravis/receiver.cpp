@@ -1,0 +1,239 @@
+#include "aravis/receiver.h"
+
+#include <algorithm>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "aravis/bootstrap.h"
+#include "aravis/messages.h"
+#include "aravis/streamsocket.h"
+#include "gcbase/gcexception.h"
+
+namespace Orlix::Aravis {
+
+using Transport::StreamBuffer;
+using Transport::StreamStatistics;
+
+namespace {
+
+constexpr std::uint64_t packetOverhead = 36;  // IP, UDP and GVSP headers of a packet with data
+
+// On the thread that receives, before its first packet.
+void onStreamEvent(void*, ArvStreamCallbackType type, ArvBuffer*) {
+    if (type == ARV_STREAM_CALLBACK_TYPE_INIT) {
+        // Refused without the right to it, which is no matter.
+        constexpr int niceLevel = -10;
+        static_cast<void>(arv_make_thread_high_priority(niceLevel));
+    }
+}
+
+}  // namespace
+
+Receiver::Receiver(std::shared_ptr<Connection> connection, std::shared_ptr<StreamState> state,
+                   std::size_t payloadSize)
+    : connection_(std::move(connection)),
+      state_(std::move(state)),
+      payloadSize_(payloadSize),
+      reader_(connection_->GetCamera().protocol, payloadSize) {
+    createStream();
+}
+
+Receiver::~Receiver() {
+    End();
+}
+
+void Receiver::createStream() {
+    const bool isNetwork = connection_->GetCamera().protocol == Protocol::GigE;
+    const StreamSettings settings = state_->GetSettings();
+    Error error;
+    connection_->Use([&](ArvDevice* device) {
+        if (isNetwork) {
+            ArvGvDevice* const networkDevice = ARV_GV_DEVICE(device);
+            // Packet sockets need a right that programs seldom have; one way for all.
+            arv_gv_device_set_stream_options(networkDevice,
+                                             ARV_GV_STREAM_OPTION_PACKET_SOCKET_DISABLED);
+            arv_gv_device_set_packet_size_adjustment(
+                networkDevice, settings.negotiatePacketSize ? ARV_GV_PACKET_SIZE_ADJUSTMENT_ONCE
+                                                            : ARV_GV_PACKET_SIZE_ADJUSTMENT_NEVER);
+        }
+        stream_.reset(arv_device_create_stream(device, &onStreamEvent, nullptr, error.Out()));
+        if (stream_ != nullptr && isNetwork) {
+            setProperties();
+        }
+    });
+    if (stream_ == nullptr) {
+        const std::string text = "Device '" + connection_->GetCamera().label +
+                                 "' can't be received from: " + error.Text() + ".";
+        throw GenICam::RuntimeException(text.c_str(), __FILE__, __LINE__);
+    }
+    if (isNetwork) {
+        constexpr std::uint32_t sizeMask = 0xFFFF;
+        const std::uint64_t packetSize =
+            connection_->ReadRegister(Bootstrap::streamPacketSize) & sizeMask;
+        const std::uint64_t data = std::max(packetSize, packetOverhead + 1) - packetOverhead;
+        packetsPerFrame_ = (payloadSize_ + data - 1) / data + 2;
+    }
+}
+
+// At once: with the size that Aravis asks for by itself every frame is lost. It sets its own size
+// with the first packet only.
+void Receiver::setProperties() {
+    constexpr std::int64_t microseconds = 1000;
+    const StreamSettings settings = state_->GetSettings();
+    const std::size_t size = chooseSocketBuffer();
+    g_object_set(
+        stream_.get(), "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size",
+        static_cast<gint>(size), "packet-resend",
+        settings.resend ? ARV_GV_STREAM_PACKET_RESEND_ALWAYS : ARV_GV_STREAM_PACKET_RESEND_NEVER,
+        "packet-timeout", static_cast<guint>(settings.packetTimeOut * microseconds),
+        "frame-retention", static_cast<guint>(settings.frameRetention * microseconds), nullptr);
+    checkSocketBuffer(size, StreamSocket(*stream_).SetReceiveBuffer(size));
+}
+
+// Room for two frames bridges the moment in which the receiving thread doesn't get a processor.
+std::size_t Receiver::chooseSocketBuffer() const {
+    constexpr std::size_t smallest = std::size_t{1} << 20U;
+    constexpr std::size_t largest = std::size_t{64} << 20U;
+    const std::int64_t set = state_->GetSettings().socketBufferSize;
+    return set > 0 ? static_cast<std::size_t>(set)
+                   : std::clamp(2 * payloadSize_, smallest, largest);
+}
+
+void Receiver::checkSocketBuffer(std::size_t wanted, std::size_t granted) const {
+    const bool isNews = state_->GetGrantedSocketBuffer() != static_cast<std::int64_t>(granted);
+    state_->SetGrantedSocketBuffer(static_cast<std::int64_t>(granted));
+    if (granted < wanted && isNews) {
+        Tell("The socket buffer of device '" + connection_->GetCamera().label + "' has " +
+             std::to_string(granted) + " bytes instead of " + std::to_string(wanted) +
+             ", so frames may be lost. To allow more: sysctl -w net.core.rmem_max=" +
+             std::to_string(wanted));
+    }
+}
+
+void Receiver::Push(StreamBuffer& buffer) {
+    ArvBuffer* source = nullptr;
+    {
+        const std::scoped_lock lock(mutex_);
+        ObjectPtr<ArvBuffer>& place = buffers_[&buffer];
+        if (place == nullptr) {
+            place.reset(arv_buffer_new_full(buffer.capacity, buffer.data, &buffer, nullptr));
+        }
+        source = place.get();
+        FrameReader::Forget(*source);
+    }
+    g_object_ref(source);  // the stream's
+    arv_stream_push_buffer(stream_.get(), source);
+}
+
+StreamBuffer* Receiver::Pop(std::chrono::microseconds timeOut) {
+    ArvBuffer* const popped = arv_stream_timeout_pop_buffer(
+        stream_.get(), static_cast<guint64>(std::max<std::int64_t>(timeOut.count(), 0)));
+    if (popped == nullptr) {
+        return nullptr;
+    }
+    const ObjectPtr<ArvBuffer> source(popped);
+    auto* const buffer =
+        static_cast<StreamBuffer*>(const_cast<void*>(arv_buffer_get_user_data(source.get())));
+    const bool lacksEndOnly =
+        arv_buffer_get_status(source.get()) == ARV_BUFFER_STATUS_TIMEOUT && lackEndsOnly();
+    const std::uint64_t lost = reader_.Read(*source, *buffer, lacksEndOnly);
+    const std::scoped_lock lock(mutex_);
+    ++(buffer->fate == Transport::FrameFate::Delivered ? statistics_.delivered
+                                                       : statistics_.failed);
+    countMissed(lost, buffer->fate);
+    return buffer;
+}
+
+// Of a frame that failed Aravis counts the packets behind the first gap. Whether the frames that
+// failed since the last time-out lack one each, which is then the last.
+bool Receiver::lackEndsOnly() {
+    const auto count = [this](const char* name) {
+        return arv_stream_get_info_uint64_by_name(stream_.get(), name);
+    };
+    const std::uint64_t failures = count("n_failures");
+    const std::uint64_t missing = count("n_missing_packets");
+    const std::uint64_t failed = failures - std::exchange(seenFailures_, failures);
+    const std::uint64_t lacking = missing - std::exchange(seenMissing_, missing);
+    return failed > 0 && failed == lacking;
+}
+
+std::uint64_t Receiver::underruns() const {
+    guint64 completed = 0;
+    guint64 failures = 0;
+    guint64 missed = 0;
+    arv_stream_get_statistics(stream_.get(), &completed, &failures, &missed);
+    return missed;
+}
+
+// Whole frames behind the last that was popped.
+std::uint64_t Receiver::missedLately() const {
+    return (underruns() - explainedUnderruns_) / packetsPerFrame_;
+}
+
+// Aravis counts the packets that found no buffer; the frames are the gap in the numbers. A gap
+// without such packets is a network's that lost whole frames. A frame that found a buffer in its
+// middle has failed, and is no missed one.
+void Receiver::countMissed(std::uint64_t lostFrames, Transport::FrameFate fate) {
+    const std::uint64_t packets = underruns();
+    if (packets <= explainedUnderruns_) {
+        return;
+    }
+    statistics_.missedForBuffer += lostFrames;
+    const bool beganUnheard = fate != Transport::FrameFate::Delivered;
+    const std::uint64_t explained =
+        lostFrames * packetsPerFrame_ + (beganUnheard ? packetsPerFrame_ - 1 : 0);
+    explainedUnderruns_ = std::min(packets, explainedUnderruns_ + explained);
+}
+
+StreamStatistics Receiver::GetStatistics() const {
+    const std::scoped_lock lock(mutex_);
+    StreamStatistics statistics = statistics_;
+    if (stream_ != nullptr) {
+        statistics.missedForBuffer += missedLately();
+    }
+    if (stream_ != nullptr && connection_->GetCamera().protocol == Protocol::GigE) {
+        guint64 resent = 0;
+        guint64 missing = 0;
+        arv_gv_stream_get_statistics(ARV_GV_STREAM(stream_.get()), &resent, &missing);
+        statistics.resentPackets = resent;
+        statistics.missingPackets = missing;
+    }
+    return statistics;
+}
+
+void Receiver::End() noexcept {
+    if (stream_ == nullptr) {
+        return;
+    }
+    while (Pop(std::chrono::microseconds(0)) != nullptr) {
+    }
+    statistics_ = GetStatistics();
+    connection_->CheckAlive();
+    if (connection_->IsLost()) {
+        // Aravis writes to the camera first, which takes seconds; nothing more may come meanwhile.
+        StreamSocket(*stream_).Mute();
+        std::thread([stream = std::move(stream_)]() mutable { stream.reset(); }).detach();
+        stream_ = nullptr;
+    } else {
+        try {
+            connection_->Use([this](ArvDevice*) { stream_.reset(); });
+        } catch (const GenICam::GenericException&) {
+            stream_.reset();  // lost in this very moment
+        }
+    }
+    countBegun();
+    buffers_.clear();
+}
+
+// Every buffer has been popped but those that the stream had.
+void Receiver::countBegun() noexcept {
+    for (const auto& [buffer, source] : buffers_) {
+        const ArvBufferStatus status = arv_buffer_get_status(source.get());
+        if (status == ARV_BUFFER_STATUS_ABORTED || status == ARV_BUFFER_STATUS_FILLING) {
+            ++statistics_.failed;
+        }
+    }
+}
+
+}  // namespace Orlix::Aravis

@@ -1,0 +1,144 @@
+#include "aravis/stream.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "gcbase/gcexception.h"
+
+namespace Orlix::Aravis {
+
+using std::chrono::milliseconds;
+using Transport::StreamBuffer;
+using Transport::StreamStatistics;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+// How long a thread is inside Aravis at most, which can't be woken there.
+constexpr milliseconds slice{20};
+
+StreamStatistics add(const StreamStatistics& first, const StreamStatistics& second) {
+    StreamStatistics sum;
+    sum.delivered = first.delivered + second.delivered;
+    sum.failed = first.failed + second.failed;
+    sum.missedForBuffer = first.missedForBuffer + second.missedForBuffer;
+    sum.resentPackets = first.resentPackets + second.resentPackets;
+    sum.missingPackets = first.missingPackets + second.missingPackets;
+    return sum;
+}
+
+}  // namespace
+
+Stream::Stream(std::shared_ptr<Connection> connection, std::shared_ptr<StreamState> state,
+               std::shared_ptr<void> place)
+    : connection_(std::move(connection)), state_(std::move(state)), place_(std::move(place)) {
+    state_->Attach(*this);
+}
+
+Stream::~Stream() {
+    Stop();
+    state_->Detach();
+}
+
+void Stream::Queue(StreamBuffer& buffer) {
+    const std::scoped_lock lock(mutex_);
+    held_.push_back(&buffer);
+    if (receiver_ != nullptr) {
+        receiver_->Push(buffer);
+    }
+}
+
+void Stream::Start(std::size_t payloadSize) {
+    const std::scoped_lock control(control_);
+    {
+        const std::scoped_lock lock(mutex_);
+        if (receiver_ != nullptr) {
+            throw GenICam::RuntimeException("The stream is started already.", __FILE__, __LINE__);
+        }
+    }
+    auto receiver = std::make_shared<Receiver>(connection_, state_, payloadSize);
+    const std::scoped_lock lock(mutex_);
+    for (StreamBuffer* const buffer : held_) {
+        receiver->Push(*buffer);
+    }
+    interrupted_ = false;
+    receiver_ = std::move(receiver);
+}
+
+StreamBuffer* Stream::Wait(milliseconds timeOut) {
+    const Clock::time_point deadline = Clock::now() + timeOut;
+    std::unique_lock lock(mutex_);
+    while (true) {
+        if (std::exchange(interrupted_, false) || receiver_ == nullptr) {
+            return nullptr;
+        }
+        const bool wasLost = connection_->IsLost();
+        const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
+        ++inside_;
+        Receiver& receiver = *receiver_;  // Stop waits for this thread
+        lock.unlock();
+        StreamBuffer* const buffer =
+            receiver.Pop(wasLost ? milliseconds(0) : std::clamp(left, milliseconds(0), slice));
+        lock.lock();
+        --inside_;
+        changed_.notify_all();
+        if (buffer != nullptr && receiver_ != nullptr) {
+            takeOut(*buffer);
+            return buffer;
+        }
+        if (buffer == nullptr && receiver_ != nullptr && wasLost) {
+            lock.unlock();
+            connection_->ThrowGone();
+        }
+        if (left <= milliseconds(0)) {
+            return nullptr;
+        }
+    }
+}
+
+void Stream::takeOut(StreamBuffer& buffer) noexcept {
+    const auto at = std::find(held_.begin(), held_.end(), &buffer);
+    if (at != held_.end()) {
+        held_.erase(at);
+    }
+}
+
+void Stream::Interrupt() noexcept {
+    const std::scoped_lock lock(mutex_);
+    interrupted_ = true;
+}
+
+void Stream::Stop() noexcept {
+    const std::scoped_lock control(control_);
+    std::shared_ptr<Receiver> receiver;
+    {
+        std::unique_lock lock(mutex_);
+        receiver = std::exchange(receiver_, nullptr);
+        if (receiver == nullptr) {
+            return;
+        }
+        changed_.wait(lock, [this] { return inside_ == 0; });
+    }
+    receiver->End();
+    const std::scoped_lock lock(mutex_);
+    before_ = add(before_, receiver->GetStatistics());
+}
+
+StreamBuffer* Stream::TakeBack() noexcept {
+    const std::scoped_lock lock(mutex_);
+    if (receiver_ != nullptr || held_.empty()) {
+        return nullptr;
+    }
+    StreamBuffer* const buffer = held_.front();
+    held_.pop_front();
+    buffer->fate = Transport::FrameFate::Aborted;
+    buffer->filled = 0;
+    return buffer;
+}
+
+StreamStatistics Stream::GetStatistics() const {
+    const std::scoped_lock lock(mutex_);
+    return receiver_ != nullptr ? add(before_, receiver_->GetStatistics()) : before_;
+}
+
+}  // namespace Orlix::Aravis
