@@ -47,7 +47,9 @@ Ack parseAck(const Buffer& bytes) {
 
 UdpSocket::UdpSocket() : file_(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
     const int room = 8 << 20;
-    ::setsockopt(file_, SOL_SOCKET, SO_RCVBUF, &room, sizeof room);
+    if (::setsockopt(file_, SOL_SOCKET, SO_RCVBUFFORCE, &room, sizeof room) != 0) {
+        ::setsockopt(file_, SOL_SOCKET, SO_RCVBUF, &room, sizeof room);
+    }
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
