@@ -25,88 +25,61 @@ namespace Orlix {
 
 using GenICam::gcstring;
 
-class ORLIXCAMERA_API CBooleanParameter {
+// What the parameters below have in common; there are no others.
+template <class Interface, class Value>
+class CNodeParameter {
 public:
-    CBooleanParameter() noexcept = default;
-    explicit CBooleanParameter(GenApi::INode* node);
-    CBooleanParameter(GenApi::INodeMap* map, const gcstring& name);
-    CBooleanParameter(GenApi::INodeMap& map, const gcstring& name);
+    CNodeParameter() noexcept = default;
+    explicit CNodeParameter(GenApi::INode* node);
+    CNodeParameter(GenApi::INodeMap* map, const gcstring& name);
+    CNodeParameter(GenApi::INodeMap& map, const gcstring& name);
 
     // Whether there is such a feature and it can be read or written now.
     [[nodiscard]] bool IsValid() const;
     [[nodiscard]] bool IsReadable() const;
     [[nodiscard]] bool IsWritable() const;
-    [[nodiscard]] bool GetValue(bool verify = false, bool ignoreCache = false) const;
-    [[nodiscard]] bool GetValueOrDefault(bool defaultValue) const;
-    void SetValue(bool value, bool verify = true);
+    [[nodiscard]] Value GetValue(bool verify = false, bool ignoreCache = false) const;
+    [[nodiscard]] Value GetValueOrDefault(const Value& defaultValue) const;
+    void SetValue(const Value& value, bool verify = true);
     // False instead of an exception where it can't be written.
-    bool TrySetValue(bool value);
+    bool TrySetValue(const Value& value);
 
-private:
-    GenApi::IBoolean* node_ = nullptr;
+protected:
+    Interface* node_ = nullptr;
 };
 
-class ORLIXCAMERA_API CFloatParameter {
-public:
-    CFloatParameter() noexcept = default;
-    explicit CFloatParameter(GenApi::INode* node);
-    CFloatParameter(GenApi::INodeMap* map, const gcstring& name);
-    CFloatParameter(GenApi::INodeMap& map, const gcstring& name);
+extern template class ORLIXCAMERA_API CNodeParameter<GenApi::IBoolean, bool>;
+extern template class ORLIXCAMERA_API CNodeParameter<GenApi::IFloat, double>;
+extern template class ORLIXCAMERA_API CNodeParameter<GenApi::IString, gcstring>;
+extern template class ORLIXCAMERA_API CNodeParameter<GenApi::IEnumeration, gcstring>;
 
-    [[nodiscard]] bool IsValid() const;
-    [[nodiscard]] bool IsReadable() const;
-    [[nodiscard]] bool IsWritable() const;
-    [[nodiscard]] double GetValue(bool verify = false, bool ignoreCache = false) const;
-    [[nodiscard]] double GetValueOrDefault(double defaultValue) const;
-    void SetValue(double value, bool verify = true);
-    bool TrySetValue(double value);
+class ORLIXCAMERA_API CBooleanParameter : public CNodeParameter<GenApi::IBoolean, bool> {
+public:
+    using CNodeParameter::CNodeParameter;
+};
+
+class ORLIXCAMERA_API CFloatParameter : public CNodeParameter<GenApi::IFloat, double> {
+public:
+    using CNodeParameter::CNodeParameter;
+
     [[nodiscard]] double GetMin() const;
     [[nodiscard]] double GetMax() const;
-
-private:
-    GenApi::IFloat* node_ = nullptr;
 };
 
-class ORLIXCAMERA_API CStringParameter {
+class ORLIXCAMERA_API CStringParameter : public CNodeParameter<GenApi::IString, gcstring> {
 public:
-    CStringParameter() noexcept = default;
-    explicit CStringParameter(GenApi::INode* node);
-    CStringParameter(GenApi::INodeMap* map, const gcstring& name);
-    CStringParameter(GenApi::INodeMap& map, const gcstring& name);
-
-    [[nodiscard]] bool IsValid() const;
-    [[nodiscard]] bool IsReadable() const;
-    [[nodiscard]] bool IsWritable() const;
-    [[nodiscard]] gcstring GetValue(bool verify = false, bool ignoreCache = false) const;
-    [[nodiscard]] gcstring GetValueOrDefault(const gcstring& defaultValue) const;
-    void SetValue(const gcstring& value, bool verify = true);
-    bool TrySetValue(const gcstring& value);
-
-private:
-    GenApi::IString* node_ = nullptr;
+    using CNodeParameter::CNodeParameter;
 };
 
 // Values are the symbolic names of the entries.
-class ORLIXCAMERA_API CEnumParameter {
+class ORLIXCAMERA_API CEnumParameter : public CNodeParameter<GenApi::IEnumeration, gcstring> {
 public:
-    CEnumParameter() noexcept = default;
-    explicit CEnumParameter(GenApi::INode* node);
-    CEnumParameter(GenApi::INodeMap* map, const gcstring& name);
-    CEnumParameter(GenApi::INodeMap& map, const gcstring& name);
+    using CNodeParameter::CNodeParameter;
 
-    [[nodiscard]] bool IsValid() const;
-    [[nodiscard]] bool IsReadable() const;
-    [[nodiscard]] bool IsWritable() const;
-    [[nodiscard]] gcstring GetValue(bool verify = false, bool ignoreCache = false) const;
-    [[nodiscard]] gcstring GetValueOrDefault(const gcstring& defaultValue) const;
-    void SetValue(const gcstring& value, bool verify = true);
     // Whether the feature can be written now and has that entry, now.
     [[nodiscard]] bool CanSetValue(const gcstring& value) const;
     // False instead of an exception if the feature is absent, not writable or lacks the entry.
     bool TrySetValue(const gcstring& value);
-
-private:
-    GenApi::IEnumeration* node_ = nullptr;
 };
 
 }  // namespace Orlix

@@ -1,8 +1,8 @@
 // What must not allocate: a frame's chunks, a cached value, a formula.
 #include <gtest/gtest.h>
 
-#include "genapi/countednew.h"
 #include "genapi/testmap.h"
+#include "support/allocations.h"
 
 using namespace GenApiTest;
 
@@ -35,10 +35,10 @@ std::string chunkNodes(int chunks) {
 }
 
 template <typename Call>
-std::size_t allocationsOf(Call call) {
-    const std::size_t before = countOfAllocations();
+std::uint64_t allocationsOf(Call call) {
+    const std::uint64_t before = Orlix::Test::countAllocationsOfThisThread();
     call();
-    return countOfAllocations() - before;
+    return Orlix::Test::countAllocationsOfThisThread() - before;
 }
 
 }  // namespace

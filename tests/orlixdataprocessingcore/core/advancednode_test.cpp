@@ -47,6 +47,25 @@ protected:
         return std::async(std::launch::async, [&] { return source->waitUntilSpaceAvailable(); });
     }
 
+    // The same by a thread that holds the node's lock all the time and sends if it gets space.
+    std::future<bool> waitForSpaceUnderTheLock() {
+        attach();
+        source->start({});
+        sink->setFull(true);
+        auto isHeld = std::make_shared<std::latch>(1);
+        auto answer = std::async(std::launch::async, [this, isHeld] {
+            const NodeLock lock(*source->getLock());
+            isHeld->count_down();
+            const bool hasSpace = source->waitUntilSpaceAvailable();
+            if (hasSpace) {
+                source->send(1);
+            }
+            return hasSpace;
+        });
+        isHeld->wait();
+        return answer;
+    }
+
     std::function<void()> ending = [] {};
 
     std::shared_ptr<TestSource> source = std::make_shared<TestSource>();
@@ -183,35 +202,16 @@ TEST_F(AdvancedNodeTest, WaitsUntilASinkHasSpace) {
 }
 
 TEST_F(AdvancedNodeTest, StopReleasesAWaiterThatHoldsTheNodesLock) {
-    attach();
-    source->start({});
-    sink->setFull(true);
-    std::latch isHeld(1);
-    std::thread handler([&] {
-        const NodeLock lock(*source->getLock());
-        isHeld.count_down();
-        EXPECT_FALSE(source->waitUntilSpaceAvailable());
-    });
-    isHeld.wait();
+    auto waiting = waitForSpaceUnderTheLock();
     source->stopping = [this] { const NodeLock lock(*source->getLock()); };
     source->stop();
-    handler.join();
+    EXPECT_FALSE(waiting.get());
 }
 
 TEST_F(AdvancedNodeTest, DrainingASinkNeedsNoLockOfTheNode) {
-    attach();
-    source->start({});
-    sink->setFull(true);
-    std::latch isHeld(1);
-    std::thread handler([&] {
-        const NodeLock lock(*source->getLock());
-        isHeld.count_down();
-        EXPECT_TRUE(source->waitUntilSpaceAvailable());
-        source->send(1);
-    });
-    isHeld.wait();
+    auto waiting = waitForSpaceUnderTheLock();
     sink->setFull(false);
-    handler.join();
+    EXPECT_TRUE(waiting.get());
     EXPECT_EQ(sink->values(), std::vector<std::int64_t>{1});
 }
 

@@ -10,10 +10,10 @@
 #include "orlixdataprocessingcore/core/array.h"
 #include "orlixdataprocessingcore/core/image.h"
 #include "orlixdataprocessingcore/expectthrow.h"
-#include "orlixdataprocessingcore/failingnew.h"
 #include "orlixdataprocessingcore/utils/log.h"
 #include "orlixdataprocessingcore/utils/propertyinfo.h"
 #include "orlixdataprocessingcore/utils/variant.h"
+#include "support/allocations.h"
 
 namespace TypeInfoTest {
 
@@ -43,14 +43,6 @@ public:
 };
 ORLIX_REGISTER_TYPE(Both, Float, ISide)
 
-// The base with the property does not lie at the start.
-class SideFirst : public ISide, public Float {
-    ORLIX_OBJECT(SideFirst)
-public:
-    int getSide() const override { return 18; }
-};
-ORLIX_REGISTER_TYPE(SideFirst, ISide, Float)
-
 // Never registered but by a test without memory.
 class Poor : public Orlix::DataProcessing::Utils::IObject {
     ORLIX_OBJECT(Poor)
@@ -64,25 +56,6 @@ class WithUuid : public Orlix::DataProcessing::Utils::IObject {
 };
 ORLIX_REGISTER_TYPE_WITH_UUID("4F2B72DC-294b-4503-885a-6b73d26eb6d7", WithUuid,
                               Orlix::DataProcessing::Utils::IObject)
-
-// A value with a value inside, to reach by a path.
-class Nested : public IValue {
-    ORLIX_OBJECT(Nested)
-public:
-    bool hasError(bool) const override { return false; }
-    std::shared_ptr<IError> getError(bool) const override { return nullptr; }
-    void setError(const std::shared_ptr<IError>&) override {}
-    static void registerProperties(ITypeInfoData& data) {
-        data.addProperty(PropertyInfo(
-            "Name",
-            [](const void* object) { return Variant(static_cast<const Nested*>(object)->name); },
-            [](void* object, const Variant& value) {
-                static_cast<Nested*>(object)->name = *value.get<String>(true);
-            }));
-    }
-    String name;
-};
-ORLIX_REGISTER_VALUE_TYPE(Nested, IValue)
 
 class Identified : public Unregistered {};
 
@@ -374,41 +347,6 @@ TEST(TypeInfo, SplitsAPathAtItsFirstDot) {
             [&] { static_cast<void>(TypeInfo::splitPath(path)); },
             "Property path \"" + std::string(path) + "\" has an empty element.");
     }
-}
-
-TEST(PropertyInfo, ReachesIntoAValueByAPath) {
-    Nested nested;
-    nested.name = String("old");
-    const PropertyInfo& name = nested.getTypeInfo(true).getProperty("Name");
-    EXPECT_TRUE(name.isWritable());
-    name.setValue(nested, "Value", Variant(String("new")));
-    EXPECT_EQ(nested.name.get(), "new");
-    const Variant value = name.getValue(nested, "Value");
-    EXPECT_EQ(value.get<String>(true)->get(), "new");
-}
-
-TEST(PropertyInfo, IsInheritedFromABaseThatDoesNotLieAtTheStart) {
-    SideFirst object;
-    const PropertyInfo& property = object.getTypeInfo(true).getProperty("Value");
-    EXPECT_TRUE(property.getOwner() == TypeInfo::getTypeInfo<Float>(true));
-    const ISide& side = object;
-    property.setValue(static_cast<IValue&>(object), "", Variant(Float(0.75)));
-    EXPECT_EQ(object.get(), 0.75);
-    const Variant value = property.getValue(side);
-    EXPECT_EQ(value.get<Float>(true)->get(), 0.75);
-}
-
-TEST(PropertyInfo, IsInheritedFromABase) {
-    Both both;
-    IValue& value = both;
-    const TypeInfo type = both.getTypeInfo(true);
-    EXPECT_EQ(type.getPropertyNames(), std::vector<gcstring>{"Value"});
-    type.getProperty("Value").setValue(value, "", Variant(Float(0.75)));
-    EXPECT_EQ(both.get(), 0.75);
-    Integer foreign;
-    expectThrow<RuntimeException>(
-        [&] { type.getProperty("Value").setValue(foreign, "", Variant(Float(1.0))); },
-        "Property \"Value\" does not belong to the type of the given object.");
 }
 
 }  // namespace

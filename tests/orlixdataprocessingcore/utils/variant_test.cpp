@@ -12,7 +12,7 @@
 #include "orlixdataprocessingcore/core/integer.h"
 #include "orlixdataprocessingcore/core/string.h"
 #include "orlixdataprocessingcore/expectthrow.h"
-#include "orlixdataprocessingcore/failingnew.h"
+#include "support/allocations.h"
 
 namespace {
 

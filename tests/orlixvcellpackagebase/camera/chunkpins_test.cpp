@@ -6,7 +6,7 @@
 #include <string>
 
 #include "orlixdataprocessingcore/core/array.h"
-#include "support/camerafixture.h"
+#include "support/pinlistfixture.h"
 #include "support/treesettings.h"
 
 namespace Plugin::OrlixVCellPackageBase {
@@ -26,16 +26,11 @@ Utils::TypeInfo typeOf() {
     return Utils::TypeInfo::getTypeInfo<T>(true);
 }
 
-class CameraChunkPins : public CameraFixture {
+class CameraChunkPins : public PinListFixture {
 protected:
-    void add(const char* configuration) {
-        execute("ChunkPinAdd");
-        setText("ChunkPinValue", configuration);
-    }
-    std::string entry(std::int64_t index) {
-        setNumber("ChunkPinSelector", index);
-        return text("ChunkPinValue");
-    }
+    CameraChunkPins()
+        : PinListFixture({"ChunkPinSelector", "ChunkPinSelectorMax", "ChunkPinValue", "ChunkPinAdd",
+                          "ChunkPinRemove"}) {}
 };
 
 TEST_F(CameraChunkPins, ANewEntryIsEmptyAndIsNoError) {
@@ -72,10 +67,9 @@ TEST_F(CameraChunkPins, AValidTextMakesAnOutput) {
 
 TEST_F(CameraChunkPins, WritingTheSameTextAgainChangesNothing) {
     add(exposure);
-    int changes = 0;
-    const auto connection = node().getSettingsChangedSignal()->connect([&] { ++changes; });
+    const SettingsChanges changes(node());
     setText("ChunkPinValue", exposure);
-    EXPECT_EQ(changes, 0);
+    EXPECT_EQ(changes.count(), 0);
     EXPECT_THAT(outputs(), ElementsAre("Image", "ExposureTime"));
 }
 
@@ -203,39 +197,22 @@ TEST_F(CameraChunkPins, RemoveTakesTheOutputAndKeepsTheRest) {
     EXPECT_EQ(entry(0), gain);
     execute("ChunkPinRemove");
     EXPECT_THAT(outputs(), ElementsAre("Image"));
-    EXPECT_FALSE(isAvailable("ChunkPinSelector"));
-    EXPECT_FALSE(isAvailable("ChunkPinValue"));
-    EXPECT_FALSE(isAvailable("ChunkPinRemove"));
-    EXPECT_TRUE(isAvailable("ChunkPinAdd"));
+    expectPortsOfAnEmptyList();
     EXPECT_EQ(static_cast<std::int64_t>(node().getChunkPinSelector()), -1);
-    EXPECT_EQ(number("ChunkPinSelectorMax"), -1);
 }
 
 TEST_F(CameraChunkPins, RemoveFromARunningNodeChangesNothingAndTellsObservers) {
-    add(exposure);
-    startWithoutGrabbing();
-    int changes = 0;
-    const auto connection = node().getSettingsChangedSignal()->connect([&] { ++changes; });
-    node().executeChunkPinRemove();
-    EXPECT_EQ(changes, 1);
-    EXPECT_EQ(node().getChunkPinValue(), exposure);
-    EXPECT_THAT(outputs(), ElementsAre("Image", "ExposureTime"));
-    node().stop();
+    expectThatRemoveInARunOnlyTells(&Camera::executeChunkPinRemove, &Camera::getChunkPinValue,
+                                    exposure);
 }
 
 TEST_F(CameraChunkPins, EveryChangeTellsObserversOnceWithTheLockFree) {
-    int changes = 0;
-    bool owned = false;
-    GenApi::CLock& lock = map().GetLock();
-    const auto connection = node().getSettingsChangedSignal()->connect([&] {
-        ++changes;
-        owned = owned || lock.IsOwned();
-    });
+    const SettingsChanges changes(node());
     node().executeChunkPinAdd();
     node().setChunkPinValue(exposure);
     node().executeChunkPinRemove();
-    EXPECT_EQ(changes, 3);
-    EXPECT_FALSE(owned);
+    EXPECT_EQ(changes.count(), 3);
+    EXPECT_FALSE(changes.anyUnderLock());
 }
 
 }  // namespace

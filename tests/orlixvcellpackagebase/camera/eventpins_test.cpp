@@ -9,7 +9,7 @@
 #include "orlixdataprocessingcore/core/float.h"
 #include "orlixdataprocessingcore/core/integer.h"
 #include "orlixdataprocessingcore/core/string.h"
-#include "support/camerafixture.h"
+#include "support/pinlistfixture.h"
 #include "support/scriptedcamera.h"
 
 namespace Plugin::OrlixVCellPackageBase {
@@ -23,17 +23,11 @@ using testing::IsEmpty;
 constexpr auto end = "End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEnd";
 constexpr auto start = "Start.Type=Integer.EventName=FrameStart.ValueName=EventFrameStart";
 
-class CameraEventPins : public CameraFixture {
+class CameraEventPins : public PinListFixture {
 protected:
-    void add(const char* configuration) {
-        execute("EventPinAdd");
-        setText("EventPinConfiguration", configuration);
-    }
-    // The entry that is selected then.
-    std::string entry(std::int64_t index) {
-        setNumber("EventPinSelector", index);
-        return text("EventPinConfiguration");
-    }
+    CameraEventPins()
+        : PinListFixture({"EventPinSelector", "EventPinSelectorMax", "EventPinConfiguration",
+                          "EventPinAdd", "EventPinRemove"}) {}
 };
 
 TEST_F(CameraEventPins, ANewEntryIsNotYetConfigured) {
@@ -141,20 +135,14 @@ TEST_F(CameraEventPins, ATextForARunningNodeIsStoredWithoutAnOutput) {
 }
 
 TEST_F(CameraEventPins, OnlyAddAndRemoveTellObserversWithTheLockFree) {
-    int changes = 0;
-    bool owned = false;
-    GenApi::CLock& lock = map().GetLock();
-    const auto connection = node().getSettingsChangedSignal()->connect([&] {
-        ++changes;
-        owned = owned || lock.IsOwned();
-    });
+    const SettingsChanges changes(node());
     node().executeEventPinAdd();
-    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(changes.count(), 1);
     node().setEventPinConfiguration(end);
-    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(changes.count(), 1);
     node().executeEventPinRemove();
-    EXPECT_EQ(changes, 2);
-    EXPECT_FALSE(owned);
+    EXPECT_EQ(changes.count(), 2);
+    EXPECT_FALSE(changes.anyUnderLock());
 }
 
 TEST_F(CameraEventPins, RemoveTakesTheOutputAndMovesLaterEntriesDown) {
@@ -171,28 +159,15 @@ TEST_F(CameraEventPins, RemoveTakesTheOutputAndMovesLaterEntriesDown) {
 
 TEST_F(CameraEventPins, RemovingTheLastEntryMakesThePortsUnavailable) {
     execute("EventPinAdd");
-    EXPECT_TRUE(isAvailable("EventPinSelector"));
-    EXPECT_TRUE(isAvailable("EventPinConfiguration"));
-    EXPECT_TRUE(isAvailable("EventPinRemove"));
+    expectEntryPorts(true);
     execute("EventPinRemove");
-    EXPECT_FALSE(isAvailable("EventPinSelector"));
-    EXPECT_FALSE(isAvailable("EventPinConfiguration"));
-    EXPECT_FALSE(isAvailable("EventPinRemove"));
-    EXPECT_TRUE(isAvailable("EventPinAdd"));
+    expectPortsOfAnEmptyList();
     EXPECT_EQ(static_cast<std::int64_t>(node().getEventPinSelector()), -1);
-    EXPECT_EQ(number("EventPinSelectorMax"), -1);
 }
 
 TEST_F(CameraEventPins, RemoveFromARunningNodeChangesNothingAndTellsObservers) {
-    add(end);
-    startWithoutGrabbing();
-    int changes = 0;
-    const auto connection = node().getSettingsChangedSignal()->connect([&] { ++changes; });
-    node().executeEventPinRemove();
-    EXPECT_EQ(changes, 1);
-    EXPECT_EQ(node().getEventPinConfiguration(), end);
-    EXPECT_THAT(outputs(), ElementsAre("Image", "End"));
-    node().stop();
+    expectThatRemoveInARunOnlyTells(&Camera::executeEventPinRemove,
+                                    &Camera::getEventPinConfiguration, end);
 }
 
 class CameraLostOutputs : public ScriptedCamera {};

@@ -31,6 +31,22 @@ Interface& require(Interface* node) {
     return *node;
 }
 
+template <class Interface>
+auto readFrom(Interface& node, bool verify, bool ignoreCache) {
+    return node.GetValue(verify, ignoreCache);
+}
+gcstring readFrom(GenApi::IEnumeration& node, bool verify, bool ignoreCache) {
+    return node.ToString(verify, ignoreCache);
+}
+
+template <class Interface, class Value>
+void writeTo(Interface& node, const Value& value, bool verify) {
+    node.SetValue(value, verify);
+}
+void writeTo(GenApi::IEnumeration& node, const gcstring& value, bool verify) {
+    node.FromString(value, verify);
+}
+
 // A feature behind an integer parameter.
 class IntegerFeature final : public IIntegerSource {
 public:
@@ -77,81 +93,58 @@ CIntegerParameter::CIntegerParameter(INodeMap* map, const gcstring& name)
 CIntegerParameter::CIntegerParameter(INodeMap& map, const gcstring& name)
     : CIntegerParameter(find(&map, name)) {}
 
-CBooleanParameter::CBooleanParameter(INode* node) : node_(viewOf<GenApi::IBoolean>(node)) {}
-CBooleanParameter::CBooleanParameter(INodeMap* map, const gcstring& name)
-    : CBooleanParameter(find(map, name)) {}
-CBooleanParameter::CBooleanParameter(INodeMap& map, const gcstring& name)
-    : CBooleanParameter(find(&map, name)) {}
+template <class Interface, class Value>
+CNodeParameter<Interface, Value>::CNodeParameter(INode* node) : node_(viewOf<Interface>(node)) {}
+template <class Interface, class Value>
+CNodeParameter<Interface, Value>::CNodeParameter(INodeMap* map, const gcstring& name)
+    : CNodeParameter(find(map, name)) {}
+template <class Interface, class Value>
+CNodeParameter<Interface, Value>::CNodeParameter(INodeMap& map, const gcstring& name)
+    : CNodeParameter(find(&map, name)) {}
 
-bool CBooleanParameter::IsValid() const {
+template <class Interface, class Value>
+bool CNodeParameter<Interface, Value>::IsValid() const {
     return IsReadable();
 }
 
-bool CBooleanParameter::IsReadable() const {
+template <class Interface, class Value>
+bool CNodeParameter<Interface, Value>::IsReadable() const {
     return GenApi::IsReadable(node_);
 }
 
-bool CBooleanParameter::IsWritable() const {
+template <class Interface, class Value>
+bool CNodeParameter<Interface, Value>::IsWritable() const {
     return GenApi::IsWritable(node_);
 }
 
-bool CBooleanParameter::GetValue(bool verify, bool ignoreCache) const {
-    return require(node_).GetValue(verify, ignoreCache);
+template <class Interface, class Value>
+Value CNodeParameter<Interface, Value>::GetValue(bool verify, bool ignoreCache) const {
+    return readFrom(require(node_), verify, ignoreCache);
 }
 
-bool CBooleanParameter::GetValueOrDefault(bool defaultValue) const {
-    return IsReadable() ? node_->GetValue() : defaultValue;
+template <class Interface, class Value>
+Value CNodeParameter<Interface, Value>::GetValueOrDefault(const Value& defaultValue) const {
+    return IsReadable() ? readFrom(*node_, false, false) : defaultValue;
 }
 
-void CBooleanParameter::SetValue(bool value, bool verify) {
-    require(node_).SetValue(value, verify);
+template <class Interface, class Value>
+void CNodeParameter<Interface, Value>::SetValue(const Value& value, bool verify) {
+    writeTo(require(node_), value, verify);
 }
 
-bool CBooleanParameter::TrySetValue(bool value) {
+template <class Interface, class Value>
+bool CNodeParameter<Interface, Value>::TrySetValue(const Value& value) {
     const bool writable = IsWritable();
     if (writable) {
-        node_->SetValue(value);
+        writeTo(*node_, value, true);
     }
     return writable;
 }
 
-CFloatParameter::CFloatParameter(INode* node) : node_(viewOf<GenApi::IFloat>(node)) {}
-CFloatParameter::CFloatParameter(INodeMap* map, const gcstring& name)
-    : CFloatParameter(find(map, name)) {}
-CFloatParameter::CFloatParameter(INodeMap& map, const gcstring& name)
-    : CFloatParameter(find(&map, name)) {}
-
-bool CFloatParameter::IsValid() const {
-    return IsReadable();
-}
-
-bool CFloatParameter::IsReadable() const {
-    return GenApi::IsReadable(node_);
-}
-
-bool CFloatParameter::IsWritable() const {
-    return GenApi::IsWritable(node_);
-}
-
-double CFloatParameter::GetValue(bool verify, bool ignoreCache) const {
-    return require(node_).GetValue(verify, ignoreCache);
-}
-
-double CFloatParameter::GetValueOrDefault(double defaultValue) const {
-    return IsReadable() ? node_->GetValue() : defaultValue;
-}
-
-void CFloatParameter::SetValue(double value, bool verify) {
-    require(node_).SetValue(value, verify);
-}
-
-bool CFloatParameter::TrySetValue(double value) {
-    const bool writable = IsWritable();
-    if (writable) {
-        node_->SetValue(value);
-    }
-    return writable;
-}
+template class CNodeParameter<GenApi::IBoolean, bool>;
+template class CNodeParameter<GenApi::IFloat, double>;
+template class CNodeParameter<GenApi::IString, gcstring>;
+template class CNodeParameter<GenApi::IEnumeration, gcstring>;
 
 double CFloatParameter::GetMin() const {
     return require(node_).GetMin();
@@ -159,74 +152,6 @@ double CFloatParameter::GetMin() const {
 
 double CFloatParameter::GetMax() const {
     return require(node_).GetMax();
-}
-
-CStringParameter::CStringParameter(INode* node) : node_(viewOf<GenApi::IString>(node)) {}
-CStringParameter::CStringParameter(INodeMap* map, const gcstring& name)
-    : CStringParameter(find(map, name)) {}
-CStringParameter::CStringParameter(INodeMap& map, const gcstring& name)
-    : CStringParameter(find(&map, name)) {}
-
-bool CStringParameter::IsValid() const {
-    return IsReadable();
-}
-
-bool CStringParameter::IsReadable() const {
-    return GenApi::IsReadable(node_);
-}
-
-bool CStringParameter::IsWritable() const {
-    return GenApi::IsWritable(node_);
-}
-
-gcstring CStringParameter::GetValue(bool verify, bool ignoreCache) const {
-    return require(node_).GetValue(verify, ignoreCache);
-}
-
-gcstring CStringParameter::GetValueOrDefault(const gcstring& defaultValue) const {
-    return IsReadable() ? node_->GetValue() : defaultValue;
-}
-
-void CStringParameter::SetValue(const gcstring& value, bool verify) {
-    require(node_).SetValue(value, verify);
-}
-
-bool CStringParameter::TrySetValue(const gcstring& value) {
-    const bool writable = IsWritable();
-    if (writable) {
-        node_->SetValue(value);
-    }
-    return writable;
-}
-
-CEnumParameter::CEnumParameter(INode* node) : node_(viewOf<GenApi::IEnumeration>(node)) {}
-CEnumParameter::CEnumParameter(INodeMap* map, const gcstring& name)
-    : CEnumParameter(find(map, name)) {}
-CEnumParameter::CEnumParameter(INodeMap& map, const gcstring& name)
-    : CEnumParameter(find(&map, name)) {}
-
-bool CEnumParameter::IsValid() const {
-    return IsReadable();
-}
-
-bool CEnumParameter::IsReadable() const {
-    return GenApi::IsReadable(node_);
-}
-
-bool CEnumParameter::IsWritable() const {
-    return GenApi::IsWritable(node_);
-}
-
-gcstring CEnumParameter::GetValue(bool verify, bool ignoreCache) const {
-    return require(node_).ToString(verify, ignoreCache);
-}
-
-gcstring CEnumParameter::GetValueOrDefault(const gcstring& defaultValue) const {
-    return IsReadable() ? node_->ToString() : defaultValue;
-}
-
-void CEnumParameter::SetValue(const gcstring& value, bool verify) {
-    require(node_).FromString(value, verify);
 }
 
 bool CEnumParameter::CanSetValue(const gcstring& value) const {

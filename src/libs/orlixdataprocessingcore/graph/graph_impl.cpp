@@ -15,10 +15,6 @@ std::string placeOf(const gcstring& node, const gcstring& pin) {
     return "\"" + node.str() + "." + pin.str() + "\"";
 }
 
-std::string placeOf(const ConnectionEnds& ends) {
-    return placeOf(ends.fromNode, ends.fromPin) + " to " + placeOf(ends.toNode, ends.toPin);
-}
-
 [[noreturn]] void refuse(const std::string& text) {
     throw GenICam::InvalidArgumentException(text.c_str(), __FILE__, __LINE__);
 }
@@ -48,15 +44,6 @@ InputDescriptor inputOf(const GraphNode& node, const gcstring& pin) {
     return *found;
 }
 
-void checkTypes(const ConnectionEnds& ends, const OutputDescriptor& output,
-                const InputDescriptor& input) {
-    if (!output.type.canConvert(input.type)) {
-        refuse("Can't connect " + placeOf(ends) + ": an output of type \"" +
-               output.type.getIdentifier().str() + "\" doesn't fit an input of type \"" +
-               input.type.getIdentifier().str() + "\".");
-    }
-}
-
 }  // namespace
 
 Graph::Impl::Impl(const GraphOptions& options) : capacity_(options.connectionCapacity) {
@@ -68,20 +55,28 @@ Graph::Impl::Impl(const GraphOptions& options) : capacity_(options.connectionCap
 Graph::Impl::~Impl() {
     guarded(this, "stopping a graph", [&] { stop(StopMode::Drop); });
     guarded(this, "freeing the resources of a graph", [&] { freeResources(); });
-    // Slots that still run must end before the nodes that they wake, and before what they attach.
-    for (Member& member : members_) {
-        member.slots.clear();
-    }
-    for (const auto& attachment : attachments()) {
-        guarded(this, "detaching a sink", [&] { attachment->detach(); });
-    }
     for (const Link& link : links_) {
         guarded(this, "taking a connection apart", [&] {
-            INode& to = link.connection->to()->node();
+            INode& from = find(link.connection->ends().fromNode)->node();
+            INode& to = find(link.connection->ends().toNode)->node();
+            if (from.isOutputSinkAttached(link.output)) {
+                from.detachOutputSink(link.output);
+            }
             if (to.isConfigured(link.input)) {
                 to.unconfigureInputType(link.input);
             }
         });
+    }
+    for (const Reader& reader : readers_) {
+        guarded(this, "detaching a sink", [&] {
+            if (reader.node->node().isOutputSinkAttached(reader.output)) {
+                reader.node->node().detachOutputSink(reader.output);
+            }
+        });
+    }
+    // Slots that still run must end before the nodes that they wake.
+    for (Member& member : members_) {
+        member.slots.clear();
     }
     activity_->waitUntilIdle();
 }
@@ -122,10 +117,7 @@ void Graph::Impl::observe(Member& member) {
     listen(inner.getAutoResetChangedSignal(),
            [this, node](const gcstring& pin) { refreshAutoReset(*node, pin); });
     listen(inner.getInputsChangedSignal(), [this, node] { refreshPins(*node); });
-    listen(inner.getOutputsChangedSignal(), [this, node] {
-        followOutputs(*node);
-        refreshPins(*node);
-    });
+    listen(inner.getOutputsChangedSignal(), [this, node] { refreshPins(*node); });
 }
 
 const std::shared_ptr<GraphNode>& Graph::Impl::find(const gcstring& name) const {
@@ -143,21 +135,25 @@ void Graph::Impl::connect(const ConnectionEnds& ends) {
     const std::shared_ptr<GraphNode>& to = find(ends.toNode);
     const OutputDescriptor output = outputOf(*from, ends.fromPin);
     const InputDescriptor input = inputOf(*to, ends.toPin);
-    const std::string place = placeOf(ends);
+    const std::string place =
+        placeOf(ends.fromNode, ends.fromPin) + " to " + placeOf(ends.toNode, ends.toPin);
     if (!to->node().canConfigure(ends.toPin)) {
         refuse("Can't connect " + place + ": the input is taken.");
     }
-    checkTypes(ends, output, input);
+    if (!output.type.canConvert(input.type)) {
+        refuse("Can't connect " + place + ": an output of type \"" +
+               output.type.getIdentifier().str() + "\" doesn't fit an input of type \"" +
+               input.type.getIdentifier().str() + "\".");
+    }
     if (reaches(*to, *from, connections())) {
         refuse("Can't connect " + place + ": the connection would close a cycle.");
     }
     Link link;
     link.connection = std::make_shared<Connection>(ends, from, to, limitsOf(output, input));
     link.connection->setKeepsLastValue(!to->node().isAutoResetEnabled(ends.toPin));
-    link.output = std::make_shared<OutputAttachment>(from, ends.fromPin, link.connection);
     link.input = to->node().configureInputType(ends.toPin, output.type);
     try {
-        link.output->attach();
+        link.output = from->node().attachOutputSink(ends.fromPin, link.connection);
     } catch (...) {
         to->node().unconfigureInputType(link.input);
         throw;
@@ -168,8 +164,7 @@ void Graph::Impl::connect(const ConnectionEnds& ends) {
         to->connectInput(*link.connection);
         links_.push_back(std::move(link));
     }
-    followOutputs(*from);  // the pins may have changed before the connection was listed
-    refreshPins(*to);
+    refreshPins(*to);  // they may have changed before the connection was listed
 }
 
 void Graph::Impl::attachSink(const gcstring& node, const gcstring& pin,
@@ -180,15 +175,10 @@ void Graph::Impl::attachSink(const gcstring& node, const gcstring& pin,
     }
     const std::shared_ptr<GraphNode>& from = find(node);
     static_cast<void>(outputOf(*from, pin));
-    const auto reader = std::make_shared<GraphSink>(wakerOf(sink));
-    const auto attachment = std::make_shared<OutputAttachment>(from, pin, reader);
-    attachment->attach();
-    {
-        std::lock_guard guard(listMutex_);
-        from->connectOutput(reader);
-        readers_.push_back({reader, attachment});
-    }
-    followOutputs(*from);
+    Reader reader{from, pin, std::make_shared<GraphSink>(wakerOf(sink)), nullptr};
+    reader.output = from->node().attachOutputSink(pin, reader.sink);
+    from->connectOutput(reader.sink);
+    readers_.push_back(std::move(reader));
 }
 
 // One for all pins that the sink reads, since a sink tells only one listener of space.
@@ -226,46 +216,32 @@ bool Graph::Impl::isConnected(const GraphNode& node, const gcstring& input) cons
     });
 }
 
-// A node may have remade its inputs since they were connected.
-void Graph::Impl::renewInputs() {
+// A node may have remade its pins since they were connected.
+void Graph::Impl::renewAttachments() {
     for (Link& link : links_) {
-        const ConnectionEnds& ends = link.connection->ends();
-        GraphNode& to = *find(ends.toNode);
-        const OutputDescriptor output = outputOf(*find(ends.fromNode), ends.fromPin);
-        checkTypes(ends, output, inputOf(to, ends.toPin));
-        if (!to.node().isConfigured(link.input)) {
-            link.input = to.node().configureInputType(ends.toPin, output.type);
-            refreshAutoReset(to, ends.toPin);
+        renewLink(link);
+    }
+    for (Reader& reader : readers_) {
+        if (!reader.node->node().isOutputSinkAttached(reader.output)) {
+            static_cast<void>(outputOf(*reader.node, reader.pin));
+            reader.output = reader.node->node().attachOutputSink(reader.pin, reader.sink);
         }
     }
 }
 
-// An output that has come and gone unheard of, or is missing now.
-void Graph::Impl::renewOutputs() {
-    for (const auto& attachment : attachments()) {
-        static_cast<void>(outputOf(*attachment->node(), attachment->pin()));
-        attachment->renew();
+void Graph::Impl::renewLink(Link& link) {
+    const ConnectionEnds& ends = link.connection->ends();
+    const std::shared_ptr<GraphNode>& from = find(ends.fromNode);
+    const std::shared_ptr<GraphNode>& to = find(ends.toNode);
+    if (!to->node().isConfigured(link.input)) {
+        static_cast<void>(inputOf(*to, ends.toPin));
+        link.input = to->node().configureInputType(ends.toPin, outputOf(*from, ends.fromPin).type);
+        refreshAutoReset(*to, ends.toPin);
     }
-}
-
-void Graph::Impl::followOutputs(const GraphNode& node) {
-    for (const auto& attachment : attachments()) {
-        if (attachment->node() == &node) {
-            attachment->renew();
-        }
+    if (!from->node().isOutputSinkAttached(link.output)) {
+        static_cast<void>(outputOf(*from, ends.fromPin));
+        link.output = from->node().attachOutputSink(ends.fromPin, link.connection);
     }
-}
-
-Graph::Impl::Attachments Graph::Impl::attachments() const {
-    std::lock_guard guard(listMutex_);
-    Attachments result;
-    for (const Link& link : links_) {
-        result.push_back(link.output);
-    }
-    for (const Reader& reader : readers_) {
-        result.push_back(reader.output);
-    }
-    return result;
 }
 
 ConnectionLimits Graph::Impl::limitsOf(const OutputDescriptor& output,

@@ -10,7 +10,6 @@
 #include "orlixdataprocessingcore/graph/graph.h"
 #include "orlixdataprocessingcore/graph/graphnode.h"
 #include "orlixdataprocessingcore/graph/graphsink.h"
-#include "orlixdataprocessingcore/graph/outputattachment.h"
 #include "orlixdataprocessingcore/graph/topology.h"
 #include "orlixdataprocessingcore/threading/activity.h"
 
@@ -42,14 +41,15 @@ public:
 private:
     struct Link {
         std::shared_ptr<Connection> connection;
-        std::shared_ptr<OutputAttachment> output;
+        std::shared_ptr<IHandle> output;
         std::shared_ptr<IHandle> input;
     };
     struct Reader {
+        std::shared_ptr<GraphNode> node;
+        gcstring pin;
         std::shared_ptr<GraphSink> sink;
-        std::shared_ptr<OutputAttachment> output;
+        std::shared_ptr<IHandle> output;
     };
-    using Attachments = std::vector<std::shared_ptr<OutputAttachment>>;
     struct Member {
         std::shared_ptr<GraphNode> node;
         std::vector<Utils::ScopedConnection> slots;  // of what the node tells
@@ -60,10 +60,8 @@ private:
     void observe(Member& member);
     void checkInputs(const GraphNode& node) const;
     [[nodiscard]] bool isConnected(const GraphNode& node, const gcstring& input) const;
-    void renewInputs();
-    void renewOutputs();
-    void followOutputs(const GraphNode& node);
-    [[nodiscard]] Attachments attachments() const;
+    void renewAttachments();
+    void renewLink(Link& link);
     void refreshAutoReset(GraphNode& node, const gcstring& pin);
     [[nodiscard]] ConnectionLimits limitsOf(const OutputDescriptor& output,
                                             const InputDescriptor& input) const;

@@ -55,8 +55,7 @@ void Graph::Impl::freeResources() {
 
 void Graph::Impl::start(const NodeArgumentCollection& arguments) {
     checkStopped("A second start");
-    renewOutputs();
-    renewInputs();
+    renewAttachments();
     validate();
     openJoins();
     running_ = true;

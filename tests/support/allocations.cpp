@@ -1,7 +1,8 @@
-#include "orlixdataprocessingcore/failingnew.h"
+#include "support/allocations.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -9,31 +10,46 @@
 
 namespace {
 
+std::atomic<std::uint64_t> allocations{0};
+thread_local std::uint64_t ownAllocations = 0;
 // Allocations of this thread until one fails; below 0, none does.
 thread_local int countdown = -1;
+thread_local bool alignedFails = false;
+
+void count() noexcept {
+    allocations.fetch_add(1, std::memory_order_relaxed);
+    ++ownAllocations;
+}
 
 void* allocate(std::size_t size) noexcept {
+    count();
     if (countdown >= 0 && countdown-- == 0) {
         return nullptr;
     }
     return std::malloc(size != 0 ? size : 1);
 }
 
-void* allocateOrThrow(std::size_t size) {
-    void* memory = allocate(size);
+void* orThrow(void* memory) {
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
     return memory;
 }
 
+void* allocateAligned(std::size_t size, std::align_val_t alignment) {
+    count();
+    const auto unit = static_cast<std::size_t>(alignment);
+    return orThrow(alignedFails ? nullptr
+                                : std::aligned_alloc(unit, (size + unit - 1) / unit * unit));
+}
+
 }  // namespace
 
 void* operator new(std::size_t size) {
-    return allocateOrThrow(size);
+    return orThrow(allocate(size));
 }
 void* operator new[](std::size_t size) {
-    return allocateOrThrow(size);
+    return orThrow(allocate(size));
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     return allocate(size);
@@ -41,6 +57,13 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     return allocate(size);
 }
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return allocateAligned(size, alignment);
+}
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+    return allocateAligned(size, alignment);
+}
+
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
@@ -53,6 +76,18 @@ void operator delete(void* memory, std::size_t) noexcept {
 void operator delete[](void* memory, std::size_t) noexcept {
     std::free(memory);
 }
+void operator delete(void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
+    std::free(memory);
+}
 // Of an object whose constructor has thrown.
 void operator delete(void* memory, const std::nothrow_t&) noexcept {
     std::free(memory);
@@ -62,6 +97,14 @@ void operator delete[](void* memory, const std::nothrow_t&) noexcept {
 }
 
 namespace Orlix::Test {
+
+std::uint64_t countAllocations() noexcept {
+    return allocations.load();
+}
+
+std::uint64_t countAllocationsOfThisThread() noexcept {
+    return ownAllocations;
+}
 
 FailingNew::FailingNew(int number) noexcept {
     countdown = number;
@@ -73,6 +116,14 @@ FailingNew::~FailingNew() {
 
 bool FailingNew::hasFailed() noexcept {
     return countdown < 0;
+}
+
+FailingAlignedNew::FailingAlignedNew() noexcept {
+    alignedFails = true;
+}
+
+FailingAlignedNew::~FailingAlignedNew() {
+    alignedFails = false;
 }
 
 std::set<std::string> failEachAllocation(const std::function<void()>& function) {
