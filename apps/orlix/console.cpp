@@ -1,8 +1,10 @@
 #include "console.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -32,6 +34,15 @@ const char* nameOf(Severitiy severity) {
         default:
             return "trace";
     }
+}
+
+// The last column stays free: some terminals wrap as soon as it is filled.
+std::string fitted(const std::string& text) {
+    winsize size{};
+    if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) {
+        return text;
+    }
+    return text.substr(0, size.ws_col - 1U);
 }
 
 void write(const std::string& text) {
@@ -82,14 +93,16 @@ void Console::start() {
 void Console::showLiveLine(const std::string& text) {
     const std::lock_guard lock(state_->mutex);
     if (state_->hasLiveLine || !text.empty()) {
-        write(clearLine + text);
+        write(clearLine + fitted(text));
         std::fflush(stderr);
     }
     state_->hasLiveLine = !text.empty();
 }
 
-bool Console::isTerminal() {
-    return ::isatty(STDERR_FILENO) != 0;
+bool Console::canShowLiveLine() {
+    const char* const kind = std::getenv("TERM");
+    const bool canClear = kind != nullptr && *kind != '\0' && std::string(kind) != "dumb";
+    return canClear && ::isatty(STDERR_FILENO) != 0;
 }
 
 void Console::showError(const std::string& message) {

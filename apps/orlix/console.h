@@ -22,9 +22,11 @@ public:
 
     // Shows the lines that were held back and from now on every line as it comes.
     void start();
-    // Replaces the live line; an empty text removes it.
+    // Replaces the live line; an empty text removes it. A text that is wider than the terminal is
+    // cut, since a line that wraps can't be replaced.
     void showLiveLine(const std::string& text);
-    [[nodiscard]] static bool isTerminal();
+    // Whether stderr is a terminal on which a line can be replaced.
+    [[nodiscard]] static bool canShowLiveLine();
     // The one message of a failed command.
     void showError(const std::string& message);
 

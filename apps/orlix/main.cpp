@@ -15,6 +15,8 @@
 namespace Orlix::App {
 namespace {
 
+constexpr const char* noOutput = "can not write to standard output";
+
 // The command that the command line asks for, with its options.
 struct CommandLine {
     CommonOptions common;
@@ -63,9 +65,14 @@ std::string folderName(const std::string& text) {
     return text.empty() ? "expected the name of a folder, found \"\"" : std::string();
 }
 
+std::string fileName(const std::string& text) {
+    return text.empty() ? "expected the name of a file, found \"\"" : std::string();
+}
+
 CLI::App* addCommand(CLI::App& app, CommandLine& line, const char* name, const char* description,
                      std::function<void(Console&)> command) {
     CLI::App* result = app.add_subcommand(name, description);
+    result->allow_extras();  // refused with a message of our own
     result
         ->add_option("--package", line.common.packages,
                      "Package of nodes to load in place of the one beside the program")
@@ -114,7 +121,9 @@ void addInspectCommands(CLI::App& app, CommandLine& line) {
     auto* nodemap =
         addCommand(app, line, "nodemap", "Print the feature tree of a GenICam description",
                    [&](Console&) { showNodeMap(line.nodemap, line.format()); });
-    nodemap->add_option("FILE", line.nodemap.file, "Description, as XML or zipped")->required();
+    nodemap->add_option("FILE", line.nodemap.file, "Description, as XML or zipped")
+        ->required()
+        ->check(fileName);
     auto* json = nodemap->add_flag("--json", line.json, "Print JSON");
     nodemap
         ->add_option(
@@ -137,17 +146,18 @@ void addRecipeCommands(CLI::App& app, CommandLine& line) {
     auto* validate =
         addCommand(app, line, "validate", "Check a recipe without running it",
                    [&](Console&) { validateRecipe(line.common, line.recipe, line.sets); });
-    validate->add_option("RECIPE", line.recipe, "Recipe file")->required();
+    validate->add_option("RECIPE", line.recipe, "Recipe file")->required()->check(fileName);
     addSets(validate, line.sets);
     addCameraOptions(validate, line.common.cameras);
 
     auto* save =
         addCommand(app, line, "save", "Load a recipe into its nodes and save it anew",
                    [&](Console&) { saveRecipe(line.common, line.recipe, line.target, line.sets); });
-    save->add_option("RECIPE", line.recipe, "Recipe file")->required();
+    save->add_option("RECIPE", line.recipe, "Recipe file")->required()->check(fileName);
     save->add_option("-o,--output", line.target, "File to write; it is replaced as a whole")
         ->type_name("FILE")
-        ->required();
+        ->required()
+        ->check(fileName);
     addSets(save, line.sets);
     addCameraOptions(save, line.common.cameras);
 }
@@ -159,7 +169,7 @@ void addRunCommand(CLI::App& app, CommandLine& line) {
                                options.format = line.format();
                                runRecipe(line.common, options, console);
                            });
-    run->add_option("RECIPE", options.recipe, "Recipe file")->required();
+    run->add_option("RECIPE", options.recipe, "Recipe file")->required()->check(fileName);
     addSets(run, options.sets);
     run->add_option("--arg", options.arguments, "Start argument; may be repeated")
         ->type_name("NAME=VALUE")
@@ -186,11 +196,9 @@ void addRunCommand(CLI::App& app, CommandLine& line) {
 }
 
 // Standard output may be a file on a full disk.
-void flushOutput() {
+bool flushOutput() {
     std::cout.flush();
-    if (!std::cout || std::fflush(stdout) != 0) {
-        throw GenICam::RuntimeException("can not write to standard output", __FILE__, __LINE__);
-    }
+    return std::cout && std::fflush(stdout) == 0;
 }
 
 int execute(const CommandLine& line) {
@@ -202,7 +210,9 @@ int execute(const CommandLine& line) {
                                         : Console::LogMode::HoldBack);
     try {
         line.command(console);
-        flushOutput();
+        if (!flushOutput()) {
+            throw GenICam::RuntimeException(noOutput, __FILE__, __LINE__);
+        }
         console.start();
         return 0;
     } catch (const GenICam::GenericException& error) {
@@ -220,10 +230,45 @@ int refuse(const std::string& message) {
     return 1;
 }
 
+std::string namesOfCommands(const CLI::App& app) {
+    std::string names;
+    for (const CLI::App* command : app.get_subcommands(nullptr)) {
+        names += (names.empty() ? "" : ", ") + command->get_name();
+    }
+    return names;
+}
+
+bool isOption(const std::string& text) {
+    return text.size() > 1 && text.front() == '-';
+}
+
+// What the command line has that nothing takes, or empty.
+std::string unexpected(const CLI::App& app) {
+    if (const auto rest = app.remaining(); !rest.empty()) {
+        return isOption(rest.front()) ? "there is no option " + rest.front() +
+                                            " before a command; orlix --help lists them"
+                                      : "there is no command \"" + rest.front() + "\"; there are " +
+                                            namesOfCommands(app);
+    }
+    for (const CLI::App* command : app.get_subcommands()) {
+        const std::string& name = command->get_name();
+        if (const auto rest = command->remaining(); !rest.empty()) {
+            return isOption(rest.front())
+                       ? "there is no option " + rest.front() + "; orlix " + name +
+                             " --help lists them"
+                       : "\"" + rest.front() + "\" is one argument too many; orlix " + name +
+                             " --help tells what " + name + " takes";
+        }
+    }
+    return {};
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Runs recipes of image processing nodes", "orlix");
     app.require_subcommand(0, 1);
     app.fallthrough(false);
+    app.allow_extras();
+    app.set_version_flag("--version", "orlix " ORLIX_VERSION, "Print the version");
     CommandLine line;
     addInspectCommands(app, line);
     addRecipeCommands(app, line);
@@ -231,9 +276,13 @@ int run(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& success) {
-        return app.exit(success);
+        const int code = app.exit(success);
+        return flushOutput() ? code : refuse(noOutput);
     } catch (const CLI::ParseError& error) {
         return refuse(error.what());
+    }
+    if (const std::string message = unexpected(app); !message.empty()) {
+        return refuse(message);
     }
     // Asked for only now, so that a command that is unknown has been named.
     return line.command ? execute(line) : refuse("a command is required; orlix --help lists them");

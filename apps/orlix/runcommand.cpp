@@ -55,8 +55,9 @@ void runRecipe(const CommonOptions& options, RunCommandOptions command, Console&
     // run in order.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
-    SignalWatch signals;
+    // Before the watch: a recipe that comes through a pipe may never end, but for a signal.
     Host::Recipe loaded = Host::Recipe::load(command.recipe);
+    SignalWatch signals;
     Host::RecipeGraph graph(std::move(loaded), loadPackages(options),
                             Host::createResourcePool(options.cameras));
     for (const std::string& assignment : command.sets) {
@@ -69,7 +70,7 @@ void runRecipe(const CommonOptions& options, RunCommandOptions command, Console&
 
     Host::RunObserver observer;
     observer.onStarted = [&console] { console.start(); };
-    if (Console::isTerminal() && !command.quiet) {
+    if (Console::canShowLiveLine() && !command.quiet) {
         observer.onProgress = [&console](const Host::RunProgress& progress) {
             console.showLiveLine(liveLine(progress));
         };

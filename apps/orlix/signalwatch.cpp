@@ -19,12 +19,20 @@ namespace {
 constexpr int exitCodeOfSignal = 128;
 constexpr const char* failure = "can not watch signals";
 
+bool isIgnored(int signal) {
+    struct sigaction action {};
+    return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 const sigset_t& stopSignals() {
     static const sigset_t signals = [] {
         sigset_t set;
         sigemptyset(&set);
         sigaddset(&set, SIGINT);
         sigaddset(&set, SIGTERM);
+        if (!isIgnored(SIGHUP)) {
+            sigaddset(&set, SIGHUP);
+        }
         return set;
     }();
     return signals;

@@ -1,5 +1,6 @@
-// SIGINT and SIGTERM as a call on a thread of its own: the first one asks for an orderly end, the
-// second one ends the process at once.
+// SIGINT, SIGTERM and SIGHUP as a call on a thread of its own: the first one asks for an orderly
+// end, the second one ends the process at once. A SIGHUP that the program was started to ignore, as
+// nohup does, stays ignored.
 #pragma once
 
 #include <csignal>
@@ -35,7 +36,7 @@ private:
     sigset_t before_{};
 };
 
-// To be made before any other thread, since it blocks the two signals for all threads that are
+// To be made before any other thread, since it blocks the signals for all threads that are
 // started later, and to be destroyed on the thread that made it. One object at a time.
 class SignalWatch {
 public:

@@ -116,6 +116,46 @@ fs::path targetOf(const std::string& path) {
     return target;
 }
 
+// A device, a pipe or a socket: a file in its place would take it away from everybody.
+bool isStream(const std::string& path) {
+    struct stat found {};
+    return ::stat(path.c_str(), &found) == 0 && !S_ISREG(found.st_mode) && !S_ISDIR(found.st_mode);
+}
+
+void writeStream(const std::string& path, const std::string& text) {
+    FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
+    if (file.get() < 0) {
+        failWithErrno(path, "can not write");
+    }
+    writeAll(file.get(), text, path);
+    if (!file.close()) {
+        failWithErrno(path, "can not write");
+    }
+}
+
+void replaceFile(const std::string& path, const std::string& text) {
+    const fs::path target = targetOf(path);
+    TemporaryFile temporary((target.parent_path() / temporaryName()).string());
+    FileDescriptor file(
+        ::open(temporary.path().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    if (file.get() < 0) {
+        failWithErrno(path, "can not write");
+    }
+    struct stat old {};
+    if (::stat(target.c_str(), &old) == 0 && ::fchmod(file.get(), old.st_mode & 07777U) != 0) {
+        failWithErrno(path, "can not keep the permissions");
+    }
+    writeAll(file.get(), text, path);
+    if (::fsync(file.get()) != 0 || !file.close()) {
+        failWithErrno(path, "can not write");
+    }
+    if (::rename(temporary.path().c_str(), target.c_str()) != 0) {
+        failWithErrno(path, "can not replace");
+    }
+    temporary.keep();
+    syncFolder(target.parent_path());
+}
+
 }  // namespace
 
 std::string readTextFile(const std::string& path) {
@@ -142,26 +182,11 @@ std::string readTextFile(const std::string& path) {
 }
 
 void replaceTextFile(const std::string& path, const std::string& text) {
-    const fs::path target = targetOf(path);
-    TemporaryFile temporary((target.parent_path() / temporaryName()).string());
-    FileDescriptor file(
-        ::open(temporary.path().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
-    if (file.get() < 0) {
-        failWithErrno(path, "can not write");
+    if (isStream(path)) {
+        writeStream(path, text);
+    } else {
+        replaceFile(path, text);
     }
-    struct stat old {};
-    if (::stat(target.c_str(), &old) == 0 && ::fchmod(file.get(), old.st_mode & 07777U) != 0) {
-        failWithErrno(path, "can not keep the permissions");
-    }
-    writeAll(file.get(), text, path);
-    if (::fsync(file.get()) != 0 || !file.close()) {
-        failWithErrno(path, "can not write");
-    }
-    if (::rename(temporary.path().c_str(), target.c_str()) != 0) {
-        failWithErrno(path, "can not replace");
-    }
-    temporary.keep();
-    syncFolder(target.parent_path());
 }
 
 AppendFile::AppendFile(std::string path)

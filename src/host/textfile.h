@@ -8,7 +8,8 @@ namespace Orlix::Host {
 [[nodiscard]] std::string readTextFile(const std::string& path);
 
 // After a power cut or a full disk the file holds either the old or the new text. Permissions of a
-// file that is there stay; a symbolic link stays and its target is replaced.
+// file that is there stay; a symbolic link stays and its target is replaced. A device or a pipe,
+// such as /dev/stdout, stays too and is written to.
 void replaceTextFile(const std::string& path, const std::string& text);
 
 // A file that grows line by line; each line is with the system when append returns. For one thread.

@@ -276,38 +276,6 @@ TEST_F(BadSet, ParameterThatIsNotWritable) {
                       "is not writable now (RO)");
 }
 
-TEST(BadUsage, IsOneMessage) {
-    expectFailure(runOrlix({}), "a command is required; orlix --help lists them");
-    expectFailure(runOrlix({"bogus"}), "The following argument was not expected: bogus");
-    expectFailure(runOrlix({"run"}), "RECIPE is required");
-    expectFailure(runOrlix({"params"}), "NODE is required");
-    expectFailure(runOrlix({"run", "r.json", "--frames", "0"}),
-                  "--frames: expected a whole number above 0, found \"0\"");
-    expectFailure(runOrlix({"run", "r.json", "--frames", "-1"}),
-                  "--frames: expected a whole number above 0, found \"-1\"");
-    expectFailure(runOrlix({"run", "r.json", "--frames", "18446744073709551616"}),
-                  "--frames: the number 18446744073709551616 is too large");
-    expectFailure(runOrlix({"run", "r.json", "--out", ""}),
-                  "--out: expected the name of a folder, found \"\"");
-    expectFailure(runOrlix({"run", "r.json", "--seconds", "nan"}),
-                  "--seconds: expected a number of seconds above 0, found \"nan\"");
-    expectFailure(runOrlix({"run", "r.json", "--idle", "0"}),
-                  "--idle: expected a number of seconds above 0, found \"0\"");
-    for (const std::string count : {"-1", "1001", "two", ""}) {
-        expectFailure(
-            runOrlix({"run", "r.json", "--emulated-cameras", count}),
-            "--emulated-cameras: expected a whole number from 0 to 1000, found \"" + count + "\"");
-    }
-    expectFailure(runOrlix({"run", "r.json", "--arg", "Mode"}), "--arg Mode: expected NAME=VALUE");
-}
-
-TEST(BadUsage, UnknownOptionIsNamed) {
-    const ProgramResult result = runOrlix({"run", "r.json", "--fast"});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_NE(result.err.find("--fast"), std::string::npos) << result.err;
-    EXPECT_EQ(linesOf(result.err).size(), 1U) << result.err;
-}
-
 class BadFolder : public testing::Test {
 protected:
     BadFolder() { recipe_ = writeTestRecipe(folder_, "ValueSource"); }

@@ -120,6 +120,29 @@ TEST_F(LiveLine, QuietRunHasNone) {
     EXPECT_EQ(terminal_.readToEnd(), "");
 }
 
+TEST_F(LiveLine, IsCutToTheWidthOfTheTerminal) {
+    terminal_.setColumns(30);
+    const std::string recipe = writeTestRecipe(folder_, "ValueSource", R"({"count": 5})");
+    const auto program = startWithTestNodes({recipe});
+    EXPECT_TRUE(terminal_.waitFor(std::regex("\r\033\\[K[^\r]{29}\r\033\\[K[^\r]{29}\r")));
+    program->sendSignal(SIGINT);
+    EXPECT_EQ(program->wait().exitCode, 0);
+}
+
+TEST_F(LiveLine, ATerminalThatCanNotClearALineGetsNone) {
+    for (const char* const type : {"dumb", ""}) {
+        Terminal terminal;
+        terminal.setType(type);
+        const std::string recipe = writeTestRecipe(folder_, "ValueSource", R"({"count": 5})");
+        Program program(orlixFile(),
+                        {"run", recipe, "--seconds", "0.5", "--package", testPackage("testnodes")},
+                        std::string(), &terminal);
+        terminal.closeChildEnd();
+        EXPECT_EQ(program.wait().exitCode, 0);
+        EXPECT_EQ(terminal.readToEnd(), "");
+    }
+}
+
 TEST_F(LiveLine, OnlyATerminalGetsOne) {
     const std::string recipe = writeTestRecipe(folder_, "ValueSource", R"({"count": 5})");
     EXPECT_EQ(runWithTestNodes({"run", recipe, "--seconds", "0.5"}).err, "");

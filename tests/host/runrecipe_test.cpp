@@ -1,6 +1,8 @@
 // Runs of recipes through the real program: what ends them, what they report, what they write.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
@@ -262,7 +264,18 @@ TEST_P(RunSignal, StopsTheRecipeInOrder) {
     EXPECT_EQ(text.back(), '\n');
 }
 
-INSTANTIATE_TEST_SUITE_P(Signals, RunSignal, testing::Values(SIGINT, SIGTERM));
+INSTANTIATE_TEST_SUITE_P(Signals, RunSignal, testing::Values(SIGINT, SIGTERM, SIGHUP));
+
+// Nothing has begun that would have to be ended in order.
+TEST_F(RunValues, ASignalEndsAWaitForARecipeThatComesThroughAPipe) {
+    const std::string recipe = folder_ / "recipe";
+    ASSERT_EQ(::mkfifo(recipe.c_str(), 0600), 0);
+    Program program(orlixFile(), {"run", recipe});
+    const int writer = ::open(recipe.c_str(), O_WRONLY);  // waits for the program to read
+    program.sendSignal(SIGINT);
+    EXPECT_EQ(program.wait().exitCode, 128 + SIGINT);
+    ::close(writer);
+}
 
 TEST_F(RunValues, ReaderThatGoesAwayEndsTheRunWithAnError) {
     makeFifo();

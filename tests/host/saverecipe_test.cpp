@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "host/support/fiforeader.h"
 #include "host/support/recipes.h"
 
 namespace Orlix::Host::Testing {
@@ -85,6 +86,22 @@ TEST_F(SaveCommand, PathsThatGoUpBehindALinkMeanWhatTheFileSystemSays) {
     EXPECT_FALSE(std::filesystem::exists(folder_ / "saved.json"));
     const Json saved = Json::parse(readFile(folder_ / "real/saved.json"));
     EXPECT_EQ(saved.at("nodes")[0].at("settings").at("sourcePath"), "images");
+}
+
+TEST_F(SaveCommand, APipeIsWrittenToAndStays) {
+    const std::string pipe = folder_ / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    Program program(orlixFile(), {"save", recipe_, "-o", pipe});
+    const std::string text = FifoReader(pipe).readToEnd();
+    EXPECT_EQ(program.wait().exitCode, 0);
+    EXPECT_EQ(Json::parse(text).at("nodes").size(), 2U);
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+}
+
+TEST_F(SaveCommand, StandardOutputIsAFileLikeAnyOther) {
+    const ProgramResult result = save(recipe_, "/dev/stdout");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(Json::parse(result.out).at("nodes").size(), 2U);
 }
 
 TEST_F(SaveCommand, SetIsPartOfWhatIsSaved) {

@@ -59,7 +59,7 @@ TEST_P(SignalWatchTest, SecondSignalEndsTheProcessAtOnce) {
     EXPECT_EXIT(body(), testing::ExitedWithCode(128 + GetParam()), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Signals, SignalWatchTest, testing::Values(SIGINT, SIGTERM));
+INSTANTIATE_TEST_SUITE_P(Signals, SignalWatchTest, testing::Values(SIGINT, SIGTERM, SIGHUP));
 
 using SignalWatchOnce = SignalWatchTest;
 
@@ -135,9 +135,25 @@ TEST_F(SignalWatchOnce, LeavesTheSignalsAsTheyWere) {
         bool during = false;
         {
             const SignalWatch watch;
-            during = isBlocked(SIGINT) && isBlocked(SIGTERM);
+            during = isBlocked(SIGINT) && isBlocked(SIGTERM) && isBlocked(SIGHUP);
         }
-        endWith(!before && during && !isBlocked(SIGINT) && !isBlocked(SIGTERM));
+        endWith(!before && during && !isBlocked(SIGINT) && !isBlocked(SIGTERM) &&
+                !isBlocked(SIGHUP));
+    };
+    EXPECT_EXIT(body(), testing::ExitedWithCode(success), "");
+}
+
+TEST_F(SignalWatchOnce, AHangUpThatIsIgnoredStaysIgnored) {
+    const auto body = [] {
+        ::signal(SIGHUP, SIG_IGN);
+        bool called = false;
+        {
+            SignalWatch watch;
+            const SignalHandler handler(watch, [&] { called = true; });
+            send(SIGHUP);
+            called = called || isBlocked(SIGHUP);
+        }
+        endWith(!called);
     };
     EXPECT_EXIT(body(), testing::ExitedWithCode(success), "");
 }

@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <stdexcept>
 
 #include "host/support/terminal.h"
@@ -29,9 +30,12 @@ Pipe makePipe() {
 }
 
 [[noreturn]] void runChild(const std::vector<const char*>& arguments, const std::string& folder,
-                           int out, int err) {
+                           int out, int err, const char* terminalType) {
     ::dup2(out, STDOUT_FILENO);
     ::dup2(err, STDERR_FILENO);
+    if (terminalType != nullptr) {
+        ::setenv("TERM", terminalType, 1);
+    }
     if (folder.empty() || ::chdir(folder.c_str()) == 0) {
         ::execv(arguments.front(), const_cast<char* const*>(arguments.data()));
     }
@@ -61,7 +65,10 @@ Program::Program(const std::string& file, const std::vector<std::string>& argume
     const Pipe err = makePipe();
     child_ = ::fork();
     if (child_ == 0) {
-        runChild(texts, folder, out.write, terminal != nullptr ? terminal->childEnd() : err.write);
+        if (terminal != nullptr) {
+            runChild(texts, folder, out.write, terminal->childEnd(), terminal->type());
+        }
+        runChild(texts, folder, out.write, err.write, nullptr);
     }
     ::close(out.write);
     ::close(err.write);

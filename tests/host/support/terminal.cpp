@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -34,6 +35,13 @@ void Terminal::closeChildEnd() {
         ::close(childEnd_);
         childEnd_ = -1;
     }
+}
+
+void Terminal::setColumns(unsigned short columns) {
+    winsize size{};
+    size.ws_row = 24;
+    size.ws_col = columns;
+    ::ioctl(end_, TIOCSWINSZ, &size);
 }
 
 bool Terminal::waitFor(const std::regex& pattern) {

@@ -17,6 +17,10 @@ public:
     // the child's end is the end of the text.
     [[nodiscard]] int childEnd() const { return childEnd_; }
     void closeChildEnd();
+    // What the child finds in TERM; to be set before it starts.
+    [[nodiscard]] const char* type() const { return type_; }
+    void setType(const char* type) { type_ = type; }
+    void setColumns(unsigned short columns);
 
     // Blocks until what has been written so far has the pattern in it, or the writer has gone.
     // True if the pattern was found.
@@ -30,6 +34,7 @@ private:
 
     int end_ = -1;
     int childEnd_ = -1;
+    const char* type_ = "xterm";
     std::string text_;
 };
 
