@@ -80,7 +80,7 @@ protected:
     // End of a run; returns only when the node's own work has ended.
     virtual void onStopping();
 
-    // Both throw InvalidArgumentException for a name that is not there. Sinks are detached first.
+    // Both throw InvalidArgumentException for an unknown name. Sinks wait for an output made anew.
     virtual void removeInput(const gcstring& name);
     virtual void removeOutput(const gcstring& name);
 

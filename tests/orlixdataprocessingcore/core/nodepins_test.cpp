@@ -130,26 +130,45 @@ TEST_F(NodePins, ADetachedSinkGetsNothingAndHasNoListener) {
     EXPECT_TRUE(sink->entries().empty());
 }
 
-TEST_F(NodePins, ARemovedOutputDetachesItsSinks) {
-    const auto sink = std::make_shared<TestSink>();
-    const auto handle = node->attachOutputSink("Out", sink);
-    int changes = 0;
-    static_cast<void>(node->getOutputsChangedSignal()->connect([&] { ++changes; }));
-    node->removeOutput("Out");
-    EXPECT_EQ(changes, 1);
-    EXPECT_FALSE(sink->hasListener());
-    EXPECT_FALSE(node->isOutputSinkAttached(handle));
-    EXPECT_TRUE(node->getOutputDescriptors().empty());
-}
-
-TEST_F(NodePins, ARemovedOutputLeavesTheListenerOfASinkThatReadsAnotherPin) {
+TEST_F(NodePins, ARemovedOutputTellsItsSinksThatThereIsNoValueUntilItIsMadeAnew) {
     TestSource source({"A", "B"});
     const auto sink = std::make_shared<TestSink>();
-    static_cast<void>(source.attachOutputSink("A", sink));
-    static_cast<void>(source.attachOutputSink("B", sink));
+    const auto handle = source.attachOutputSink("A", sink);
+    int changes = 0;
+    static_cast<void>(source.getOutputsChangedSignal()->connect([&] { ++changes; }));
+    source.start({});
     source.removeOutput("A");
+    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(source.getOutputDescriptors().size(), 1U);
+    EXPECT_TRUE(source.isOutputSinkAttached(handle));
+    source.send(PinValues{{"A", integer(1)}, {"B", integer(2)}});
+    EXPECT_EQ(sink->skips(), 1U);
+    source.createOutput("A", "", integerType(), true, unlimitedJobs);
+    source.send(PinValues{{"A", integer(3)}});
+    EXPECT_EQ(sink->values(), std::vector<std::int64_t>{3});
+}
+
+TEST_F(NodePins, ASinkOfARemovedOutputCanBeDetachedAndNoneAttached) {
+    const auto sink = std::make_shared<TestSink>();
+    const auto handle = node->attachOutputSink("Out", sink);
+    node->removeOutput("Out");
+    EXPECT_THROW(static_cast<void>(node->attachOutputSink("Out", sink)), InvalidArgumentException);
+    EXPECT_THROW(node->removeOutput("Out"), InvalidArgumentException);
     EXPECT_TRUE(sink->hasListener());
-    source.removeOutput("B");
+    node->detachOutputSink(handle);
+    EXPECT_FALSE(sink->hasListener());
+    EXPECT_FALSE(node->isOutputSinkAttached(handle));
+}
+
+TEST_F(NodePins, ADetachedSinkKeepsItsListenerWhileItReadsAnotherPin) {
+    TestSource source({"A", "B"});
+    const auto sink = std::make_shared<TestSink>();
+    const auto a = source.attachOutputSink("A", sink);
+    const auto b = source.attachOutputSink("B", sink);
+    source.removeOutput("A");
+    source.detachOutputSink(a);
+    EXPECT_TRUE(sink->hasListener());
+    source.detachOutputSink(b);
     EXPECT_FALSE(sink->hasListener());
 }
 

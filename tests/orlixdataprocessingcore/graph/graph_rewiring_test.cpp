@@ -111,7 +111,7 @@ TEST_F(GraphRewiring, NobodyWaitsForAnOutputEvenIfOneAfterTheOtherGoes) {
     source->make("C");
     graph.start({});
     source->removeOutput("A");
-    source->removeOutput("C");  // whatever told of A's absence on it does so elsewhere
+    source->removeOutput("C");
     for (int value = 0; value < 100; ++value) {
         send({{"B", integer(value)}});
     }
@@ -180,6 +180,7 @@ TEST_F(GraphRewiring, EveryUpdateComesOnceThoughOutputsAreRemadeOnOtherThreads) 
     graph.stop(StopMode::Drain);
     EXPECT_EQ(reader->values().back(), updates);
     EXPECT_EQ(sink->values().back(), 2 * updates);
+    EXPECT_EQ(sink->entries().size(), static_cast<std::size_t>(updates) + 1);
     for (const auto& each : {reader, sink}) {
         std::set<std::uint64_t> seen;
         for (const TestSink::Entry& entry : each->entries()) {

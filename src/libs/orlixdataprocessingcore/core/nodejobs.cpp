@@ -20,6 +20,9 @@ constexpr std::size_t longestAbortList = 1024;
 void fillWithError(PinValues& values, const OutputRoutes& routes,
                    const std::shared_ptr<IError>& error) {
     for (const OutputRoute& route : routes.routes) {
+        if (route.isGone) {
+            continue;
+        }
         values.insert_or_assign(route.pin, makeErrorValue(route.type, error));
     }
 }

@@ -41,7 +41,7 @@ bool OutputRoutes::hasSpace() const {
 void OutputRoutes::deliver(std::shared_ptr<IGraphUpdate>&& update, PinValues& values) const {
     ValueWalk walk(values.begin(), values.end());
     for (const OutputRoute& route : routes) {
-        if (!walk.goTo(route.pin) || !walk.value().isValid()) {
+        if (route.isGone || !walk.goTo(route.pin) || !walk.value().isValid()) {
             skipSinks(route, update);
             continue;
         }
@@ -69,32 +69,34 @@ OutputPins::OutputPins() : routes_(std::make_shared<OutputRoutes>()) {}
 
 void OutputPins::add(const OutputDescriptor& descriptor) {
     std::lock_guard guard(mutex_);
-    const auto same = [&](const Pin& pin) { return pin.descriptor.name == descriptor.name; };
-    if (descriptor.name.empty() || std::any_of(pins_.begin(), pins_.end(), same)) {
+    const auto same = std::find_if(pins_.begin(), pins_.end(), [&](const Pin& pin) {
+        return pin.descriptor.name == descriptor.name;
+    });
+    if (descriptor.name.empty() || (same != pins_.end() && !same->isGone)) {
         throw GenICam::InvalidArgumentException(
             ("Output " + inQuotes(descriptor.name) + " can't be made: the name is taken or empty.")
                 .c_str(),
             __FILE__, __LINE__);
     }
-    pins_.push_back(Pin{descriptor, {}});
+    Pin pin{descriptor, {}};
+    if (same != pins_.end()) {
+        pin.attachments = std::move(same->attachments);
+        pins_.erase(same);
+    }
+    pins_.push_back(std::move(pin));
     rebuildRoutes();
 }
 
 void OutputPins::remove(const gcstring& name) {
-    std::vector<Attachment> detached;
-    {
-        std::lock_guard guard(mutex_);
-        const auto pin = find(name);
-        detached = std::move(pin->attachments);
-        pins_.erase(pin);
-        rebuildRoutes();
-        // A sink that reads another pin of this node still needs its listener.
-        std::erase_if(detached,
-                      [this](const Attachment& attachment) { return holds(attachment.sink); });
-    }
-    for (const Attachment& attachment : detached) {
-        attachment.sink->setSpaceListener({});
-    }
+    std::lock_guard guard(mutex_);
+    find(name)->isGone = true;
+    eraseUnused();
+    rebuildRoutes();
+}
+
+// A removed pin stays for its sinks.
+void OutputPins::eraseUnused() {
+    std::erase_if(pins_, [](const Pin& pin) { return pin.isGone && pin.attachments.empty(); });
 }
 
 void OutputPins::setUpdateGroup(const gcstring& name, const gcstring& group) {
@@ -107,7 +109,9 @@ std::vector<OutputDescriptor> OutputPins::descriptors() const {
     std::vector<OutputDescriptor> result;
     result.reserve(pins_.size());
     for (const Pin& pin : pins_) {
-        result.push_back(pin.descriptor);
+        if (!pin.isGone) {
+            result.push_back(pin.descriptor);
+        }
     }
     return result;
 }
@@ -150,6 +154,7 @@ void OutputPins::detach(const std::shared_ptr<IHandle>& handle) {
             throw GenICam::InvalidArgumentException(
                 "The handle is of no attached sink of this node.", __FILE__, __LINE__);
         }
+        eraseUnused();
         rebuildRoutes();
         if (holds(sink)) {
             return;  // it reads another pin of this node and still needs its listener
@@ -166,6 +171,7 @@ void OutputPins::detachAll() {
             std::move(pin.attachments.begin(), pin.attachments.end(), std::back_inserter(detached));
             pin.attachments.clear();
         }
+        eraseUnused();
         rebuildRoutes();
     }
     for (const Attachment& attachment : detached) {
@@ -189,7 +195,7 @@ std::shared_ptr<const OutputRoutes> OutputPins::routes() const {
 
 std::vector<OutputPins::Pin>::iterator OutputPins::find(const gcstring& name) {
     const auto pin = std::find_if(pins_.begin(), pins_.end(), [&](const Pin& candidate) {
-        return candidate.descriptor.name == name;
+        return !candidate.isGone && candidate.descriptor.name == name;
     });
     if (pin == pins_.end()) {
         throw GenICam::InvalidArgumentException(
@@ -209,11 +215,14 @@ void OutputPins::rebuildRoutes() {
     auto table = std::make_shared<OutputRoutes>();
     table->routes.reserve(pins_.size());
     for (const Pin& pin : pins_) {
-        OutputRoute route{pin.descriptor.name, pin.descriptor.type, {}};
+        OutputRoute route{pin.descriptor.name, pin.descriptor.type, {}, pin.isGone};
         for (const Attachment& attachment : pin.attachments) {
             route.sinks.push_back(attachment.sink);
         }
         table->routes.push_back(std::move(route));
+        if (pin.isGone) {
+            continue;
+        }
         // A limit of 0 would hold the source back for ever.
         table->smallestJobCount = std::min(table->smallestJobCount,
                                            std::max<std::uint64_t>(1, pin.descriptor.maxJobCount));

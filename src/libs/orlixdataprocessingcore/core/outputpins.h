@@ -17,6 +17,7 @@ struct OutputRoute {
     gcstring pin;
     Utils::TypeInfo type;
     std::vector<std::shared_ptr<IOutputSink>> sinks;  // in the order of their attachment
+    bool isGone = false;  // the pin is removed: no value leaves here, and each update is told so
 };
 
 // Where values go, as of one moment. Immutable; an exception of a sink is logged and concerns no
@@ -34,6 +35,10 @@ struct OutputRoutes {
 
 // Owned by the node; safe from any thread. Unknown names throw GenICam::InvalidArgumentException. A
 // delivery that is under way when a sink is detached may still reach it.
+//
+// A pin may be removed and made anew at any time, also in a run. Its sinks stay attached: until
+// then they hear of each update that it has no value, so that nobody waits for one, and not a
+// single update passes them by.
 class OutputPins {
 public:
     OutputPins();
@@ -64,9 +69,11 @@ private:
     struct Pin {
         OutputDescriptor descriptor;
         std::vector<Attachment> attachments;
+        bool isGone = false;  // removed, but for its sinks
     };
 
     [[nodiscard]] std::vector<Pin>::iterator find(const gcstring& name);
+    void eraseUnused();
     [[nodiscard]] bool holds(const std::shared_ptr<IOutputSink>& sink) const;
     void rebuildRoutes();
 

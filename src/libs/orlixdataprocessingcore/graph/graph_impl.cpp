@@ -15,6 +15,10 @@ std::string placeOf(const gcstring& node, const gcstring& pin) {
     return "\"" + node.str() + "." + pin.str() + "\"";
 }
 
+std::string placeOf(const ConnectionEnds& ends) {
+    return placeOf(ends.fromNode, ends.fromPin) + " to " + placeOf(ends.toNode, ends.toPin);
+}
+
 [[noreturn]] void refuse(const std::string& text) {
     throw GenICam::InvalidArgumentException(text.c_str(), __FILE__, __LINE__);
 }
@@ -44,6 +48,15 @@ InputDescriptor inputOf(const GraphNode& node, const gcstring& pin) {
     return *found;
 }
 
+void checkTypes(const ConnectionEnds& ends, const OutputDescriptor& output,
+                const InputDescriptor& input) {
+    if (!output.type.canConvert(input.type)) {
+        refuse("Can't connect " + placeOf(ends) + ": an output of type \"" +
+               output.type.getIdentifier().str() + "\" doesn't fit an input of type \"" +
+               input.type.getIdentifier().str() + "\".");
+    }
+}
+
 }  // namespace
 
 Graph::Impl::Impl(const GraphOptions& options) : capacity_(options.connectionCapacity) {
@@ -55,6 +68,10 @@ Graph::Impl::Impl(const GraphOptions& options) : capacity_(options.connectionCap
 Graph::Impl::~Impl() {
     guarded(this, "stopping a graph", [&] { stop(StopMode::Drop); });
     guarded(this, "freeing the resources of a graph", [&] { freeResources(); });
+    // Slots that still run must end before the nodes that they wake.
+    for (Member& member : members_) {
+        member.slots.clear();
+    }
     for (const Link& link : links_) {
         guarded(this, "taking a connection apart", [&] {
             INode& from = find(link.connection->ends().fromNode)->node();
@@ -73,10 +90,6 @@ Graph::Impl::~Impl() {
                 reader.node->node().detachOutputSink(reader.output);
             }
         });
-    }
-    // Slots that still run must end before the nodes that they wake.
-    for (Member& member : members_) {
-        member.slots.clear();
     }
     activity_->waitUntilIdle();
 }
@@ -135,16 +148,11 @@ void Graph::Impl::connect(const ConnectionEnds& ends) {
     const std::shared_ptr<GraphNode>& to = find(ends.toNode);
     const OutputDescriptor output = outputOf(*from, ends.fromPin);
     const InputDescriptor input = inputOf(*to, ends.toPin);
-    const std::string place =
-        placeOf(ends.fromNode, ends.fromPin) + " to " + placeOf(ends.toNode, ends.toPin);
+    const std::string place = placeOf(ends);
     if (!to->node().canConfigure(ends.toPin)) {
         refuse("Can't connect " + place + ": the input is taken.");
     }
-    if (!output.type.canConvert(input.type)) {
-        refuse("Can't connect " + place + ": an output of type \"" +
-               output.type.getIdentifier().str() + "\" doesn't fit an input of type \"" +
-               input.type.getIdentifier().str() + "\".");
-    }
+    checkTypes(ends, output, input);
     if (reaches(*to, *from, connections())) {
         refuse("Can't connect " + place + ": the connection would close a cycle.");
     }
@@ -216,14 +224,15 @@ bool Graph::Impl::isConnected(const GraphNode& node, const gcstring& input) cons
     });
 }
 
-// A node may have remade its pins since they were connected.
+// A node may have remade its pins since they were connected, or lack one now. Our bases keep the
+// sinks of an output that is made anew.
 void Graph::Impl::renewAttachments() {
     for (Link& link : links_) {
         renewLink(link);
     }
     for (Reader& reader : readers_) {
+        static_cast<void>(outputOf(*reader.node, reader.pin));
         if (!reader.node->node().isOutputSinkAttached(reader.output)) {
-            static_cast<void>(outputOf(*reader.node, reader.pin));
             reader.output = reader.node->node().attachOutputSink(reader.pin, reader.sink);
         }
     }
@@ -233,13 +242,13 @@ void Graph::Impl::renewLink(Link& link) {
     const ConnectionEnds& ends = link.connection->ends();
     const std::shared_ptr<GraphNode>& from = find(ends.fromNode);
     const std::shared_ptr<GraphNode>& to = find(ends.toNode);
+    const OutputDescriptor output = outputOf(*from, ends.fromPin);
+    checkTypes(ends, output, inputOf(*to, ends.toPin));
     if (!to->node().isConfigured(link.input)) {
-        static_cast<void>(inputOf(*to, ends.toPin));
-        link.input = to->node().configureInputType(ends.toPin, outputOf(*from, ends.fromPin).type);
+        link.input = to->node().configureInputType(ends.toPin, output.type);
         refreshAutoReset(*to, ends.toPin);
     }
     if (!from->node().isOutputSinkAttached(link.output)) {
-        static_cast<void>(outputOf(*from, ends.fromPin));
         link.output = from->node().attachOutputSink(ends.fromPin, link.connection);
     }
 }
