@@ -34,13 +34,13 @@ public:
     // Until disconnect or the end of the signal.
     [[nodiscard]] virtual bool isConnected() const = 0;
     // With `unblock` true, calls are let through again. Otherwise they are held off, and with
-    // `waitForRunningCalls` true this first waits for the running calls of other threads. A call
-    // that this very thread runs is not waited for, nor one that a thread will come to which itself
-    // waits in here: that thread looks at the connection again before it begins the call. So none
-    // is running on another thread when this returns, unless a running slot unblocked its own
-    // connection meanwhile. The caller must hold no lock that a slot takes, save the signal's own,
-    // which is given up for the wait, and two running slots must not wait for each other. With both
-    // false, a connection that is not ready stays as it is.
+    // `waitForRunningCalls` true this first waits for the running calls of other threads, but for
+    // those that a thread will come to which itself waits in here: it looks at the connection again
+    // before it begins the call. Then none is running on another thread when this returns, unless a
+    // running slot unblocked its own connection meanwhile. Within a call of the slot itself nothing
+    // is waited for, since two of them could wait for each other. The caller must hold no lock that
+    // a slot takes, save the signal's own, which is given up for the wait, and two running slots
+    // must not wait for each other. With both false, a connection not ready stays as it is.
     virtual void setBlocked(bool unblock, bool waitForRunningCalls) = 0;
     // False while calls are held off.
     [[nodiscard]] virtual bool isEnabled() const = 0;
