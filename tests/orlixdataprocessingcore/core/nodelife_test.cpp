@@ -5,7 +5,6 @@
 
 #include "orlixdataprocessingcore/core/nodebase.h"
 #include "orlixdataprocessingcore/core/nodetest.h"
-#include "orlixdataprocessingcore/threading/uniquelock.h"
 #include "orlixdataprocessingcore/utils/log.h"
 
 namespace Orlix::DataProcessing::Core {
@@ -34,24 +33,6 @@ TEST_F(NodeLife, CallsTheNodeWithItsLockFree) {
     node->start({});
     EXPECT_EQ(runOnce(*node, {}), StartExecutionResult::Executed);
     node->stop();
-}
-
-TEST_F(NodeLife, LeavesStoppedOnlyWhenASetterHasReleasedTheLock) {
-    const auto lock = node->getLock();
-    std::latch isHeld(1);
-    std::latch mayRelease(1);
-    std::thread setter([&] {
-        const Threading::UniqueLock<Threading::IRecursiveLockable> guard(*lock);
-        isHeld.count_down();
-        mayRelease.wait();
-        EXPECT_EQ(node->getState(), NodeState::Stopped);
-    });
-    isHeld.wait();
-    std::thread starter([&] { node->start({}); });
-    mayRelease.count_down();
-    setter.join();
-    starter.join();
-    EXPECT_EQ(node->getState(), NodeState::Running);
 }
 
 TEST_F(NodeLife, AFailedStartLeavesItStoppedWithoutStopping) {
