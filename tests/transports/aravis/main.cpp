@@ -4,6 +4,14 @@
 
 #include "aravis/support/network.h"
 
+#if defined(__SANITIZE_THREAD__)
+// Also for those who run the program by itself and not through ctest.
+extern "C" __attribute__((visibility("default"))) const char* __tsan_default_options();
+extern "C" const char* __tsan_default_options() {
+    return "suppressions=" ORLIX_THREAD_SUPPRESSIONS;
+}
+#endif
+
 int main(int count, char** arguments) {
     // Who only asks for the names of the tests needs no network.
     bool lists = false;
