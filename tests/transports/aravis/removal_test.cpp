@@ -55,8 +55,8 @@ protected:
 TEST_F(Removal, OfAnIdleCameraIsNoticed) {
     auto process = StartCamera("127.0.0.1", "T1");
     const auto device = FindDevice("T1");
+    Watch watch;  // outlives the camera
     CInstantCamera camera(device.get());
-    Watch watch;
     camera.RegisterConfiguration(&watch, RegistrationMode_Append, Cleanup_None);
     camera.Open();
     const auto begin = Clock::now();
@@ -78,8 +78,8 @@ TEST_F(Removal, OfACameraThatIsBackAtOnceIsToldAsOneThatCameAndWent) {
     const auto infos = layer->EnumerateDevices();
     ASSERT_EQ(infos.size(), 1U);
     const auto device = layer->CreateDevice(infos.front());
+    Watch watch;  // outlives the camera
     CInstantCamera camera(device.get());
-    Watch watch;
     camera.RegisterConfiguration(&watch, RegistrationMode_Append, Cleanup_None);
     camera.Open();
     std::mutex mutex;
@@ -109,8 +109,8 @@ TEST_F(Removal, OfACameraThatIsBackAtOnceIsToldAsOneThatCameAndWent) {
 TEST_F(Removal, InMidStreamEndsItAndTheCameraCanBeUsedAgainWhenItIsBack) {
     auto process = StartCamera("127.0.0.1", "T1");
     const auto device = FindDevice("T1");
+    Watch watch;  // outlives the camera
     CInstantCamera camera(device.get());
-    Watch watch;
     camera.RegisterConfiguration(&watch, RegistrationMode_Append, Cleanup_None);
     for (int round = 0; round < 3; ++round) {
         camera.StartGrabbing();
