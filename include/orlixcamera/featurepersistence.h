@@ -6,10 +6,10 @@
 //     GainSelector<TAB>DigitalAll
 //     Gain<TAB>1.5
 //
-// A line is a comment that begins with #, or a name, one tab and a value. In values, "\\" stands
-// for a backslash, "\xHH" for the byte of that code, and "\e" for nothing, along with a tab right
-// behind it. So no value has a line feed, a tab, #, = or a blank at an end in its line, an empty
-// value can be seen, and each line has a letter before a tab, whatever the name ends with.
+// A line is a comment, which has a # anywhere, or a name, one tab and a value. In values, "\\"
+// stands for a backslash, "\xHH" for the byte of that code, and "\e" for nothing, along with a tab
+// right behind it. So no value has a line feed, a tab, #, = or a blank at an end in its line, an
+// empty value can be seen, and each line has a letter before a tab, whatever the name ends with.
 #pragma once
 
 #include "gcbase/gcstring.h"

@@ -234,6 +234,12 @@ TEST_F(FeaturePersistence, ALineWithoutATabIsRefusedWithItsNumber) {
               "Line 3 of the feature stream has no tab behind a name: \"Width 5\".");
 }
 
+TEST_F(FeaturePersistence, ALineWithAHashAnywhereIsAComment) {
+    load(integer("Width", 0, ""));
+    restore("Width\t5\nWidth\t6 # wide\nWidth=7 # wide\n");
+    EXPECT_EQ(get("Width"), "5");
+}
+
 TEST_F(FeaturePersistence, ANullMapIsRefused) {
     gcstring stream;
     EXPECT_THROW(CFeaturePersistence::SaveToString(stream, nullptr),

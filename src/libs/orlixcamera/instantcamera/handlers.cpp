@@ -36,9 +36,11 @@ void CInstantCamera::Impl::RegisterImageEventHandler(CImageEventHandler* handler
                         [&] { owned.DestroyImageEventHandler(camera_); });
         };
     }
+    // Held until the handler was told: it may be taken off meanwhile, and ends with its
+    // registration.
+    const auto added = std::make_shared<ImageRegistration>(*handler);
     const auto replaced =
-        imageHandlers_.Add(std::make_shared<ImageRegistration>(*handler), std::move(destroy),
-                           mode == RegistrationMode_ReplaceAll);
+        imageHandlers_.Add(added, std::move(destroy), mode == RegistrationMode_ReplaceAll);
     for (const auto& old : replaced) {
         old->Remove();
         CallGuarded("OnImageEventHandlerDeregistered",
@@ -69,9 +71,9 @@ void CInstantCamera::Impl::RegisterConfiguration(CConfigurationEventHandler* han
             CallGuarded("DestroyConfiguration", [&] { owned.DestroyConfiguration(camera_); });
         };
     }
+    const auto added = std::make_shared<ConfigurationRegistration>(*handler);
     const auto replaced =
-        configurations_.Add(std::make_shared<ConfigurationRegistration>(*handler),
-                            std::move(destroy), mode == RegistrationMode_ReplaceAll);
+        configurations_.Add(added, std::move(destroy), mode == RegistrationMode_ReplaceAll);
     for (const auto& old : replaced) {
         old->Remove();
         CallGuarded("OnConfigurationDeregistered",

@@ -120,7 +120,7 @@ std::vector<FeatureLine> parseFeatureStream(std::string_view text) {
         const std::string_view line = text.substr(0, end);
         text.remove_prefix(std::min(end + 1, text.size()));
         const std::string_view content = trim(line);
-        if (!content.empty() && content.front() != '#') {
+        if (!content.empty() && content.find('#') == std::string_view::npos) {
             lines.push_back(parseLine(line, number));
         }
     }
