@@ -5,6 +5,7 @@
 #include <future>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -158,6 +159,17 @@ TEST_F(CameraDeviceList, TwoNodesThatRefreshAtOnceNeverLockEachOther) {
         pool.addResource(makeInfo({{"SerialNumber", std::to_string(++serial).c_str()}}),
                          std::make_shared<TestDeviceResource>());
     };
+    // The other node's last device may come to the list a little after both have ended.
+    std::promise<void> complete;
+    GenApi::INode* selector = feature("DeviceSelector");
+    const auto handle = GenApi::Register(
+        selector,
+        [&, once = std::make_shared<std::once_flag>()](GenApi::INode*) {
+            if (maximum("DeviceSelector") == 399) {
+                std::call_once(*once, [&] { complete.set_value(); });
+            }
+        },
+        GenApi::cbPostOutsideLock);
     const auto refresh = [](Camera& camera) {
         for (int i = 0; i < 200; ++i) {
             camera.executeDeviceListUpdate();
@@ -166,7 +178,8 @@ TEST_F(CameraDeviceList, TwoNodesThatRefreshAtOnceNeverLockEachOther) {
     std::thread thread([&] { refresh(other); });
     refresh(node());
     thread.join();
-    EXPECT_EQ(maximum("DeviceSelector"), 399);
+    complete.get_future().wait();
+    GenApi::Deregister(selector, handle);
 }
 
 TEST_F(CameraDeviceList, ANodeMayBeDestroyedInAnEmission) {
