@@ -264,13 +264,14 @@ void Streamer::sendSteps(Block& block, std::size_t first, std::size_t end) {
         outgoing_.push_back({packet, packet == trailer ? block.trailerStatus : Status::Success});
         turnEnd = std::max(turnEnd, packet + 1);
     }
+    // Before they are sent: who has a packet may ask for it again at once.
+    block.turnEnd = turnEnd;
     if (!silence_.IsOn()) {
         statistics_.packets += outgoing_.size();
         statistics_.bytes += sender_.Send(block, outgoing_);
     } else {
         statistics_.droppedPackets += outgoing_.size();
     }
-    block.turnEnd = turnEnd;
 }
 
 StreamSettings Streamer::settings() const {
@@ -313,6 +314,10 @@ void Streamer::Resend(const ResendRequest& request) {
 
 // Of a block that is forgotten nobody knows how many packets it had: one answer for all of them.
 void Streamer::deny(const ResendRequest& request) {
+    constexpr std::uint32_t mostPackets = 1U << 20U;
+    if (request.firstPacket > mostPackets) {
+        return;  // no block ever had so many
+    }
     const StreamSettings now = settings();
     Block forgotten;
     forgotten.id = request.blockId;

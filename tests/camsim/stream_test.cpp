@@ -213,6 +213,22 @@ TEST(CamsimStream, WhatIsNotKeptAnyMoreIsNotAvailable) {
     EXPECT_EQ(grab.receiver.receive().status, Status::PacketUnavailable);
 }
 
+TEST(CamsimStream, ARequestForAPacketThatNoBlockCanHaveHasNoAnswer) {
+    Grab grab;
+    grab.receiver.open(grab.client, packetSize);
+    grab.start(1);
+    static_cast<void>(grab.receiver.receiveFrame());
+    const Buffer body = Writer()
+                            .add(std::uint32_t{0})
+                            .add(std::uint32_t{lastLongPacketId})
+                            .add(std::uint32_t{lastLongPacketId})
+                            .add(std::uint64_t{99})
+                            .bytes();
+    grab.client.send(commandOf(Command::PacketResend, body, 7001, hasLongIds));
+    grab.askAgain(1, 2, 2);
+    EXPECT_EQ(grab.receiver.receive().status, Status::Resent);
+}
+
 TEST(CamsimStream, ResendsAreDeniedOrIgnoredAsTheScriptSays) {
     Grab grab({"--wire", "frame 1: deny resends; frame 2: ignore resends"});
     grab.receiver.open(grab.client, packetSize);

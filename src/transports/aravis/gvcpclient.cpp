@@ -77,7 +77,10 @@ GvcpClient::Answer GvcpClient::ask(std::uint16_t command, std::span<const std::u
 }
 
 std::optional<GvcpClient::Answer> GvcpClient::await(std::uint16_t command, milliseconds timeOut) {
+    // A device that is there may ask for time; more than this is not given, however often it asks.
+    constexpr milliseconds longest{500};
     Clock::time_point deadline = Clock::now() + timeOut;
+    const Clock::time_point last = deadline + longest;
     for (milliseconds left = timeOut; left.count() > 0; left = until(deadline)) {
         answer_.resize(largestContent + headerSize);
         const std::size_t size = socket_.Receive(answer_, left);
@@ -88,10 +91,8 @@ std::optional<GvcpClient::Answer> GvcpClient::await(std::uint16_t command, milli
         const std::uint64_t status = GetNumber(answer_.data(), 2);
         const std::uint64_t kind = GetNumber(answer_.data() + 2, 2);
         if (kind == pending && size >= headerSize + 4) {
-            // The device is there and asks for time; more than this is not given.
-            constexpr std::uint64_t longest = 500;
-            deadline += milliseconds(
-                std::min<std::uint64_t>(GetNumber(answer_.data() + headerSize + 2, 2), longest));
+            deadline = std::min(
+                last, deadline + milliseconds(GetNumber(answer_.data() + headerSize + 2, 2)));
             continue;
         }
         answer_.resize(size);
