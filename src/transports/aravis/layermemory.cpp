@@ -72,7 +72,7 @@ constexpr std::array rows = {
         .toolTip = "Milliseconds without a sign of this program until the camera lets others take "
                    "control, as after a crash.",
         .isWritable = true,
-        .minimum = 500,
+        .minimum = 3000,  // Aravis gives a sign once a second; a healthy camera must hear it
         .maximum = lastOf32Bits,
         .bootstrapRegister = Bootstrap::heartbeatTimeOut},
     Row{.category = reception,

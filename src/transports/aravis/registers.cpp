@@ -34,8 +34,12 @@ struct Words {
     bool areWhole;
 };
 
-void requireRange(std::int64_t address, std::size_t length) {
-    if (address < 0 || length > std::numeric_limits<std::int32_t>::max()) {
+// Addresses of GigE Vision have 32 bits, and Aravis cuts off what is beyond.
+void requireRange(Protocol protocol, std::int64_t address, std::size_t length) {
+    constexpr std::uint64_t endOfNetworkMemory = std::uint64_t{1} << 32U;
+    const bool isBeyond = protocol == Protocol::GigE &&
+                          static_cast<std::uint64_t>(address) + length > endOfNetworkMemory;
+    if (address < 0 || length > std::numeric_limits<std::int32_t>::max() || isBeyond) {
         const std::string text = "The camera has no memory of " + std::to_string(length) +
                                  " bytes at address " + std::to_string(address) + ".";
         throw InvalidArgumentException(text.c_str(), __FILE__, __LINE__);
@@ -45,7 +49,7 @@ void requireRange(std::int64_t address, std::size_t length) {
 }  // namespace
 
 void Connection::Read(std::int64_t address, void* buffer, std::size_t length) {
-    requireRange(address, length);
+    requireRange(camera_.protocol, address, length);
     const auto place = static_cast<std::uint64_t>(address);
     Use([&](ArvDevice* device) {
         const Words words(place, length);
@@ -60,7 +64,7 @@ void Connection::Read(std::int64_t address, void* buffer, std::size_t length) {
 }
 
 void Connection::Write(std::int64_t address, const void* buffer, std::size_t length) {
-    requireRange(address, length);
+    requireRange(camera_.protocol, address, length);
     const auto place = static_cast<std::uint64_t>(address);
     Use([&](ArvDevice* device) {
         const Words words(place, length);

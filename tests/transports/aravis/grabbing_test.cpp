@@ -1,7 +1,7 @@
 // Images of a camera behind a network.
 #include "aravis/support/fakecameratest.h"
 #include "gcbase/gcexception.h"
-#include "genapi/inodemap.h"
+#include "genapi/genapi.h"
 #include "orlixcamera/grabresultdata.h"
 #include "orlixcamera/imageformatconverter.h"
 #include "orlixcamera/instantcamera.h"
@@ -105,7 +105,24 @@ TEST_F(Grabbing, LayerFeaturesShowAndSetHowFramesTravel) {
     EXPECT_EQ(packetSize.GetValue(), 1000);
     EXPECT_GT(CIntegerParameter(layer, "GrantedSocketBufferSize").GetValue(), 0);
     EXPECT_GE(CIntegerParameter(layer, "DeliveredFrames").GetValue(), 5);
-    EXPECT_GT(CIntegerParameter(layer, "HeartbeatTimeout").GetValue(), 0);
+    CIntegerParameter heartbeat(layer, "HeartbeatTimeout");
+    EXPECT_GT(heartbeat.GetValue(), 0);
+    // The camera would be lost with less than comes from this side.
+    EXPECT_THROW(heartbeat.SetValue(900), GenICam::OutOfRangeException);
+}
+
+TEST_F(Grabbing, AddressesBeyond32BitsAreRefused) {
+    const auto process = StartCamera("127.0.0.1", "T1");
+    const auto device = FindDevice("T1");
+    CInstantCamera camera(device.get());
+    camera.Open();
+    const GenApi::CPortPtr port(camera.GetNodeMap().GetNode("Device"));
+    ASSERT_TRUE(port.IsValid());
+    std::uint32_t word = 0;
+    port->Read(&word, 0, sizeof word);
+    EXPECT_THROW(port->Read(&word, std::int64_t{1} << 32, sizeof word),
+                 GenICam::InvalidArgumentException);
+    EXPECT_THROW(port->Write(&word, 0xFFFFFFFE, sizeof word), GenICam::InvalidArgumentException);
 }
 
 }  // namespace
