@@ -7,7 +7,7 @@ namespace Orlix::Camsim {
 
 Bytes Block::ContentOf(std::uint32_t packet) const noexcept {
     if (packet == 0) {
-        return leader;
+        return Bytes(leader).first(leaderSize);
     }
     if (packet > PayloadPackets()) {
         return Bytes(trailer).first(trailerSize);
@@ -16,25 +16,29 @@ Bytes Block::ContentOf(std::uint32_t packet) const noexcept {
     return Bytes(data).subspan(begin, std::min<std::size_t>(bytesPerPacket, data.size() - begin));
 }
 
-std::size_t Block::WriteHeader(std::uint32_t packet, Status status,
-                               std::uint8_t* out) const noexcept {
-    constexpr unsigned kindShift = 24;
+PacketName Block::NameOf(std::uint32_t packet) const noexcept {
     PacketKind kind = PacketKind::Payload;
     if (packet == 0) {
         kind = PacketKind::Leader;
     } else if (packet > PayloadPackets()) {
         kind = PacketKind::Trailer;
     }
+    return {id, longIds, kind, packet};
+}
+
+std::size_t WriteHeader(const PacketName& name, Status status, std::uint8_t* out) noexcept {
+    constexpr unsigned kindShift = 24;
+    const auto kind = static_cast<std::uint32_t>(name.kind);
     Put(out, static_cast<std::uint16_t>(status));
-    if (!longIds) {
-        Put(out + 2, static_cast<std::uint16_t>(id));
-        Put(out + 4, static_cast<std::uint32_t>(kind) << kindShift | (packet & lastPacketId));
+    if (!name.longIds) {
+        Put(out + 2, static_cast<std::uint16_t>(name.block));
+        Put(out + 4, kind << kindShift | (name.packet & lastPacketId));
         return shortPacketHeader;
     }
     Put(out + 2, std::uint16_t{0});
-    Put(out + 4, (static_cast<std::uint32_t>(kind) | longIdFlag) << kindShift);
-    Put(out + 8, id);
-    Put(out + 16, packet);
+    Put(out + 4, (kind | longIdFlag) << kindShift);
+    Put(out + 8, name.block);
+    Put(out + 16, name.packet);
     return longPacketHeader;
 }
 

@@ -18,6 +18,16 @@ namespace Orlix::Camsim {
 // What a device does when it is asked for a packet again.
 enum class Resends : std::uint8_t { Answer, Ignore, Deny };
 
+// A packet, as its header names it.
+struct PacketName {
+    std::uint64_t block = 0;
+    bool longIds = false;
+    PacketKind kind = PacketKind::Payload;
+    std::uint32_t packet = 0;
+};
+// Returns the size of the header; there is room for the long one.
+std::size_t WriteHeader(const PacketName& name, Status status, std::uint8_t* out) noexcept;
+
 struct Block {
     std::uint64_t id = 0;
     bool longIds = false;
@@ -25,6 +35,7 @@ struct Block {
     std::uint32_t bytesPerPacket = 0;
     std::vector<std::uint8_t> data;
     std::array<std::uint8_t, 36> leader{};
+    std::size_t leaderSize = 36;
     std::array<std::uint8_t, 16> trailer{};
     std::size_t trailerSize = 8;
     Status trailerStatus = Status::Success;
@@ -41,8 +52,7 @@ struct Block {
     // Leader and trailer, too.
     [[nodiscard]] std::uint32_t PacketCount() const noexcept { return PayloadPackets() + 2; }
     [[nodiscard]] Bytes ContentOf(std::uint32_t packet) const noexcept;
-    // Returns the size of the header.
-    std::size_t WriteHeader(std::uint32_t packet, Status status, std::uint8_t* out) const noexcept;
+    [[nodiscard]] PacketName NameOf(std::uint32_t packet) const noexcept;
 };
 
 // The bytes of a frame that one packet carries.

@@ -41,7 +41,9 @@ std::string scriptOf(const std::string& text) {
 
 void addIdentity(CLI::App& app, CommandLine& line) {
     DeviceIdentity& identity = line.options.identity;
-    app.add_option("--address", line.address, "Address of the device; nothing else is bound")
+    app.add_option(
+           "--address", line.address,
+           "Address of the device; only it and the broadcast addresses of its network are bound")
         ->type_name("IP")
         ->capture_default_str();
     app.add_option("--port", line.options.port, "UDP port of the commands, 0 for a free one")
@@ -91,6 +93,9 @@ void addChannels(CLI::App& app, CommandLine& line) {
     app.add_flag_callback(
         "--segment", [&stream] { stream.segmenting = Segmenting::On; },
         "Let the system cut large datagrams into packets; faster, but not for raw sockets here");
+    app.add_flag_callback(
+        "--chunks-only", [&stream] { stream.chunkPayload = ChunkPayload::Alone; },
+        "Frames with chunks have no picture");
     app.add_option("--events", messages.form, "Events with their values, or only their ids")
         ->transform(CLI::CheckedTransformer(std::map<std::string, EventForm>{
             {"data", EventForm::Data}, {"plain", EventForm::Plain}}))

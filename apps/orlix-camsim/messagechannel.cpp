@@ -2,9 +2,7 @@
 
 #include <netinet/in.h>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -18,6 +16,14 @@ namespace {
 constexpr std::size_t mostWaiting = 1024;
 constexpr std::uint16_t noStreamChannel = 0xFFFF;
 
+bool isAcknowledge(Bytes datagram) {
+    if (datagram.size() < commandHeaderSize) {
+        return false;
+    }
+    const auto command = static_cast<Command>(Get<std::uint16_t>(&datagram[2]));
+    return command == Command::EventAck || command == Command::EventDataAck;
+}
+
 }  // namespace
 
 MessageChannel::MessageChannel(int socket, const MessageOptions& options, const Silence& silence,
@@ -26,7 +32,6 @@ MessageChannel::MessageChannel(int socket, const MessageOptions& options, const 
       options_(options),
       silence_(silence),
       statistics_(statistics),
-      wakeUp_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       thread_([this] { run(); }) {}
 
 MessageChannel::~MessageChannel() {
@@ -35,24 +40,23 @@ MessageChannel::~MessageChannel() {
         end_ = true;
         changed_.notify_all();
     }
-    static_cast<void>(::eventfd_write(wakeUp_, 1));
+    wakeUp_.Raise();
     thread_.join();
-    ::close(wakeUp_);
 }
 
 void MessageChannel::Set(const MessageSettings& settings) {
     const std::scoped_lock lock(mutex_);
-    if (settings.destination != settings_.destination) {
-        ++opening_;
+    if (settings.destination != opening_.settings.destination) {
+        ++opening_.number;
         events_.clear();
-        static_cast<void>(::eventfd_write(wakeUp_, 1));
+        wakeUp_.Raise();
     }
-    settings_ = settings;
+    opening_.settings = settings;
 }
 
 bool MessageChannel::Push(const Emulated::Event& event) noexcept {
     const std::scoped_lock lock(mutex_);
-    if (settings_.destination.port == 0) {
+    if (opening_.settings.destination.port == 0) {
         return true;  // nobody misses it
     }
     if (events_.size() >= mostWaiting) {
@@ -77,40 +81,41 @@ void MessageChannel::run() {
         const auto last = events_.begin() + static_cast<std::ptrdiff_t>(count);
         const std::vector<Emulated::Event> events(events_.begin(), last);
         events_.erase(events_.begin(), last);
-        const MessageSettings settings = settings_;
+        const Opening opening = opening_;
         lock.unlock();
         id = static_cast<std::uint16_t>(id == UINT16_MAX ? 1 : id + 1);
-        deliver(encode(events, id, settings.timeout != 0), id, settings);
+        deliver(encode(events, id, opening.settings.timeout != 0), id, opening);
         lock.lock();
     }
 }
 
 void MessageChannel::deliver(const std::vector<std::uint8_t>& message, std::uint16_t id,
-                             const MessageSettings& settings) {
-    std::uint64_t opening = 0;
-    {
-        const std::scoped_lock lock(mutex_);
-        opening = opening_;
-    }
-    const sockaddr_in address = ToSocketAddress(settings.destination);
+                             const Opening& opening) {
+    const MessageSettings& settings = opening.settings;
     for (std::uint64_t attempt = 0; attempt <= settings.retries && !isEnded(opening); ++attempt) {
-        if (!silence_.IsOn()) {
-            const ssize_t sent =
-                ::sendto(socket_, message.data(), message.size(), 0,
-                         reinterpret_cast<const sockaddr*>(&address), sizeof address);
-            statistics_.sendErrors += sent < 0 ? 1 : 0;
-        }
+        sendOnce(message, settings.destination);
         ++(attempt == 0 ? statistics_.events : statistics_.eventRetries);
-        if (settings.timeout == 0 || waitForAck(id, settings.timeout, opening)) {
+        if (settings.timeout == 0 || waitForAck(id, opening)) {
             return;
         }
     }
     ++statistics_.lostEvents;
 }
 
-bool MessageChannel::isEnded(std::uint64_t opening) const {
+void MessageChannel::sendOnce(const std::vector<std::uint8_t>& message,
+                              const Endpoint& destination) {
+    if (silence_.IsOn()) {
+        return;
+    }
+    const sockaddr_in address = ToSocketAddress(destination);
+    const ssize_t sent = ::sendto(socket_, message.data(), message.size(), 0,
+                                  reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    statistics_.sendErrors += sent < 0 ? 1 : 0;
+}
+
+bool MessageChannel::isEnded(const Opening& opening) const {
     const std::scoped_lock lock(mutex_);
-    return end_ || opening != opening_;
+    return end_ || opening.number != opening_.number;
 }
 
 std::vector<std::uint8_t> MessageChannel::encode(const std::vector<Emulated::Event>& events,
@@ -152,33 +157,42 @@ void MessageChannel::append(std::vector<std::uint8_t>& message,
     std::copy_n(data.data.begin(), dataSize, out + headerSize);
 }
 
-bool MessageChannel::waitForAck(std::uint16_t id, std::uint32_t milliseconds,
-                                std::uint64_t opening) {
+// Whoever keeps sending something else doesn't keep the time from running out.
+bool MessageChannel::waitForAck(std::uint16_t id, const Opening& opening) {
     using std::chrono::steady_clock;
-    const auto end = steady_clock::now() + std::chrono::milliseconds(milliseconds);
-    while (true) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - steady_clock::now());
-        pollfd files[] = {{socket_, POLLIN, 0}, {wakeUp_, POLLIN, 0}};
-        const auto most = std::min<std::int64_t>(std::max<std::int64_t>(left.count(), 0), 60'000);
-        ::poll(files, 2, static_cast<int>(most));
-        if ((files[1].revents & POLLIN) != 0) {
-            eventfd_t value = 0;
-            static_cast<void>(::eventfd_read(wakeUp_, &value));
-        }
-        // The wake-up may be one of long ago.
-        if (isEnded(opening)) {
-            return false;
-        }
-        std::array<std::uint8_t, 64> answer{};
-        const ssize_t size = ::recv(socket_, answer.data(), answer.size(), MSG_DONTWAIT);
-        if (size >= static_cast<ssize_t>(commandHeaderSize) && !silence_.IsOn() &&
-            Get<std::uint16_t>(&answer[6]) == id) {
+    const MessageSettings& settings = opening.settings;
+    const auto end = steady_clock::now() + std::chrono::milliseconds(settings.timeout);
+    while (!isEnded(opening)) {
+        std::array<std::uint8_t, 64> datagram{};
+        sockaddr_in address{};
+        socklen_t addressSize = sizeof address;
+        const ssize_t size = ::recvfrom(socket_, datagram.data(), datagram.size(), MSG_DONTWAIT,
+                                        reinterpret_cast<sockaddr*>(&address), &addressSize);
+        const Bytes answer =
+            Bytes(datagram).first(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+        if (isAcknowledge(answer) && Get<std::uint16_t>(&answer[6]) == id && !silence_.IsOn() &&
+            ToEndpoint(address) == settings.destination) {
             return true;
         }
-        if (size < 0 && steady_clock::now() >= end) {
+        if (steady_clock::now() >= end) {
             return false;
         }
+        if (size < 0) {
+            waitForAnswer(end);
+        }
     }
+    return false;
+}
+
+void MessageChannel::waitForAnswer(std::chrono::steady_clock::time_point end) const {
+    using std::chrono::milliseconds;
+    constexpr milliseconds longest{60'000};
+    const auto left = std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now());
+    pollfd files[] = {{socket_, POLLIN, 0}, {wakeUp_.Get(), POLLIN, 0}};
+    const milliseconds time = std::clamp(left, milliseconds(0), longest);
+    ::poll(files, 2, static_cast<int>(time.count()));
+    // It may be one of long ago; who waits looks for himself whether it is the end.
+    wakeUp_.Take();
 }
 
 }  // namespace Orlix::Camsim

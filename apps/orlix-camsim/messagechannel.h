@@ -2,6 +2,7 @@
 // control, each waiting for its acknowledge and sent again without one. A thread of its own.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -12,6 +13,7 @@
 #include "device.h"
 #include "orlixcamera/emulated/event.h"
 #include "serveddescription.h"
+#include "sockets.h"
 #include "statistics.h"
 #include "wirefaults.h"
 
@@ -29,7 +31,8 @@ struct MessageOptions {
 // Any thread may call.
 class MessageChannel {
 public:
-    // The socket stays the caller's; nobody else reads from it.
+    // The socket stays the caller's; nobody else reads from it. Throws RuntimeException if the
+    // system has no event file left.
     MessageChannel(int socket, const MessageOptions& options, const Silence& silence,
                    Statistics& statistics);
     ~MessageChannel();
@@ -42,15 +45,23 @@ public:
     bool Push(const Emulated::Event& event) noexcept;
 
 private:
+    // Whose channel it is. A new destination makes another of it, so that nothing of the old one is
+    // waited for any more.
+    struct Opening {
+        MessageSettings settings;
+        std::uint64_t number = 0;
+    };
+
     void run();
     void deliver(const std::vector<std::uint8_t>& message, std::uint16_t id,
-                 const MessageSettings& settings);
+                 const Opening& opening);
+    void sendOnce(const std::vector<std::uint8_t>& message, const Endpoint& destination);
     [[nodiscard]] std::vector<std::uint8_t> encode(const std::vector<Emulated::Event>& events,
                                                    std::uint16_t id, bool wantsAck) const;
     void append(std::vector<std::uint8_t>& message, const Emulated::Event& event) const;
-    [[nodiscard]] bool waitForAck(std::uint16_t id, std::uint32_t milliseconds,
-                                  std::uint64_t opening);
-    [[nodiscard]] bool isEnded(std::uint64_t opening) const;
+    [[nodiscard]] bool waitForAck(std::uint16_t id, const Opening& opening);
+    void waitForAnswer(std::chrono::steady_clock::time_point end) const;
+    [[nodiscard]] bool isEnded(const Opening& opening) const;
 
     const int socket_;
     const MessageOptions options_;
@@ -59,11 +70,10 @@ private:
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;
-    MessageSettings settings_;
-    std::uint64_t opening_ = 0;
+    Opening opening_;
     std::deque<Emulated::Event> events_;
     bool end_ = false;
-    int wakeUp_ = -1;  // an event file of the system, for the wait on the socket
+    const EventFile wakeUp_;  // ends the wait on the socket
     std::thread thread_;
 };
 

@@ -24,6 +24,10 @@ sockaddr_in ToSocketAddress(const Endpoint& endpoint) noexcept {
     return address;
 }
 
+Endpoint ToEndpoint(const sockaddr_in& address) noexcept {
+    return {ntohl(address.sin_addr.s_addr), ntohs(address.sin_port)};
+}
+
 std::uint64_t PacketSender::Send(const Block& block, std::span<const OutgoingPacket> packets) {
     std::uint64_t bytes = 0;
     while (!packets.empty()) {
@@ -48,7 +52,7 @@ void PacketSender::group(const Block& block, std::span<const OutgoingPacket> pac
         const OutgoingPacket& packet = packets[index];
         auto& header = headers_[index];
         const std::size_t headerSize =
-            block.WriteHeader(packet.packet, packet.status, header.data());
+            WriteHeader(block.NameOf(packet.packet), packet.status, header.data());
         const bool hasContent = packet.status == Status::Success ||
                                 packet.status == Status::Resent ||
                                 packet.status == Status::DataOverrun;

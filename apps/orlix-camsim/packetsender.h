@@ -68,7 +68,8 @@ private:
     std::vector<Control> controls_;
 };
 
-// An address as the system takes it.
+// An address as the system takes it, and back.
 [[nodiscard]] sockaddr_in ToSocketAddress(const Endpoint& endpoint) noexcept;
+[[nodiscard]] Endpoint ToEndpoint(const sockaddr_in& address) noexcept;
 
 }  // namespace Orlix::Camsim

@@ -1,5 +1,8 @@
 // The numbers of GVCP and GVSP, the two protocols of GigE Vision, and how they lie in a datagram:
 // highest byte first. Constants and plain functions; any thread may call.
+// The adapter for real cameras has numbers of its own (src/transports/aravis/bootstrap.h and its
+// message classes), on purpose: each checks the other, and a wrong number in one of them shows. In
+// one header for both it would be a mistake that no test of one against the other can find.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +24,9 @@ enum class Command : std::uint16_t {
     ReadMem = 0x0084,
     WriteMem = 0x0086,
     Event = 0x00C0,
+    EventAck = 0x00C1,
     EventData = 0x00C2,
+    EventDataAck = 0x00C3,
 };
 
 enum class Status : std::uint16_t {
@@ -60,6 +65,7 @@ inline constexpr std::uint32_t lastPacketId = 0x00FFFFFF;
 inline constexpr std::uint32_t lastLongPacketId = 0xFFFFFFFF;
 
 inline constexpr std::uint16_t payloadImage = 0x0001;
+inline constexpr std::uint16_t payloadChunks = 0x0004;
 inline constexpr std::uint16_t payloadImageWithChunks = 0x4001;
 
 // Where a program sits. Both numbers as they are read, not as they are sent.

@@ -146,7 +146,7 @@ void Server::receive(const Socket& socket, Arrival arrival) {
             ++statistics_.ignoredDatagrams;
             continue;
         }
-        const Endpoint client{ntohl(address.sin_addr.s_addr), ntohs(address.sin_port)};
+        const Endpoint client = ToEndpoint(address);
         answer(
             gvcp_.Handle(Bytes(datagram_).first(static_cast<std::size_t>(size)), client, arrival),
             client);

@@ -63,7 +63,7 @@ Endpoint Socket::GetEndpoint() const {
     if (::getsockname(Get(), reinterpret_cast<sockaddr*>(&address), &size) != 0) {
         throwSystem("Can't tell the address of a socket");
     }
-    return {ntohl(address.sin_addr.s_addr), ntohs(address.sin_port)};
+    return ToEndpoint(address);
 }
 
 EventFile::EventFile() : OwnedFile(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {

@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "gcbase/gcexception.h"
@@ -123,42 +124,65 @@ std::uint64_t Streamer::nextId(std::uint64_t id, bool longIds) const noexcept {
     return next == 0 ? 1 : next;
 }
 
+bool Streamer::hasPicture(const FrameOrder& order) const noexcept {
+    return !order.chunks.active || options_.chunkPayload == ChunkPayload::WithPicture;
+}
+
 void Streamer::fill(Block& block, const FrameOrder& order) {
+    constexpr std::ptrdiff_t chunkTrailer = 8;
     picture_.Prepare(order.settings, order.frameNumber);
-    const std::size_t pictureSize = picture_.GetSize();
+    const std::size_t pictureSize = hasPicture(order) ? picture_.GetSize() : 0;
     block.data.resize(pictureSize + Emulated::GetChunkBytes(order.chunks));
-    picture_.Write(block.data.data(), order.frameNumber);
+    if (pictureSize > 0) {
+        picture_.Write(block.data.data(), order.frameNumber);
+    }
     Emulated::WriteChunks(order.chunks, order.values, picture_.GetSceneName(), block.data.data(),
                           pictureSize);
+    if (!hasPicture(order)) {
+        // Nor is there a chunk of no picture.
+        block.data.erase(block.data.begin(), block.data.begin() + chunkTrailer);
+    }
     if (order.faults.cutChunk) {
         Emulated::CutChunk(order.chunks, block.data.data(), block.data.size());
     }
 }
 
 void Streamer::describe(Block& block, const FrameOrder& order) const {
-    const Emulated::Region& region = order.settings.region;
-    const std::uint16_t kind = order.chunks.active ? payloadImageWithChunks : payloadImage;
-    std::uint8_t* const leader = block.leader.data();
+    const std::uint16_t withChunks = hasPicture(order) ? payloadImageWithChunks : payloadChunks;
+    const std::uint16_t kind = order.chunks.active ? withChunks : payloadImage;
     block.leader.fill(0);
-    Put(leader + 2, kind);
-    Put(leader + 4, order.timestamp);
+    Put(&block.leader[2], kind);
+    Put(&block.leader[4], order.timestamp);
+    block.leaderSize = hasPicture(order) ? block.leader.size() : 12;
+    block.trailer.fill(0);
+    Put(&block.trailer[2], kind);
+    std::size_t end = 4;
+    const auto append = [&](std::uint32_t number) {
+        Put(&block.trailer[end], number);
+        end += sizeof number;
+    };
+    if (order.chunks.active) {
+        append(static_cast<std::uint32_t>(block.data.size()));
+    }
+    if (hasPicture(order)) {
+        describePicture(block, order);
+        append(order.settings.region.height);
+    }
+    if (order.chunks.active) {
+        // The layout of the chunks is the same as long as the same ones are on.
+        append(order.chunks.enabled + (order.chunks.unknown ? 1U << 31 : 0U));
+    }
+    block.trailerSize = end;
+}
+
+void Streamer::describePicture(Block& block, const FrameOrder& order) {
+    const Emulated::Region& region = order.settings.region;
+    std::uint8_t* const leader = block.leader.data();
     Put(leader + 12, static_cast<std::uint32_t>(order.settings.pixelType));
     Put(leader + 16, region.width);
     Put(leader + 20, region.height);
     Put(leader + 24, region.offsetX);
     Put(leader + 28, region.offsetY);
-    std::uint8_t* const trailer = block.trailer.data();
-    block.trailer.fill(0);
-    Put(trailer + 2, kind);
-    Put(trailer + 4, region.height);
-    block.trailerSize = 8;
-    if (order.chunks.active) {
-        // The layout of the chunks is the same as long as the same ones are on.
-        Put(trailer + 4, static_cast<std::uint32_t>(block.data.size()));
-        Put(trailer + 8, region.height);
-        Put(trailer + 12, order.chunks.enabled + (order.chunks.unknown ? 1U << 31 : 0U));
-        block.trailerSize = 16;
-    }
 }
 
 // The camera's own faults, as far as they lie in the frame.
@@ -288,7 +312,6 @@ void Streamer::Resend(const ResendRequest& request) {
     if (resends == Resends::Ignore || silence_.IsOn() || request.firstPacket > request.lastPacket) {
         return;
     }
-    const std::uint32_t turnEnd = block != nullptr ? block->turnEnd.load() : 0;
     if (block == nullptr || request.firstPacket >= block->PacketCount()) {
         deny(request);
         return;
@@ -296,6 +319,7 @@ void Streamer::Resend(const ResendRequest& request) {
     ++attempt_;
     again_.clear();
     std::uint64_t denied = 0;
+    const std::uint32_t turnEnd = block->turnEnd;
     for (std::uint32_t packet = request.firstPacket;
          packet < turnEnd && packet <= request.lastPacket; ++packet) {
         const bool isLost =
@@ -304,7 +328,8 @@ void Streamer::Resend(const ResendRequest& request) {
         if (!isLost && faults_.Loses(block->id, packet, attempt_)) {
             ++statistics_.droppedPackets;
         } else {
-            again_.push_back({packet, isLost ? Status::PacketUnavailable : Status::Resent});
+            again_.push_back(
+                {packet, isLost ? Status::PacketUnavailable : statusOfResent(*block, packet)});
         }
     }
     statistics_.deniedPackets += denied;
@@ -312,23 +337,30 @@ void Streamer::Resend(const ResendRequest& request) {
     static_cast<void>(resender_.Send(*block, again_));
 }
 
-// Of a block that is forgotten nobody knows how many packets it had: one answer for all of them.
+// A trailer that tells of a damaged frame tells it each time.
+Status Streamer::statusOfResent(const Block& block, std::uint32_t packet) noexcept {
+    const bool isTrailer = packet == block.PacketCount() - 1;
+    return isTrailer && block.trailerStatus != Status::Success ? block.trailerStatus
+                                                               : Status::Resent;
+}
+
+// Of a block that is forgotten nobody knows how many packets it had: one answer for all of them,
+// that is nothing but a header.
 void Streamer::deny(const ResendRequest& request) {
-    constexpr std::uint32_t mostPackets = 1U << 20U;
-    if (request.firstPacket > mostPackets) {
-        return;  // no block ever had so many
-    }
-    const StreamSettings now = settings();
-    Block forgotten;
-    forgotten.id = request.blockId;
-    forgotten.longIds = request.longIds;
-    forgotten.destination = now.destination;
-    forgotten.bytesPerPacket = 1;
-    forgotten.data.resize(request.firstPacket);  // so that it counts as one of the payload
-    const OutgoingPacket packet{request.firstPacket, Status::PacketUnavailable};
+    const Endpoint destination = settings().destination;
     ++statistics_.deniedPackets;
-    if (now.destination.port != 0) {
-        static_cast<void>(resender_.Send(forgotten, {&packet, 1}));
+    if (destination.port == 0) {
+        return;
+    }
+    std::array<std::uint8_t, longPacketHeader> header{};
+    const PacketKind kind = request.firstPacket == 0 ? PacketKind::Leader : PacketKind::Payload;
+    const std::size_t size =
+        WriteHeader({request.blockId, request.longIds, kind, request.firstPacket},
+                    Status::PacketUnavailable, header.data());
+    const sockaddr_in address = ToSocketAddress(destination);
+    if (::sendto(socket_, header.data(), size, 0, reinterpret_cast<const sockaddr*>(&address),
+                 sizeof address) < 0) {
+        ++statistics_.sendErrors;
     }
 }
 

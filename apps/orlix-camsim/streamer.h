@@ -21,11 +21,15 @@
 
 namespace Orlix::Camsim {
 
+// What a frame with chunks carries: the picture as the first chunk, or no picture at all.
+enum class ChunkPayload : std::uint8_t { WithPicture, Alone };
+
 struct StreamOptions {
     std::size_t keptBlocks = 16;        // for resends
     std::uint64_t firstBlock = 1;       // number of the first frame of a channel
     std::uint32_t linkMegabits = 1000;  // a second; 0 for a link without a limit
     Segmenting segmenting = Segmenting::Off;
+    ChunkPayload chunkPayload = ChunkPayload::WithPicture;
 };
 
 class Streamer final : public IResender {
@@ -48,6 +52,7 @@ private:
     void sendFrame(const Emulated::FrameOrder& order);
     void fill(Block& block, const Emulated::FrameOrder& order);
     void describe(Block& block, const Emulated::FrameOrder& order) const;
+    static void describePicture(Block& block, const Emulated::FrameOrder& order);
     void spoil(Block& block, const Emulated::FrameOrder& order);
     void planSteps(const Block& block, const Emulated::FrameOrder& order);
     void dropMiddle(const Block& block, std::uint64_t count);
@@ -56,6 +61,8 @@ private:
     void sendSteps(Block& block, std::size_t first, std::size_t end);
     [[nodiscard]] std::chrono::nanoseconds timeOf(const Block& block,
                                                   std::uint32_t packet) const noexcept;
+    [[nodiscard]] bool hasPicture(const Emulated::FrameOrder& order) const noexcept;
+    [[nodiscard]] static Status statusOfResent(const Block& block, std::uint32_t packet) noexcept;
     void deny(const ResendRequest& request);
     [[nodiscard]] StreamSettings settings() const;
     [[nodiscard]] std::uint64_t nextId(std::uint64_t id, bool longIds) const noexcept;

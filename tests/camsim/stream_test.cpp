@@ -125,6 +125,34 @@ TEST(CamsimStream, ChunksFollowThePictureWithTheirHighestByteFirst) {
     EXPECT_EQ(Get<std::uint32_t>(&frame.trailer()[8]), height);
 }
 
+TEST(CamsimStream, FramesOfChunksOnlyHaveNoPicture) {
+    Grab grab({"--chunks-only"});
+    grab.client.set(At::chunkModeActive, std::int64_t{1});
+    grab.client.set(At::chunkEnable + Emulated::bankStep, std::int64_t{1});  // FrameID
+    grab.receiver.open(grab.client, packetSize);
+    grab.start(1);
+    const Frame frame = grab.receiver.receiveFrame();
+    EXPECT_EQ(frame.leader().size(), 12U) << "it tells no geometry";
+    EXPECT_EQ(Get<std::uint16_t>(&frame.leader()[2]), payloadChunks);
+    const Buffer payload = frame.payload();
+    ASSERT_EQ(payload.size(), 8U + 8);
+    EXPECT_EQ(Get<std::uint32_t>(&payload[8]), 0x00010001U);
+    EXPECT_EQ(Get<std::uint32_t>(&payload[12]), 8U);
+    const Buffer& trailer = frame.trailer();
+    ASSERT_EQ(trailer.size(), 12U) << "kind, size and layout";
+    EXPECT_EQ(Get<std::uint16_t>(&trailer[2]), payloadChunks);
+    EXPECT_EQ(Get<std::uint32_t>(&trailer[4]), payload.size());
+}
+
+TEST(CamsimStream, WithoutChunksThereIsAPictureEvenIfChunksComeAlone) {
+    Grab grab({"--chunks-only"});
+    grab.receiver.open(grab.client, packetSize);
+    grab.start(1);
+    const Frame frame = grab.receiver.receiveFrame();
+    EXPECT_EQ(Get<std::uint16_t>(&frame.leader()[2]), payloadImage);
+    EXPECT_EQ(frame.payload(), expectedPicture());
+}
+
 TEST(CamsimStream, LongIdsHaveLongHeaders) {
     Grab grab({"--first-block", "5000000000"});
     ASSERT_EQ(grab.client.write(Reg::gvspConfiguration, Bit::longBlockIds), Status::Success);
@@ -213,19 +241,45 @@ TEST(CamsimStream, WhatIsNotKeptAnyMoreIsNotAvailable) {
     EXPECT_EQ(grab.receiver.receive().status, Status::PacketUnavailable);
 }
 
-TEST(CamsimStream, ARequestForAPacketThatNoBlockCanHaveHasNoAnswer) {
+Buffer longRequest(std::uint64_t block, std::uint32_t from, std::uint32_t to) {
+    const Buffer body = Writer().add(std::uint32_t{0}).add(from).add(to).add(block).bytes();
+    return commandOf(Command::PacketResend, body, 7001, hasLongIds);
+}
+
+// Whatever the number of the packet: a header tells that it is gone, and nothing is made for it.
+TEST(CamsimStream, PacketsOfBlocksThatNeverWereAreDeniedWithNothingButAHeader) {
+    constexpr std::int64_t tolerated = 64 * 1024;
     Grab grab;
     grab.receiver.open(grab.client, packetSize);
-    grab.start(1);
+    const std::int64_t before = grab.process.peakMemory();
+    for (const std::uint32_t packet : {0U, 1U, 0x00FFFFFFU, 0x7FFFFFFFU, lastLongPacketId}) {
+        grab.client.send(longRequest(99, packet, lastLongPacketId));
+        const Packet answer = grab.receiver.receive();
+        EXPECT_EQ(answer.status, Status::PacketUnavailable);
+        EXPECT_TRUE(answer.longIds);
+        EXPECT_EQ(answer.block, 99U);
+        EXPECT_EQ(answer.id, packet);
+        EXPECT_EQ(answer.kind, packet == 0 ? PacketKind::Leader : PacketKind::Payload);
+        EXPECT_TRUE(answer.content.empty());
+    }
+    EXPECT_LT(grab.process.peakMemory() - before, tolerated) << "kB";
+    EXPECT_EQ(grab.process.stop()["deniedPackets"], 5);
+}
+
+TEST(CamsimStream, ATrailerThatTellsOfDamageTellsItEachTime) {
+    Grab grab({"--fault", "frame 1: bad trailer"});
+    grab.receiver.open(grab.client, packetSize);
+    grab.start(2);
+    const Packet trailer = grab.receiver.receiveFrame().packets.back();
+    EXPECT_EQ(trailer.status, Status::DataOverrun);
     static_cast<void>(grab.receiver.receiveFrame());
-    const Buffer body = Writer()
-                            .add(std::uint32_t{0})
-                            .add(std::uint32_t{lastLongPacketId})
-                            .add(std::uint32_t{lastLongPacketId})
-                            .add(std::uint64_t{99})
-                            .bytes();
-    grab.client.send(commandOf(Command::PacketResend, body, 7001, hasLongIds));
-    grab.askAgain(1, 2, 2);
+    grab.askAgain(1, payloadPackets, lastPacketId);
+    EXPECT_EQ(grab.receiver.receive().status, Status::Resent);
+    const Packet again = grab.receiver.receive();
+    EXPECT_EQ(again.status, Status::DataOverrun);
+    EXPECT_EQ(again.kind, PacketKind::Trailer);
+    EXPECT_EQ(again.content, trailer.content);
+    grab.askAgain(2, payloadPackets + 1, lastPacketId);
     EXPECT_EQ(grab.receiver.receive().status, Status::Resent);
 }
 

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <fstream>
 #include <stdexcept>
 
 extern char** environ;
@@ -48,6 +49,17 @@ CamsimProcess::~CamsimProcess() {
         ::waitpid(child_, nullptr, 0);
     }
     ::close(out_);
+}
+
+std::int64_t CamsimProcess::peakMemory() const {
+    std::ifstream file("/proc/" + std::to_string(child_) + "/status");
+    const std::string key = "VmHWM:";
+    for (std::string line; std::getline(file, line);) {
+        if (line.compare(0, key.size(), key) == 0) {
+            return std::stoll(line.substr(key.size()));
+        }
+    }
+    throw std::runtime_error("the program has ended");
 }
 
 nlohmann::json CamsimProcess::statistics() {

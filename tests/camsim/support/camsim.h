@@ -19,6 +19,8 @@ public:
 
     [[nodiscard]] std::uint16_t port() const { return port_; }
     [[nodiscard]] const std::string& greeting() const { return greeting_; }
+    // The most memory that it ever had, in kB.
+    [[nodiscard]] std::int64_t peakMemory() const;
     // Its statistics as they are now.
     [[nodiscard]] nlohmann::json statistics();
     // Ends it; its statistics at the end.

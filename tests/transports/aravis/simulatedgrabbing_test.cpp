@@ -188,6 +188,27 @@ TEST_F(SimulatedGrabbing, ChunksAreReadFromTheEndOfTheFrame) {
     }
 }
 
+// Smaller than what the camera may send, and without a picture.
+TEST_F(SimulatedGrabbing, FramesOfChunksOnlyHaveTheirChunks) {
+    Start({"--chunks-only"});
+    Open();
+    MakeFrames(320, 240, 50);
+    CBooleanParameter(camera.GetNodeMap(), "ChunkModeActive").SetValue(true);
+    Choose("ChunkSelector", "FrameID");
+    CBooleanParameter(camera.GetNodeMap(), "ChunkEnable").SetValue(true);
+    LimitFrames(3);
+    camera.StartGrabbing(3);
+    CGrabResultPtr result;
+    for (std::int64_t frame = 1; camera.IsGrabbing(); ++frame) {
+        ASSERT_TRUE(camera.RetrieveResult(patience, result));
+        ASSERT_TRUE(result->GrabSucceeded()) << result->GetErrorDescription().c_str();
+        ASSERT_TRUE(result->IsChunkDataAvailable());
+        EXPECT_EQ(result->GetPayloadSize(), 16U);
+        EXPECT_EQ(CIntegerParameter(result->GetChunkDataNodeMap(), "ChunkFrameID").GetValue(),
+                  frame);
+    }
+}
+
 TEST_F(SimulatedGrabbing, ProgramInControlIsNamedWithItsAddress) {
     Start();
     Open();
