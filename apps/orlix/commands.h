@@ -1,13 +1,18 @@
 // The commands of the program. Each throws for a failure; main prints the one message.
 #pragma once
 
-#include <optional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "orlixhost/package.h"
 #include "orlixhost/resourcepool.h"
 #include "orlixhost/runner.h"
+
+namespace Orlix::Host {
+class Recipe;
+class RecipeGraph;
+}  // namespace Orlix::Host
 
 namespace Orlix::App {
 
@@ -39,6 +44,10 @@ struct NodeMapOptions {
 };
 
 [[nodiscard]] Host::PackageList loadPackages(const CommonOptions& options);
+// The recipe's nodes with their settings, those of `sets` included, connected and checked.
+[[nodiscard]] std::unique_ptr<Host::RecipeGraph> openGraph(const CommonOptions& options,
+                                                           Host::Recipe recipe,
+                                                           const std::vector<std::string>& sets);
 
 void showCatalog(const CommonOptions& options, Format format);
 void showParameters(const CommonOptions& options, const std::string& type, Format format);

@@ -10,18 +10,23 @@
 
 namespace Orlix::App {
 
+std::unique_ptr<Host::RecipeGraph> openGraph(const CommonOptions& options, Host::Recipe recipe,
+                                             const std::vector<std::string>& sets) {
+    auto graph = std::make_unique<Host::RecipeGraph>(std::move(recipe), loadPackages(options),
+                                                     Host::createResourcePool(options.cameras));
+    for (const std::string& assignment : sets) {
+        graph->set(assignment);
+    }
+    graph->connect();
+    return graph;
+}
+
 void validateRecipe(const CommonOptions& options, const std::string& recipe,
                     const std::vector<std::string>& sets) {
-    Host::Recipe loaded = Host::Recipe::load(recipe);
-    Host::RecipeGraph graph(std::move(loaded), loadPackages(options),
-                            Host::createResourcePool(options.cameras));
-    for (const std::string& assignment : sets) {
-        graph.set(assignment);
-    }
-    graph.connect();
-    std::cout << recipe << ": is valid: " << graph.recipe().nodes().size() << " nodes, "
-              << graph.recipe().connections().size() << " connections; open outputs:";
-    for (const Host::OpenOutput& output : graph.openOutputs()) {
+    const auto graph = openGraph(options, Host::Recipe::load(recipe), sets);
+    std::cout << recipe << ": is valid: " << graph->recipe().nodes().size() << " nodes, "
+              << graph->recipe().connections().size() << " connections; open outputs:";
+    for (const Host::OpenOutput& output : graph->openOutputs()) {
         std::cout << " " << output.node << "." << output.pin;
     }
     std::cout << "\n";
@@ -30,15 +35,9 @@ void validateRecipe(const CommonOptions& options, const std::string& recipe,
 void saveRecipe(const CommonOptions& options, const std::string& recipe, const std::string& target,
                 const std::vector<std::string>& sets) {
     // Made absolute first, since a node's load may change the current directory.
-    const std::filesystem::path file = std::filesystem::absolute(target);
-    Host::Recipe loaded = Host::Recipe::load(recipe);
-    Host::RecipeGraph graph(std::move(loaded), loadPackages(options),
-                            Host::createResourcePool(options.cameras));
-    for (const std::string& assignment : sets) {
-        graph.set(assignment);
-    }
-    graph.connect();
-    graph.saved(std::filesystem::weakly_canonical(file.parent_path()).string()).save(file.string());
+    const std::string file = std::filesystem::absolute(target).string();
+    const std::string basePath = Host::Recipe::basePathOf(file);
+    openGraph(options, Host::Recipe::load(recipe), sets)->saved(basePath).save(file);
 }
 
 }  // namespace Orlix::App

@@ -58,13 +58,8 @@ void runRecipe(const CommonOptions& options, RunCommandOptions command, Console&
     // Before the watch: a recipe that comes through a pipe may never end, but for a signal.
     Host::Recipe loaded = Host::Recipe::load(command.recipe);
     SignalWatch signals;
-    Host::RecipeGraph graph(std::move(loaded), loadPackages(options),
-                            Host::createResourcePool(options.cameras));
-    for (const std::string& assignment : command.sets) {
-        graph.set(assignment);
-    }
-    graph.connect();
-    Host::Runner runner(graph, command.run);
+    const auto graph = openGraph(options, std::move(loaded), command.sets);
+    Host::Runner runner(*graph, command.run);
     // Gone before the runner is, also when the run throws.
     const SignalHandler stopRun(signals, [&runner] { runner.requestStop(); });
 

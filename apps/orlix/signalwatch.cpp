@@ -17,7 +17,13 @@ namespace {
 
 // What a shell expects of a program that a signal has ended.
 constexpr int exitCodeOfSignal = 128;
-constexpr const char* failure = "can not watch signals";
+
+Host::FileDescriptor opened(int file) {
+    if (file < 0) {
+        throw std::system_error(errno, std::generic_category(), "can not watch signals");
+    }
+    return Host::FileDescriptor(file);
+}
 
 bool isIgnored(int signal) {
     struct sigaction action {};
@@ -40,16 +46,6 @@ const sigset_t& stopSignals() {
 
 }  // namespace
 
-Descriptor::Descriptor(int value, const char* what) : value_(value) {
-    if (value_ < 0) {
-        throw std::system_error(errno, std::generic_category(), what);
-    }
-}
-
-Descriptor::~Descriptor() {
-    ::close(value_);
-}
-
 SignalBlock::SignalBlock(const sigset_t& signals) {
     pthread_sigmask(SIG_BLOCK, &signals, &before_);
 }
@@ -60,8 +56,8 @@ SignalBlock::~SignalBlock() {
 
 SignalWatch::SignalWatch()
     : block_(stopSignals()),
-      signals_(::signalfd(-1, &stopSignals(), SFD_CLOEXEC | SFD_NONBLOCK), failure),
-      end_(::eventfd(0, EFD_CLOEXEC), failure),
+      signals_(opened(::signalfd(-1, &stopSignals(), SFD_CLOEXEC | SFD_NONBLOCK))),
+      end_(opened(::eventfd(0, EFD_CLOEXEC))),
       thread_([this] { watch(); }) {}
 
 SignalWatch::~SignalWatch() {

@@ -8,21 +8,9 @@
 #include <mutex>
 #include <thread>
 
+#include "orlixhost/filedescriptor.h"
+
 namespace Orlix::App {
-
-// A file descriptor that is closed at the end. Throws std::system_error for one that failed.
-class Descriptor {
-public:
-    Descriptor(int value, const char* what);
-    ~Descriptor();
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    [[nodiscard]] int get() const noexcept { return value_; }
-
-private:
-    int value_;
-};
 
 // Keeps signals from the thread that makes it, and from those that this one starts, until its end.
 class SignalBlock {
@@ -55,8 +43,8 @@ private:
     [[nodiscard]] int readSignal() const;
 
     const SignalBlock block_;
-    const Descriptor signals_;
-    const Descriptor end_;
+    const Host::FileDescriptor signals_;
+    const Host::FileDescriptor end_;
     std::mutex mutex_;
     std::function<void()> handler_;
     bool received_ = false;

@@ -32,8 +32,11 @@ struct RecipeConnection {
 // `recipe.json:3:14: ...` for JSON that is broken, `recipe.json: nodes[1].name: ...` for a value.
 class ORLIXHOST_API Recipe {
 public:
-    // The folder of the file becomes the base path. The path is made absolute at once, so that a
-    // later change of the current directory has no effect.
+    // What relative paths of a recipe with that name are relative to: the folder of the file, or
+    // the current one for /dev/stdin, /dev/fd/3 and the like, which say nothing of a folder.
+    [[nodiscard]] static std::string basePathOf(const std::string& file);
+    // The path is made absolute at once, so that a later change of the current directory has no
+    // effect.
     [[nodiscard]] static Recipe load(const std::string& file);
     // An empty base path means a recipe without a folder.
     [[nodiscard]] static Recipe parse(const std::string& text, const std::string& source,

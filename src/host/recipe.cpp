@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "host/descriptorname.h"
 #include "host/jsontext.h"
 #include "host/message.h"
 #include "host/recipechecker.h"
@@ -60,11 +61,16 @@ Recipe& Recipe::operator=(Recipe other) noexcept {
     return *this;
 }
 
+// Not by text: behind a link, ".." is another folder.
+std::string Recipe::basePathOf(const std::string& file) {
+    namespace fs = std::filesystem;
+    return fs::weakly_canonical(parseDescriptorName(file) ? fs::current_path()
+                                                          : fs::absolute(file).parent_path())
+        .string();
+}
+
 Recipe Recipe::load(const std::string& file) {
-    const std::string text = readTextFile(file);
-    // Not by text: behind a link, ".." is another folder.
-    const std::filesystem::path folder = std::filesystem::absolute(file).parent_path();
-    return parse(text, file, std::filesystem::weakly_canonical(folder).string());
+    return parse(readTextFile(file), file, basePathOf(file));
 }
 
 Recipe Recipe::parse(const std::string& text, const std::string& source,

@@ -1,15 +1,19 @@
 #include "host/textfile.h"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
+#include "host/descriptorname.h"
 #include "host/message.h"
 
 namespace Orlix::Host {
@@ -30,34 +34,27 @@ constexpr std::size_t maxTextSize = std::size_t{256} * 1024 * 1024;
     failFor(path, what, std::generic_category().message(code));
 }
 
-// Closes on the way out of a failure.
-class FileDescriptor {
-public:
-    explicit FileDescriptor(int value) : value_(value) {}
-    ~FileDescriptor() {
-        if (value_ >= 0) {
-            ::close(value_);
-        }
+// Short, whatever the length of the final name, and not to be guessed: in a folder that others may
+// write to, nobody can put a file or a link in its way.
+std::string temporaryName() {
+    std::uint64_t number = 0;
+    if (::getrandom(&number, sizeof number, 0) != static_cast<ssize_t>(sizeof number)) {
+        fail("can not get a random number from the system");
     }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
+    return ".orlix-text-" + std::to_string(number) + ".tmp";
+}
 
-    [[nodiscard]] int get() const { return value_; }
-    // A delayed write error can show up only here.
-    [[nodiscard]] bool close() {
-        const int value = value_;
-        value_ = -1;
-        return ::close(value) == 0;
-    }
-
-private:
-    int value_;
-};
-
-// Removes the temporary file unless it has taken its place.
+// A new file in a folder, which goes at the end unless it has taken its place.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(std::string path) : path_(std::move(path)) {}
+    // Whether there is one shows isOpen of the file.
+    explicit TemporaryFile(const fs::path& folder)
+        : path_((folder / temporaryName()).string()),
+          file_(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666)) {
+        if (!file_.isOpen()) {
+            path_.clear();
+        }
+    }
     ~TemporaryFile() {
         if (!path_.empty()) {
             ::unlink(path_.c_str());
@@ -66,18 +63,32 @@ public:
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    [[nodiscard]] const std::string& path() const { return path_; }
-    void keep() { path_.clear(); }
+    [[nodiscard]] FileDescriptor& file() { return file_; }
+    // False with errno.
+    [[nodiscard]] bool moveTo(const fs::path& target) {
+        if (::rename(path_.c_str(), target.c_str()) != 0) {
+            return false;
+        }
+        path_.clear();
+        return true;
+    }
 
 private:
     std::string path_;
+    FileDescriptor file_;
 };
+
+// For a pipe or a terminal that somebody has set not to block.
+bool waitForSpace(int file) {
+    pollfd state{file, POLLOUT, 0};
+    return ::poll(&state, 1, -1) > 0 || errno == EINTR;
+}
 
 void writeAll(int file, const std::string& text, const std::string& path) {
     std::size_t written = 0;
     while (written < text.size()) {
         const ssize_t count = ::write(file, text.data() + written, text.size() - written);
-        if (count < 0 && errno == EINTR) {
+        if (count < 0 && (errno == EINTR || (errno == EAGAIN && waitForSpace(file)))) {
             continue;
         }
         if (count < 0) {
@@ -87,16 +98,10 @@ void writeAll(int file, const std::string& text, const std::string& path) {
     }
 }
 
-// Short, whatever the length of the final name; no other writer of the folder uses it.
-std::string temporaryName() {
-    static std::atomic<unsigned int> counter{0};
-    return ".orlix-text-" + std::to_string(::getpid()) + "-" + std::to_string(++counter) + ".tmp";
-}
-
 // The rename itself is durable only once its folder is.
 void syncFolder(const fs::path& folder) {
     const FileDescriptor file(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (file.get() >= 0) {
+    if (file.isOpen()) {
         ::fsync(file.get());
     }
 }
@@ -116,15 +121,29 @@ fs::path targetOf(const std::string& path) {
     return target;
 }
 
+// What is inherited is meant; what this process has opened for itself is nobody's to write to.
+int duplicateInherited(int number) {
+    const int flags = ::fcntl(number, F_GETFD);
+    if (flags >= 0 && (flags & FD_CLOEXEC) != 0) {
+        errno = EBADF;
+    }
+    return flags < 0 || (flags & FD_CLOEXEC) != 0 ? -1 : ::fcntl(number, F_DUPFD_CLOEXEC, 0);
+}
+
+// Opened by its name, the file would be written from its beginning, over what is there.
+int openDescriptor(const DescriptorName& name, const std::string& path) {
+    return name.isOwn ? duplicateInherited(name.number)
+                      : ::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY);
+}
+
 // A device, a pipe or a socket: a file in its place would take it away from everybody.
-bool isStream(const std::string& path) {
+bool isSpecial(const std::string& path) {
     struct stat found {};
     return ::stat(path.c_str(), &found) == 0 && !S_ISREG(found.st_mode) && !S_ISDIR(found.st_mode);
 }
 
-void writeStream(const std::string& path, const std::string& text) {
-    FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
-    if (file.get() < 0) {
+void writeStream(FileDescriptor file, const std::string& path, const std::string& text) {
+    if (!file.isOpen()) {
         failWithErrno(path, "can not write");
     }
     writeAll(file.get(), text, path);
@@ -135,10 +154,9 @@ void writeStream(const std::string& path, const std::string& text) {
 
 void replaceFile(const std::string& path, const std::string& text) {
     const fs::path target = targetOf(path);
-    TemporaryFile temporary((target.parent_path() / temporaryName()).string());
-    FileDescriptor file(
-        ::open(temporary.path().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
-    if (file.get() < 0) {
+    TemporaryFile temporary(target.parent_path());
+    FileDescriptor& file = temporary.file();
+    if (!file.isOpen()) {
         failWithErrno(path, "can not write");
     }
     struct stat old {};
@@ -149,10 +167,9 @@ void replaceFile(const std::string& path, const std::string& text) {
     if (::fsync(file.get()) != 0 || !file.close()) {
         failWithErrno(path, "can not write");
     }
-    if (::rename(temporary.path().c_str(), target.c_str()) != 0) {
+    if (!temporary.moveTo(target)) {
         failWithErrno(path, "can not replace");
     }
-    temporary.keep();
     syncFolder(target.parent_path());
 }
 
@@ -160,7 +177,7 @@ void replaceFile(const std::string& path, const std::string& text) {
 
 std::string readTextFile(const std::string& path) {
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (file.get() < 0) {
+    if (!file.isOpen()) {
         failWithErrno(path, "can not read");
     }
     std::string text;
@@ -182,8 +199,11 @@ std::string readTextFile(const std::string& path) {
 }
 
 void replaceTextFile(const std::string& path, const std::string& text) {
-    if (isStream(path)) {
-        writeStream(path, text);
+    if (const auto name = parseDescriptorName(path)) {
+        writeStream(FileDescriptor(openDescriptor(*name, path)), path, text);
+    } else if (isSpecial(path)) {
+        writeStream(FileDescriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY)), path,
+                    text);
     } else {
         replaceFile(path, text);
     }
@@ -192,17 +212,13 @@ void replaceTextFile(const std::string& path, const std::string& text) {
 AppendFile::AppendFile(std::string path)
     : path_(std::move(path)),
       file_(::open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0666)) {
-    if (file_ < 0) {
+    if (!file_.isOpen()) {
         failWithErrno(path_, "can not write");
     }
 }
 
-AppendFile::~AppendFile() {
-    ::close(file_);
-}
-
 void AppendFile::append(const std::string& text) {
-    writeAll(file_, text, path_);
+    writeAll(file_.get(), text, path_);
 }
 
 }  // namespace Orlix::Host

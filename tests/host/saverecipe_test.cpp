@@ -1,9 +1,14 @@
 // The command save: a recipe through its nodes and back to a file.
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <regex>
+#include <set>
 
 #include "host/support/fiforeader.h"
 #include "host/support/recipes.h"
@@ -102,6 +107,83 @@ TEST_F(SaveCommand, StandardOutputIsAFileLikeAnyOther) {
     const ProgramResult result = save(recipe_, "/dev/stdout");
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(Json::parse(result.out).at("nodes").size(), 2U);
+}
+
+// The shell's files stay the same files, whatever is in them before and written to them after.
+TEST_F(SaveCommand, StandardOutputThatIsAFileIsWrittenToAtItsPlace) {
+    const std::string file = folder_.write("all.txt", "before\n");
+    const auto inode = [&] {
+        struct stat status {};
+        EXPECT_EQ(::stat(file.c_str(), &status), 0);
+        return status.st_ino;
+    };
+    const auto before = inode();
+    const std::string command = orlixFile() + " save " + recipe_ + " -o ";
+    const std::string link = folder_ / "link";
+    std::filesystem::create_symlink("/dev/stdout", link);
+    const auto run = [&](const std::string& script) {
+        const ProgramResult result = Program("/bin/sh", {"-c", script}, folder_.path()).wait();
+        EXPECT_EQ(result.exitCode, 0) << script << "\n" << result.err;
+        EXPECT_EQ(inode(), before) << script;
+        return readFile(file);
+    };
+    ASSERT_EQ(save(recipe_, folder_ / "saved.json").exitCode, 0);
+    const std::string saved = readFile(folder_ / "saved.json");
+    std::string expected = "before\n";
+    for (const std::string& name :
+         {std::string("/dev/stdout"), std::string("/dev/fd/1"), std::string("/proc/self/fd/1"),
+          std::string("/proc/self/fd/../fd/1"), link}) {
+        expected += saved;
+        EXPECT_EQ(run(command + name + " >> all.txt"), expected) << name;
+    }
+    EXPECT_EQ(run("{ echo first; " + command + "/dev/stdout; echo after; } > all.txt"),
+              "first\n" + saved + "after\n");
+    EXPECT_EQ(run("{ " + command + "/dev/fd/3; } 3> all.txt"), saved);
+    EXPECT_EQ(run(command + "/dev/stderr 2> all.txt"), saved);
+    EXPECT_EQ(run(": > all.txt; exec 3>> all.txt; " + command + "/proc/$$/fd/3"), saved);
+}
+
+TEST_F(SaveCommand, DescriptorThatIsNotOpenOrNotInheritedIsNoFileToWriteTo) {
+    for (const char* name : {"/dev/fd/3", "/dev/fd/77"}) {
+        expectFailure(save(recipe_, name),
+                      std::string(name) + ": can not write: Bad file descriptor");
+    }
+}
+
+TEST_F(SaveCommand, PathsOfWhatGoesToAStreamAreRelativeToTheCurrentFolder) {
+    const ProgramResult result = runOrlix({"save", recipe_, "-o", "/dev/stdout"}, folder_.path());
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    const Json saved = Json::parse(result.out);
+    EXPECT_EQ(saved.at("nodes")[0].at("settings").at("sourcePath"), "images");
+    const ProgramResult loaded =
+        Program("/bin/sh", {"-c", orlixFile() + " save /dev/stdin -o two.json < r.json"},
+                folder_.path())
+            .wait();
+    EXPECT_EQ(loaded.exitCode, 0) << loaded.err;
+    EXPECT_EQ(readFile(folder_ / "two.json"), result.out);
+}
+
+// Whoever may write to the folder knows what the file is called only when it is there.
+TEST_F(SaveCommand, TemporaryFileIsNewAndItsNameIsAnotherEachTime) {
+    std::filesystem::create_directory(folder_ / "out");
+    const int watch = ::inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
+    ASSERT_GE(::inotify_add_watch(watch, (folder_ / "out").c_str(), IN_CREATE), 0);
+    ASSERT_EQ(save(recipe_, folder_ / "out/one.json").exitCode, 0);
+    ASSERT_EQ(save(recipe_, folder_ / "out/one.json").exitCode, 0);
+    alignas(inotify_event) std::array<char, 4096> events{};
+    const ssize_t size = ::read(watch, events.data(), events.size());
+    ::close(watch);
+    std::set<std::string> names;
+    for (ssize_t at = 0; at < size;) {
+        const auto* event = reinterpret_cast<const inotify_event*>(&events[std::size_t(at)]);
+        names.insert(event->name);
+        at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
+    }
+    EXPECT_EQ(names.size(), 2U);
+    for (const std::string& name : names) {
+        EXPECT_TRUE(std::regex_match(name, std::regex("\\.orlix-text-[0-9]{10,20}\\.tmp"))) << name;
+    }
+    EXPECT_EQ(folder_.list("out"), std::vector<std::string>{"one.json"});
 }
 
 TEST_F(SaveCommand, SetIsPartOfWhatIsSaved) {
