@@ -70,9 +70,11 @@ void showNodeMap(const NodeMapOptions& options, Format format) {
 }
 
 void showDevices(const CommonOptions& options, Format format) {
-    const auto pool = Host::createResourcePool(options.cameras);
-    // Now real cameras are waited for, too.
-    pool->refreshResources({});
+    Host::CameraOptions cameras = options.cameras;
+    if (cameras.realCameras == Host::RealCameras::LookedFor) {
+        cameras.realCameras = Host::RealCameras::WaitedFor;
+    }
+    const auto pool = Host::createResourcePool(cameras);
     Host::printDevices(
         std::cout, *pool,
         format == Format::Json ? Host::DeviceFormat::Json : Host::DeviceFormat::Text);

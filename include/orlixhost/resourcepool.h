@@ -19,9 +19,10 @@ class IResourcePool;
 
 namespace Orlix::Host {
 
-// Real cameras: through the transport back ends that are installed, looked for when something is
-// asked for that the pool doesn't have at first, or the list is refreshed.
-enum class RealCameras { LookedFor, LeftOut };
+// Real cameras are reached through the transport back ends that are installed, which takes a
+// second. LookedFor: from the first refresh on, as a node makes it that finds no camera; they come
+// to the list when they are found. WaitedFor: they are in the list from its beginning.
+enum class RealCameras { LookedFor, WaitedFor, LeftOut };
 
 struct CameraOptions {
     std::size_t emulatedCameras = 0;

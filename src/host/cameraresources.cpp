@@ -34,9 +34,9 @@ class DeviceResource final : public Core::IDeviceResource {
     ORLIX_OBJECT(Core::IDeviceResource)
 
 public:
-    DeviceResource(std::shared_ptr<ICameraLayer> layer, CDeviceInfo info,
+    DeviceResource(std::shared_ptr<ICameraLayer> layer, const CDeviceInfo& info,
                    std::shared_ptr<Holding> holding)
-        : layer_(std::move(layer)), info_(std::move(info)), holding_(std::move(holding)) {}
+        : layer_(std::move(layer)), info_(info), holding_(std::move(holding)) {}
 
     std::shared_ptr<ICameraDevice> acquireDevice(bool shared) override {
         const std::scoped_lock lock(holding_->mutex);
@@ -118,20 +118,35 @@ namespace {
 template <typename Layer>
 std::vector<std::shared_ptr<Layer>> wrap(std::vector<std::shared_ptr<ICameraLayer>> layers) {
     std::vector<std::shared_ptr<Layer>> wrapped;
+    wrapped.reserve(layers.size());
     for (auto& layer : layers) {
         wrapped.push_back(std::make_shared<Layer>(std::move(layer)));
     }
     return wrapped;
 }
 
+void tellFailure(const char* what) noexcept {
+    try {
+        Utils::createLogEntry(Utils::Severitiy::Error, getCatIdResources(), "Host: %s. Message: %s",
+                              what, currentMessage().c_str());
+    } catch (...) {
+        // There is no memory left to tell of it.
+    }
+}
+
 }  // namespace
 
 CameraResources::CameraResources(std::vector<std::shared_ptr<ICameraLayer>> layers, LateLayers late)
     : late_(std::move(late)),
-      layers_(wrap<Layer>(std::move(layers))),
-      complete_(late_ == nullptr) {}
+      search_(late_ == nullptr ? Search::Done : Search::NotBegun),
+      layers_(wrap<Layer>(std::move(layers))) {}
 
 CameraResources::~CameraResources() {
+    if (searcher_.get_id() == std::this_thread::get_id()) {
+        searcher_.detach();
+    } else if (searcher_.joinable()) {
+        searcher_.join();
+    }
     for (const auto& layer : layers_) {
         layer->layer->SetDevicesChanged({});
     }
@@ -140,7 +155,6 @@ CameraResources::~CameraResources() {
 // Of refreshes that run at once an older list must not reach the pool last: who finds that another
 // change of the list has begun since it looked, looks once more.
 void CameraResources::refresh(Core::DefaultResourcePool& pool) {
-    addLateLayers();
     const auto changesBegun = [this] {
         const std::scoped_lock lock(mutex_);
         return changesBegun_;
@@ -169,20 +183,26 @@ void CameraResources::watch(const std::shared_ptr<Core::DefaultResourcePool>& po
     }
 }
 
-void CameraResources::watch(Layer& layer) const {
-    layer.layer->SetDevicesChanged([weak = pool_] {
-        const auto strong = weak.lock();
-        if (strong == nullptr) {
-            return;
-        }
-        try {
-            strong->refreshResources({});
-        } catch (...) {
-            Utils::createLogEntry(Utils::Severitiy::Error, getCatIdResources(),
-                                  "Host: The list of cameras can't be refreshed. Message: %s",
-                                  currentMessage().c_str());
+// Not as a node or a user refreshes: that cameras come and go is no wish for others.
+void CameraResources::watch(Layer& layer) {
+    // The pool, which owns this, is held while the call uses it.
+    layer.layer->SetDevicesChanged([this, weak = pool_] {
+        if (const auto strong = weak.lock()) {
+            refreshWatched();
         }
     });
+}
+
+// The pool may end here, and this with it: nothing may follow.
+void CameraResources::refreshWatched() noexcept {
+    const auto pool = pool_.lock();
+    try {
+        if (pool != nullptr) {
+            refresh(*pool);
+        }
+    } catch (...) {
+        tellFailure("The list of cameras can't be refreshed");
+    }
 }
 
 CameraResources::Layers CameraResources::getLayers() {
@@ -190,21 +210,62 @@ CameraResources::Layers CameraResources::getLayers() {
     return layers_;
 }
 
-void CameraResources::addLateLayers() {
-    const std::scoped_lock addition(addition_);
+void CameraResources::beginSearch() {
+    const std::scoped_lock beginning(beginning_);
     {
         const std::scoped_lock lock(mutex_);
-        const bool isFirst = !std::exchange(refreshed_, true);
-        if (complete_ || isFirst) {
+        if (search_ != Search::NotBegun) {
             return;
         }
-        complete_ = true;
+        search_ = Search::UnderWay;
     }
-    for (auto& layer : wrap<Layer>(late_())) {
+    if (searcher_.joinable()) {
+        searcher_.join();  // of a search that has failed
+    }
+    try {
+        searcher_ = std::thread([this] { search(); });
+    } catch (...) {
+        endSearch(Search::NotBegun);
+        tellFailure("Real cameras can't be looked for");
+    }
+}
+
+bool CameraResources::waitForSearch() {
+    std::unique_lock lock(mutex_);
+    const bool isUnderWay = search_ == Search::UnderWay;
+    searchEnded_.wait(lock, [this] { return search_ != Search::UnderWay; });
+    return isUnderWay;
+}
+
+// Who waits is told before the pool tells: he may hold a lock that a slot waits for.
+void CameraResources::search() noexcept {
+    try {
+        addLateLayers();
+    } catch (...) {
+        tellFailure("Real cameras can't be looked for");
+        endSearch(Search::NotBegun);
+        return;
+    }
+    endSearch(Search::Done);
+    refreshWatched();
+}
+
+// All of them or none. They are waited for before anybody else lists them: a refresh, which may run
+// on the thread that tells of another layer's cameras, must be quick.
+void CameraResources::addLateLayers() {
+    const Layers late = wrap<Layer>(late_());
+    for (const auto& layer : late) {
+        static_cast<void>(layer->layer->EnumerateDevices());
         watch(*layer);
-        const std::scoped_lock lock(mutex_);
-        layers_.push_back(std::move(layer));
     }
+    const std::scoped_lock lock(mutex_);
+    layers_.insert(layers_.end(), late.begin(), late.end());
+}
+
+void CameraResources::endSearch(Search state) noexcept {
+    const std::scoped_lock lock(mutex_);
+    search_ = state;
+    searchEnded_.notify_all();
 }
 
 CameraResources::ResourceMap CameraResources::enumerate() {

@@ -1,11 +1,13 @@
 // What a resource pool has of cameras: a resource for each layer and for each camera that its layer
-// finds. Shared by the pool and the resources. Any thread may call.
+// finds. Owned by the pool. Any thread may call.
 #pragma once
 
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include "orlixdataprocessingcore/core/defaultresourcepool.h"
@@ -23,38 +25,50 @@ public:
     // Makes layers that take time to begin, or to look for cameras.
     using LateLayers = std::function<std::vector<std::shared_ptr<ICameraLayer>>()>;
 
-    // `late` is called by the second refresh: the first one fills a new pool, which must not take
-    // long, and a run without real cameras needs no other.
     explicit CameraResources(std::vector<std::shared_ptr<ICameraLayer>> layers,
                              LateLayers late = {});
+    // Waits for a search that is under way, unless it is the search that lets go last.
     ~CameraResources();
     CameraResources(const CameraResources&) = delete;
     CameraResources& operator=(const CameraResources&) = delete;
 
-    // Fills the pool with what is there now. No lock is held while a layer looks or the pool tells.
+    // Fills the pool with what the layers list now; those that are late are not waited for. No lock
+    // is held while a layer looks or the pool tells.
     void refresh(DataProcessing::Core::DefaultResourcePool& pool);
     // From now on a change that a layer notices refreshes the pool, as long as that lives. To be
-    // called once, before the first refresh.
+    // called once, before the first search.
     void watch(const std::shared_ptr<DataProcessing::Core::DefaultResourcePool>& pool);
+
+    // Makes the late layers and waits for their cameras on a thread of its own, unless that has
+    // been done or is under way; then the watched pool is refreshed. A search that fails is a line
+    // of the log, and the next call begins another one.
+    void beginSearch();
+    // Returns true after a search that was under way, false at once if there was none. The pool may
+    // not have been refreshed yet.
+    bool waitForSearch();
 
 private:
     using ResourceMap = DataProcessing::Core::IResourcePool::ResourceMap;
     class Layer;
-
     using Layers = std::vector<std::shared_ptr<Layer>>;
+    enum class Search { NotBegun, UnderWay, Done };
 
     [[nodiscard]] ResourceMap enumerate();
     [[nodiscard]] Layers getLayers();
+    void watch(Layer& layer);
+    void refreshWatched() noexcept;
+    void search() noexcept;
     void addLateLayers();
-    void watch(Layer& layer) const;
+    void endSearch(Search state) noexcept;
 
     const LateLayers late_;
     std::weak_ptr<DataProcessing::Core::DefaultResourcePool> pool_;
-    std::mutex addition_;  // of late layers; outside of mutex_
+    std::mutex beginning_;  // of a search; outside of mutex_
+    std::thread searcher_;
     std::mutex mutex_;
+    std::condition_variable searchEnded_;
+    Search search_;
     Layers layers_;
-    bool refreshed_ = false;
-    bool complete_ = false;
     std::uint64_t changesBegun_ = 0;  // of the pool's list
 };
 

@@ -2,14 +2,13 @@
 
 #include <ostream>
 
-#include "host/cameraresources.h"
+#include "host/camerapool.h"
 #include "host/jsontext.h"
 #include "host/message.h"
 #include "host/textfile.h"
 #include "orlixcamera/cameralayer.h"
 #include "orlixcamera/emulatedcameras.h"
 #include "orlixcamera/installedlayers.h"
-#include "orlixdataprocessingcore/core/defaultresourcepool.h"
 
 namespace Orlix::Host {
 namespace {
@@ -44,16 +43,6 @@ std::vector<std::shared_ptr<ICameraLayer>> installedLayers() {
     return layers;
 }
 
-std::shared_ptr<Core::IResourcePool> createPool(std::vector<std::shared_ptr<ICameraLayer>> layers,
-                                                CameraResources::LateLayers late) {
-    const auto cameras = std::make_shared<CameraResources>(std::move(layers), std::move(late));
-    const auto pool = std::make_shared<Core::DefaultResourcePool>(
-        [cameras](Core::DefaultResourcePool& self) { cameras->refresh(self); });
-    cameras->watch(pool);
-    pool->refreshResources({});
-    return pool;
-}
-
 }  // namespace
 
 std::shared_ptr<Core::IResourcePool> createResourcePool(const CameraOptions& options) {
@@ -64,14 +53,19 @@ std::shared_ptr<Core::IResourcePool> createResourcePool(const CameraOptions& opt
         layers.push_back(withPlace(
             "--fault", [&] { return CreateCameraLayer(CreateEmulatedCameras(emulated)); }));
     }
-    return createPool(std::move(layers), options.realCameras == RealCameras::LookedFor
-                                             ? CameraResources::LateLayers(&installedLayers)
-                                             : nullptr);
+    const auto pool =
+        CameraPool::create(std::move(layers), options.realCameras == RealCameras::LeftOut
+                                                  ? nullptr
+                                                  : CameraResources::LateLayers(&installedLayers));
+    if (options.realCameras == RealCameras::WaitedFor) {
+        pool->lookForRealCameras();
+    }
+    return pool;
 }
 
 std::shared_ptr<Core::IResourcePool> createResourcePool(
     std::vector<std::shared_ptr<ICameraLayer>> layers) {
-    return createPool(std::move(layers), nullptr);
+    return CameraPool::create(std::move(layers), nullptr);
 }
 
 void printDevices(std::ostream& out, Core::IResourcePool& pool, DeviceFormat format) {
