@@ -70,7 +70,8 @@ std::string Recipe::basePathOf(const std::string& file) {
 }
 
 Recipe Recipe::load(const std::string& file) {
-    return parse(readTextFile(file), file, basePathOf(file));
+    const std::string text = readTextFile(file);
+    return parse(text, file, basePathOf(file));
 }
 
 Recipe Recipe::parse(const std::string& text, const std::string& source,
