@@ -26,6 +26,8 @@ struct CommonOptions {
     bool verbose = false;
     // Of the pool that nodes are made with.
     Host::CameraOptions cameras{1, {}};
+    // Whether somebody has asked for emulated cameras, or for none, in place of the one.
+    bool choosesEmulatedCameras = false;
 };
 
 struct RunCommandOptions {

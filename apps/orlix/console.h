@@ -27,6 +27,8 @@ public:
     void showLiveLine(const std::string& text);
     // Whether stderr is a terminal on which a line can be replaced.
     [[nodiscard]] static bool canShowLiveLine();
+    // A line of the program's own, behind which the live line goes on.
+    void showNotice(const std::string& message) { showError(message); }
     // The one message of a failed command.
     void showError(const std::string& message);
 

@@ -90,17 +90,21 @@ void addSets(CLI::App* command, std::vector<std::string>& sets) {
         ->allow_extra_args(false);
 }
 
-void addCameraOptions(CLI::App* command, Host::CameraOptions& cameras) {
+void addCameraOptions(CLI::App* command, CommonOptions& common) {
+    Host::CameraOptions& cameras = common.cameras;
+    const auto noteChoice = [&common](const std::string&) { common.choosesEmulatedCameras = true; };
     command
         ->add_option("--emulated-cameras", cameras.emulatedCameras,
                      "Number of emulated cameras, 1 by default")
         ->type_name("N")
-        ->check(cameraCount);
+        ->check(cameraCount)
+        ->each(noteChoice);
     command
         ->add_option(
             "--fault", cameras.faults,
             "What goes wrong with the emulated cameras: a fault script, or a file with one")
-        ->type_name("SCRIPT|@FILE");
+        ->type_name("SCRIPT|@FILE")
+        ->each(noteChoice);
     command->add_flag_callback(
         "--no-real-cameras", [&cameras] { cameras.realCameras = Host::RealCameras::LeftOut; },
         "Don't look for cameras on the network and at USB ports");
@@ -116,7 +120,7 @@ void addInspectCommands(CLI::App& app, CommandLine& line) {
     });
     params->add_option("NODE", line.type, "Type of the node, as in the catalog")->required();
     params->add_flag("--json", line.json, "Print JSON");
-    addCameraOptions(params, line.common.cameras);
+    addCameraOptions(params, line.common);
 
     auto* nodemap =
         addCommand(app, line, "nodemap", "Print the feature tree of a GenICam description",
@@ -139,7 +143,7 @@ void addInspectCommands(CLI::App& app, CommandLine& line) {
     auto* devices = addCommand(app, line, "devices", "List the cameras that can be used",
                                [&](Console&) { showDevices(line.common, line.format()); });
     devices->add_flag("--json", line.json, "Print JSON");
-    addCameraOptions(devices, line.common.cameras);
+    addCameraOptions(devices, line.common);
 }
 
 void addRecipeCommands(CLI::App& app, CommandLine& line) {
@@ -148,7 +152,7 @@ void addRecipeCommands(CLI::App& app, CommandLine& line) {
                    [&](Console&) { validateRecipe(line.common, line.recipe, line.sets); });
     validate->add_option("RECIPE", line.recipe, "Recipe file")->required()->check(fileName);
     addSets(validate, line.sets);
-    addCameraOptions(validate, line.common.cameras);
+    addCameraOptions(validate, line.common);
 
     auto* save =
         addCommand(app, line, "save", "Load a recipe into its nodes and save it anew",
@@ -159,7 +163,7 @@ void addRecipeCommands(CLI::App& app, CommandLine& line) {
         ->required()
         ->check(fileName);
     addSets(save, line.sets);
-    addCameraOptions(save, line.common.cameras);
+    addCameraOptions(save, line.common);
 }
 
 void addRunCommand(CLI::App& app, CommandLine& line) {
@@ -188,7 +192,7 @@ void addRunCommand(CLI::App& app, CommandLine& line) {
                     "Write the values of all open outputs to a folder")
         ->type_name("DIR")
         ->check(folderName);
-    addCameraOptions(run, line.common.cameras);
+    addCameraOptions(run, line.common);
     run->add_flag("--recover", options.run.recover,
                   "A node that loses its camera goes on when one for it is there again");
     run->add_flag("--json", line.json, "Print the result as one JSON object, the last line");

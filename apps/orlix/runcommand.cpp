@@ -9,6 +9,7 @@
 #include "gcbase/gcexception.h"
 #include "orlixhost/recipegraph.h"
 #include "orlixhost/resourcepool.h"
+#include "orlixhost/unaskedcameras.h"
 #include "signalwatch.h"
 
 namespace Orlix::App {
@@ -47,6 +48,14 @@ void printReport(const Host::RunReport& report) {
                 static_cast<unsigned long long>(report.dropped));
 }
 
+void tellUnasked(const std::string& recipe, const Host::UnaskedCameras& cameras, Console& console) {
+    for (const std::string& name : cameras.names()) {
+        console.showNotice(recipe + ": takes the emulated camera " + name +
+                           ", since it asks for no other; --emulated-cameras 0 leaves real ones "
+                           "only, 1 is without this line");
+    }
+}
+
 }  // namespace
 
 void runRecipe(const CommonOptions& options, RunCommandOptions command, Console& console) {
@@ -64,7 +73,13 @@ void runRecipe(const CommonOptions& options, RunCommandOptions command, Console&
     const SignalHandler stopRun(signals, [&runner] { runner.requestStop(); });
 
     Host::RunObserver observer;
-    observer.onStarted = [&console] { console.start(); };
+    const Host::UnaskedCameras unasked(*graph);
+    observer.onStarted = [&] {
+        console.start();
+        if (!options.choosesEmulatedCameras) {
+            tellUnasked(command.recipe, unasked, console);
+        }
+    };
     if (Console::canShowLiveLine() && !command.quiet) {
         observer.onProgress = [&console](const Host::RunProgress& progress) {
             console.showLiveLine(liveLine(progress));

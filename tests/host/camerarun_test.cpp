@@ -33,6 +33,33 @@ TEST_F(CameraRun, GrabsFromTheEmulatedCameraWithoutAnyOption) {
     EXPECT_EQ(report["outputs"]["Camera.Image"]["errors"], 0);
 }
 
+// Nobody may take the pictures of an emulated camera for those of a real one.
+TEST_F(CameraRun, EmulatedCameraThatNobodyHasAskedForIsTold) {
+    EXPECT_EQ(run({"--frames", "1"}).err,
+              "orlix: " + recipe_ +
+                  ": takes the emulated camera EmulatedCamera (EMU-0001), since it asks for no "
+                  "other; --emulated-cameras 0 leaves real ones only, 1 is without this line\n");
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{"--emulated-cameras", "1"},
+          std::vector<std::string>{"--fault", "frame 9: lost end"},
+          std::vector<std::string>{"--set", "Camera.DeviceSelector=0", "--set",
+                                   "Camera.DeviceChoose=1"}}) {
+        std::vector<std::string> all = {"--frames", "1"};
+        all.insert(all.end(), options.begin(), options.end());
+        const ProgramResult result = run(all);
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.err, "") << options[0];
+    }
+    for (const char* property :
+         {R"("DeviceClass": "OrlixEmulated")", R"("SerialNumber": "EMU-0001")"}) {
+        const std::string asking = folder_.write(
+            "asking.json", std::string(R"({"version": 1, "nodes": [{"name": "Camera", "type":
+            "Camera", "settings": {"DeviceProperties": {)") +
+                               property + "}}}], \"connections\": []}");
+        EXPECT_EQ(runOrlix({"run", asking, "--frames", "1"}).err, "") << property;
+    }
+}
+
 TEST_F(CameraRun, WithoutACameraTheRecipeCanNotAllocate) {
     expectFailure(
         run({"--frames", "1", "--emulated-cameras", "0"}),
