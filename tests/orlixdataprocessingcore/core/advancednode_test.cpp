@@ -256,6 +256,50 @@ TEST_F(AdvancedNodeTest, AFunctionMakesTheValuesOnAWorkerThread) {
     EXPECT_EQ(sink->values(), std::vector<std::int64_t>{10});
 }
 
+TEST_F(AdvancedNodeTest, AResultWithoutAnUpdateFailsItsJobOnly) {
+    attach();
+    const Utils::LogCapture log;
+    source->start({});
+    source->createJob(makeUpdate(), {}, [](const UpdatePtr&, PinValues) {
+        return JobResults{{nullptr, {{"Out", integer(1)}}}};
+    });
+    source->createJob(makeUpdate(), {}, [](const UpdatePtr& update, PinValues) {
+        return JobResults{{update, {{"Out", integer(2)}}}};
+    });
+    const auto entries = sink->waitFor(2);
+    ASSERT_EQ(log.getLines().size(), 1U);
+    EXPECT_NE(log.getLines()[0].text.find("Job failed. Message: A result has no update."),
+              std::string::npos);
+    EXPECT_EQ(entries[0].value.get<Integer>(true)->getError(false)->getDescription(),
+              "A result has no update.");
+    EXPECT_EQ(entries[1].value.get<Integer>(true)->get(), 2);
+}
+
+TEST_F(AdvancedNodeTest, AnAbortedJobThatWaitsIsNotRun) {
+    attach();
+    source->start({});
+    std::latch begun(1);
+    std::latch mayEnd(1);
+    source->createJob(makeUpdate(), {}, [&](const UpdatePtr&, PinValues) {
+        begun.count_down();
+        mayEnd.wait();
+        return JobResults();
+    });
+    begun.wait();
+    const auto aborted = makeUpdate();
+    bool hasRun = false;
+    source->createJob(aborted, {}, [&](const UpdatePtr&, PinValues) {
+        hasRun = true;
+        return JobResults{{makeUpdate(), {{"Out", integer(1)}}}};
+    });
+    source->abort(aborted);
+    source->createJob(makeUpdate(), {{"Out", integer(2)}}, {});
+    mayEnd.count_down();
+    EXPECT_EQ(sink->values(3), std::vector<std::int64_t>{2});
+    EXPECT_FALSE(hasRun);
+    EXPECT_EQ(sink->skips(), 2U);
+}
+
 TEST_F(AdvancedNodeTest, JobsKeepTheirOrderAndRunOneAtATime) {
     attach();
     source->start({});

@@ -117,6 +117,22 @@ TEST_F(ThreadPoolTest, AnExceptionEndsThatJobOnlyAndIsLoggedWithItsName) {
               "ThreadPool: Unknown exception caught while executing job \"test job\".");
 }
 
+TEST_F(ThreadPoolTest, AJobThatFailsAndHasNoNameEither) {
+    class Nameless final : public TestJob {
+    public:
+        using TestJob::TestJob;
+        [[nodiscard]] GenICam::gcstring getName() const override { throw 5; }
+    };
+    const Utils::LogCapture log;
+    const auto job = std::make_shared<Nameless>([] { throw 5; });
+    pool->submit(job);
+    job->finished.wait();
+    submit([] {})->finished.wait();
+    const auto lines = log.getLines("orlix.dataprocessing.threading.Pool");
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(lines[0].text, "ThreadPool: Unknown exception caught while executing job \"?\".");
+}
+
 TEST_F(ThreadPoolTest, RefusesANullJob) {
     EXPECT_THROW(pool->submit(nullptr), GenICam::InvalidArgumentException);
 }

@@ -46,6 +46,14 @@ void forEachInOrder(JobResults& results, const Handle& handle) {
     }
 }
 
+// A job may make updates of its own, but each result needs one.
+JobResults requireUpdates(JobResults&& results) {
+    if (results.count(nullptr) != 0) {
+        throw GenICam::InvalidArgumentException("A result has no update.", __FILE__, __LINE__);
+    }
+    return std::move(results);
+}
+
 }  // namespace
 
 // Makes the calling thread the one that executes, if there is none.
@@ -135,7 +143,7 @@ void NodeBase::Impl::runJob(const std::shared_ptr<IGraphUpdate>& update, PinValu
     }
     JobResults results;
     try {
-        results = owner_.run(update, std::move(values));
+        results = requireUpdates(owner_.run(update, std::move(values)));
         errors.setJobError(nullptr);
     } catch (...) {
         fillWithError(results[update], *routes_, reportCurrentException());
@@ -247,10 +255,18 @@ void NodeBase::Impl::runSourceJob(SourceJob&& job, Admission admission) {
         space_.notify();  // one job fewer waits
     }
     executionStarted.emit(job.update);
-    JobResults results = makeResults(job);
+    const bool isAborted = takeAborted(*job.update);
+    JobResults results;
+    if (isAborted) {
+        results.emplace(job.update, PinValues());
+    } else {
+        results = makeResults(job);
+    }
     const auto routes = outputs.routes();
     forEachInOrder(results, [&](JobResults::node_type&& result) {
-        announce(result.key(), result.mapped());
+        if (!isAborted) {
+            announce(result.key(), result.mapped());
+        }
         std::lock_guard guard(deliveryMutex_);
         if (acceptsJobs_ || admission == Admission::Granted) {
             deliver(*routes, std::move(result.key()), result.mapped());
@@ -266,7 +282,7 @@ JobResults NodeBase::Impl::makeResults(SourceJob& job) {
         return results;
     }
     try {
-        results = job.function(job.update, std::move(job.values));
+        results = requireUpdates(job.function(job.update, std::move(job.values)));
         errors.setJobError(nullptr);
     } catch (...) {
         fillWithError(results[job.update], *outputs.routes(), reportCurrentException());

@@ -21,12 +21,20 @@ Utils::CatId logCategory() {
     return category;
 }
 
+std::string nameOf(IJob& job) {
+    try {
+        return job.getName().str();
+    } catch (...) {
+        return "?";
+    }
+}
+
 template <typename Call>
 void runGuarded(IJob& job, const Call& call) {
     try {
         call();
     } catch (...) {
-        const std::string doing = "executing job \"" + job.getName().str() + "\"";
+        const std::string doing = "executing job \"" + nameOf(job) + "\"";
         Utils::logCaught({"ThreadPool", nullptr, logCategory()}, doing.c_str());
     }
 }
