@@ -12,6 +12,7 @@
 #include "orlixcamera/conversion/conversionerror.h"
 #include "orlixcamera/conversion/conversionjob.h"
 #include "orlixcamera/conversion/conversiontable.h"
+#include "orlixcamera/conversion/linequeue.h"
 #include "orlixcamera/conversion/parallelstrips.h"
 #include "orlixcamera/conversion/pictures.h"
 #include "orlixcamera/conversion/rowmemory.h"
@@ -91,17 +92,19 @@ EImageOrientation GetOutputOrientation(OutputOrientationEnums wanted, EImageOrie
     return source;
 }
 
-// A strip that is much smaller costs more to hand over than to convert.
-constexpr std::uint64_t MinimumStripBytes = 65536;
+// Fewer bytes of the source cost more to hand over than to convert.
+constexpr std::uint64_t LeastStripBytes = 65536;
 
-// How many lines a strip has, so that the picture has at most `threads` strips.
-std::uint32_t GetStripLines(const SourcePicture& source, std::int64_t threads) {
-    const std::uint64_t worthwhile = source.planes.size / MinimumStripBytes + 1;
-    const std::uint64_t strips =
-        std::min(worthwhile, static_cast<std::uint64_t>(std::max<std::int64_t>(1, threads)));
-    const std::uint64_t lines = (source.height + strips - 1) / strips;
-    // An even number, so that no block of two lines is parted.
-    return static_cast<std::uint32_t>(std::min<std::uint64_t>(lines + lines % 2, source.height));
+std::uint32_t CountThreads(const SourcePicture& source, std::int64_t most) {
+    const std::uint64_t worthwhile = source.planes.size / LeastStripBytes + 1;
+    const std::uint64_t pairs = (std::uint64_t{source.height} + 1) / 2;
+    return static_cast<std::uint32_t>(
+        std::min({worthwhile, pairs, static_cast<std::uint64_t>(std::max<std::int64_t>(1, most))}));
+}
+
+std::uint32_t CountLeastLines(const SourcePicture& source) {
+    const std::uint64_t lines = LeastStripBytes * source.height / source.planes.size;
+    return static_cast<std::uint32_t>(std::min<std::uint64_t>(lines, source.height));
 }
 
 std::uint8_t* GetRows(std::size_t size) {
@@ -114,27 +117,32 @@ std::uint8_t* GetRows(std::size_t size) {
     }
 }
 
+void ConvertLines(ConversionKernel kernel, const ConversionJob& job, const ImagePlanes& output,
+                  const LineRange& lines) {
+    kernel(job, lines.first, lines.end);
+    ClearPadding(job, output, lines.first, lines.end);
+}
+
 void ConvertPicture(ConversionKernel kernel, const ConversionJob& job, const ImagePlanes& output,
-                    std::uint32_t stripLines) {
-    const std::size_t strips = (std::size_t{job.height} + stripLines - 1) / stripLines;
-    // All strips have their rows before the first begins, so that none can fail.
+                    std::uint32_t threads, std::uint32_t leastLines) {
+    // All threads have their rows before the first begins, so that none can fail.
     const std::size_t rowBytes = NeedsRows(kernel) ? RowMemory::Size(job.width) : 0;
-    std::uint8_t* rows = rowBytes > 0 ? GetRows(strips * rowBytes) : nullptr;
-    const auto convertStrip = [&](std::size_t strip) {
-        const auto first = static_cast<std::uint32_t>(strip * stripLines);
-        const std::uint32_t end = first + std::min(stripLines, job.height - first);
+    std::uint8_t* rows = rowBytes > 0 ? GetRows(threads * rowBytes) : nullptr;
+    LineQueue queue(job.height, threads, threads == 1 ? job.height : leastLines);
+    const auto convert = [&](std::size_t thread) {
         ConversionJob own = job;
-        own.rows = rows != nullptr ? rows + strip * rowBytes : nullptr;
-        kernel(own, first, end);
+        own.rows = rows != nullptr ? rows + thread * rowBytes : nullptr;
+        for (LineRange lines = queue.Take(); !lines.IsEmpty(); lines = queue.Take()) {
+            ConvertLines(kernel, own, output, lines);
+        }
         if (own.streams) {
             FinishStreams();
         }
-        ClearPadding(job, output, first, end);
     };
-    if (strips == 1) {
-        convertStrip(0);
+    if (threads == 1) {
+        convert(0);
     } else {
-        RunStrips(strips, convertStrip);
+        RunStrips(threads, convert);
     }
 }
 
@@ -191,7 +199,8 @@ void CImageFormatConverter::Convert(COrlixImage& destination, const void* source
     SetShift(job, sourcePixelType, outputType, OutputBitAlignment.GetValue());
     job.streams = IsBeyondCaches(output.size);
     job.copyInner = BayerBorder.GetValue() == BayerBorder_CopyInner;
-    ConvertPicture(kernel, job, output, GetStripLines(picture, MaxNumThreads.GetValue()));
+    ConvertPicture(kernel, job, output, CountThreads(picture, MaxNumThreads.GetValue()),
+                   CountLeastLines(picture));
     destination.AttachBuffer(std::move(buffer), pixels, size, outputType, width, height, padding,
                              orientation);
 }
