@@ -1,11 +1,12 @@
 #include "aravis/connection.h"
 
+#include <system_error>
 #include <thread>
 #include <utility>
 
+#include "aravis/accesstask.h"
 #include "aravis/bootstrap.h"
 #include "aravis/descriptions.h"
-#include "aravis/gvcpclient.h"
 #include "aravis/systemlock.h"
 #include "gcbase/gcexception.h"
 
@@ -38,18 +39,19 @@ ObjectPtr<ArvDevice> openDirectly(std::uint32_t local, std::uint32_t remote, Err
 }
 
 // Who has control may have told its address; many cameras don't tell it to others.
-std::string holderOf(GvcpClient& client) {
-    std::uint32_t holder = 0;
-    const bool told = client.ReadRegister(Bootstrap::primaryApplication, holder, {}) ==
-                          GvcpClient::Answer::Given &&
-                      holder != 0;
-    return told ? "a program at " + FormatAddress(holder) : "another program";
+[[noreturn]] void throwInUse(const Found& camera, GvcpClient& client) {
+    const std::uint32_t holder = AskForHolder(client).address;
+    const std::string text =
+        "Device '" + camera.label + "' is in use by " +
+        (holder != 0 ? "a program at " + FormatAddress(holder) : std::string("another program")) +
+        " (" + FormatAddress(camera.address) + ").";
+    throw AccessException(text.c_str(), __FILE__, __LINE__);
 }
 
-[[noreturn]] void throwInUse(const Found& camera, GvcpClient& client) {
-    const std::string text = "Device '" + camera.label + "' is in use by " + holderOf(client) +
-                             " (" + FormatAddress(camera.address) + ").";
-    throw AccessException(text.c_str(), __FILE__, __LINE__);
+// To be let go while nobody else opens or looks.
+void dropLocked(ObjectPtr<ArvDevice> device) {
+    const std::scoped_lock lock(SystemLock());
+    device.reset();
 }
 
 }  // namespace
@@ -63,55 +65,66 @@ std::shared_ptr<Connection> Connection::Open(const Found& camera, std::function<
 Connection::Connection(const Found& camera, std::function<void()> lost)
     : camera_(camera), lostHandler_(std::move(lost)) {}
 
-Connection::~Connection() = default;
-
 void Connection::open() {
-    const auto unreachable = [this](const std::string& why) {
-        const std::string text = "Device '" + camera_.label + "' can't be reached" + why + ".";
-        throw RuntimeException(text.c_str(), __FILE__, __LINE__);
-    };
-    std::uint32_t local = 0;
-    if (camera_.protocol == Protocol::GigE) {
-        // Aravis would ask a dead camera for seconds, and so it would one that tells others
-        // nothing while it has a controller.
-        GvcpClient client(camera_.address);
-        std::uint32_t privilege = 0;
-        const auto answer = client.ReadRegister(Bootstrap::controlPrivilege, privilege,
-                                                {4, std::chrono::milliseconds(100)});
-        if (answer == GvcpClient::Answer::None) {
-            unreachable("");
-        }
-        if ((privilege & Bootstrap::privilegeMask) != 0) {
-            throwInUse(camera_, client);
-        }
-        local = client.GetLocalAddress();
+    const std::uint32_t local = camera_.protocol == Protocol::GigE ? requireFree() : 0;
+    device_ = openDevice(local);
+    try {
+        requireControl(device_.get());
+        loadDescription(device_.get());
+        learnHeartbeat(device_.get());
+        watchControl(device_.get());
+        startThreads();
+    } catch (...) {
+        dropLocked(std::move(device_));
+        throw;
     }
+}
+
+// Aravis would ask a dead camera for seconds, and so it would one that tells others nothing while
+// it has a controller. Returns this computer's address on the way to the camera.
+std::uint32_t Connection::requireFree() const {
+    GvcpClient client(camera_.address);
+    std::uint32_t privilege = 0;
+    const auto answer = client.ReadRegister(Bootstrap::controlPrivilege, privilege,
+                                            {4, std::chrono::milliseconds(100)});
+    if (answer == GvcpClient::Answer::None) {
+        throwUnreachable("");
+    }
+    if ((privilege & Bootstrap::privilegeMask) != 0) {
+        throwInUse(camera_, client);
+    }
+    return client.GetLocalAddress();
+}
+
+ObjectPtr<ArvDevice> Connection::openDevice(std::uint32_t localAddress) const {
     Error error;
     ObjectPtr<ArvDevice> device;
     {
         const std::scoped_lock lock(SystemLock());
         device = camera_.protocol == Protocol::Usb3 || isListed(camera_.id)
                      ? ObjectPtr<ArvDevice>(arv_open_device(camera_.id.c_str(), error.Out()))
-                     : openDirectly(local, camera_.address, error);
-        if (device != nullptr) {
-            requireControl(device.get());
-        }
+                     : openDirectly(localAddress, camera_.address, error);
     }
     if (device == nullptr) {
-        unreachable(": " + error.Text());
+        throwUnreachable(": " + error.Text());
     }
-    loadDescription(device.get());
-    watchControl(device.get());
-    device_ = std::move(device);
+    return device;
 }
 
-void Connection::requireControl(ArvDevice* device) const {
-    if (camera_.protocol != Protocol::GigE ||
-        arv_gv_device_is_controller(ARV_GV_DEVICE(device)) != FALSE) {
+void Connection::throwUnreachable(const std::string& why) const {
+    const std::string text = "Device '" + camera_.label + "' can't be reached" + why + ".";
+    throw RuntimeException(text.c_str(), __FILE__, __LINE__);
+}
+
+void Connection::requireControl(ArvDevice* device) {
+    if (camera_.protocol != Protocol::GigE) {
         return;
     }
     GvcpClient client(camera_.address);
-    throwInUse(camera_, client);
+    if (arv_gv_device_is_controller(ARV_GV_DEVICE(device)) == FALSE) {
+        throwInUse(camera_, client);
+    }
+    holder_ = AskForHolder(client);
 }
 
 void Connection::loadDescription(ArvDevice* device) {
@@ -139,33 +152,30 @@ void Connection::watchControl(ArvDevice* device) {
                           new Weak(weak_from_this()), forget, static_cast<GConnectFlags>(0));
 }
 
-void Connection::Use(const std::function<void(ArvDevice*)>& action) {
-    ArvDevice* device = nullptr;
-    {
-        std::unique_lock lock(mutex_);
-        changed_.wait(lock, [this] { return !busy_ || lost_ || closed_; });
-        if (lost_ || closed_) {
-            lock.unlock();
-            ThrowGone();
-        }
-        busy_ = true;
-        device = device_.get();
+// Both end by themselves, some time after the connection is closed; nobody waits for them.
+void Connection::startThreads() {
+    try {
+        std::thread([self = shared_from_this()] {
+            Lock lock(self->mutex_);
+            self->changed_.wait(lock, [&] { return self->lost_ || self->closed_; });
+            if (self->lost_) {
+                lock.unlock();
+                self->lostHandler_();
+            }
+        }).detach();
+        std::thread([self = shared_from_this()] { self->serve(); }).detach();
+    } catch (const std::system_error& error) {
+        const std::scoped_lock lock(mutex_);
+        closed_ = true;
+        changed_.notify_all();
+        const std::string text = "Device '" + camera_.label + "' can't be opened: " + error.what();
+        throw RuntimeException(text.c_str(), __FILE__, __LINE__);
     }
-    struct Leave {
-        Connection& connection;
-        ~Leave() {
-            const std::scoped_lock lock(connection.mutex_);
-            connection.busy_ = false;
-            connection.changed_.notify_all();
-        }
-    };
-    const Leave leave{*this};
-    action(device);
 }
 
-bool Connection::IsBusy() const {
+bool Connection::MayBeMute() const {
     const std::scoped_lock lock(mutex_);
-    return busy_;
+    return writing_ && streams_ == 0;
 }
 
 bool Connection::IsLost() const {
@@ -173,61 +183,47 @@ bool Connection::IsLost() const {
     return lost_;
 }
 
-void Connection::SetLost() {
-    {
-        const std::scoped_lock lock(mutex_);
-        if (lost_ || closed_) {
-            return;
-        }
-        lost_ = true;
-        changed_.notify_all();
-    }
-    lostHandler_();
+bool Connection::IsUsable() const {
+    const std::scoped_lock lock(mutex_);
+    return !lost_ && !closed_;
 }
 
-void Connection::CheckAlive() {
-    std::uint32_t privilege = 0;
-    if (camera_.protocol == Protocol::GigE && !IsLost() &&
-        GvcpClient(camera_.address)
-                .ReadRegister(Bootstrap::controlPrivilege, privilege,
-                              {4, std::chrono::milliseconds(100)}) == GvcpClient::Answer::None) {
+void Connection::SetLost() noexcept {
+    const std::scoped_lock lock(mutex_);
+    lost_ = lost_ || !released_;
+    changed_.notify_all();
+}
+
+ControlSign Connection::LookForControl(GvcpClient& client, const GvcpClient::Patience& patience) {
+    const ControlSign sign = AskForControl(client, holder_, patience);
+    // Who closes gives up control.
+    if (sign == ControlSign::Gone && IsUsable()) {
         SetLost();
+    }
+    return sign;
+}
+
+void Connection::CheckAlive() noexcept {
+    if (camera_.protocol != Protocol::GigE || IsLost()) {
+        return;
+    }
+    try {
+        GvcpClient client(camera_.address);
+        if (LookForControl(client, {4, std::chrono::milliseconds(100)}) == ControlSign::None) {
+            SetLost();
+        }
+    } catch (const std::exception&) {
+        // Without the memory for a question nothing is known.
     }
 }
 
 void Connection::Close() noexcept {
-    bool lost = false;
-    {
-        const std::scoped_lock lock(mutex_);
-        if (std::exchange(closed_, true)) {
-            return;
-        }
-        lost = lost_;
-        changed_.notify_all();
-    }
-    if (lost) {
-        std::thread([self = shared_from_this()] { self->release(); }).detach();
-    } else {
-        release();
-    }
-}
-
-// The system lock is for cameras that answer: others wait for it, and a dead one takes seconds.
-void Connection::release() noexcept {
-    ObjectPtr<ArvDevice> device;
-    bool lost = false;
-    {
-        std::unique_lock lock(mutex_);
-        changed_.wait(lock, [this] { return !busy_; });
-        device = std::move(device_);
-        lost = lost_;
-    }
-    if (lost) {
-        device.reset();
-        return;
-    }
-    const std::scoped_lock lock(SystemLock());
-    device.reset();
+    Lock lock(mutex_);
+    closed_ = true;
+    changed_.notify_all();
+    work_.notify_all();
+    // A stream that is left over keeps the camera, as it keeps its thread.
+    changed_.wait(lock, [this] { return released_ || lost_ || streams_ > 0; });
 }
 
 void Connection::ThrowGone() const {

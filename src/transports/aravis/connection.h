@@ -1,17 +1,20 @@
-// One opening of a camera: Aravis' device object with the control of the camera, used by one thread
-// at a time. Shared by device, streams and helper threads; the device closes it. Once the camera is
-// lost, every use of it fails at once, and the object is taken down on a thread of its own: to take
-// leave of a dead camera takes Aravis seconds.
+// One opening of a camera: Aravis' device object with the control of the camera, and the thread on
+// which alone it is used. Shared by device, streams and helper threads; the device closes it. Who
+// uses it waits for that thread, but no longer than until the camera is lost: Aravis needs seconds
+// for an access to a dead camera, and for taking leave of it, and has them to itself.
 #pragma once
 
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
 
+#include "aravis/control.h"
 #include "aravis/found.h"
 #include "aravis/glib.h"
 
@@ -19,12 +22,15 @@ namespace Orlix::Aravis {
 
 class Connection : public std::enable_shared_from_this<Connection> {
 public:
+    // Runs on the connection's thread, maybe after the caller has left: it owns what it uses.
+    using Action = std::function<void(ArvDevice*)>;
+
     // Throws AccessException "Device '...' is in use by another program (address).", and
-    // RuntimeException if it can't be reached. `lost` is called once, on any thread, when the
-    // camera is lost.
+    // RuntimeException if it can't be reached. `lost` is called once, on a thread of its own, when
+    // the camera is lost.
     [[nodiscard]] static std::shared_ptr<Connection> Open(const Found& camera,
                                                           std::function<void()> lost);
-    ~Connection();
+    ~Connection() = default;
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
@@ -34,34 +40,63 @@ public:
     }
 
     // Whole ranges, or an exception: AccessException where the camera refuses, TimeoutException
-    // where it doesn't answer.
+    // where it doesn't answer, RuntimeException as soon as it is lost or the connection closed.
     void Read(std::int64_t address, void* buffer, std::size_t length);
     void Write(std::int64_t address, const void* buffer, std::size_t length);
     [[nodiscard]] std::uint32_t ReadRegister(std::uint32_t address);
     void WriteRegister(std::uint32_t address, std::uint32_t value);
-    // Throws RuntimeException once the camera is lost or the connection closed.
-    void Use(const std::function<void(ArvDevice*)>& action);
 
-    // Since when a thread has been inside Use; none if none is.
-    [[nodiscard]] bool IsBusy() const;
-    void SetLost();
+    // A stream, to be given back with BeginDrop; null with the reason in `why`. Throws like an
+    // access.
+    [[nodiscard]] ObjectPtr<ArvStream> CreateStream(
+        const std::function<ArvStream*(ArvDevice*, Error&)>& create, std::string& why);
+    // One end of a stream. AwaitDrop tells whether its receiving thread has ended; it waits for
+    // that until the camera is lost, or for as long as Aravis takes.
+    struct Task;
+    using Drop = std::shared_ptr<Task>;
+    enum class Until : std::uint8_t { Lost, Done };
+    [[nodiscard]] Drop BeginDrop(ObjectPtr<ArvStream> stream) noexcept;
+    [[nodiscard]] bool AwaitDrop(const Drop& drop, Until until) const noexcept;
+
+    // One look at a camera on the network; finds it lost where it is out of doubt.
+    [[nodiscard]] ControlSign LookForControl(GvcpClient& client,
+                                             const GvcpClient::Patience& patience);
+    // Whether the camera may be unable to answer just now: it works on a write, which may be one to
+    // its flash memory. A camera that streams is not.
+    [[nodiscard]] bool MayBeMute() const;
+    void SetLost() noexcept;
     [[nodiscard]] bool IsLost() const;
-    // Asks a camera on the network for a sign of life, where Aravis would wait for seconds for a
-    // dead one; without an answer it is lost.
-    void CheckAlive();
-    // No use from now on; gives up control, if there is one to give up.
+    // Neither lost nor closed.
+    [[nodiscard]] bool IsUsable() const;
+    // Asks a camera on the network for a sign of life; without an answer it is lost.
+    void CheckAlive() noexcept;
+    // No use from now on; gives up control, unless the camera is lost meanwhile.
     void Close() noexcept;
     // "Device '...' was removed.", or that it isn't open.
     [[noreturn]] void ThrowGone() const;
 
 private:
+    using Clock = std::chrono::steady_clock;
+    using Lock = std::unique_lock<std::mutex>;
+    enum class Purpose : std::uint8_t { Any, Write };
+
     Connection(const Found& camera, std::function<void()> lost);
 
+    // Opening, on the caller's thread.
     void open();
-    void requireControl(ArvDevice* device) const;
+    [[nodiscard]] std::uint32_t requireFree() const;
+    [[nodiscard]] ObjectPtr<ArvDevice> openDevice(std::uint32_t localAddress) const;
+    void requireControl(ArvDevice* device);
     void watchControl(ArvDevice* device);
     void loadDescription(ArvDevice* device);
-    void release() noexcept;
+    void startThreads();
+    [[noreturn]] void throwUnreachable(const std::string& why) const;
+
+    // Uses. `perform` rethrows what the action has thrown.
+    void use(Action action, Purpose purpose);
+    void perform(Action action, Purpose purpose);
+    [[nodiscard]] bool isControlTaken();
+    Drop begin(Action drop);
     void transferIn(ArvDevice* device, std::uint64_t address, void* buffer, std::size_t length);
     void transferOut(ArvDevice* device, std::uint64_t address, const void* buffer,
                      std::size_t length);
@@ -69,17 +104,32 @@ private:
     [[noreturn]] void throwFailed(const char* what, std::uint64_t address, std::size_t length,
                                   const Error& error) const;
 
+    // On the connection's thread.
+    void serve() noexcept;
+    [[nodiscard]] bool waitForWork(Lock& lock);
+    void execute(Task& task, Lock& lock) noexcept;
+    void release() noexcept;
+    void learnHeartbeat(ArvDevice* device);
+    void keepControl() noexcept;
+
     const Found camera_;
     const std::function<void()> lostHandler_;
     std::shared_ptr<const std::string> description_;
+    Holder holder_;
     bool numbersByRegister_ = false;
 
+    ObjectPtr<ArvDevice> device_;              // of the connection's thread, like the next
+    std::chrono::milliseconds signPeriod_{0};  // 0: Aravis' own signs are enough
+
     mutable std::mutex mutex_;
-    std::condition_variable changed_;
-    ObjectPtr<ArvDevice> device_;
-    bool busy_ = false;
+    mutable std::condition_variable changed_;  // for those who wait for something to be done
+    std::condition_variable work_;             // for the connection's thread
+    std::deque<std::shared_ptr<Task>> tasks_;
+    unsigned int streams_ = 0;
+    bool writing_ = false;
     bool lost_ = false;
     bool closed_ = false;
+    bool released_ = false;
 };
 
 }  // namespace Orlix::Aravis

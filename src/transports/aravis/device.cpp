@@ -1,6 +1,7 @@
 #include "aravis/device.h"
 
-#include <thread>
+#include <string>
+#include <system_error>
 #include <utility>
 
 #include "aravis/bootstrap.h"
@@ -26,11 +27,6 @@ namespace {
                                    __FILE__, __LINE__);
 }
 
-bool touches(std::uint32_t place, std::int64_t address, std::size_t length) {
-    constexpr std::int64_t wordSize = 4;
-    return address < place + wordSize && address + static_cast<std::int64_t>(length) > place;
-}
-
 }  // namespace
 
 Device::Device(const Found& camera, std::function<void()> lost)
@@ -41,17 +37,38 @@ Device::~Device() {
     notices_->SetSink(nullptr);
 }
 
+Device::Opening::Opening(std::shared_ptr<Connection> opened) : connection(std::move(opened)) {}
+
+// The heartbeat is the last to go: whoever waits for a camera that dies now waits for what it
+// finds.
+Device::Opening::~Opening() {
+    connection->CheckAlive();
+    events.reset();
+    connection->Close();
+}
+
 void Device::Open() {
     const std::scoped_lock control(control_);
     if (IsOpen()) {
         throwState(camera_, "is open already");
     }
+    try {
+        auto opening = open();
+        const std::scoped_lock lock(mutex_);
+        opening_ = std::move(opening);
+    } catch (const std::system_error& error) {
+        throwState(camera_, (std::string("can't be opened: ") + error.what()).c_str());
+    }
+}
+
+std::unique_ptr<Device::Opening> Device::open() {
     const std::uint64_t number = notices_->BeginOpening();
-    auto opening = std::make_unique<Opening>();
-    opening->connection = Connection::Open(camera_, [notices = notices_, number, lost = lost_] {
-        lost();
-        std::thread([notices, number] { notices->TellLoss(number); }).detach();
-    });
+    auto opening = std::make_unique<Opening>(
+        Connection::Open(camera_, [notices = notices_, number, lost = lost_] {
+            lost();
+            notices->TellLoss(number);
+        }));
+    opening->heartbeat = std::make_unique<Heartbeat>(opening->connection);
     if (isNetwork()) {
         opening->events = MessageChannel::Open(
             opening->connection,
@@ -62,9 +79,7 @@ void Device::Open() {
         Tell("Device '" + camera_.label +
              "' is reached by USB3 Vision, whose events are not available here.");
     }
-    opening->heartbeat = std::make_unique<Heartbeat>(opening->connection);
-    const std::scoped_lock lock(mutex_);
-    opening_ = std::move(opening);
+    return opening;
 }
 
 void Device::Close() noexcept {
@@ -75,13 +90,6 @@ void Device::Close() noexcept {
         opening = std::move(opening_);
     }
     notices_->EndOpening();
-    if (opening == nullptr) {
-        return;
-    }
-    opening->connection->CheckAlive();
-    opening->heartbeat.reset();
-    opening->events.reset();
-    opening->connection->Close();
 }
 
 bool Device::IsOpen() const noexcept {
@@ -103,7 +111,7 @@ void Device::Read(std::int64_t address, void* buffer, std::size_t length) {
 
 void Device::Write(std::int64_t address, const void* buffer, std::size_t length) {
     connection()->Write(address, buffer, length);
-    if (isNetwork() && touches(Bootstrap::streamPacketSize, address, length)) {
+    if (isNetwork() && Bootstrap::Touches(Bootstrap::streamPacketSize, address, length)) {
         // Who sets the size of packets means it.
         streamState_->ChangeSettings(
             [](StreamSettings& settings) { settings.negotiatePacketSize = false; });

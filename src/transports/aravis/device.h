@@ -40,13 +40,19 @@ public:
     [[nodiscard]] std::unique_ptr<Transport::IStream> OpenStream() override;
 
 private:
-    // All that one opening has; ends from the last to the first.
+    // All that one opening has.
     struct Opening {
-        std::shared_ptr<Connection> connection;
-        std::unique_ptr<MessageChannel> events;
+        explicit Opening(std::shared_ptr<Connection> opened);
+        ~Opening();  // closes the connection
+        Opening(const Opening&) = delete;
+        Opening& operator=(const Opening&) = delete;
+
+        const std::shared_ptr<Connection> connection;
         std::unique_ptr<Heartbeat> heartbeat;
+        std::unique_ptr<MessageChannel> events;
     };
 
+    [[nodiscard]] std::unique_ptr<Opening> open();
     [[nodiscard]] std::shared_ptr<Connection> connection() const;
     [[nodiscard]] bool isNetwork() const noexcept { return camera_.protocol == Protocol::GigE; }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
 #include "aravis/found.h"
 #include "aravis/glib.h"
@@ -37,8 +36,15 @@ public:
     // Fills in all but the memory and its user; returns how many frames are missing before it.
     // Aravis knows one time-out only: `lacksEndOnly` tells the two reasons apart.
     std::uint64_t Read(ArvBuffer& source, Transport::StreamBuffer& frame, bool lacksEndOnly);
-    // To be called for a buffer that Aravis gets anew.
-    static void Forget(ArvBuffer& source) { arv_buffer_set_timestamp(&source, 0); }
+    // To be called for a buffer that Aravis gets anew; then IsUsed tells whether a frame began in
+    // it.
+    static void Forget(ArvBuffer& source) {
+        arv_buffer_set_timestamp(&source, 0);
+        arv_buffer_set_frame_id(&source, 0);
+    }
+    [[nodiscard]] static bool IsUsed(ArvBuffer& source) {
+        return arv_buffer_get_frame_id(&source) != 0;
+    }
 
 private:
     struct Geometry {

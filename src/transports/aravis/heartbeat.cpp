@@ -3,7 +3,6 @@
 #include <chrono>
 #include <utility>
 
-#include "aravis/bootstrap.h"
 #include "aravis/gvcpclient.h"
 #include "gcbase/gcexception.h"
 
@@ -17,9 +16,8 @@ constexpr milliseconds period{200};
 constexpr milliseconds answerTime{100};
 // Silence for that long is the loss of the camera.
 constexpr milliseconds longestSilence{600};
-// While the camera works on an access, which may be a write to its flash memory, it may be unable
-// to answer a second question.
-constexpr milliseconds longestSilenceWhenBusy{2000};
+// A camera that writes to its flash memory may be unable to answer a second question.
+constexpr milliseconds longestSilenceWhenMute{2000};
 
 }  // namespace
 
@@ -51,22 +49,15 @@ void Heartbeat::watchNetwork() {
     Clock::time_point lastSign = Clock::now();
     unsigned int unanswered = 0;
     while (pause() && !connection_->IsLost()) {
-        std::uint32_t privilege = 0;
         const Clock::time_point asked = Clock::now();
-        const auto answer =
-            client.ReadRegister(Bootstrap::controlPrivilege, privilege, {2, answerTime});
-        if (answer != GvcpClient::Answer::None) {
+        // A camera that was restarted in between answers, but has no controller any more.
+        if (connection_->LookForControl(client, {2, answerTime}) != ControlSign::None) {
             lastSign = asked;
             unanswered = 0;
-            // A camera that was restarted in between answers, but has no controller any more.
-            if (answer == GvcpClient::Answer::Given &&
-                (privilege & Bootstrap::privilegeMask) == 0) {
-                connection_->SetLost();
-            }
             continue;
         }
         const milliseconds patience =
-            connection_->IsBusy() ? longestSilenceWhenBusy : longestSilence;
+            connection_->MayBeMute() ? longestSilenceWhenMute : longestSilence;
         // One question alone may have met a busy moment of this computer.
         constexpr unsigned int enough = 2;
         if (++unanswered >= enough && Clock::now() - lastSign >= patience) {

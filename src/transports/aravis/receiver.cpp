@@ -19,13 +19,28 @@ namespace {
 
 constexpr std::uint64_t packetOverhead = 36;  // IP, UDP and GVSP headers of a packet with data
 
-// On the thread that receives, before its first packet.
-void onStreamEvent(void*, ArvStreamCallbackType type, ArvBuffer*) {
+using SharedThread = std::shared_ptr<ReceivingThread>;
+
+// On the thread that receives.
+void onStreamEvent(void* thread, ArvStreamCallbackType type, ArvBuffer*) {
     if (type == ARV_STREAM_CALLBACK_TYPE_INIT) {
+        (*static_cast<SharedThread*>(thread))->Enter();
         // Refused without the right to it, which is no matter.
         constexpr int niceLevel = -10;
         static_cast<void>(arv_make_thread_high_priority(niceLevel));
     }
+}
+
+void forgetThread(void* thread) {
+    delete static_cast<SharedThread*>(thread);
+}
+
+// Packet sockets need a right that programs seldom have; one way for all.
+void prepare(ArvGvDevice& device, const StreamSettings& settings) {
+    arv_gv_device_set_stream_options(&device, ARV_GV_STREAM_OPTION_PACKET_SOCKET_DISABLED);
+    arv_gv_device_set_packet_size_adjustment(&device, settings.negotiatePacketSize
+                                                          ? ARV_GV_PACKET_SIZE_ADJUSTMENT_ONCE
+                                                          : ARV_GV_PACKET_SIZE_ADJUSTMENT_NEVER);
 }
 
 }  // namespace
@@ -36,7 +51,14 @@ Receiver::Receiver(std::shared_ptr<Connection> connection, std::shared_ptr<Strea
       state_(std::move(state)),
       payloadSize_(payloadSize),
       reader_(connection_->GetCamera().protocol, payloadSize) {
-    createStream();
+    try {
+        createStream();
+    } catch (...) {
+        if (stream_ != nullptr) {
+            static_cast<void>(connection_->BeginDrop(std::move(stream_)));
+        }
+        throw;
+    }
 }
 
 Receiver::~Receiver() {
@@ -46,28 +68,23 @@ Receiver::~Receiver() {
 void Receiver::createStream() {
     const bool isNetwork = connection_->GetCamera().protocol == Protocol::GigE;
     const StreamSettings settings = state_->GetSettings();
-    Error error;
-    connection_->Use([&](ArvDevice* device) {
-        if (isNetwork) {
-            ArvGvDevice* const networkDevice = ARV_GV_DEVICE(device);
-            // Packet sockets need a right that programs seldom have; one way for all.
-            arv_gv_device_set_stream_options(networkDevice,
-                                             ARV_GV_STREAM_OPTION_PACKET_SOCKET_DISABLED);
-            arv_gv_device_set_packet_size_adjustment(
-                networkDevice, settings.negotiatePacketSize ? ARV_GV_PACKET_SIZE_ADJUSTMENT_ONCE
-                                                            : ARV_GV_PACKET_SIZE_ADJUSTMENT_NEVER);
-        }
-        stream_.reset(arv_device_create_stream(device, &onStreamEvent, nullptr, error.Out()));
-        if (stream_ != nullptr && isNetwork) {
-            setProperties();
-        }
-    });
+    std::string why;
+    stream_ = connection_->CreateStream(
+        [isNetwork, settings, thread = thread_](ArvDevice* device, Error& error) {
+            if (isNetwork) {
+                prepare(*ARV_GV_DEVICE(device), settings);
+            }
+            return arv_device_create_stream_full(device, &onStreamEvent, new SharedThread(thread),
+                                                 &forgetThread, error.Out());
+        },
+        why);
     if (stream_ == nullptr) {
-        const std::string text = "Device '" + connection_->GetCamera().label +
-                                 "' can't be received from: " + error.Text() + ".";
+        const std::string text =
+            "Device '" + connection_->GetCamera().label + "' can't be received from: " + why + ".";
         throw GenICam::RuntimeException(text.c_str(), __FILE__, __LINE__);
     }
     if (isNetwork) {
+        setProperties();
         constexpr std::uint32_t sizeMask = 0xFFFF;
         const std::uint64_t packetSize =
             connection_->ReadRegister(Bootstrap::streamPacketSize) & sizeMask;
@@ -88,7 +105,9 @@ void Receiver::setProperties() {
         settings.resend ? ARV_GV_STREAM_PACKET_RESEND_ALWAYS : ARV_GV_STREAM_PACKET_RESEND_NEVER,
         "packet-timeout", static_cast<guint>(settings.packetTimeOut * microseconds),
         "frame-retention", static_cast<guint>(settings.frameRetention * microseconds), nullptr);
-    checkSocketBuffer(size, StreamSocket(*stream_).SetReceiveBuffer(size));
+    GvcpClient client(connection_->GetCamera().address);
+    socket_ = StreamSocket(*stream_, client.GetLocalAddress());
+    checkSocketBuffer(size, socket_.SetReceiveBuffer(size));
 }
 
 // Room for two frames bridges the moment in which the receiving thread doesn't get a processor.
@@ -101,25 +120,31 @@ std::size_t Receiver::chooseSocketBuffer() const {
 }
 
 void Receiver::checkSocketBuffer(std::size_t wanted, std::size_t granted) const {
-    const bool isNews = state_->GetGrantedSocketBuffer() != static_cast<std::int64_t>(granted);
-    state_->SetGrantedSocketBuffer(static_cast<std::int64_t>(granted));
-    if (granted < wanted && isNews) {
-        Tell("The socket buffer of device '" + connection_->GetCamera().label + "' has " +
-             std::to_string(granted) + " bytes instead of " + std::to_string(wanted) +
-             ", so frames may be lost. To allow more: sysctl -w net.core.rmem_max=" +
-             std::to_string(wanted));
+    const bool isNews = state_->SetSocketBuffer({wanted, granted});
+    if (granted >= wanted || !isNews) {
+        return;
     }
+    const std::string begin =
+        "The socket buffer of device '" + connection_->GetCamera().label + "' ";
+    Tell(socket_.IsKnown()
+             ? begin + "has " + std::to_string(granted) + " bytes instead of " +
+                   std::to_string(wanted) +
+                   ", so frames may be lost. To allow more: sysctl -w net.core.rmem_max=" +
+                   std::to_string(wanted)
+             : begin + "can't be set to " + std::to_string(wanted) +
+                   " bytes, so frames may be lost: the system doesn't show it in /proc/self/fd.");
 }
 
 void Receiver::Push(StreamBuffer& buffer) {
     ArvBuffer* source = nullptr;
     {
         const std::scoped_lock lock(mutex_);
-        ObjectPtr<ArvBuffer>& place = buffers_[&buffer];
-        if (place == nullptr) {
-            place.reset(arv_buffer_new_full(buffer.capacity, buffer.data, &buffer, nullptr));
+        Place& place = buffers_[&buffer];
+        if (place.source == nullptr) {
+            place.source.reset(arv_buffer_new_full(buffer.capacity, buffer.data, &buffer, nullptr));
         }
-        source = place.get();
+        place.isHeld = true;
+        source = place.source.get();
         FrameReader::Forget(*source);
     }
     g_object_ref(source);  // the stream's
@@ -139,6 +164,7 @@ StreamBuffer* Receiver::Pop(std::chrono::microseconds timeOut) {
         arv_buffer_get_status(source.get()) == ARV_BUFFER_STATUS_TIMEOUT && lackEndsOnly();
     const std::uint64_t lost = reader_.Read(*source, *buffer, lacksEndOnly);
     const std::scoped_lock lock(mutex_);
+    buffers_[buffer].isHeld = false;
     ++(buffer->fate == Transport::FrameFate::Delivered ? statistics_.delivered
                                                        : statistics_.failed);
     countMissed(lost, buffer->fate);
@@ -189,50 +215,93 @@ void Receiver::countMissed(std::uint64_t lostFrames, Transport::FrameFate fate) 
 StreamStatistics Receiver::GetStatistics() const {
     const std::scoped_lock lock(mutex_);
     StreamStatistics statistics = statistics_;
-    if (stream_ != nullptr) {
-        statistics.missedForBuffer += missedLately();
+    addLive(statistics);
+    return statistics;
+}
+
+// What Aravis counts itself.
+void Receiver::addLive(StreamStatistics& statistics) const {
+    if (stream_ == nullptr) {
+        return;
     }
-    if (stream_ != nullptr && connection_->GetCamera().protocol == Protocol::GigE) {
+    statistics.missedForBuffer += missedLately();
+    if (connection_->GetCamera().protocol == Protocol::GigE) {
         guint64 resent = 0;
         guint64 missing = 0;
         arv_gv_stream_get_statistics(ARV_GV_STREAM(stream_.get()), &resent, &missing);
         statistics.resentPackets = resent;
         statistics.missingPackets = missing;
     }
-    return statistics;
 }
 
 void Receiver::End() noexcept {
     if (stream_ == nullptr) {
         return;
     }
+    connection_->CheckAlive();
+    const bool wasLost = connection_->IsLost();
+    if (!wasLost) {
+        // A camera that was stopped sends nothing more; one that was not has no last frame.
+        constexpr std::chrono::milliseconds longest{100};
+        static_cast<void>(socket_.AwaitEmpty(longest));
+    }
     while (Pop(std::chrono::microseconds(0)) != nullptr) {
     }
-    statistics_ = GetStatistics();
-    connection_->CheckAlive();
-    if (connection_->IsLost()) {
-        // Aravis writes to the camera first, which takes seconds; nothing more may come meanwhile.
-        StreamSocket(*stream_).Mute();
-        std::thread([stream = std::move(stream_)]() mutable { stream.reset(); }).detach();
-        stream_ = nullptr;
-    } else {
-        try {
-            connection_->Use([this](ArvDevice*) { stream_.reset(); });
-        } catch (const GenICam::GenericException&) {
-            stream_.reset();  // lost in this very moment
+    const bool isQuiet = wasLost && silence();
+    drop(isQuiet);
+    const std::scoped_lock lock(mutex_);
+    for (const auto& [buffer, place] : buffers_) {
+        if (place.isHeld) {
+            settle(*buffer, *place.source);
         }
     }
-    countBegun();
     buffers_.clear();
 }
 
-// Every buffer has been popped but those that the stream had.
-void Receiver::countBegun() noexcept {
-    for (const auto& [buffer, source] : buffers_) {
-        const ArvBufferStatus status = arv_buffer_get_status(source.get());
-        if (status == ARV_BUFFER_STATUS_ABORTED || status == ARV_BUFFER_STATUS_FILLING) {
-            ++statistics_.failed;
+// Aravis writes to the camera before it ends its thread, which takes it seconds if the camera is
+// lost. Then it is enough that the thread can't write into a buffer any more; where that isn't to
+// be had, the buffers have to wait.
+void Receiver::drop(bool isQuiet) noexcept {
+    ObjectPtr<ArvStream> stream;
+    {
+        const std::scoped_lock lock(mutex_);
+        addLive(statistics_);
+        stream = std::move(stream_);
+    }
+    const Connection::Drop drop = connection_->BeginDrop(std::move(stream));
+    if (!isQuiet && !connection_->AwaitDrop(drop, Connection::Until::Lost) && !silence()) {
+        static_cast<void>(connection_->AwaitDrop(drop, Connection::Until::Done));
+    }
+}
+
+// No packet comes from now on, those that came have been taken, and the thread that took them waits
+// for more.
+bool Receiver::silence() const noexcept {
+    constexpr std::chrono::milliseconds longest{100};
+    constexpr std::chrono::milliseconds step{1};
+    if (!socket_.Mute() || !socket_.AwaitEmpty(longest)) {
+        return false;
+    }
+    for (auto waited = step; !thread_->IsIdle(); waited += step) {
+        if (waited > longest) {
+            return false;
         }
+        std::this_thread::sleep_for(step);
+    }
+    return true;
+}
+
+// What became of a buffer that the stream had to its end: frames that were complete by then are
+// that, though nobody has taken them; those that had begun have failed.
+void Receiver::settle(StreamBuffer& buffer, ArvBuffer& source) {
+    const ArvBufferStatus status = arv_buffer_get_status(&source);
+    const bool isBegun = status == ARV_BUFFER_STATUS_ABORTED || status == ARV_BUFFER_STATUS_FILLING;
+    if (isBegun) {
+        ++statistics_.failed;
+    } else if (FrameReader::IsUsed(source)) {
+        static_cast<void>(reader_.Read(source, buffer, false));
+        ++(buffer.fate == Transport::FrameFate::Delivered ? statistics_.delivered
+                                                          : statistics_.failed);
     }
 }
 

@@ -1,10 +1,12 @@
 // The accesses of a connection to the camera's memory.
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <limits>
 #include <vector>
 
 #include "aravis/bigendian.h"
+#include "aravis/bootstrap.h"
 #include "aravis/connection.h"
 #include "gcbase/gcexception.h"
 
@@ -22,17 +24,20 @@ constexpr std::uint64_t wordSize = 4;
 // The words that a range touches. GigE Vision moves whole words only, and Aravis fills up the rest
 // of the last one with what happens to lie behind the caller's bytes.
 struct Words {
-    Words(std::uint64_t address, std::size_t length)
-        : first(address / wordSize * wordSize),
+    Words(Protocol protocol, std::uint64_t address, std::size_t length)
+        : first(protocol == Protocol::GigE ? address / wordSize * wordSize : address),
           skipped(static_cast<std::size_t>(address - first)),
-          size((skipped + length + wordSize - 1) / wordSize * wordSize),
-          areWhole(skipped == 0 && size == length) {}
+          size(protocol == Protocol::GigE ? (skipped + length + wordSize - 1) / wordSize * wordSize
+                                          : length),
+          areWhole(size == length) {}
 
     std::uint64_t first;
     std::size_t skipped;
     std::size_t size;
     bool areWhole;
 };
+
+using Bytes = std::vector<std::uint8_t>;
 
 // Addresses of GigE Vision have 32 bits, and Aravis cuts off what is beyond.
 void requireRange(Protocol protocol, std::int64_t address, std::size_t length) {
@@ -48,35 +53,37 @@ void requireRange(Protocol protocol, std::int64_t address, std::size_t length) {
 
 }  // namespace
 
+// The caller's memory is used on its own thread only: it may leave before Aravis does.
 void Connection::Read(std::int64_t address, void* buffer, std::size_t length) {
     requireRange(camera_.protocol, address, length);
-    const auto place = static_cast<std::uint64_t>(address);
-    Use([&](ArvDevice* device) {
-        const Words words(place, length);
-        if (camera_.protocol != Protocol::GigE || words.areWhole) {
-            transferIn(device, place, buffer, length);
-            return;
-        }
-        std::vector<std::uint8_t> bytes(words.size);
-        transferIn(device, words.first, bytes.data(), words.size);
-        std::memcpy(buffer, bytes.data() + words.skipped, length);
-    });
+    const Words words(camera_.protocol, static_cast<std::uint64_t>(address), length);
+    const auto bytes = std::make_shared<Bytes>(words.size);
+    use([this, words,
+         bytes](ArvDevice* device) { transferIn(device, words.first, bytes->data(), words.size); },
+        Purpose::Any);
+    std::memcpy(buffer, bytes->data() + words.skipped, length);
 }
 
 void Connection::Write(std::int64_t address, const void* buffer, std::size_t length) {
     requireRange(camera_.protocol, address, length);
-    const auto place = static_cast<std::uint64_t>(address);
-    Use([&](ArvDevice* device) {
-        const Words words(place, length);
-        if (camera_.protocol != Protocol::GigE || words.areWhole) {
-            transferOut(device, place, buffer, length);
-            return;
-        }
-        std::vector<std::uint8_t> bytes(words.size);
-        transferIn(device, words.first, bytes.data(), words.size);
-        std::memcpy(bytes.data() + words.skipped, buffer, length);
-        transferOut(device, words.first, bytes.data(), words.size);
-    });
+    const Words words(camera_.protocol, static_cast<std::uint64_t>(address), length);
+    const auto* const first = static_cast<const std::uint8_t*>(buffer);
+    const auto change = std::make_shared<const Bytes>(first, first + length);
+    const bool setsHeartbeat = Bootstrap::Touches(Bootstrap::heartbeatTimeOut, address, length);
+    use(
+        [this, words, change, setsHeartbeat](ArvDevice* device) {
+            Bytes bytes(words.size);
+            if (!words.areWhole) {
+                transferIn(device, words.first, bytes.data(), words.size);
+            }
+            std::copy(change->begin(), change->end(),
+                      bytes.begin() + static_cast<std::ptrdiff_t>(words.skipped));
+            transferOut(device, words.first, bytes.data(), words.size);
+            if (setsHeartbeat) {
+                learnHeartbeat(device);
+            }
+        },
+        Purpose::Write);
 }
 
 std::uint32_t Connection::ReadRegister(std::uint32_t address) {

@@ -42,6 +42,8 @@ Stream::~Stream() {
 
 void Stream::Queue(StreamBuffer& buffer) {
     const std::scoped_lock lock(mutex_);
+    buffer.fate = Transport::FrameFate::Aborted;
+    buffer.filled = 0;
     held_.push_back(&buffer);
     if (receiver_ != nullptr) {
         receiver_->Push(buffer);
@@ -72,13 +74,13 @@ StreamBuffer* Stream::Wait(milliseconds timeOut) {
         if (std::exchange(interrupted_, false) || receiver_ == nullptr) {
             return nullptr;
         }
-        const bool wasLost = connection_->IsLost();
+        const bool isGone = !connection_->IsUsable();
         const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
         ++inside_;
         Receiver& receiver = *receiver_;  // Stop waits for this thread
         lock.unlock();
         StreamBuffer* const buffer =
-            receiver.Pop(wasLost ? milliseconds(0) : std::clamp(left, milliseconds(0), slice));
+            receiver.Pop(isGone ? milliseconds(0) : std::clamp(left, milliseconds(0), slice));
         lock.lock();
         --inside_;
         changed_.notify_all();
@@ -86,7 +88,7 @@ StreamBuffer* Stream::Wait(milliseconds timeOut) {
             takeOut(*buffer);
             return buffer;
         }
-        if (buffer == nullptr && receiver_ != nullptr && wasLost) {
+        if (buffer == nullptr && receiver_ != nullptr && isGone) {
             lock.unlock();
             connection_->ThrowGone();
         }
@@ -117,28 +119,29 @@ void Stream::Stop() noexcept {
         if (receiver == nullptr) {
             return;
         }
+        ending_ = receiver;
         changed_.wait(lock, [this] { return inside_ == 0; });
     }
     receiver->End();
     const std::scoped_lock lock(mutex_);
     before_ = add(before_, receiver->GetStatistics());
+    ending_ = nullptr;
 }
 
 StreamBuffer* Stream::TakeBack() noexcept {
     const std::scoped_lock lock(mutex_);
-    if (receiver_ != nullptr || held_.empty()) {
+    if (receiver_ != nullptr || ending_ != nullptr || held_.empty()) {
         return nullptr;
     }
     StreamBuffer* const buffer = held_.front();
     held_.pop_front();
-    buffer->fate = Transport::FrameFate::Aborted;
-    buffer->filled = 0;
     return buffer;
 }
 
 StreamStatistics Stream::GetStatistics() const {
     const std::scoped_lock lock(mutex_);
-    return receiver_ != nullptr ? add(before_, receiver_->GetStatistics()) : before_;
+    const Receiver* const last = receiver_ != nullptr ? receiver_.get() : ending_.get();
+    return last != nullptr ? add(before_, last->GetStatistics()) : before_;
 }
 
 }  // namespace Orlix::Aravis

@@ -38,6 +38,7 @@ private:
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     std::shared_ptr<Receiver> receiver_;         // while it runs
+    std::shared_ptr<Receiver> ending_;           // while Stop ends it
     std::deque<Transport::StreamBuffer*> held_;  // all buffers that the stream has
     unsigned int inside_ = 0;                    // threads that use the receiver
     bool interrupted_ = false;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <mutex>
+#include <optional>
 
 #include "orlixcamera/transport/transport.h"
 
@@ -15,6 +16,14 @@ struct StreamSettings {
     std::int64_t packetTimeOut = 20;    // milliseconds until a missing packet is asked for
     std::int64_t frameRetention = 100;  // milliseconds without a packet until a frame is given up
     bool negotiatePacketSize = true;    // until somebody sets the size
+};
+
+// Bytes that a stream asked for, and what the kernel gave.
+struct SocketBuffer {
+    std::size_t wanted = 0;
+    std::size_t granted = 0;
+
+    [[nodiscard]] bool operator==(const SocketBuffer&) const noexcept = default;
 };
 
 // Of one device; shared by it and its streams.
@@ -46,11 +55,14 @@ public:
     }
     [[nodiscard]] std::int64_t GetGrantedSocketBuffer() const {
         const std::scoped_lock lock(mutex_);
-        return grantedSocketBuffer_;
+        return static_cast<std::int64_t>(socketBuffer_ ? socketBuffer_->granted : 0);
     }
-    void SetGrantedSocketBuffer(std::int64_t size) {
+    // Whether the last start asked for and got something else.
+    bool SetSocketBuffer(const SocketBuffer& buffer) {
         const std::scoped_lock lock(mutex_);
-        grantedSocketBuffer_ = size;
+        const bool isNews = socketBuffer_ != buffer;
+        socketBuffer_ = buffer;
+        return isNews;
     }
 
 private:
@@ -58,7 +70,7 @@ private:
     StreamSettings settings_;
     const Transport::IStream* live_ = nullptr;
     Transport::StreamStatistics last_;
-    std::int64_t grantedSocketBuffer_ = 0;
+    std::optional<SocketBuffer> socketBuffer_;  // of the last start
 };
 
 }  // namespace Orlix::Aravis

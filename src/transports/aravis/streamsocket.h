@@ -1,23 +1,38 @@
-// The socket of an Aravis stream, which Aravis keeps to itself: found by its port.
+// The socket of an Aravis stream, which Aravis keeps to itself: found by its address and port.
 #pragma once
 
 #include <arv.h>
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <utility>
 
 namespace Orlix::Aravis {
 
-// Without a socket, as for USB, nothing happens.
+// A second handle of it, which stays valid when the stream is gone. Without a socket, as for USB,
+// nothing happens.
 class StreamSocket {
 public:
-    explicit StreamSocket(ArvStream& stream);
+    StreamSocket() = default;
+    // `address` is this computer's, host order.
+    StreamSocket(ArvStream& stream, std::uint32_t address);
+    ~StreamSocket();
+    StreamSocket(StreamSocket&& other) noexcept
+        : descriptor_(std::exchange(other.descriptor_, -1)) {}
+    StreamSocket& operator=(StreamSocket&& other) noexcept {
+        std::swap(descriptor_, other.descriptor_);
+        return *this;
+    }
 
+    [[nodiscard]] bool IsKnown() const noexcept { return descriptor_ >= 0; }
     // At once, while Aravis waits for the first packet, when many more have been dropped already.
     // Returns the size that the kernel gave, 0 without a socket.
     std::size_t SetReceiveBuffer(std::size_t size) const noexcept;
-    // From now on the kernel drops what comes: afterwards the stream writes into no buffer, though
-    // its thread still runs. Waits for what lies in the socket to be taken out, some milliseconds.
-    void Mute() const noexcept;
+    // From now on the kernel drops what comes. False without a socket.
+    [[nodiscard]] bool Mute() const noexcept;
+    // Waits until nothing lies in the socket; false after the time.
+    [[nodiscard]] bool AwaitEmpty(std::chrono::milliseconds timeOut) const noexcept;
 
 private:
     int descriptor_ = -1;

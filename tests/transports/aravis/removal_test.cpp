@@ -1,47 +1,23 @@
 // Cameras that go while they are in use, and come back.
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
 #include <mutex>
 
 #include "aravis/support/fakecameratest.h"
+#include "aravis/support/watch.h"
 #include "gcbase/gcexception.h"
-#include "orlixcamera/configurationeventhandler.h"
 #include "orlixcamera/grabresultdata.h"
 #include "orlixcamera/instantcamera.h"
 
 namespace Orlix::Aravis {
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using Testing::Clock;
+using Testing::PrintTime;
+using Testing::Watch;
 
 class Removal : public Testing::FakeCameraTest {
 protected:
-    class Watch final : public CConfigurationEventHandler {
-    public:
-        void OnCameraDeviceRemoved(CInstantCamera&) override {
-            const std::scoped_lock lock(mutex_);
-            ++losses_;
-            changed_.notify_all();
-        }
-        void WaitForLoss() {
-            std::unique_lock lock(mutex_);
-            changed_.wait(lock, [this] { return losses_ > 0; });
-            losses_ = 0;
-        }
-
-    private:
-        std::mutex mutex_;
-        std::condition_variable changed_;
-        int losses_ = 0;
-    };
-
-    // For people, not for the test: how long it took depends on the machine.
-    static void Print(const char* what, Clock::time_point since) {
-        std::printf("    %s after %.3f s\n", what,
-                    std::chrono::duration<double>(Clock::now() - since).count());
-    }
-
     static void GrabSome(CInstantCamera& camera) {
         CGrabResultPtr result;
         // The camera sends nothing again, and a busy computer loses packets.
@@ -62,13 +38,13 @@ TEST_F(Removal, OfAnIdleCameraIsNoticed) {
     const auto begin = Clock::now();
     process.Kill();
     watch.WaitForLoss();
-    Print("removal noticed", begin);
+    PrintTime("removal noticed", begin);
     EXPECT_TRUE(camera.IsCameraDeviceRemoved());
     EXPECT_THROW(static_cast<void>(CIntegerParameter(camera.GetNodeMap(), "Width").GetValue()),
                  GenICam::GenericException);
-    Print("register access failed", begin);
+    PrintTime("register access failed", begin);
     camera.Close();
-    Print("closed", begin);
+    PrintTime("closed", begin);
 }
 
 // Whoever waits for a change of the list to use the camera again must hear of one.
@@ -118,7 +94,7 @@ TEST_F(Removal, InMidStreamEndsItAndTheCameraCanBeUsedAgainWhenItIsBack) {
         const auto begin = Clock::now();
         process.Kill();
         watch.WaitForLoss();
-        Print("removal noticed", begin);
+        PrintTime("removal noticed", begin);
         CGrabResultPtr result;
         EXPECT_THROW(
             {
@@ -128,7 +104,7 @@ TEST_F(Removal, InMidStreamEndsItAndTheCameraCanBeUsedAgainWhenItIsBack) {
             GenICam::RuntimeException);
         camera.StopGrabbing();
         camera.Close();
-        Print("stopped and closed", begin);
+        PrintTime("stopped and closed", begin);
         EXPECT_THROW(camera.Open(), GenICam::RuntimeException);
         process = StartCamera("127.0.0.1", "T1");
     }

@@ -50,6 +50,17 @@ void Process::Kill() {
     }
 }
 
+void Process::Pause() {
+    ::kill(id_, SIGSTOP);
+    // It has stopped when its parent hears so.
+    int status = 0;
+    static_cast<void>(::waitpid(id_, &status, WUNTRACED));
+}
+
+void Process::Continue() {
+    ::kill(id_, SIGCONT);
+}
+
 int Process::Terminate() {
     ::kill(id_, SIGTERM);
     return Wait();

@@ -20,6 +20,9 @@ public:
 
     // As a cable that is pulled: the program does nothing more.
     void Kill();
+    // Silence, as of a cable that is pulled, until it goes on.
+    void Pause();
+    void Continue();
     // Asks it to end, and waits for that.
     int Terminate();
     // Waits for the program to end by itself; its exit code, or -1.

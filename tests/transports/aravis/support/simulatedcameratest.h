@@ -30,6 +30,8 @@ protected:
         WaitForAnswer(address);
     }
     void Kill() { process_.Kill(); }
+    void Pause() { process_.Pause(); }
+    void Continue() { process_.Continue(); }
     void Open() {
         device_ = FindDevice(serialNumber);
         camera.Attach(device_.get(), Cleanup_Delete);

@@ -1,0 +1,193 @@
+// A camera that goes while something is under way, and control that goes to others.
+#include <thread>
+
+#include "aravis/bigendian.h"
+#include "aravis/bootstrap.h"
+#include "aravis/support/simulatedcameratest.h"
+#include "aravis/support/watch.h"
+#include "gcbase/gcexception.h"
+#include "orlixcamera/grabresultdata.h"
+#include "orlixcamera/transport/transport.h"
+
+namespace Orlix::Aravis {
+namespace {
+
+using Testing::Clock;
+using Testing::PrintTime;
+
+constexpr const char* removed = "Device 'EmulatedCamera (S1)' was removed.";
+
+class SimulatedRemoval : public Testing::SimulatedCameraTest {
+protected:
+    void OpenWatched() {
+        camera.RegisterConfiguration(&watch, RegistrationMode_Append, Cleanup_None);
+        Open();
+    }
+    [[nodiscard]] Transport::IDevice& Device() { return *device_->GetTransportDevice(); }
+
+    void WriteRegister(std::uint32_t place, std::uint32_t value) {
+        std::uint8_t bytes[4] = {};
+        PutNumber(bytes, sizeof bytes, value);
+        Device().Write(place, bytes, sizeof bytes);
+    }
+    // The answer's status to a command of a program that isn't this one, 0 for success.
+    static std::uint64_t WriteAsAnother(std::uint32_t place, std::uint32_t value) {
+        UdpSocket socket;
+        EXPECT_TRUE(socket.Connect(ParseAddress(SimulatedRemoval::address), gvcpPort));
+        std::array<std::uint8_t, 16> command{0x42, 0x01, 0x00, 0x82, 0x00, 0x08, 0x00, 0x01};
+        PutNumber(command.data() + 8, 4, place);
+        PutNumber(command.data() + 12, 4, value);
+        std::array<std::uint8_t, 64> answer{};
+        EXPECT_TRUE(socket.Send(command));
+        EXPECT_GE(socket.Receive(answer, std::chrono::milliseconds(patience)), 8U);
+        return GetNumber(answer.data(), 2);
+    }
+    // Lets another program take control by the way that the standard has for it.
+    void GiveControlAway() {
+        constexpr std::uint32_t control = 0x2;
+        constexpr std::uint32_t mayBeSwitchedOver = 0x4;
+        WriteRegister(Bootstrap::controlPrivilege, control | mayBeSwitchedOver);
+        ASSERT_EQ(WriteAsAnother(Bootstrap::controlPrivilege, control), 0U);
+    }
+    void FreeRun(double rate) {
+        Set("Width", 64);
+        Set("Height", 64);
+        CBooleanParameter(camera.GetNodeMap(), "AcquisitionFrameRateEnable").SetValue(true);
+        CFloatParameter(camera.GetNodeMap(), "AcquisitionFrameRate").SetValue(rate);
+    }
+    void Take(int count) {
+        CGrabResultPtr result;
+        for (int frame = 0; frame < count; ++frame) {
+            ASSERT_TRUE(camera.RetrieveResult(patience, result));
+        }
+    }
+    void ExpectRemovedAtRead(std::uint32_t place) {
+        std::uint8_t bytes[4] = {};
+        try {
+            Device().Read(place, bytes, sizeof bytes);
+            FAIL() << "a camera that is gone was read";
+        } catch (const GenICam::RuntimeException& error) {
+            EXPECT_STREQ(error.GetDescription(), removed);
+        }
+    }
+
+    Testing::Watch watch;
+
+    void TearDown() override {
+        camera.DetachDevice();
+        camera.DeregisterConfiguration(&watch);
+    }
+};
+
+TEST_F(SimulatedRemoval, AccessUnderWayEndsWithTheCamera) {
+    Start();
+    OpenWatched();
+    Pause();
+    const auto begin = Clock::now();
+    ExpectRemovedAtRead(0);
+    PrintTime("read under way ended", begin);
+    watch.WaitForLoss();
+    ExpectRemovedAtRead(0);
+    PrintTime("read ended, loss was told and the next read failed", begin);
+}
+
+TEST_F(SimulatedRemoval, StopRightAfterTheDeathOfTheLinkEnds) {
+    Start();
+    OpenWatched();
+    FreeRun(50);
+    camera.StartGrabbing();
+    Take(5);
+    const auto begin = Clock::now();
+    Kill();
+    camera.StopGrabbing();
+    PrintTime("stopped", begin);
+    // The frames of before are accounted for.
+    EXPECT_EQ(Statistic("StatisticSent"),
+              Statistic("StatisticDelivered") + Statistic("StatisticFailed") +
+                  Statistic("StatisticLostForBuffer"));
+    EXPECT_GE(Statistic("StatisticDelivered"), 5);
+    camera.Close();
+    PrintTime("closed", begin);
+    EXPECT_EQ(Statistic("StatisticSent"), Statistic("StatisticDelivered") +
+                                              Statistic("StatisticFailed") +
+                                              Statistic("StatisticLostForBuffer"));
+}
+
+TEST_F(SimulatedRemoval, CameraThatIsBackWithoutAControllerIsLost) {
+    Start({"--wire", "every 3 s: reset for 100 ms"});
+    OpenWatched();
+    watch.WaitForLoss();
+    EXPECT_TRUE(camera.IsCameraDeviceRemoved());
+}
+
+TEST_F(SimulatedRemoval, ControlThatAnotherProgramTookIsLost) {
+    Start();
+    OpenWatched();
+    GiveControlAway();
+    watch.WaitForLoss();
+    ExpectRemovedAtRead(0);
+}
+
+// Before the heartbeat comes to look.
+TEST_F(SimulatedRemoval, RefusedAccessTellsOfControlThatAnotherTook) {
+    Start();
+    OpenWatched();
+    GiveControlAway();
+    try {
+        WriteRegister(Bootstrap::streamPacketDelay, 0);
+        FAIL() << "a register was written without control";
+    } catch (const GenICam::RuntimeException& error) {
+        EXPECT_STREQ(error.GetDescription(), removed);
+    }
+}
+
+// An access that the camera refuses for another reason is no loss of control.
+TEST_F(SimulatedRemoval, RefusedAccessAloneIsNoLoss) {
+    Start();
+    OpenWatched();
+    EXPECT_THROW(WriteRegister(Bootstrap::primaryPort, 1), GenICam::AccessException);
+    EXPECT_FALSE(camera.IsCameraDeviceRemoved());
+    std::uint8_t bytes[4] = {};
+    EXPECT_NO_THROW(Device().Read(0, bytes, sizeof bytes));
+}
+
+// Aravis gives one sign of life a second, by far too few for this.
+TEST_F(SimulatedRemoval, ControlIsKeptWithAShortHeartbeatTimeOutOfTheCamera) {
+    Start();
+    OpenWatched();
+    Set("GevHeartbeatTimeout", 600);
+    FreeRun(20);
+    camera.StartGrabbing();
+    Take(60);
+    camera.StopGrabbing();
+    EXPECT_FALSE(camera.IsCameraDeviceRemoved());
+    camera.Close();
+    EXPECT_EQ(EndAndCount()["controlLosses"], 0);
+}
+
+TEST_F(SimulatedRemoval, DeviceThatIsClosedInMidStreamEndsIt) {
+    Start();
+    OpenWatched();
+    FreeRun(50);
+    LimitFrames(1000);
+    const auto stream = Device().OpenStream();
+    std::vector<std::uint8_t> memory(64 * 64);
+    Transport::StreamBuffer buffer;
+    buffer.data = memory.data();
+    buffer.capacity = memory.size();
+    stream->Queue(buffer);
+    stream->Start(memory.size());
+    Device().Close();
+    try {
+        static_cast<void>(stream->Wait(std::chrono::milliseconds(patience)));
+        FAIL() << "a device that is closed streams";
+    } catch (const GenICam::RuntimeException& error) {
+        EXPECT_STREQ(error.GetDescription(), "Device 'EmulatedCamera (S1)' isn't open.");
+    }
+    stream->Stop();
+    EXPECT_EQ(stream->TakeBack(), &buffer);
+    EXPECT_EQ(stream->TakeBack(), nullptr);
+}
+
+}  // namespace
+}  // namespace Orlix::Aravis
