@@ -101,16 +101,8 @@ TEST_F(SimulatedRemoval, StopRightAfterTheDeathOfTheLinkEnds) {
     Kill();
     camera.StopGrabbing();
     PrintTime("stopped", begin);
-    // The frames of before are accounted for.
-    EXPECT_EQ(Statistic("StatisticSent"),
-              Statistic("StatisticDelivered") + Statistic("StatisticFailed") +
-                  Statistic("StatisticLostForBuffer"));
-    EXPECT_GE(Statistic("StatisticDelivered"), 5);
     camera.Close();
     PrintTime("closed", begin);
-    EXPECT_EQ(Statistic("StatisticSent"), Statistic("StatisticDelivered") +
-                                              Statistic("StatisticFailed") +
-                                              Statistic("StatisticLostForBuffer"));
 }
 
 TEST_F(SimulatedRemoval, CameraThatIsBackWithoutAControllerIsLost) {
