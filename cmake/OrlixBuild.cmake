@@ -69,5 +69,5 @@ function(orlix_test name)
     list(APPEND properties ENVIRONMENT_MODIFICATION
       "TSAN_OPTIONS=string_append: suppressions=${CMAKE_SOURCE_DIR}/cmake/thread-sanitizer.supp")
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120 PROPERTIES ${properties})
 endfunction()
