@@ -2,8 +2,10 @@
 //   build/release/bin/convert_benchmark [--benchmark_filter=...]
 // Names read SOURCE/DESTINATION/SIZE/WHO. Everything runs on warm buffers and one thread, and CPU
 // time is compared; "two threads" is measured by the clock. The converter takes a new image from
-// the pool each time, as a node does.
+// the pool each time, as a node does. What two threads could gain at most in large pictures is
+// shown by a copy past the caches that reads and writes as many bytes.
 #include <benchmark/benchmark.h>
+#include <emmintrin.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -14,6 +16,7 @@
 
 #include "convertrivals.h"
 #include "orlixcamera/bufferpool.h"
+#include "orlixcamera/conversion/parallelstrips.h"
 #include "orlixcamera/imageformatconverter.h"
 #include "orlixcamera/orliximage.h"
 #include "orlixcamera/pixeltypemapper.h"
@@ -27,7 +30,8 @@ using Benchmarks::Rival;
 struct Size {
     std::uint32_t width, height;
 };
-constexpr Size Sizes[] = {{1920, 1200}, {4096, 3000}};
+constexpr std::uint32_t LargeWidth = 4096;
+constexpr Size Sizes[] = {{1920, 1200}, {LargeWidth, 3000}};
 
 // A conversion, and how many times as fast as the best rival it must be; 0 where that is open.
 struct Row {
@@ -77,6 +81,8 @@ const Row Rows[] = {
 
 constexpr const char* Ours = "converter";
 constexpr const char* TwoThreads = "two threads";
+constexpr const char* Copy = "copy past the caches";
+constexpr const char* CopyOfTwo = "copy past the caches, two threads";
 
 std::string PairName(const Row& row, const Size& size) {
     return std::string(CPixelTypeMapper::GetNameByPixelType(row.source)) + "/" +
@@ -122,6 +128,52 @@ void RunRival(benchmark::State& state, const Rival& rival) {
     }
 }
 
+// Reads and writes so many bytes, a page and its share at a time.
+void CopyPastCaches(const std::uint8_t* from, std::size_t read, std::uint8_t* to,
+                    std::size_t written) {
+    constexpr std::size_t Page = 4096;
+    const std::size_t share = read / (written / Page) / sizeof(__m128i) * sizeof(__m128i);
+    for (std::size_t page = 0; page < written / Page; ++page) {
+        __m128i all = _mm_setzero_si128();
+        for (std::size_t at = 0; at < share; at += sizeof(__m128i)) {
+            const auto* next = reinterpret_cast<const __m128i*>(from + page * share + at);
+            all = _mm_or_si128(all, _mm_loadu_si128(next));
+        }
+        for (std::size_t at = 0; at < Page; at += sizeof(__m128i)) {
+            _mm_stream_si128(reinterpret_cast<__m128i*>(to + page * Page + at), all);
+        }
+    }
+    _mm_sfence();
+}
+
+void RunCopy(benchmark::State& state, const Row& row, const Size& size, std::size_t threads) {
+    const std::size_t read = ComputeBufferSize(row.source, size.width, size.height);
+    const std::size_t written = ComputeBufferSize(row.destination, size.width, size.height);
+    const std::shared_ptr<void> memory = BufferPool::Instance().Allocate(written);
+    auto* to = static_cast<std::uint8_t*>(memory.get());
+    // Whole cache lines on either side.
+    const std::size_t readPart = read / threads / 64 * 64;
+    const std::size_t writtenPart = written / threads / 64 * 64;
+    for ([[maybe_unused]] auto _ : state) {
+        Orlix::RunStrips(threads, [&](std::size_t part) {
+            CopyPastCaches(Noise() + part * readPart, readPart, to + part * writtenPart,
+                           writtenPart);
+        });
+    }
+}
+
+void RegisterCopies(const Row& row, const Size& size, const std::string& name) {
+    const auto add = [&](const char* who, std::size_t threads) {
+        benchmark::RegisterBenchmark(
+            (name + who).c_str(),
+            [=](benchmark::State& state) { RunCopy(state, row, size, threads); })
+            ->Unit(benchmark::kMicrosecond)
+            ->UseRealTime();
+    };
+    add(Copy, 1);
+    add(CopyOfTwo, 2);
+}
+
 void Register(const Row& row, const Size& size) {
     const std::string name = PairName(row, size) + "/";
     benchmark::RegisterBenchmark((name + Ours).c_str(), [=](benchmark::State& state) {
@@ -142,6 +194,9 @@ void Register(const Row& row, const Size& size) {
             [=](benchmark::State& state) { RunConverter(state, row, size, 2); })
             ->Unit(benchmark::kMicrosecond)
             ->UseRealTime();
+        if (size.width == LargeWidth) {
+            RegisterCopies(row, size, name);
+        }
     }
 }
 
@@ -166,9 +221,9 @@ public:
         std::printf(
             "\nns a pixel, the best CPU time of all repetitions; ratio: best rival over converter; "
             "threads: one "
-            "over two, by the clock\n\n"
-            "| from | to | size | converter | rivals | ratio | goal | threads |\n"
-            "|---|---|---|---|---|---|---|---|\n");
+            "over two, by the clock, and the same of a copy past the caches\n\n"
+            "| from | to | size | converter | rivals | ratio | goal | threads | copy |\n"
+            "|---|---|---|---|---|---|---|---|---|\n");
         for (const Row& row : Rows) {
             for (const Size& size : Sizes) {
                 PrintRow(row, size);
@@ -206,12 +261,17 @@ private:
             }
         }
         const double time = Best(ours.cpu);
-        const double two = Best(times_[name + TwoThreads].clock);
-        std::printf("| `%s` | `%s` | %u × %u | %.3f | %s | %.2f | %.1f | %.2f |\n",
+        std::printf("| `%s` | `%s` | %u × %u | %.3f | %s | %.2f | %.1f | %.2f | %.2f |\n",
                     CPixelTypeMapper::GetNameByPixelType(row.source),
                     CPixelTypeMapper::GetNameByPixelType(row.destination), size.width, size.height,
                     time * perPixel, rivals.empty() ? "none" : rivals.c_str(), best / time,
-                    row.goal, two > 0 ? Best(ours.clock) / two : 0);
+                    row.goal, Gain(name, Ours, TwoThreads), Gain(name, Copy, CopyOfTwo));
+    }
+
+    // By the clock; 0 where one of the two was not measured.
+    double Gain(const std::string& name, const char* one, const char* two) {
+        const double time = Best(times_[name + two].clock);
+        return time > 0 ? Best(times_[name + one].clock) / time : 0;
     }
 
     std::map<std::string, Times> times_;
