@@ -102,18 +102,43 @@ const std::uint8_t* BayerConversion::RawRow(std::size_t number) {
     const std::size_t slot = number % RowMemory::Windows;
     std::uint8_t* row = rows_.Window(slot);
     if (held_[slot] != static_cast<std::ptrdiff_t>(number)) {
-        const std::uint8_t* from = Source(number);
-        if (readsSource_) {
-            const std::size_t behind = job_.width - LineEnd;
-            std::memcpy(row, from, LineEnd);
-            std::memcpy(row + behind, from + behind, LineEnd);
-        } else {
-            read_(from, job_.width, row, 0);
-        }
-        MirrorEnds(row);
+        ReadRow(number, row);
         held_[slot] = static_cast<std::ptrdiff_t>(number);
     }
     return row;
+}
+
+void BayerConversion::ReadRow(std::size_t number, std::uint8_t* row) {
+    const std::uint8_t* from = Source(number);
+    if (readsSource_) {
+        const std::size_t behind = job_.width - LineEnd;
+        std::memcpy(row, from, LineEnd);
+        std::memcpy(row + behind, from + behind, LineEnd);
+    } else if (prefetch_) {
+        unread_[unreadRows_++] = {from, row};
+        return;
+    } else {
+        read_(from, job_.width, row, 0);
+    }
+    MirrorEnds(row);
+}
+
+// What is written to memory takes time to get there, in which the next samples are read: that is
+// why a large picture's lines are not read as a whole before the first of their pixels is made.
+void BayerConversion::ReadUpTo(std::size_t column) {
+    // A pixel needs the sample behind it; and so many samples are whole bytes in any packing.
+    constexpr std::size_t Step = CacheLine;
+    const std::size_t end = std::min<std::size_t>(job_.width, (column / Step + 1) * Step);
+    if (end <= readColumns_) {
+        return;
+    }
+    const std::size_t offset = readColumns_ * BitsPerPixel(job_.sourceType) / 8;
+    for (std::size_t number = 0; number < unreadRows_; ++number) {
+        const auto [from, row] = unread_[number];
+        read_(from + offset, end - readColumns_, row + readColumns_ * sampleBytes_, 0);
+        MirrorEnds(row);
+    }
+    readColumns_ = end;
 }
 
 void BayerConversion::Interpolate(std::size_t line, const LinePair& to, std::size_t lines) {
@@ -170,7 +195,7 @@ BayerConversion::Inner BayerConversion::FindInner(const BayerLines& lines) const
 }
 
 void BayerConversion::InterpolateInPieces(const BayerLines& lines, const Rows& innerRows,
-                                          std::size_t line) const {
+                                          std::size_t line) {
     const Inner inner = FindInner(lines);
     BayerLines piece = lines;
     for (std::size_t column = 0; column < lines.width; column += piece.width) {
@@ -187,9 +212,12 @@ void BayerConversion::InterpolateInPieces(const BayerLines& lines, const Rows& i
             if (!piece.streams) {
                 PrefetchDestination(line, column, piece.width);
             }
+            ReadUpTo(column + piece.width);
         }
         InterpolatePiece(piece, column);
     }
+    unreadRows_ = 0;
+    readColumns_ = 0;
 }
 
 void BayerConversion::InterpolatePiece(BayerLines piece, std::size_t column) const {

@@ -34,13 +34,19 @@ private:
         std::size_t begin, end;
         bool streams;
     };
+    // A line whose samples are read piece by piece, as the pieces are interpolated.
+    struct Unread {
+        const std::uint8_t* from;
+        std::uint8_t* row;
+    };
 
     [[nodiscard]] const std::uint8_t* Source(std::size_t number) const;
     [[nodiscard]] const std::uint8_t* RawRow(std::size_t number);
+    void ReadRow(std::size_t number, std::uint8_t* row);
+    void ReadUpTo(std::size_t column);
     void MirrorEnds(std::uint8_t* row) const;
     void Interpolate(std::size_t line, const LinePair& to, std::size_t lines);
-    void InterpolateInPieces(const BayerLines& lines, const Rows& innerRows,
-                             std::size_t line) const;
+    void InterpolateInPieces(const BayerLines& lines, const Rows& innerRows, std::size_t line);
     void InterpolatePiece(BayerLines piece, std::size_t column) const;
     [[nodiscard]] Inner FindInner(const BayerLines& lines) const;
     [[nodiscard]] bool BeginsCacheLine(const BayerLines& lines, std::size_t column) const;
@@ -61,6 +67,9 @@ private:
     bool prefetch_;
     bool readsSource_;  // samples are bytes there, and only the ends of a line are copied
     std::array<std::ptrdiff_t, RowMemory::Windows> held_;
+    std::array<Unread, RowMemory::Windows> unread_{};
+    std::size_t unreadRows_ = 0;
+    std::size_t readColumns_ = 0;  // of the unread rows
 };
 
 }  // namespace Orlix
