@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "orlixcamera/conversion/bayerconversion.h"
 #include "orlixcamera/conversion/conversiontable.h"
@@ -36,7 +37,13 @@ RowPlan MakePlan(const ConversionJob& job, const SampleFormat& format) {
 class SampleConversion {
 public:
     SampleConversion(const ConversionJob& job, const SampleFormat& format, const RowMemory& rows)
-        : job_(job), format_(format), rows_(rows), plan_(MakePlan(job, format)) {}
+        : job_(job),
+          format_(format),
+          rows_(rows),
+          plan_(MakePlan(job, format)),
+          words_(BitDepth(plan_.rowType) == 16),
+          read_(words_ ? format.toWords : format.toBytes),
+          join_(FindJoin(format, words_)) {}
 
     void Convert(std::uint32_t first, std::uint32_t end) const {
         if (format_.kind == SampleKind::Bayer) {
@@ -48,6 +55,11 @@ public:
                         });
             return;
         }
+        if (IsOneLine()) {
+            read_(Source(0, first), std::size_t{job_.width} * (end - first),
+                  DestinationOf(first)[0], plan_.readShift);
+            return;
+        }
         ConvertRows(first, end, plan_.rowType,
                     [this](std::uint32_t line, const LinePair& to, std::uint32_t lines) {
                         for (std::uint32_t row = 0; row < lines; ++row) {
@@ -57,6 +69,25 @@ public:
     }
 
 private:
+    using Join = void (*)(const Planes& from, std::size_t width, std::uint8_t* to);
+
+    static Join FindJoin(const SampleFormat& format, bool words) {
+        if (BitDepth(format.pixelType) == 8) {
+            return JoinBytePlanes;
+        }
+        return words ? JoinWordPlanes : JoinUpperPlanes;
+    }
+
+    // Grey lines that follow each other without a gap in both pictures are read as one, which saves
+    // a call and the end of a line for each.
+    [[nodiscard]] bool IsOneLine() const {
+        const std::uint64_t bits = std::uint64_t{job_.width} * BitsPerPixel(job_.sourceType);
+        const std::size_t bytes = std::size_t{job_.width} * (words_ ? 2 : 1);
+        return format_.kind == SampleKind::Grey && plan_.rowType == job_.destinationType &&
+               bits % 8 == 0 && std::cmp_equal(job_.sourceStride[0], bits / 8) &&
+               std::cmp_equal(job_.destinationStride[0], bytes);
+    }
+
     // Pixels are made in the form of the destination where there is a function for that.
     [[nodiscard]] EPixelType GetBayerRowType() const {
         const bool direct = BitDepth(job_.destinationType) == BitDepth(plan_.rowType) &&
@@ -95,27 +126,14 @@ private:
     }
 
     void ReadLine(std::uint32_t line, std::uint8_t* to) const {
-        const bool words = BitDepth(plan_.rowType) == 16;
-        const RowReader read = words ? format_.toWords : format_.toBytes;
         if (format_.kind == SampleKind::RgbPlanar) {
-            JoinPlanes(line, to);
-        } else if (format_.kind == SampleKind::Bgr && words) {
-            read(Source(0, line), std::size_t{3} * job_.width, rows_.PixelRow(2), plan_.readShift);
+            join_({Source(0, line), Source(1, line), Source(2, line)}, job_.width, to);
+        } else if (format_.kind == SampleKind::Bgr && words_) {
+            read_(Source(0, line), std::size_t{3} * job_.width, rows_.PixelRow(2), plan_.readShift);
             SwapWords(rows_.PixelRow(2), job_.width, to);
         } else {
             const std::size_t samples = format_.kind == SampleKind::Grey ? 1 : 3;
-            read(Source(0, line), samples * job_.width, to, plan_.readShift);
-        }
-    }
-
-    void JoinPlanes(std::uint32_t line, std::uint8_t* to) const {
-        const Planes planes{Source(0, line), Source(1, line), Source(2, line)};
-        if (BitDepth(format_.pixelType) == 8) {
-            JoinBytePlanes(planes, job_.width, to);
-        } else if (BitDepth(plan_.rowType) == 8) {
-            JoinUpperPlanes(planes, job_.width, to);
-        } else {
-            JoinWordPlanes(planes, job_.width, to);
+            read_(Source(0, line), samples * job_.width, to, plan_.readShift);
         }
     }
 
@@ -123,6 +141,9 @@ private:
     const SampleFormat& format_;
     const RowMemory& rows_;
     RowPlan plan_;
+    bool words_;
+    RowReader read_;
+    Join join_;
 };
 
 bool IsYuvKind(SampleKind kind) {

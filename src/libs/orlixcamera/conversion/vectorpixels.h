@@ -283,33 +283,52 @@ HWY_INLINE std::size_t FirstStreamed(const Line& to, std::size_t lanes) {
     return lanes;
 }
 
-// Past the caches but for the ends, which share their cache lines with other lines. Nothing is
-// written twice: that would fetch what has just gone.
+// Past the caches but for the ends, which share their cache lines with other lines. Nothing that
+// went there is written again: that would fetch it.
 template <class Step>
 HWY_INLINE void StreamLine(const std::uint8_t* from, const Line& to, std::size_t samples,
                            const ConversionJob& job) {
-    const std::size_t lanes = Step::Lanes();
+    using Streamed = typename Step::Streamed;
+    const std::size_t lanes = Streamed::Lanes();
     std::size_t sample = FirstStreamed<Step>(to, lanes);
     if (sample == lanes || samples < 2 * lanes) {
         ConvertLine<Step>(from, to, samples, job);
         return;
     }
     if (sample > 0) {
-        ConvertShortLine<Step>(from, to, sample, job);
+        ConvertLine<Step>(from, to, sample, job);
     }
     for (; sample + lanes <= samples; sample += lanes) {
-        Step::Streamed::Convert(from + sample * Step::SourceBytes,
-                                Advance(to, sample * Step::Bytes), job);
+        Streamed::Convert(from + sample * Step::SourceBytes, Advance(to, sample * Step::Bytes),
+                          job);
     }
     if (sample < samples) {
-        ConvertShortLine<Step>(from + sample * Step::SourceBytes, Advance(to, sample * Step::Bytes),
-                               samples - sample, job);
+        ConvertLine<Step>(from + sample * Step::SourceBytes, Advance(to, sample * Step::Bytes),
+                          samples - sample, job);
     }
+}
+
+// Whether the lines follow each other without a gap in all planes, so that they may be taken for
+// one: that saves the end of each.
+template <class Step>
+HWY_INLINE bool AreOneLine(const ConversionJob& job, std::size_t samples) {
+    const auto isWhole = [=](std::ptrdiff_t stride, std::size_t bytes) {
+        return stride == static_cast<std::ptrdiff_t>(samples * bytes);
+    };
+    bool whole = isWhole(job.sourceStride[0], Step::SourceBytes);
+    for (std::size_t plane = 0; plane < Step::Planes; ++plane) {
+        whole = whole && isWhole(job.destinationStride[plane], Step::Bytes);
+    }
+    return whole;
 }
 
 template <class Step, std::size_t SamplesPerPixel = 1>
 HWY_INLINE void ConvertLines(const ConversionJob& job, std::uint32_t first, std::uint32_t end) {
-    const std::size_t samples = std::size_t{job.width} * SamplesPerPixel;
+    std::size_t samples = std::size_t{job.width} * SamplesPerPixel;
+    if (AreOneLine<Step>(job, samples)) {
+        samples *= end - first;
+        end = first + 1;
+    }
     if constexpr (HasStreams && requires { typename Step::Streamed; }) {
         if (job.streams) {
             for (std::uint32_t line = first; line < end; ++line) {
