@@ -30,12 +30,13 @@ struct Swizzle {
 
 #if HWY_TARGET == HWY_AVX3_DL
 
-// A vector of the destination is looked up in one or two vectors of the source. 64 pixels are whole
-// vectors on either side.
+// A vector of the destination is looked up in one or two vectors of the source. As many pixels as a
+// vector has bytes are whole vectors on either side.
+template <std::size_t Size>
 struct Part {
-    alignas(64) std::array<std::uint8_t, 64> from{};
+    alignas(Size) std::array<std::uint8_t, Size> from{};
     std::uint64_t opaque = 0;
-    std::size_t first = 0;  // where the vectors begin in the bytes of the 64 pixels
+    std::size_t first = 0;  // where the vectors begin in the bytes of the pixels
     std::size_t second = 0;
     bool two = false;
 };
@@ -45,9 +46,10 @@ struct Span {
 };
 
 // The places of the lowest and the highest byte that a part needs.
+template <std::size_t Size>
 constexpr Span FindSpan(const Swizzle& order, std::size_t number) {
-    Span span{64 * order.sourceBytes, 0};
-    for (std::size_t place = 64 * number; place < 64 * (number + 1); ++place) {
+    Span span{Size * order.sourceBytes, 0};
+    for (std::size_t place = Size * number; place < Size * (number + 1); ++place) {
         const std::uint8_t from = order.from[place % order.destinationBytes];
         if (from != Opaque) {
             const std::size_t byte = place / order.destinationBytes * order.sourceBytes + from;
@@ -59,24 +61,27 @@ constexpr Span FindSpan(const Swizzle& order, std::size_t number) {
 
 // Vectors begin at a whole number of vectors where that does, since most others are in two cache
 // lines.
-constexpr Part PlaceVectors(const Swizzle& order, std::size_t number) {
-    const auto [low, high] = FindSpan(order, number);
-    const std::size_t whole = low / 64 * 64;
-    Part part;
-    part.two = high - low >= 64;
+template <std::size_t Size>
+constexpr Part<Size> PlaceVectors(const Swizzle& order, std::size_t number) {
+    const auto [low, high] = FindSpan<Size>(order, number);
+    const std::size_t whole = low / Size * Size;
+    Part<Size> part;
+    part.two = high - low >= Size;
     if (!part.two) {
-        part.first = high < whole + 64 ? whole : std::min(low, 64 * (order.sourceBytes - 1));
+        part.first = high < whole + Size ? whole : std::min(low, Size * (order.sourceBytes - 1));
     } else {
-        part.first = high < whole + 128 ? whole : low;
-        part.second = high / 64 * 64 <= part.first + 64 ? high / 64 * 64 : high - 63;
+        part.first = high < whole + 2 * Size ? whole : low;
+        part.second =
+            high / Size * Size <= part.first + Size ? high / Size * Size : high - (Size - 1);
     }
     return part;
 }
 
-constexpr Part MakePart(const Swizzle& order, std::size_t number) {
-    Part part = PlaceVectors(order, number);
-    for (std::size_t lane = 0; lane < 64; ++lane) {
-        const std::size_t place = 64 * number + lane;
+template <std::size_t Size>
+constexpr Part<Size> MakePart(const Swizzle& order, std::size_t number) {
+    Part<Size> part = PlaceVectors<Size>(order, number);
+    for (std::size_t lane = 0; lane < Size; ++lane) {
+        const std::size_t place = Size * number + lane;
         const std::uint8_t from = order.from[place % order.destinationBytes];
         if (from == Opaque) {
             part.opaque |= std::uint64_t{1} << lane;
@@ -84,18 +89,31 @@ constexpr Part MakePart(const Swizzle& order, std::size_t number) {
         }
         const std::size_t byte = place / order.destinationBytes * order.sourceBytes + from;
         const std::size_t index =
-            byte < part.first + 64 ? byte - part.first : byte - part.second + 64;
+            byte < part.first + Size ? byte - part.first : byte - part.second + Size;
         part.from[lane] = static_cast<std::uint8_t>(index);
     }
     return part;
 }
 
-template <const Swizzle& Order, std::size_t Number>
-inline constexpr Part PartOf = MakePart(Order, Number);
+template <const Swizzle& Order, std::size_t Size, std::size_t Number>
+inline constexpr auto PartOf = MakePart<Size>(Order, Number);
+
+// Whole cache lines go past the caches. Into them this processor writes 64 bytes in two parts, and
+// gets on better with vectors of 32.
+constexpr std::size_t VectorSize(Stores way) {
+    return way == Stores::Streamed ? 64 : 32;
+}
+
+HWY_INLINE void StoreVector(__m512i value, std::uint8_t* to) {
+    hn::Stream(V8{value}, D8(), to);
+}
+HWY_INLINE void StoreVector(__m256i value, std::uint8_t* to) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), value);
+}
 
 template <const Swizzle& Order, std::size_t Number>
-HWY_INLINE __m512i LookUpPart(const std::uint8_t* from) {
-    constexpr const Part& part = PartOf<Order, Number>;
+HWY_INLINE __m512i LookUpLong(const std::uint8_t* from) {
+    constexpr const auto& part = PartOf<Order, 64, Number>;
     const __m512i table = _mm512_load_si512(part.from.data());
     const __m512i first = _mm512_loadu_si512(from + part.first);
     if constexpr (part.two) {
@@ -107,10 +125,29 @@ HWY_INLINE __m512i LookUpPart(const std::uint8_t* from) {
     }
 }
 
+HWY_INLINE __m256i LoadShort(const std::uint8_t* from) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
+}
+
+template <const Swizzle& Order, std::size_t Number>
+HWY_INLINE __m256i LookUpShort(const std::uint8_t* from) {
+    constexpr const auto& part = PartOf<Order, 32, Number>;
+    const __m256i table = LoadShort(part.from.data());
+    const __m256i first = LoadShort(from + part.first);
+    if constexpr (part.two) {
+        return _mm256_permutex2var_epi8(first, table, LoadShort(from + part.second));
+    } else if constexpr (part.opaque != 0) {
+        return _mm256_mask_permutexvar_epi8(_mm256_set1_epi8(-1),
+                                            static_cast<__mmask32>(~part.opaque), table, first);
+    } else {
+        return _mm256_permutexvar_epi8(table, first);
+    }
+}
+
 template <const Swizzle& Order, Stores Way = Stores::Cached>
 struct SwizzleStep {
     using Streamed = SwizzleStep<Order, Stores::Streamed>;
-    static constexpr std::size_t MaxLanes = 64;
+    static constexpr std::size_t MaxLanes = VectorSize(Way);
     static constexpr std::size_t SourceBytes = Order.sourceBytes;
     static constexpr std::size_t Bytes = Order.destinationBytes;
     static constexpr std::size_t Planes = 1;
@@ -124,7 +161,11 @@ private:
     template <std::size_t... Numbers>
     static HWY_INLINE void StoreParts(const std::uint8_t* from, std::uint8_t* to,
                                       std::index_sequence<Numbers...>) {
-        (StoreBytes<Way>(V8{LookUpPart<Order, Numbers>(from)}, to + 64 * Numbers), ...);
+        if constexpr (Way == Stores::Streamed) {
+            (StoreVector(LookUpLong<Order, Numbers>(from), to + MaxLanes * Numbers), ...);
+        } else {
+            (StoreVector(LookUpShort<Order, Numbers>(from), to + MaxLanes * Numbers), ...);
+        }
     }
 };
 
