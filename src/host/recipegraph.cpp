@@ -1,7 +1,11 @@
 #include "orlixhost/recipegraph.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
-#include <filesystem>
+#include <cerrno>
+#include <system_error>
 
 #include "host/message.h"
 #include "host/settingsdocument.h"
@@ -10,6 +14,7 @@
 #include "orlixdataprocessingcore/core/inode.h"
 #include "orlixdataprocessingcore/graph/graph.h"
 #include "orlixdataprocessingcore/utils/serializable.h"
+#include "orlixhost/filedescriptor.h"
 #include "orlixhost/jsonsettings.h"
 #include "orlixhost/nodeparameters.h"
 #include "orlixhost/parametertree.h"
@@ -17,24 +22,23 @@
 namespace Orlix::Host {
 namespace {
 
-namespace fs = std::filesystem;
 using DataProcessing::Core::INode;
 
 // Puts the current directory back, which a node's load may change for the whole process. Relative
-// paths of the command line keep their meaning.
+// paths of the command line keep their meaning, also in a directory whose name is gone.
 class CurrentDirectoryKeeper {
 public:
-    CurrentDirectoryKeeper() : path_(fs::current_path(failure_)) {}
-    ~CurrentDirectoryKeeper() {
-        std::error_code ignored;
-        fs::current_path(path_, ignored);
+    CurrentDirectoryKeeper() : directory_(::open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)) {
+        if (!directory_.isOpen()) {
+            fail("the current folder can not be opened: " + std::generic_category().message(errno));
+        }
     }
+    ~CurrentDirectoryKeeper() { static_cast<void>(::fchdir(directory_.get()) == 0); }
     CurrentDirectoryKeeper(const CurrentDirectoryKeeper&) = delete;
     CurrentDirectoryKeeper& operator=(const CurrentDirectoryKeeper&) = delete;
 
 private:
-    std::error_code failure_;
-    fs::path path_;
+    const FileDescriptor directory_;
 };
 
 DataProcessing::Utils::ISerializable& serializableOf(INode& node) {
@@ -128,12 +132,13 @@ void RecipeGraph::start(const DataProcessing::Core::NodeArgumentCollection& argu
     }
 }
 
-// With the node's texts, which mostly say where it looks: the message of the node itself has none.
+// With the texts that the node was given, which mostly say where it looks: the message of the node
+// itself has none. Others may be of anything that the node happens to show.
 std::string RecipeGraph::startedPlace(std::size_t index) const {
     std::string texts;
     try {
         for (const Parameter& parameter : readParameters(vcellMapOf(*nodes_[index]))) {
-            if (parameter.kind == "String" && !parameter.text.empty()) {
+            if (parameter.kind == "String" && parameter.access == "RW" && !parameter.text.empty()) {
                 texts +=
                     (texts.empty() ? "" : ", ") + parameter.name + " = " + inQuotes(parameter.text);
             }

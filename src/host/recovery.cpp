@@ -16,6 +16,10 @@ namespace {
 namespace Core = DataProcessing::Core;
 namespace Utils = DataProcessing::Utils;
 
+// Between two attempts while no device comes or goes.
+constexpr std::chrono::milliseconds firstPause{500};
+constexpr std::chrono::milliseconds longestPause{4000};
+
 Utils::CatId getCatIdRecovery() {
     static const Utils::CatId id = Utils::getCatId("orlix.host.Recovery");
     return id;
@@ -47,12 +51,30 @@ void Recovery::step() {
         Watched& watched = watched_[node];
         watched.isLost = watched.isLost || hasLostItsDevice(*graph_.nodes()[node]);
         const std::uint64_t changes = changes_;
-        if (!watched.isLost || watched.triedAt == changes || !isAnyDeviceFree()) {
-            continue;
+        const bool isTime = watched.triedAt != changes || RunClock::now() >= watched.nextTry;
+        if (watched.isLost && isTime && isAnyDeviceFree()) {
+            tryAgain(node, changes);
         }
-        watched.triedAt = changes;
-        watched.isLost = !bringBack(node);
     }
+}
+
+void Recovery::tryAgain(std::size_t node, std::uint64_t changes) {
+    Watched& watched = watched_[node];
+    const std::string& name = graph_.recipe().nodes()[node].name;
+    const std::string failure = bringBack(*graph_.nodes()[node]);
+    if (failure.empty()) {
+        tell(name, "has a device again.");
+        watched = Watched();
+        return;
+    }
+    if (failure != watched.failure) {
+        tell(name, failure);
+    }
+    watched.failure = failure;
+    watched.pause =
+        watched.triedAt != changes ? firstPause : std::min(2 * watched.pause, longestPause);
+    watched.triedAt = changes;
+    watched.nextTry = RunClock::now() + watched.pause;
 }
 
 bool Recovery::isAnyDeviceFree() const {
@@ -64,25 +86,27 @@ bool Recovery::isAnyDeviceFree() const {
     });
 }
 
-// Frees before it allocates, since a failed attempt may have left something.
-bool Recovery::bringBack(std::size_t index) {
-    Core::INode& node = *graph_.nodes()[index];
-    const std::string& name = graph_.recipe().nodes()[index].name;
+// A device that it got before it failed is of use to others, and to the next attempt.
+std::string Recovery::bringBack(Core::INode& node) {
+    std::string failure;
     try {
         node.stop();
         node.freeResources();
         const auto errors = node.allocateResources();
         if (errors.empty()) {
             node.start(arguments_);
-            tell(name, "has a device again.");
-            return true;
+            return {};
         }
-        tell(name, "gets no device: " + errors.front()->getDescription().str());
+        failure = "gets no device: " + errors.front()->getDescription().str();
+    } catch (...) {
+        failure = "can't go on: " + currentMessage();
+    }
+    try {
         node.freeResources();
     } catch (...) {
-        tell(name, "can't go on: " + currentMessage());
+        failure += "; it can't be freed: " + currentMessage();
     }
-    return false;
+    return failure;
 }
 
 }  // namespace Orlix::Host

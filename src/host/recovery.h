@@ -4,18 +4,23 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
+#include "host/runstate.h"
 #include "orlixdataprocessingcore/core/nodearguments.h"
 #include "orlixdataprocessingcore/utils/signal.h"
 #include "orlixhost/recipegraph.h"
 
 namespace Orlix::Host {
 
-// The graph must outlive this and be running. What goes wrong is a line of the log, and the node is
-// tried again with the next change of the devices.
+// The graph must outlive this and be running. What goes wrong is a line of the log, once as long as
+// it stays the same. The node is tried again with the next change of the devices and, since a
+// device that is booting or that somebody else lets go of changes no list, after a while without
+// one.
 class Recovery {
 public:
     Recovery(RecipeGraph& graph, DataProcessing::Core::NodeArgumentCollection arguments);
@@ -29,10 +34,15 @@ private:
     struct Watched {
         bool isLost = false;
         std::uint64_t triedAt = 0;  // the number of changes then
+        std::chrono::milliseconds pause{};
+        RunClock::time_point nextTry;
+        std::string failure;  // that has been told
     };
 
     [[nodiscard]] bool isAnyDeviceFree() const;
-    [[nodiscard]] bool bringBack(std::size_t node);
+    void tryAgain(std::size_t node, std::uint64_t changes);
+    // Empty, or why it has failed; the node has no device then.
+    [[nodiscard]] std::string bringBack(DataProcessing::Core::INode& node);
 
     RecipeGraph& graph_;
     const DataProcessing::Core::NodeArgumentCollection arguments_;

@@ -112,6 +112,22 @@ TEST_F(CameraRun, WithRecoverAnotherCameraTakesOverAtOnce) {
     EXPECT_EQ(report["outputs"]["Camera.Image"]["frames"], 30);
 }
 
+// The camera is in the list all the time: no change of the list brings the next attempt.
+TEST_F(CameraRun, WithRecoverACameraThatFailsAtFirstIsTriedAgain) {
+    const auto script = [](const char* fault) {
+        return std::string("camera 2 frame 5: unplug; camera 1 once ") + fault;
+    };
+    for (const char* fault :
+         {"open: in use by \"x\"", "open: time out 50 ms", "start: time out 50 ms"}) {
+        const ProgramResult result =
+            run({"--frames", "30", "--json", "--recover", "--emulated-cameras", "2",
+                 "--no-real-cameras", "--fault", script(fault)});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        const auto report = nlohmann::json::parse(linesOf(result.out).back());
+        EXPECT_EQ(report["outputs"]["Camera.Image"]["frames"], 30) << fault;
+    }
+}
+
 TEST_F(CameraRun, WithRecoverARunEndsWhileTheCameraIsAway) {
     const ProgramResult result =
         run({"--idle", "0.5", "--json", "--recover", "--fault", "frame 5: unplug"});
@@ -149,6 +165,16 @@ TEST_F(CameraRun, ParametersAreThoseOfANodeThatSeesTheCameras) {
     };
     EXPECT_EQ(maximum("3"), "2");
     EXPECT_EQ(maximum("0"), "null");
+}
+
+// Not with what its list of devices happens to show.
+TEST_F(CameraRun, NodeThatCanNotStartIsNamedWithItsOwnTextsOnly) {
+    const ProgramResult result =
+        run({"--frames", "1", "--emulated-cameras", "2", "--fault", "start: refuse"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(linesOf(result.err).size(), 1U) << result.err;
+    EXPECT_EQ(result.err.find("orlix: " + recipe_ + ": node \"Camera\": can not start: "), 0U)
+        << result.err;
 }
 
 TEST_F(CameraRun, MistakeInTheFaultsStopsTheCommandBeforeTheRun) {
