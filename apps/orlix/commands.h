@@ -45,6 +45,8 @@ struct NodeMapOptions {
     std::string steps;   // a file; empty prints the tree
 };
 
+// A reader that goes away is an error of a write then, and no signal.
+void ignoreLostReaders();
 [[nodiscard]] Host::PackageList loadPackages(const CommonOptions& options);
 // The recipe's nodes with their settings, those of `sets` included, connected and checked.
 [[nodiscard]] std::unique_ptr<Host::RecipeGraph> openGraph(const CommonOptions& options,

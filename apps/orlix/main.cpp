@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <cmath>
+#include <csignal>
 #include <functional>
 #include <iostream>
 
@@ -11,6 +12,7 @@
 #include "console.h"
 #include "gcbase/gcexception.h"
 #include "orlixdataprocessingcore/utils/log.h"
+#include "orlixhost/oneline.h"
 
 namespace Orlix::App {
 namespace {
@@ -230,7 +232,7 @@ int execute(const CommandLine& line) {
 }
 
 int refuse(const std::string& message) {
-    std::cerr << "orlix: " << message << "\n";
+    std::cerr << "orlix: " << Host::oneLine(message) << "\n";
     return 1;
 }
 
@@ -296,5 +298,7 @@ int run(int argc, char** argv) {
 }  // namespace Orlix::App
 
 int main(int argc, char** argv) {
+    // A file that may not grow further is an error of a write, with a message, and no signal.
+    std::signal(SIGXFSZ, SIG_IGN);
     return Orlix::App::run(argc, argv);
 }

@@ -1,14 +1,19 @@
 // The commands that work on a recipe without running it: validate and save.
-#include <filesystem>
+#include <csignal>
 #include <iostream>
 #include <utility>
 
 #include "commands.h"
+#include "orlixhost/paths.h"
 #include "orlixhost/recipe.h"
 #include "orlixhost/recipegraph.h"
 #include "orlixhost/resourcepool.h"
 
 namespace Orlix::App {
+
+void ignoreLostReaders() {
+    std::signal(SIGPIPE, SIG_IGN);
+}
 
 std::unique_ptr<Host::RecipeGraph> openGraph(const CommonOptions& options, Host::Recipe recipe,
                                              const std::vector<std::string>& sets) {
@@ -34,8 +39,9 @@ void validateRecipe(const CommonOptions& options, const std::string& recipe,
 
 void saveRecipe(const CommonOptions& options, const std::string& recipe, const std::string& target,
                 const std::vector<std::string>& sets) {
+    ignoreLostReaders();
     // Made absolute first, since a node's load may change the current directory.
-    const std::string file = std::filesystem::absolute(target).string();
+    const std::string file = Host::absolutePath(target);
     const std::string basePath = Host::Recipe::basePathOf(file);
     openGraph(options, Host::Recipe::load(recipe), sets)->saved(basePath).save(file);
 }

@@ -1,5 +1,4 @@
 // The command run: a recipe from its start to its orderly end.
-#include <csignal>
 #include <cstdio>
 #include <iostream>
 #include <utility>
@@ -60,10 +59,7 @@ void tellUnasked(const std::string& recipe, const Host::UnaskedCameras& cameras,
 
 void runRecipe(const CommonOptions& options, RunCommandOptions command, Console& console) {
     addArguments(command.arguments, command.run);
-    // A reader that has gone, or a limit on the size of files, is an error of a write and ends the
-    // run in order.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
+    ignoreLostReaders();
     // Before the watch: a recipe that comes through a pipe may never end, but for a signal.
     Host::Recipe loaded = Host::Recipe::load(command.recipe);
     SignalWatch signals;

@@ -104,6 +104,11 @@ Json remarkJson(const GenApi::LoadRemark& remark) {
 }  // namespace
 
 struct DescriptionFile::Impl {
+    [[nodiscard]] std::vector<Parameter> readFeatures() {
+        return withPlace(file, [this] { return readParameters(*map._Ptr()); });
+    }
+
+    std::string file;
     // The port outlives the map's connection to it.
     std::unique_ptr<GenApi::CMemoryPort> port;
     std::map<std::string, GenApi::CChunkPort> chunks;
@@ -113,6 +118,7 @@ struct DescriptionFile::Impl {
 
 DescriptionFile::DescriptionFile(const std::string& file, const MemoryImage& memory)
     : impl_(std::make_unique<Impl>()) {
+    impl_->file = file;
     impl_->port = makePort(memory.sizeOrFile);
     impl_->map = loadMap(file);
     connectAll(*impl_->map._Ptr(), *impl_->port);
@@ -156,7 +162,7 @@ void DescriptionFile::deliverEvent(const std::string& node,
 }
 
 void DescriptionFile::print(std::ostream& out) {
-    printParameters(out, readParameters(nodeMap()));
+    printParameters(out, impl_->readFeatures());
     const GenApi::LoadReport& report = nodeMap().GetLoadReport();
     if (!report.remarks.empty()) {
         out << "\nRemarks of the loader:\n";
@@ -170,6 +176,8 @@ void DescriptionFile::print(std::ostream& out) {
 }
 
 void DescriptionFile::printAsJson(std::ostream& out) {
+    // Before the first character is written.
+    const std::vector<Parameter> features = impl_->readFeatures();
     const GenApi::LoadReport& report = nodeMap().GetLoadReport();
     Json remarks = Json::array();
     for (const GenApi::LoadRemark& remark : report.remarks) {
@@ -177,7 +185,7 @@ void DescriptionFile::printAsJson(std::ostream& out) {
     }
     out << "{\"vendor\": " << printJsonLine(nodeMap().GetVendorName().str())
         << ", \"model\": " << printJsonLine(nodeMap().GetModelName().str()) << ", \"features\": ";
-    printParametersAsJson(out, readParameters(nodeMap()));
+    printParametersAsJson(out, features);
     out << ", \"remarks\": " << printJsonLine(remarks)
         << ", \"remarksNotListed\": " << report.notListed << "}\n";
 }

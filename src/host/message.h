@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "orlixhost/oneline.h"
+
 namespace Orlix::Host {
 
 // Throws RuntimeException with this text.
@@ -15,9 +17,6 @@ namespace Orlix::Host {
 [[nodiscard]] inline std::string inQuotes(const std::string& text) {
     return "\"" + text + "\"";
 }
-
-// Line feeds and other control characters become blanks, so that a message is one line.
-[[nodiscard]] std::string oneLine(std::string text);
 
 // Runs the function; an exception of it leaves as RuntimeException with the place in front.
 template <typename Function>

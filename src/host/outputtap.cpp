@@ -1,35 +1,101 @@
 #include "host/outputtap.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "host/valuereader.h"
 #include "orlixdataprocessingcore/core/graphupdate.h"
 
 namespace Orlix::Host {
 
+namespace {
+
+// The graph bounds what one source has under way, and so how far one of its pins is ahead of
+// another. A second source has no such bound: its values are taken for part of the run then.
+constexpr std::size_t maxHeldImages = 64;
+constexpr std::size_t maxHeldValues = 16384;
+
+}  // namespace
+
 OutputTap::OutputTap(std::size_t index, const OpenOutput& output, std::uint64_t limit,
-                     std::shared_ptr<RunState> state, std::shared_ptr<OutputWriter> writer)
-    : index_(index), limit_(limit), state_(std::move(state)), writer_(std::move(writer)) {
+                     std::shared_ptr<RunState> state, std::shared_ptr<OutputWriter> writer,
+                     std::function<void()> onPassed)
+    : index_(index),
+      limit_(limit),
+      maxHeld_(output.isImage ? maxHeldImages : maxHeldValues),
+      state_(std::move(state)),
+      writer_(std::move(writer)),
+      onPassed_(std::move(onPassed)) {
     report_.node = output.node;
     report_.pin = output.pin;
+    if (limit_ != 0) {
+        state_->countFromHere();
+    }
 }
 
 void OutputTap::put(const std::shared_ptr<DataProcessing::Core::IGraphUpdate>& update,
                     const DataProcessing::Utils::Variant& value) {
-    const std::uint64_t updateNumber = update != nullptr ? update->getSequenceNumber() : 0;
-    const std::uint64_t number = count(updateNumber, errorOf(value) != nullptr);
-    if (number == 0) {
+    const std::uint64_t number = update != nullptr ? update->getSequenceNumber() : 0;
+    if (!state_->takes(number)) {
         return;
     }
     state_->noteValue();
-    if (writer_ != nullptr) {
-        writer_->add({index_, number, updateNumber, value});
+    {
+        const std::lock_guard lock(mutex_);
+        if (limit_ != 0 || (held_.empty() && number <= state_->passed())) {
+            take({number, value});
+        } else {
+            held_.push_back({number, value});
+            letGo(maxHeld_);
+        }
     }
-    if (number == limit_) {
+    if (limit_ != 0) {
+        pass(number);
+    }
+}
+
+void OutputTap::skip(const std::shared_ptr<DataProcessing::Core::IGraphUpdate>& update) {
+    if (limit_ != 0 && update != nullptr) {
+        pass(update->getSequenceNumber());
+    }
+}
+
+void OutputTap::pass(std::uint64_t update) {
+    state_->notePassed(update);
+    if (onPassed_) {
+        onPassed_();
+    }
+}
+
+void OutputTap::release() {
+    const std::lock_guard lock(mutex_);
+    letGo(maxHeld_);
+}
+
+void OutputTap::releaseAll() {
+    const std::lock_guard lock(mutex_);
+    letGo(0);
+}
+
+// In the order in which they came, so that only the first one decides.
+void OutputTap::letGo(std::size_t maxHeld) {
+    while (!held_.empty() && (held_.front().update <= state_->passed() || held_.size() > maxHeld)) {
+        take(held_.front());
+        held_.pop_front();
+    }
+}
+
+void OutputTap::take(const Held& held) {
+    const std::uint64_t number = count(held.update, errorOf(held.value) != nullptr);
+    if (number != 0 && writer_ != nullptr) {
+        writer_->add({index_, number, held.update, held.value});
+    }
+    if (number != 0 && number == limit_) {
         state_->requestStop();
     }
 }
 
 std::uint64_t OutputTap::count(std::uint64_t update, bool hasError) {
-    const std::lock_guard lock(mutex_);
     // A source may hand updates over out of order: an older one can come after the last that
     // counts.
     const bool isComplete = limit_ != 0 && report_.frames >= limit_;
@@ -44,12 +110,10 @@ std::uint64_t OutputTap::count(std::uint64_t update, bool hasError) {
     report_.errors += hasError ? 1 : 0;
     if (report_.frames == limit_) {
         // What the graph still has under way is finished, but is not part of this run's result.
-        state_->setLastUpdate(update);
+        state_->setLastUpdate(std::max(update, state_->passed()));
     }
     return report_.frames;
 }
-
-void OutputTap::skip(const std::shared_ptr<DataProcessing::Core::IGraphUpdate>&) {}
 
 bool OutputTap::hasSpace() const {
     return writer_ == nullptr || writer_->hasSpace();

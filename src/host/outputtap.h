@@ -1,7 +1,11 @@
-// The host's end of an open output: counts its values and hands them to the writer.
+// The host's end of an open output: counts its values and hands them to the writer. In a run with a
+// limit, values that are ahead of the counted pin wait here until it is known whether they belong
+// to the run.
 #pragma once
 
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -15,9 +19,11 @@ namespace Orlix::Host {
 // Called on the graph's threads; never blocks. Lives as long as the graph or the run needs it.
 class OutputTap final : public DataProcessing::Core::IOutputSink {
 public:
-    // The writer may be null. A limit of 0 is none; at the limit the run is asked to end.
+    // The writer may be null. A limit of 0 is none; at the limit the run is asked to end. The tap
+    // with a limit is the counted one: it calls onPassed when others may let go of values.
     OutputTap(std::size_t index, const OpenOutput& output, std::uint64_t limit,
-              std::shared_ptr<RunState> state, std::shared_ptr<OutputWriter> writer);
+              std::shared_ptr<RunState> state, std::shared_ptr<OutputWriter> writer,
+              std::function<void()> onPassed = {});
 
     void put(const std::shared_ptr<DataProcessing::Core::IGraphUpdate>& update,
              const DataProcessing::Utils::Variant& value) override;
@@ -27,18 +33,34 @@ public:
         const std::weak_ptr<DataProcessing::Core::ISpaceListener>& listener) override;
 
     void notifySpace();
+    // Lets go of the values that the counted pin has passed.
+    void release();
+    // All of them, behind the end of the graph.
+    void releaseAll();
     [[nodiscard]] OutputReport report() const;
 
 private:
+    struct Held {
+        std::uint64_t update = 0;
+        DataProcessing::Utils::Variant value;
+    };
+
+    void pass(std::uint64_t update);
+    // What follows runs under the lock.
+    void letGo(std::size_t maxHeld);
+    void take(const Held& held);
     // The number of the value, 0 if it belongs no longer to the run.
     std::uint64_t count(std::uint64_t update, bool hasError);
 
     const std::size_t index_;
     const std::uint64_t limit_;
+    const std::size_t maxHeld_;
     const std::shared_ptr<RunState> state_;
     const std::shared_ptr<OutputWriter> writer_;
+    const std::function<void()> onPassed_;
     mutable std::mutex mutex_;
     OutputReport report_;
+    std::deque<Held> held_;
     RunClock::time_point first_;
     RunClock::time_point last_;
     std::weak_ptr<DataProcessing::Core::ISpaceListener> listener_;

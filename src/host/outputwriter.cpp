@@ -34,25 +34,6 @@ std::vector<fs::path> missingFolders(const fs::path& folder) {
     return missing;
 }
 
-void removeFolders(const std::vector<fs::path>& folders) {
-    for (const fs::path& folder : folders) {
-        std::error_code ignored;
-        fs::remove(folder, ignored);
-    }
-}
-
-// Returns the folders that are new, innermost first.
-std::vector<fs::path> makeFolder(const fs::path& folder) {
-    std::vector<fs::path> made = missingFolders(folder);
-    std::error_code failure;
-    fs::create_directories(folder, failure);
-    if (failure) {
-        removeFolders(made);
-        fail(folder.string() + ": can not make the folder: " + failure.message());
-    }
-    return made;
-}
-
 // Encoding is the work here; half of the processors are left to the graph.
 std::size_t imageThreads() {
     return std::clamp<std::size_t>(std::thread::hardware_concurrency() / 2, 1, 8);
@@ -73,10 +54,44 @@ std::string fileNameOf(const OpenOutput& output) {
 
 }  // namespace
 
+MadeFolders::MadeFolders(const fs::path& folder) : paths_(missingFolders(folder)) {
+    std::error_code failure;
+    fs::create_directories(folder, failure);
+    if (failure) {
+        remove();
+        fail(folder.string() + ": can not make the folder: " + failure.message());
+    }
+}
+
+MadeFolders::~MadeFolders() {
+    remove();
+}
+
+void MadeFolders::noteFile(const std::string& path) {
+    const std::lock_guard lock(mutex_);
+    if (!paths_.empty()) {
+        paths_.insert(paths_.begin(), path);
+    }
+}
+
+void MadeFolders::keep() noexcept {
+    const std::lock_guard lock(mutex_);
+    paths_.clear();
+}
+
+void MadeFolders::remove() noexcept {
+    const std::lock_guard lock(mutex_);
+    for (const fs::path& path : paths_) {
+        std::error_code ignored;
+        fs::remove(path, ignored);
+    }
+    paths_.clear();
+}
+
 OutputWriter::OutputWriter(std::string folder, std::vector<OpenOutput> outputs,
                            std::shared_ptr<RunState> state, std::function<void()> onSpace)
     : folder_(std::move(folder)),
-      madeFolders_(makeFolder(folder_)),
+      madeFolders_(folder_),
       outputs_(std::move(outputs)),
       state_(std::move(state)),
       lineQueue_(
@@ -90,6 +105,7 @@ OutputWriter::~OutputWriter() = default;
 void OutputWriter::begin() {
     lineQueue_.begin();
     imageQueue_.begin();
+    madeFolders_.keep();
 }
 
 void OutputWriter::add(OutputValue value) {
@@ -124,12 +140,15 @@ void OutputWriter::finish() {
 void OutputWriter::discard() {
     lineQueue_.discard();
     imageQueue_.discard();
-    removeFolders(madeFolders_);
+    lines_.reset();
+    madeFolders_.remove();
 }
 
 void OutputWriter::openLines() {
     if (lines_ == nullptr) {
-        lines_ = std::make_unique<AppendFile>((fs::path(folder_) / "values.jsonl").string());
+        const std::string path = (fs::path(folder_) / "values.jsonl").string();
+        madeFolders_.noteFile(path);
+        lines_ = std::make_unique<AppendFile>(path);
     }
 }
 
@@ -149,7 +168,9 @@ void OutputWriter::writeImage(const OutputValue& value) {
         return;
     }
     try {
-        saveImage(GenICam::gcstring(imagePath(value)), imageOf(value.value)->getOrlixImage());
+        const std::string path = imagePath(value);
+        madeFolders_.noteFile(path);
+        saveImage(GenICam::gcstring(path), imageOf(value.value)->getOrlixImage());
     } catch (...) {
         state_->fail(currentMessage());
     }

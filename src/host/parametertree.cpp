@@ -189,7 +189,8 @@ public:
                 visitor_(*node, path);
             } else if (entered_.count(inner) == 0) {
                 if (depth == maxDepth) {
-                    fail("the categories are nested deeper than 100 levels");
+                    fail("category " + inQuotes(node->GetName().str()) +
+                         ": is nested deeper than " + std::to_string(maxDepth) + " levels");
                 }
                 visit(*inner, path + "/" + node->GetDisplayName().str(), depth + 1);
             }
@@ -217,19 +218,21 @@ std::string knownFeatures(GenApi::INodeMap& map) {
     return join(names);
 }
 
+constexpr const char* itTakes = "; it takes ";
+
 // What would be allowed instead of a refused value; empty if there is nothing to say.
 std::string allowedValues(const Parameter& parameter) {
     if (!parameter.entries.empty()) {
-        return "; it takes " + join(parameter.entries);
+        return itTakes + join(parameter.entries);
     }
     if (parameter.kind == "Boolean") {
-        return "; it takes true and false";
+        return std::string(itTakes) + "true and false";
     }
     if (parameter.kind != "Integer" && parameter.kind != "Float") {
         return {};
     }
     std::string text =
-        "; it takes " + parameterText(parameter.min) + " to " + parameterText(parameter.max);
+        itTakes + parameterText(parameter.min) + " to " + parameterText(parameter.max);
     const bool hasStep = !std::holds_alternative<std::monostate>(parameter.inc) &&
                          parameter.inc != ParameterValue(std::int64_t{1});
     return hasStep ? text + " in steps of " + parameterText(parameter.inc) : text;
@@ -238,6 +241,10 @@ std::string allowedValues(const Parameter& parameter) {
 // The message of a refused value, which goes on with what would be allowed.
 std::string withAllowed(std::string message, const Parameter& parameter) {
     const std::string allowed = allowedValues(parameter);
+    const std::size_t words = std::string_view(itTakes).size();
+    if (!allowed.empty() && message.find(allowed.substr(words)) != std::string::npos) {
+        return message;  // it says so itself
+    }
     if (!allowed.empty() && message.ends_with('.')) {
         message.pop_back();
     }

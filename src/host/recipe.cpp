@@ -10,6 +10,7 @@
 #include "host/settingsdocument.h"
 #include "host/textfile.h"
 #include "orlixhost/jsonsettings.h"
+#include "orlixhost/paths.h"
 
 namespace Orlix::Host {
 
@@ -64,9 +65,9 @@ Recipe& Recipe::operator=(Recipe other) noexcept {
 // Not by text: behind a link, ".." is another folder.
 std::string Recipe::basePathOf(const std::string& file) {
     namespace fs = std::filesystem;
-    return fs::weakly_canonical(parseDescriptorName(file) ? fs::current_path()
-                                                          : fs::absolute(file).parent_path())
-        .string();
+    const fs::path folder = parseDescriptorName(file) ? fs::path(absolutePath("."))
+                                                      : fs::path(absolutePath(file)).parent_path();
+    return withPlace(file, [&] { return fs::weakly_canonical(folder).string(); });
 }
 
 Recipe Recipe::load(const std::string& file) {

@@ -1,5 +1,6 @@
 #include "orlixhost/resourcepool.h"
 
+#include <algorithm>
 #include <ostream>
 
 #include "host/camerapool.h"
@@ -48,10 +49,15 @@ std::vector<std::shared_ptr<ICameraLayer>> installedLayers() {
 std::shared_ptr<Core::IResourcePool> createResourcePool(const CameraOptions& options) {
     const std::string script = scriptOf(options.faults);
     std::vector<std::shared_ptr<ICameraLayer>> layers;
-    if (options.emulatedCameras > 0) {
-        const EmulatedCameraOptions emulated{options.emulatedCameras, script};
-        layers.push_back(withPlace(
-            "--fault", [&] { return CreateCameraLayer(CreateEmulatedCameras(emulated)); }));
+    if (options.emulatedCameras > 0 || !script.empty()) {
+        // A script is read also for no camera: its mistakes are mistakes all the same.
+        const EmulatedCameraOptions emulated{std::max<std::size_t>(options.emulatedCameras, 1),
+                                             script};
+        auto layer = withPlace("--fault",
+                               [&] { return CreateCameraLayer(CreateEmulatedCameras(emulated)); });
+        if (options.emulatedCameras > 0) {
+            layers.push_back(std::move(layer));
+        }
     }
     const auto pool =
         CameraPool::create(std::move(layers), options.realCameras == RealCameras::LeftOut

@@ -14,6 +14,8 @@
 #include "orlixdataprocessingcore/core/nodearguments.h"
 #include "orlixdataprocessingcore/core/string.h"
 #include "orlixdataprocessingcore/graph/graph.h"
+#include "orlixdataprocessingcore/utils/log.h"
+#include "orlixhost/paths.h"
 #include "orlixhost/recipegraph.h"
 
 namespace Orlix::Host {
@@ -22,6 +24,13 @@ namespace {
 using DataProcessing::Core::Graph;
 using DataProcessing::Core::StopMode;
 using Seconds = std::chrono::duration<double>;
+
+namespace Utils = DataProcessing::Utils;
+
+Utils::CatId getCatIdRunner() {
+    static const Utils::CatId id = Utils::getCatId("orlix.host.Runner");
+    return id;
+}
 
 constexpr std::chrono::milliseconds progressPeriod{200};
 constexpr std::chrono::milliseconds recoveryPeriod{20};
@@ -73,10 +82,7 @@ public:
             throw;
         }
         report.seconds = watchUntilEnd(observer);
-        if (writer_ != nullptr) {
-            writer_->finish();
-        }
-        graph().freeResources();
+        end();
         const std::string failure = state_->failure();
         if (!failure.empty()) {
             fail(failure);
@@ -94,22 +100,28 @@ private:
     Graph& graph() { return recipe_.graph(); }
 
     void makeWriter() {
-        // The graph may hold a tap, and with it the writer, longer than this object lives.
-        const auto onSpace = [weakTaps = std::weak_ptr<Taps>(taps_)] {
+        // Absolute, since a node may change the current directory.
+        const std::string folder = absolutePath(options_.outFolder);
+        writer_ = std::make_shared<OutputWriter>(folder, outputs_, state_,
+                                                 forEachTap(&OutputTap::notifySpace));
+    }
+
+    // The graph may hold a tap, and with it who calls this, longer than this object lives.
+    [[nodiscard]] std::function<void()> forEachTap(void (OutputTap::*function)()) const {
+        return [function, weakTaps = std::weak_ptr<Taps>(taps_)] {
             const auto taps = weakTaps.lock();
             for (std::size_t i = 0; taps != nullptr && i < taps->size(); ++i) {
-                (*taps)[i]->notifySpace();
+                ((*taps)[i].get()->*function)();
             }
         };
-        // Absolute, since a node may change the current directory.
-        const std::string folder = std::filesystem::absolute(options_.outFolder).string();
-        writer_ = std::make_shared<OutputWriter>(folder, outputs_, state_, onSpace);
     }
 
     void attachTaps() {
         for (std::size_t i = 0; i < outputs_.size(); ++i) {
             const std::uint64_t limit = i == counted_ ? options_.frames.value_or(0) : 0;
-            taps_->push_back(std::make_shared<OutputTap>(i, outputs_[i], limit, state_, writer_));
+            taps_->push_back(std::make_shared<OutputTap>(
+                i, outputs_[i], limit, state_, writer_,
+                limit == 0 ? std::function<void()>() : forEachTap(&OutputTap::release)));
             graph().attachSink(GenICam::gcstring(outputs_[i].node),
                                GenICam::gcstring(outputs_[i].pin), taps_->back());
         }
@@ -132,7 +144,7 @@ private:
         try {
             recipe_.start(startArguments(options_));
         } catch (...) {
-            graph().freeResources();
+            freeAfterFailure();
             throw;
         }
         start_ = RunClock::now();
@@ -150,9 +162,38 @@ private:
         }
         watch(observer.onProgress);
         recovery_.reset();
-        const Seconds seconds = RunClock::now() - start_;
-        graph().stop(state_->failure().empty() ? StopMode::Drain : StopMode::Drop);
-        return seconds.count();
+        return Seconds(RunClock::now() - start_).count();
+    }
+
+    // All of it, whatever fails: what has come is written, and the first failure is told.
+    void end() {
+        const StopMode mode = state_->failure().empty() ? StopMode::Drain : StopMode::Drop;
+        orFail("can not stop", [&] { graph().stop(mode); });
+        forEachTap (&OutputTap::releaseAll)();
+        if (writer_ != nullptr) {
+            writer_->finish();
+        }
+        orFail("can not free its resources", [&] { graph().freeResources(); });
+    }
+
+    template <typename Step>
+    void orFail(const char* what, const Step& step) {
+        try {
+            step();
+        } catch (...) {
+            state_->fail(recipe_.recipe().source() + ": " + what + ": " + currentMessage());
+        }
+    }
+
+    // The failure before is the one to be told.
+    void freeAfterFailure() noexcept {
+        try {
+            graph().freeResources();
+        } catch (...) {
+            Utils::createLogEntry(Utils::Severitiy::Warning, getCatIdRunner(),
+                                  "Host: Resources can't be freed. Message: %s",
+                                  currentMessage().c_str());
+        }
     }
 
     void watch(const std::function<void(const RunProgress&)>& onProgress) {

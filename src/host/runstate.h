@@ -37,6 +37,16 @@ public:
     void setLastUpdate(std::uint64_t number) noexcept { lastUpdate_ = number; }
     [[nodiscard]] bool takes(std::uint64_t update) const noexcept { return update <= lastUpdate_; }
 
+    // How far the counted pin of a run with a limit has come. Whether later updates belong to the
+    // run is open until it has passed them.
+    void countFromHere() noexcept { passed_ = 0; }
+    void notePassed(std::uint64_t update) noexcept {
+        std::uint64_t passed = passed_;
+        while (passed < update && !passed_.compare_exchange_weak(passed, update)) {
+        }
+    }
+    [[nodiscard]] std::uint64_t passed() const noexcept { return passed_; }
+
 private:
     void end(const std::string& failure);
 
@@ -46,6 +56,7 @@ private:
     std::string failure_;
     std::atomic<RunClock::rep> lastValue_{0};
     std::atomic<std::uint64_t> lastUpdate_{std::numeric_limits<std::uint64_t>::max()};
+    std::atomic<std::uint64_t> passed_{std::numeric_limits<std::uint64_t>::max()};
 };
 
 }  // namespace Orlix::Host

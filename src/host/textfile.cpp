@@ -106,11 +106,21 @@ void syncFolder(const fs::path& folder) {
     }
 }
 
+// Behind links, also where the last one leads to a file that isn't there yet.
 fs::path targetOf(const std::string& path) {
+    constexpr int maxLinks = 40;  // as many as the system follows
     std::error_code failure;
     fs::path target = fs::absolute(path, failure);
-    if (!failure) {
+    for (int link = 0; !failure; ++link) {
         target = fs::weakly_canonical(target, failure);
+        std::error_code ignored;
+        if (failure || !fs::is_symlink(fs::symlink_status(target, ignored))) {
+            break;
+        }
+        target = target.parent_path() / fs::read_symlink(target, failure);
+        if (link == maxLinks) {
+            failure = std::make_error_code(std::errc::too_many_symbolic_link_levels);
+        }
     }
     if (failure) {
         failFor(path, "can not write", failure.message());
@@ -217,8 +227,15 @@ AppendFile::AppendFile(std::string path)
     }
 }
 
+// What a full disk has cut is taken away, so that the file ends with a whole line.
 void AppendFile::append(const std::string& text) {
-    writeAll(file_.get(), text, path_);
+    try {
+        writeAll(file_.get(), text, path_);
+    } catch (...) {
+        static_cast<void>(::ftruncate(file_.get(), size_) == 0);  // fails for a pipe
+        throw;
+    }
+    size_ += static_cast<off_t>(text.size());
 }
 
 }  // namespace Orlix::Host

@@ -1,6 +1,8 @@
 // Whole text files. Failures are RuntimeException that names the file and the system's reason.
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 
 #include "orlixhost/filedescriptor.h"
@@ -26,6 +28,7 @@ public:
 private:
     std::string path_;
     FileDescriptor file_;
+    off_t size_ = 0;  // of the whole lines
 };
 
 }  // namespace Orlix::Host

@@ -7,8 +7,13 @@ namespace Orlix::Host {
 WriteQueue::WriteQueue(std::size_t capacity, std::size_t threads, Work work,
                        std::function<void()> onSpace)
     : capacity_(capacity), work_(std::move(work)), onSpace_(std::move(onSpace)) {
-    for (std::size_t i = 0; i < threads; ++i) {
-        threads_.emplace_back([this] { writeValues(); });
+    try {
+        for (std::size_t i = 0; i < threads; ++i) {
+            threads_.emplace_back([this] { writeValues(); });
+        }
+    } catch (...) {
+        discard();  // ends those that are there
+        throw;
     }
 }
 
@@ -23,8 +28,13 @@ void WriteQueue::add(OutputValue value) {
             return;
         }
         waiting_.push_back(std::move(value));
+        if (waiting_.size() < capacity_ || begun_) {
+            changed_.notify_one();
+            return;
+        }
+        begun_ = true;
     }
-    changed_.notify_one();
+    changed_.notify_all();
 }
 
 bool WriteQueue::hasSpace() const {

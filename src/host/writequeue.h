@@ -23,7 +23,8 @@ struct OutputValue {
 
 // With one thread values are written in the order in which they came. add() never blocks: whoever
 // adds asks hasSpace() first; what is added in spite of a false is kept all the same. Nothing is
-// written before begin(): a queue that ends without it drops what waits.
+// written before begin(), or before the queue is full: who waits for space before that would wait
+// for ever. A queue that ends before drops what waits.
 class WriteQueue {
 public:
     using Work = std::function<void(const OutputValue&)>;

@@ -257,6 +257,26 @@ TEST_F(NodemapCommand, CategoriesThatContainEachOtherComeToAnEnd) {
     EXPECT_EQ(result.out.find("  Gain = ", 20), std::string::npos) << result.out;
 }
 
+TEST_F(NodemapCommand, CategoriesThatAreNestedTooDeepAreAnErrorBeforeAnythingIsPrinted) {
+    std::string categories;
+    for (int i = 0; i < 150; ++i) {
+        categories += "<Category Name=\"" + (i == 0 ? "Root" : "C" + std::to_string(i)) +
+                      "\"><pFeature>C" + std::to_string(i + 1) + "</pFeature></Category>\n";
+    }
+    std::string text = description;
+    const std::size_t first = text.find("<Category");
+    text.replace(first, text.find("<Float") - first,
+                 categories + "<Category Name=\"C150\"><pFeature>Gain</pFeature></Category>");
+    const std::string file = folder_.write("deep.xml", text);
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{}, std::vector<std::string>{"--json"}}) {
+        std::vector<std::string> arguments = {"nodemap", file};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        expectFailure(runOrlix(arguments),
+                      file + ": category \"C101\": is nested deeper than 100 levels");
+    }
+}
+
 TEST_F(NodemapCommand, MissingFileIsNamed) {
     expectFailure(runOrlix({"nodemap", folder_ / "none.xml"}),
                   (folder_ / "none.xml") + ": can not read: No such file or directory");

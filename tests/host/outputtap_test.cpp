@@ -59,6 +59,48 @@ TEST_F(OutputTapTest, UpdatesBehindTheLimitBelongNoLongerToTheRun) {
     EXPECT_EQ(other_.report().frames, 1U);
 }
 
+// The other pin is ahead of the counted one: whether its value belongs to the run shows later.
+TEST_F(OutputTapTest, ValueAheadOfTheCountedPinWaitsForIt) {
+    const auto first = nextUpdate();
+    const auto second = nextUpdate();
+    const auto third = nextUpdate();
+    OutputTap counted{0, {"Node", "Counted", false}, 2, state_, nullptr, [&] { other_.release(); }};
+    other_.put(first, good_);
+    other_.put(second, bad_);
+    other_.put(third, bad_);
+    EXPECT_EQ(other_.report().frames, 0U);
+    counted.put(first, good_);
+    EXPECT_EQ(other_.report().frames, 1U);
+    counted.put(second, good_);
+    EXPECT_EQ(other_.report().frames, 2U);
+    EXPECT_EQ(other_.report().errors, 1U);
+    other_.releaseAll();
+    EXPECT_EQ(other_.report().frames, 2U) << "the third is behind the end";
+}
+
+TEST_F(OutputTapTest, UpdateThatTheCountedPinLeavesOutIsPassed) {
+    OutputTap counted{0, {"Node", "Counted", false}, 2, state_, nullptr, [&] { other_.release(); }};
+    const auto update = nextUpdate();
+    other_.put(update, good_);
+    counted.skip(update);
+    EXPECT_EQ(other_.report().frames, 1U);
+}
+
+TEST_F(OutputTapTest, WhatWaitsWhenARunEndsBeforeItsLimitBelongsToIt) {
+    other_.put(nextUpdate(), good_);
+    EXPECT_EQ(other_.report().frames, 0U);
+    other_.releaseAll();
+    EXPECT_EQ(other_.report().frames, 1U);
+}
+
+TEST_F(OutputTapTest, ImagesOfASourceThatIsNotCountedDoNotPileUp) {
+    OutputTap images{1, {"Other", "Image", true}, 0, state_, nullptr};
+    for (int i = 0; i < 100; ++i) {
+        images.put(nextUpdate(), good_);
+    }
+    EXPECT_EQ(images.report().frames, 36U);
+}
+
 // A source may hand its updates over in another order than it has made them.
 TEST_F(OutputTapTest, OlderUpdateThatComesBehindTheLimitDoesNotCount) {
     const auto first = nextUpdate();

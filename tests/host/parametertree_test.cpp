@@ -108,7 +108,7 @@ TEST_F(ParameterTree, SetsEveryKindOfParameter) {
 
 TEST_F(ParameterTree, RefusalsNameValueAndWhatIsAllowed) {
     const std::vector<std::array<std::string, 3>> cases = {
-        {"Gain", "11", "; it takes 0 to 10"},
+        {"Gain", "11", ": its range is 0 to 10."},
         {"Gain", "loud", "; it takes 0 to 10"},
         {"Width", "12", "; it takes 8 to 64 in steps of 8"},
         {"Mode", "Auto", "; it takes Off, On"},

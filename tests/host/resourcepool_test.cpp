@@ -206,6 +206,9 @@ TEST(DevicesCommand, FaultScriptComesAsTextOrAsAFile) {
         folder.write("faults.txt", "# all fine\nstart: refuse\nstop: refusal\n");
     expectFailure(runOrlix({"devices", "--fault", "@" + file}),
                   "--fault: Fault script, line 3, column 7: expected a fault, found 'refusal'.");
+    expectFailure(runOrlix({"devices", "--emulated-cameras", "0", "--fault", "nonsense"}),
+                  "--fault: Fault script, line 1, column 1: expected 'frame', 'every', 'open', "
+                  "'start', 'stop', 'idle', 'after', 'read' or 'write', found 'nonsense'.");
     expectFailure(runOrlix({"devices", "--fault", "@nowhere.txt"}),
                   "--fault: nowhere.txt: can not read: No such file or directory");
 }

@@ -242,6 +242,40 @@ TEST_F(RunValues, ThatCameBeforeEveryNodeHadStartedAreWritten) {
 
 class RunSignal : public RunValues, public testing::WithParamInterface<int> {};
 
+// More than can wait, from a start that ends only when all of it has been sent.
+TEST_F(RunValues, SourceThatWaitsForSpaceInItsStartIsNotHeldForEver) {
+    const std::string recipe =
+        writeTestRecipe(folder_, "ValueSource", R"({"eager": true, "count": 5000})");
+    const ProgramResult result =
+        runWithTestNodes({"run", recipe, "--idle", "0.3", "--out", folder_ / "out"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(valuesOf(values(), "Number").size(), 5000U);
+}
+
+// The failure of a stop is told when all that has come is written.
+TEST_F(RunValues, NodeThatFailsToStopIsToldAndNothingIsLost) {
+    for (const char* const setting : {"stubborn", "greedy"}) {
+        const std::string recipe = writeTestRecipe(
+            folder_, "ValueSource", std::string(R"({"count": 3, ")") + setting + "\": true}");
+        const bool stops = std::string(setting) == "greedy";
+        const ProgramResult result =
+            runWithTestNodes({"run", recipe, "--idle", "0.3", "--out", folder_ / "out"});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(linesOf(result.err).back(),
+                  "orlix: " + recipe +
+                      (stops ? ": can not free its resources: It is mine."
+                             : ": can not stop: I can not end."));
+        EXPECT_EQ(valuesOf(values(), "Number").size(), 3U) << setting;
+    }
+}
+
+TEST_F(RunValues, FailedStartIsToldThoughItsResourcesCanNotBeFreedEither) {
+    const std::string recipe =
+        writeTestRecipe(folder_, "ValueSource", R"({"unwilling": true, "greedy": true})");
+    expectFailure(runWithTestNodes({"run", recipe}),
+                  recipe + ": node \"S\": can not start: I will not.");
+}
+
 TEST_P(RunSignal, StopsTheRecipeInOrder) {
     makeFifo();
     const std::string recipe = writeTestRecipe(folder_, "ValueSource");

@@ -103,6 +103,34 @@ TEST_F(SaveCommand, APipeIsWrittenToAndStays) {
     EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 }
 
+TEST_F(SaveCommand, APipeWhoseReaderGoesAwayIsAnError) {
+    const std::string pipe = folder_ / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    Program program("/bin/sh", {"-c",
+                                "exec 3<>\"$2\"; exec 4>\"$2\"; exec 3<&-; exec \"$0\" save "
+                                "\"$1\" -o /dev/fd/4",
+                                orlixFile(), recipe_, pipe});
+    expectFailure(program.wait(), "/dev/fd/4: can not write: Broken pipe");
+}
+
+TEST_F(SaveCommand, ALinkStaysAlsoIfItsTargetIsNotThereYet) {
+    std::filesystem::create_directory(folder_ / "below");
+    std::filesystem::create_symlink("second", folder_ / "below/first");
+    std::filesystem::create_symlink("../new.json", folder_ / "below/second");
+    const ProgramResult result = save(recipe_, folder_ / "below/first");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_TRUE(std::filesystem::is_symlink(folder_ / "below/first"));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder_ / "below/second"));
+    EXPECT_EQ(Json::parse(readFile(folder_ / "new.json")).at("nodes").size(), 2U);
+}
+
+TEST_F(SaveCommand, LinksThatLeadRoundAreAnError) {
+    std::filesystem::create_symlink("b", folder_ / "a");
+    std::filesystem::create_symlink("a", folder_ / "b");
+    expectFailure(save(recipe_, folder_ / "a"),
+                  (folder_ / "a") + ": can not write: Too many levels of symbolic links");
+}
+
 TEST_F(SaveCommand, StandardOutputIsAFileLikeAnyOther) {
     const ProgramResult result = save(recipe_, "/dev/stdout");
     EXPECT_EQ(result.exitCode, 0) << result.err;

@@ -14,6 +14,10 @@ TEST(BadUsage, IsOneMessage) {
         runOrlix({"bogus"}),
         "there is no command \"bogus\"; there are catalog, params, nodemap, devices, validate, "
         "save, run");
+    expectFailure(
+        runOrlix({"bad\ncommand"}),
+        "there is no command \"bad command\"; there are catalog, params, nodemap, devices, "
+        "validate, save, run");
     expectFailure(runOrlix({"--json", "catalog"}),
                   "there is no option --json before a command; orlix --help lists them");
     expectFailure(runOrlix({"run", "r.json", "s.json"}),

@@ -1,8 +1,11 @@
 #include "host/writequeue.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <atomic>
+#include <cstdlib>
+#include <exception>
 #include <future>
 #include <mutex>
 #include <set>
@@ -97,12 +100,47 @@ TEST(WriteQueue, ValuesWaitUntilItBeginsAndAreWrittenThen) {
     WriteQueue queue(
         2, 1, [&](const OutputValue& value) { written.push_back(value.number); }, [] {});
     queue.add(valueOf(1));
-    queue.add(valueOf(2));
-    EXPECT_FALSE(queue.hasSpace());
+    EXPECT_TRUE(queue.hasSpace());
+    EXPECT_EQ(queue.size(), 1U);
     queue.begin();
+    queue.add(valueOf(2));
     queue.finish();
     EXPECT_EQ(written, (std::vector<std::uint64_t>{1, 2}));
 }
+
+// Who adds may wait for space before the one who begins has come to it.
+TEST(WriteQueue, FullQueueBeginsByItself) {
+    std::promise<void> space;
+    std::vector<std::uint64_t> written;
+    WriteQueue queue(
+        2, 1, [&](const OutputValue& value) { written.push_back(value.number); },
+        [&] { space.set_value(); });
+    queue.add(valueOf(1));
+    queue.add(valueOf(2));
+    space.get_future().wait();
+    queue.finish();
+    EXPECT_EQ(written, (std::vector<std::uint64_t>{1, 2}));
+}
+
+#if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
+// Room for the stacks of a few threads only.
+void failToMakeThreads() {
+    const rlimit limit{rlim_t{256} << 20U, rlim_t{256} << 20U};
+    ::setrlimit(RLIMIT_AS, &limit);
+    try {
+        const WriteQueue queue(
+            2, 1000, [](const OutputValue&) {}, [] {});
+    } catch (const std::exception&) {
+        std::_Exit(3);
+    }
+    std::_Exit(4);
+}
+
+TEST(WriteQueue, WithoutThreadsItThrowsAndEndsThoseThatItHas) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(failToMakeThreads(), testing::ExitedWithCode(3), "");
+}
+#endif
 
 TEST(WriteQueue, EndsWithoutAWriteIfItNeverBegins) {
     int writes = 0;

@@ -43,7 +43,8 @@ constexpr const char* catalog = R"({"Version": "1.0.0", "Vendor": "Test", "Modul
  "DetailedDescription": "", "SupportedUuids": [], "HasDynamicInfo": false}]})";
 
 // Gives "count" updates, or updates without end for 0, as fast as the graph takes them; if it is
-// "eager", all of them before its start returns. One that is "unwilling" fails to start.
+// "eager", all of them before its start returns. One that is "unwilling" fails to start, one that
+// is "stubborn" fails to stop, and one that is "greedy" fails to let its resources go.
 class ValueSource : public AdvancedNode {
 public:
     explicit ValueSource(const std::shared_ptr<IResourcePool>& pool) : AdvancedNode(pool) {
@@ -64,6 +65,8 @@ public:
             count_ = settings->getUnsigned(SettingsPath("count"));
         }
         isEager_ = settings->contains(SettingsPath("eager"));
+        isStubborn_ = settings->contains(SettingsPath("stubborn"));
+        isGreedy_ = settings->contains(SettingsPath("greedy"));
         isUnwilling_ = settings->contains(SettingsPath("unwilling"));
     }
     void saveSettings(const std::shared_ptr<ISettings>& settings) override {
@@ -89,6 +92,15 @@ protected:
         if (thread_.joinable()) {
             thread_.join();
         }
+        if (isStubborn_) {
+            throw GenICam::RuntimeException("I can not end.", __FILE__, __LINE__);
+        }
+    }
+    void freeAdditionalResources(bool flag) override {
+        if (isGreedy_) {
+            throw GenICam::RuntimeException("It is mine.", __FILE__, __LINE__);
+        }
+        AdvancedNode::freeAdditionalResources(flag);
     }
 
 private:
@@ -124,6 +136,8 @@ private:
     std::uint64_t count_ = 0;
     bool isEager_ = false;
     bool isUnwilling_ = false;
+    bool isStubborn_ = false;
+    bool isGreedy_ = false;
     gcstring text_ = "none";
     std::atomic<bool> stop_{false};
     std::thread thread_;
