@@ -238,8 +238,8 @@ TEST_F(TiffDecoderTest, GrayOfFewBitsIsScaledToMono8) {
 }
 
 TEST_F(TiffDecoderTest, FaxOfBlackAndWhiteIsMono8) {
-    for (const std::uint16_t compression : Numbers{COMPRESSION_CCITTRLE, COMPRESSION_CCITTRLEW,
-                                                   COMPRESSION_CCITTFAX3, COMPRESSION_CCITTFAX4}) {
+    for (const std::uint16_t compression :
+         Numbers{COMPRESSION_CCITTRLE, COMPRESSION_CCITTFAX3, COMPRESSION_CCITTFAX4}) {
         TiffForm form{.width = width,
                       .photometric = PHOTOMETRIC_MINISWHITE,
                       .bits = 1,
@@ -249,7 +249,25 @@ TEST_F(TiffDecoderTest, FaxOfBlackAndWhiteIsMono8) {
         Bytes expected(pixels, 255);
         std::fill_n(expected.begin(), 4, static_cast<unsigned char>(0));
         expectImage(WriteAndLoad(form, rows), PixelType_Mono8, width, height, expected);
+        rows = noise(rows.size());
+        for (std::size_t i = 0; i < pixels; ++i) {
+            const unsigned byte = rows[i / width * tiffRowBytes(form) + i % width / 8];
+            expected[i] = (byte >> (7 - i % width % 8) & 1U) != 0 ? 0 : 255;
+        }
+        expectImage(WriteAndLoad(form, rows), PixelType_Mono8, width, height, expected);
     }
+}
+
+TEST_F(TiffDecoderTest, FaxOfRowsAtEvenBytesIsRefused) {
+    TiffForm form{.width = width,
+                  .height = height,
+                  .photometric = PHOTOMETRIC_MINISWHITE,
+                  .bits = 1,
+                  .compression = COMPRESSION_CCITTRLEW};
+    writeTiff(folder.File("a.tif"), form, {Bytes(height * tiffRowBytes(form), 0x5A)});
+    EXPECT_EQ(loadError(folder.File("a.tif")), "Cannot load TIFF image file '" +
+                                                   folder.File("a.tif") +
+                                                   "': compression 32771 is not supported.");
 }
 
 TEST_F(TiffDecoderTest, TheRarerLosslessCodesAreUnderstood) {

@@ -4,12 +4,43 @@
 #include <array>
 #include <cstdarg>
 #include <cstdio>
+#include <span>
 #include <string_view>
 
 #include "orlixcamera/bufferpool.h"
 #include "orlixcamera/codecs/codecerror.h"
 
 namespace Orlix {
+
+namespace {
+
+// A warning, by the start of the name of what gives it and a part of its text.
+struct Sign {
+    std::string_view module;
+    std::string_view text;
+};
+
+// Codecs that paint over what is missing, or drop what is too much, only warn of it.
+constexpr std::array<Sign, 6> lostData = {{
+    {"JPEGLib", "Corrupt"},
+    {"JPEGLib", "Premature"},
+    {"JPEGPreDecode", "Improper JPEG strip/tile size"},
+    {"Fax", "Premature"},
+    {"Fax", "Line length mismatch"},
+    {"PackBits", "Discarding"},
+}};
+
+constexpr std::array<Sign, 1> guessedCounts = {
+    {{"TIFFReadDirectory", "\"StripByteCounts\" field, ignoring"}}};
+
+bool TellsOf(std::span<const Sign> signs, const char* module, std::string_view text) {
+    const std::string_view name = module != nullptr ? module : "";
+    return std::any_of(signs.begin(), signs.end(), [&](const Sign& sign) {
+        return name.starts_with(sign.module) && text.find(sign.text) != std::string_view::npos;
+    });
+}
+
+}  // namespace
 
 // libtiff's view of the file. No exception may pass through it, so failures become messages.
 struct TiffFile::Callbacks {
@@ -60,25 +91,26 @@ struct TiffFile::Callbacks {
 
     static void Unmap(thandle_t, void*, toff_t) {}
 
+    // What opens a file may get over; a picture that has met an error is not what was written,
+    // though the fax codes go on and call each row a good one.
     [[gnu::format(printf, 4, 0)]] static int Error(TIFF*, void* user, const char*,
                                                    const char* format, va_list arguments) {
-        Of(user).Keep(Format(format, arguments));
+        TiffFile& self = Of(user);
+        self.isDamaged_ = self.isDamaged_ || self.handle_ != nullptr;
+        self.Keep(Format(format, arguments));
         return 1;
     }
 
-    // The JPEG codec paints over missing data and only warns of it.
     [[gnu::format(printf, 4, 0)]] static int Warning(TIFF*, void* user, const char* module,
                                                      const char* format, va_list arguments) {
-        if (module == nullptr || std::string_view(module) != "JPEGLib") {
-            return 1;
-        }
+        TiffFile& self = Of(user);
         const std::string text = Format(format, arguments);
-        const bool isHarmless = text.find("extraneous") != std::string::npos;
-        const bool isDamage = text.find("Corrupt") != std::string::npos ||
-                              text.find("Premature") != std::string::npos;
-        if (isDamage && !isHarmless) {
-            Of(user).isDamaged_ = true;
-            Of(user).Keep(text);
+        if (TellsOf(guessedCounts, module, text)) {
+            self.areCountsGuessed_ = true;
+        }
+        if (TellsOf(lostData, module, text) && text.find("extraneous") == std::string::npos) {
+            self.isDamaged_ = true;
+            self.Keep(text);
         }
         return 1;
     }
@@ -115,6 +147,25 @@ void TiffFile::Keep(std::string text) {
 void TiffFile::Check(bool isGood) const {
     if (!isGood || isDamaged_) {
         throw CodecError(firstError_.empty() ? "the file is damaged" : firstError_);
+    }
+}
+
+void TiffFile::RequireData(const TiffLayout& layout) const {
+    // Codes end by themselves; without one, a guess may reach into what follows the picture.
+    if (areCountsGuessed_ && layout.compression == COMPRESSION_NONE) {
+        throw CodecError("the byte counts of its strips do not fit the picture");
+    }
+    constexpr std::uint64_t headerSize = 8;
+    const std::uint64_t size = FileSize();
+    TIFF* tiff = handle_.get();
+    const std::uint32_t count = layout.isTiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const std::uint64_t offset = TIFFGetStrileOffset(tiff, i);
+        if (offset < headerSize || offset > size ||
+            TIFFGetStrileByteCount(tiff, i) > size - offset) {
+            throw CodecError("the file does not hold the data of " +
+                             std::string(layout.isTiled ? "tile " : "strip ") + std::to_string(i));
+        }
     }
 }
 

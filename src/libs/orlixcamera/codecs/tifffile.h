@@ -46,7 +46,12 @@ public:
     [[nodiscard]] std::uint64_t FileSize() const { return file_.Size(); }
     [[nodiscard]] TiffLayout ReadLayout() const;
 
-    // Throws what libtiff complained about unless `isGood`; also if it only warned of damage.
+    // Throws unless the file tells of every strip or tile where it lies, and has that place.
+    // libtiff would read what else is there, the header of the file first.
+    void RequireData(const TiffLayout& layout) const;
+
+    // Throws what libtiff complained about unless `isGood`; also if it only warned of damage, or
+    // called the result good all the same.
     void Check(bool isGood) const;
 
 private:
@@ -62,7 +67,8 @@ private:
     std::uint64_t position_ = 0;
     std::string firstError_;
     bool isDamaged_ = false;
-    std::shared_ptr<void> bytes_;  // of the whole file, if they are in memory
+    bool areCountsGuessed_ = false;  // those of the strips, since the file's can't be right
+    std::shared_ptr<void> bytes_;    // of the whole file, if they are in memory
     std::unique_ptr<TIFF, Close> handle_;
 };
 

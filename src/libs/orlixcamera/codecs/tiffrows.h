@@ -19,7 +19,7 @@ public:
 
     [[nodiscard]] EPixelType PixelType() const { return pixelType_; }
 
-    // True if the samples of a row are its pixels already, apart from Finish.
+    // True if the samples of a row are its pixels already.
     [[nodiscard]] bool IsStoredAsDelivered() const;
 
     // Samples side by side.
