@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "orlixcamera/codecs/jpegfiles.h"
 #include "orlixcamera/codecs/testfiles.h"
 
@@ -138,6 +140,18 @@ TEST_P(JpegDecoder, BytesBehindTheEndAreNoError) {
         makeJpeg({.width = width, .height = height, .isProgressive = GetParam()}, slopes(3));
     bytes.resize(bytes.size() + 100);
     EXPECT_EQ(load(folder.Write("a.jpg", bytes)).GetWidth(), width);
+}
+
+TEST(JpegDecoderBounds, NumbersOfThePassMeanNothingInAPictureOfOnePass) {
+    const TemporaryFolder folder;
+    Bytes bytes = makeJpeg({.width = width, .height = height}, slopes(3));
+    const Bytes pixels = pixelsOf(load(folder.Write("a.jpg", bytes)));
+    const Bytes start = {0xFF, 0xDA, 0, 12};  // a scan of three components
+    const auto scan = std::search(bytes.begin(), bytes.end(), start.begin(), start.end());
+    ASSERT_NE(scan, bytes.end());
+    ASSERT_EQ(Bytes(scan + 11, scan + 14), (Bytes{0, 63, 0}));
+    std::fill_n(scan + 11, 3, static_cast<unsigned char>(0));
+    expectImage(load(folder.Write("a.jpg", bytes)), PixelType_RGB8Packed, width, height, pixels);
 }
 
 TEST(JpegDecoderBounds, AHeaderThatLiesAboutTheSizeAllocatesNothing) {

@@ -26,10 +26,12 @@ constexpr std::uint64_t largestRatio = 2048;
 // Each scan of a progressive picture costs a pass over the whole of it. Encoders make about ten.
 constexpr int mostScans = 100;
 
-// What libjpeg reports as a mere warning, though the picture is not what was written.
+// Of all other warnings the picture is not what was written. Pictures of one pass need no numbers
+// of their pass, so that there are writers that leave them 0.
 bool isHarmless(int warning) {
     return warning == JWRN_EXTRANEOUS_DATA || warning == JWRN_ADOBE_XFORM ||
-           warning == JWRN_JFIF_MAJOR || warning == JWRN_BOGUS_ICC;
+           warning == JWRN_JFIF_MAJOR || warning == JWRN_BOGUS_ICC ||
+           warning == JWRN_NOT_SEQUENTIAL;
 }
 
 // Drives one decompressor. libjpeg reports errors by a jump over its own C frames. Each function
