@@ -228,13 +228,38 @@ TEST(BmpForms, RunLengthsOfFourBits) {
                 {51, 68, 85, 102, 119, 17, 34, 17, 34, 17});
 }
 
-TEST(BmpForms, ARunOutsideThePictureIsAnError) {
+TEST(BmpForms, ARunOutsideItsRowIsAnError) {
     const TemporaryFolder folder;
     BmpForm form{.width = 4, .height = 1, .bits = 8, .compression = 1};
     form.palette = grayPalette(256);
-    const std::string path = folder.Write("a.bmp", makeBmp(form, {4, 1, 0, 0, 4, 1, 0, 1}));
-    EXPECT_EQ(loadError(path),
-              "Cannot load BMP image file '" + path + "': the pixel data is damaged.");
+    const std::vector<Bytes> allCodes = {{4, 1, 0, 0, 4, 1, 0, 1},           // below the last row
+                                         {5, 1, 0, 1},                       // a run
+                                         {255, 1, 0, 1},                     // a long one
+                                         {0, 5, 1, 2, 3, 4, 5, 0, 0, 1},     // literals
+                                         {1, 1, 0, 2, 255, 0, 1, 1, 0, 1}};  // behind a skip
+    for (const Bytes& codes : allCodes) {
+        const std::string path = folder.Write("a.bmp", makeBmp(form, codes));
+        EXPECT_EQ(loadError(path),
+                  "Cannot load BMP image file '" + path + "': the pixel data is damaged.");
+    }
+}
+
+TEST(BmpForms, OnlyTheSecondPixelOfAByteOfTwoMayLieBehindTheRow) {
+    const TemporaryFolder folder;
+    BmpForm form{.width = 3, .height = 1, .bits = 4, .compression = 2};
+    form.palette = grayPalette(16);
+    const std::vector<Bytes> good = {{4, 0x12, 0, 1}, {0, 4, 0x12, 0x1F, 0, 1}};
+    for (const Bytes& codes : good) {
+        expectImage(load(folder.Write("a.bmp", makeBmp(form, codes))), PixelType_Mono8, 3, 1,
+                    {17, 34, 17});
+    }
+    const std::vector<Bytes> bad = {
+        {5, 0x12, 0, 1}, {0, 5, 0x12, 0x1F, 0x10, 0, 0, 1}, {3, 0x12, 2, 0x12, 0, 1}};
+    for (const Bytes& codes : bad) {
+        const std::string path = folder.Write("a.bmp", makeBmp(form, codes));
+        EXPECT_EQ(loadError(path),
+                  "Cannot load BMP image file '" + path + "': the pixel data is damaged.");
+    }
 }
 
 TEST(BmpForms, WhatIsNotSupportedIsNamed) {

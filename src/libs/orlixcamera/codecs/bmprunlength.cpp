@@ -52,15 +52,21 @@ private:
         }
     }
 
-    // A run may leave the row by its last, odd pixel only as a fill, which is not drawn.
     void Next(unsigned index) {
-        if (y_ >= header_.height) {
+        if (y_ >= header_.height || x_ >= header_.width) {
             throw CodecError("the pixel data is damaged");
         }
-        if (x_ < header_.width) {
-            Put(x_, y_, index);
-        }
+        Put(x_, y_, index);
         ++x_;
+    }
+
+    // The i-th pixel of a byte that is told by its value. The lower half of a byte of two pixels
+    // may lie behind the row: it fills the byte, and is not drawn.
+    void NextOf(unsigned value, unsigned i) {
+        const bool isLower = header_.compression != BmpCompression::RunLength8 && i % 2 != 0;
+        if (!isLower || x_ != header_.width) {
+            Next(IndexIn(value, i));
+        }
     }
 
     // The index of the i-th pixel that a byte stands for.
@@ -73,7 +79,7 @@ private:
 
     void Run(unsigned count, unsigned value) {
         for (unsigned i = 0; i < count; ++i) {
-            Next(IndexIn(value, i));
+            NextOf(value, i);
         }
     }
 
@@ -83,7 +89,7 @@ private:
         unsigned value = 0;
         for (unsigned i = 0; i < count; ++i) {
             value = i % perByte == 0 ? Byte() : value;
-            Next(IndexIn(value, i));
+            NextOf(value, i);
         }
         if (bytes % 2 != 0) {
             Byte();

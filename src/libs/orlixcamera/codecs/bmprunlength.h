@@ -8,7 +8,8 @@
 namespace Orlix {
 
 // Fills the picture; pixels that the file skips get the first colour. Throws CodecError if the
-// file ends early or a run leaves the picture.
+// file ends early or a run leaves its row; with 4 bits, a byte of two pixels may do so by its
+// second.
 void decodeBmpRuns(const InputFile& file, const BmpHeader& header, const DecodedPicture& picture);
 
 }  // namespace Orlix
