@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <algorithm>
+#include <string>
+#include <string_view>
 
 #include "orlixcamera/codecs/pngfiles.h"
 #include "orlixcamera/codecs/testfiles.h"
@@ -212,6 +215,77 @@ TEST_P(PngDecoder, AWrongChecksumIsAnError) {
     bytes[bytes.size() / 2] ^= 1U;
     const std::string path = folder.Write("b.png", bytes);
     EXPECT_EQ(loadError(path).rfind("Cannot load PNG image file '" + path + "': ", 0), 0U);
+}
+
+// Behind the name of a chunk comes what it holds, and then the checksum.
+Bytes withWrongChecksum(Bytes bytes, std::string_view name, std::size_t size) {
+    const auto found = std::search(bytes.begin(), bytes.end(), name.begin(), name.end());
+    EXPECT_NE(found, bytes.end());
+    found[static_cast<std::ptrdiff_t>(name.size() + size)] ^= 1U;
+    return bytes;
+}
+
+TEST(PngDecoderChunks, ATransparencyWithAWrongChecksumIsAnError) {
+    const TemporaryFolder folder;
+    writePng(folder.File("a.png"), {.width = 3, .height = 3, .transparentSample = 5}, noise(9));
+    const Bytes bytes = readFile(folder.File("a.png"));
+    EXPECT_EQ(load(folder.File("a.png")).GetPixelType(), PixelType_RGBA8Packed);
+    const std::string path = folder.Write("b.png", withWrongChecksum(bytes, "tRNS", 2));
+    EXPECT_EQ(loadError(path).rfind("Cannot load PNG image file '" + path + "': ", 0), 0U);
+}
+
+TEST(PngDecoderChunks, AWrongChecksumOfATextIsAnError) {
+    const TemporaryFolder folder;
+    writePng(folder.File("a.png"), {.width = 3, .height = 3}, noise(9));
+    PngChunkList chunks = splitPngChunks(readFile(folder.File("a.png")));
+    chunks.insert(chunks.begin() + 1, "tEXtabc");
+    const Bytes bytes = joinPngChunks(chunks);
+    expectImage(load(folder.Write("b.png", bytes)), PixelType_Mono8, 3, 3, noise(9));
+    const std::string path = folder.Write("b.png", withWrongChecksum(bytes, "tEXt", 3));
+    EXPECT_EQ(loadError(path), "Cannot load PNG image file '" + path + "': a checksum is wrong.");
+}
+
+TEST(PngDecoderChunks, TextsThatUnpackToMuchAreLeftOut) {
+    const TemporaryFolder folder;
+    const Bytes text(std::size_t{8} << 20U, 'a');
+    uLongf size = ::compressBound(text.size());
+    std::string packed(size, '\0');
+    ASSERT_EQ(::compress(reinterpret_cast<Bytef*>(packed.data()), &size, text.data(), text.size()),
+              Z_OK);
+    packed.resize(size);
+    writePng(folder.File("a.png"), {.width = 3, .height = 3}, noise(9));
+    const PngChunkList plain = splitPngChunks(readFile(folder.File("a.png")));
+    // In front of the pixels, and behind them.
+    for (const std::size_t place : {std::size_t{1}, plain.size() - 1}) {
+        PngChunkList chunks = plain;
+        const auto position = chunks.begin() + static_cast<std::ptrdiff_t>(place);
+        chunks.insert(position, std::string("zTXta\0\0", 7) + packed);
+        expectImage(load(folder.Write("b.png", joinPngChunks(chunks))), PixelType_Mono8, 3, 3,
+                    noise(9));
+    }
+}
+
+TEST(PngDecoderChunks, WhatHasNoPartInThePictureMayHaveAnyForm) {
+    const TemporaryFolder folder;
+    writePng(folder.File("a.png"), {.width = 3, .height = 3}, noise(9));
+    for (const char* name : {"gAMA", "cHRM", "iCCP", "tIME", "sBIT", "iTXt", "sPLT", "quIt"}) {
+        PngChunkList chunks = splitPngChunks(readFile(folder.File("a.png")));
+        chunks.insert(chunks.begin() + 1, 2, std::string(name) + "?");
+        chunks.insert(chunks.end() - 1, name);
+        expectImage(load(folder.Write("b.png", joinPngChunks(chunks))), PixelType_Mono8, 3, 3,
+                    noise(9));
+    }
+}
+
+TEST(PngDecoderChunks, AColorThatThePaletteLacksIsBlack) {
+    const TemporaryFolder folder;
+    PngForm form{.width = 2, .height = 1, .colorType = 3, .palette = {{9, 8, 7}, {6, 5, 4}}};
+    writePng(folder.File("a.png"), form, {1, 0});
+    PngChunkList chunks = splitPngChunks(readFile(folder.File("a.png")));
+    ASSERT_EQ(chunks[1].substr(0, 4), "PLTE");
+    chunks[1].resize(4 + 3);
+    expectImage(load(folder.Write("b.png", joinPngChunks(chunks))), PixelType_RGB8Packed, 2, 1,
+                {0, 0, 0, 9, 8, 7});
 }
 
 TEST(PngDecoderBounds, OneLargeDataChunkIsNoProblem) {

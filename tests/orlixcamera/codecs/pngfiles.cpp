@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 
 namespace Orlix::Test {
 
@@ -35,6 +36,23 @@ void setHeader(png_structp png, png_infop info, const PngForm& form) {
     setTransparency(png, info, form);
 }
 
+std::uint32_t crcOf(std::string_view bytes) {
+    std::uint32_t crc = 0xFFFFFFFF;
+    for (const char byte : bytes) {
+        crc ^= static_cast<unsigned char>(byte);
+        for (int i = 0; i < 8; ++i) {
+            crc = (crc >> 1U) ^ ((crc & 1U) != 0 ? 0xEDB88320U : 0U);
+        }
+    }
+    return ~crc;
+}
+
+void appendBig(Bytes& bytes, std::uint32_t value) {
+    for (unsigned i = 0; i < 4; ++i) {
+        bytes.push_back(static_cast<unsigned char>(value >> (24 - 8 * i)));
+    }
+}
+
 }  // namespace
 
 void writePng(const std::string& path, const PngForm& form, const Bytes& rows) {
@@ -54,6 +72,27 @@ void writePng(const std::string& path, const PngForm& form, const Bytes& rows) {
     png_write_end(png, info);
     png_destroy_write_struct(&png, &info);
     std::fclose(file);
+}
+
+Bytes joinPngChunks(const PngChunkList& chunks) {
+    Bytes bytes = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+    for (const std::string& chunk : chunks) {
+        appendBig(bytes, static_cast<std::uint32_t>(chunk.size() - 4));
+        bytes.insert(bytes.end(), chunk.begin(), chunk.end());
+        appendBig(bytes, crcOf(chunk));
+    }
+    return bytes;
+}
+
+PngChunkList splitPngChunks(const Bytes& bytes) {
+    PngChunkList chunks;
+    for (std::size_t i = 8; i + 12 <= bytes.size();) {
+        const std::size_t size = std::size_t{bytes[i + 2]} << 8U | bytes[i + 3];
+        const auto start = bytes.begin() + static_cast<std::ptrdiff_t>(i + 4);
+        chunks.emplace_back(start, start + static_cast<std::ptrdiff_t>(4 + size));
+        i += 12 + size;
+    }
+    return chunks;
 }
 
 }  // namespace Orlix::Test

@@ -24,4 +24,12 @@ struct PngForm {
 // `rows` are as in the file: packed bits, 16-bit samples with the high byte first.
 void writePng(const std::string& path, const PngForm& form, const Bytes& rows);
 
+// Of each chunk its name and its data.
+using PngChunkList = std::vector<std::string>;
+
+// With checksums that fit.
+[[nodiscard]] Bytes joinPngChunks(const PngChunkList& chunks);
+// Of chunks of less than 65536 bytes.
+[[nodiscard]] PngChunkList splitPngChunks(const Bytes& bytes);
+
 }  // namespace Orlix::Test

@@ -10,6 +10,7 @@
 
 #include "orlixcamera/bufferpool.h"
 #include "orlixcamera/codecs/codecerror.h"
+#include "orlixcamera/codecs/pngchunks.h"
 
 namespace Orlix {
 
@@ -112,7 +113,7 @@ private:
                     std::size_t keptBytes) const;
     static int ReadBytes(spng_ctx*, void* self, void* target, std::size_t size);
 
-    BufferedReader reader_;
+    PngChunks chunks_;
     std::uint64_t fileSize_;
     std::unique_ptr<spng_ctx, FreeContext> context_;
     std::string readError_;
@@ -121,14 +122,12 @@ private:
 };
 
 PngDecoder::PngDecoder(const InputFile& file)
-    : reader_(file), fileSize_(file.Size()), context_(spng_ctx_new(0)) {
+    : chunks_(file), fileSize_(file.Size()), context_(spng_ctx_new(0)) {
     if (context_ == nullptr) {
         throw CodecError("no memory is left");
     }
-    // A chunk can not be larger than the file, and what unpacks to more is no picture data.
-    constexpr std::size_t smallestLimit = std::size_t{1} << 20U;
-    const std::size_t limit = std::min<std::size_t>(std::max(smallestLimit, fileSize_), INT32_MAX);
-    Check(spng_set_chunk_limits(context_.get(), limit, 2 * limit));
+    // By itself it would leave out a transparency whose checksum is wrong.
+    Check(spng_set_crc_action(context_.get(), SPNG_CRC_ERROR, SPNG_CRC_ERROR));
     Check(spng_set_png_stream(context_.get(), &PngDecoder::ReadBytes, this));
 }
 
@@ -136,7 +135,7 @@ PngDecoder::PngDecoder(const InputFile& file)
 int PngDecoder::ReadBytes(spng_ctx*, void* self, void* target, std::size_t size) {
     auto& decoder = *static_cast<PngDecoder*>(self);
     try {
-        decoder.reader_.Read(target, size);
+        decoder.chunks_.Read(target, size);
         return 0;
     } catch (const std::exception& error) {
         decoder.readError_ = error.what();
