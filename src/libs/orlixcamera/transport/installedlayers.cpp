@@ -68,7 +68,7 @@ void addLayersOf(const fs::path& file, Layers& layers) {
         ++number;
     }
     if (number == 0) {
-        fail("it was built for another version of this library");
+        fail("it gives this library no layer; it may be built for another version of it");
     }
 }
 
