@@ -31,7 +31,7 @@ constexpr DemosaicRow DemosaicRows[] = {
 
 // Pictures that are larger than the caches wait for memory at the beginning of each line, if nobody
 // asks for it before; smaller ones only lose time by asking.
-constexpr std::size_t PrefetchBytes = std::size_t{24} << 20U;
+constexpr std::size_t PrefetchBytes = std::size_t{20} << 20U;
 
 bool IsLargerThanCaches(const ConversionJob& job, EPixelType rowType, std::size_t planes) {
     const auto source = static_cast<std::size_t>(std::abs(job.sourceStride[0]));

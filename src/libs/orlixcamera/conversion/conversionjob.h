@@ -27,7 +27,7 @@ struct ConversionJob {
     EPixelType destinationType = PixelType_Undefined;
     // The outermost pixels of a Bayer picture take the colour of those further in.
     bool copyInner = false;
-    // The destination is larger than the caches, and what it gets may go past them.
+    // The pictures are larger than the caches, and what the destination gets may go past them.
     bool streams = false;
     // Memory for the rows of a kernel that makes such; see RowMemory. Null where it has none.
     std::uint8_t* rows = nullptr;

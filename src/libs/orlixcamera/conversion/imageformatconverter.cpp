@@ -197,7 +197,7 @@ void CImageFormatConverter::Convert(COrlixImage& destination, const void* source
     const ImagePlanes output = ComputePlanes(outputType, width, height, padding);
     ConversionJob job = MakeJob(picture, static_cast<std::uint8_t*>(pixels), output, orientation);
     SetShift(job, sourcePixelType, outputType, OutputBitAlignment.GetValue());
-    job.streams = IsBeyondCaches(output.size);
+    job.streams = IsBeyondCaches(picture.planes.size + output.size);
     job.copyInner = BayerBorder.GetValue() == BayerBorder_CopyInner;
     ConvertPicture(kernel, job, output, CountThreads(picture, MaxNumThreads.GetValue()),
                    CountLeastLines(picture));
