@@ -37,7 +37,7 @@ public:
     void cleanup() override;
 
 protected:
-    JobResults run(const std::shared_ptr<IGraphUpdate>& update, PinValues inputs) override;
+    JobResults run(const std::shared_ptr<IGraphUpdate>& update, PinValues inputs) final;
 
     explicit SimpleNode(const std::shared_ptr<IResourcePool>& pool);
 

@@ -43,8 +43,13 @@ public:
     [[nodiscard]] StartExecutionResult execute(const JobProvider& provider);
     // A job of this update will not come: tells the sinks. Only by whoever calls execute().
     void skip(const std::shared_ptr<IGraphUpdate>& update);
-    [[nodiscard]] JobResults runSimple(const std::shared_ptr<IGraphUpdate>& update,
-                                       PinValues&& values, SimpleNode& node);
+    // Keeps all other threads from executing, so that several jobs in a row on this one cost less.
+    // False if another thread executes. Between two of them, and to be ended by endReservation().
+    [[nodiscard]] bool reserve();
+    void endReservation();
+    // The jobs of this node are no more than calls of execute() between the bound properties.
+    void setSimple(SimpleNode& node) noexcept { simple_ = &node; }
+    void runSimple(PinValues& given, PinValues& made);
 
     // Jobs of a source
     [[nodiscard]] bool waitUntilSpaceAvailable();
@@ -93,20 +98,27 @@ private:
     void openForJobs();
     void closeForJobs();
 
-    void afterExecution();
+    [[nodiscard]] bool beginExecution();
+    void endExecution();
+    [[nodiscard]] bool takeReservation();
 
     [[nodiscard]] const OutputRoutes& renewRoutes();
-    void runJob(const std::shared_ptr<IGraphUpdate>& update, PinValues&& values);
-    void keepSpare(JobResults::node_type&& result);
+    void runJob(std::shared_ptr<IGraphUpdate>&& update);
+    void runGeneralJob(const std::shared_ptr<IGraphUpdate>& update);
+    void runSimpleJob(std::shared_ptr<IGraphUpdate>&& update);
     void runSourceJob(SourceJob&& job, Admission admission);
     [[nodiscard]] JobResults makeResults(SourceJob& job);
     void announce(const std::shared_ptr<IGraphUpdate>& update, PinValues& values);
     void deliver(const OutputRoutes& routes, std::shared_ptr<IGraphUpdate>&& update,
                  PinValues& values);
     [[nodiscard]] std::shared_ptr<IError> reportCurrentException();
-    [[nodiscard]] bool takeAborted(const IGraphUpdate& update);
+    [[nodiscard]] bool takeAborted(const IGraphUpdate& update) {
+        return anyAborted_ && findAborted(update);
+    }
+    [[nodiscard]] bool findAborted(const IGraphUpdate& update);
 
     NodeBase& owner_;
+    SimpleNode* simple_ = nullptr;  // the same one, if it is one
     std::atomic<NodeState> state_{NodeState::Stopped};
     bool lockIsSet_ = false;
     std::atomic<bool> allocationFailed_{false};
@@ -123,10 +135,12 @@ private:
     std::atomic<bool> executing_{false};
     std::atomic<std::thread::id> executor_{};
     std::atomic<bool> refused_{false};  // another thread has found the node busy
+    bool reserved_ = false;             // for the executor's next job
     std::shared_ptr<const OutputRoutes> routes_;
     std::uint64_t routesVersion_ = 0;
-    PinValues spareInputs_;  // map nodes that the next job uses again
-    JobResults::node_type spareResult_;
+    // Hold values during a job only; the next one uses their map nodes again.
+    PinValues inputValues_;
+    PinValues outputValues_;
 
     std::mutex executionMutex_;
     std::condition_variable executionEnded_;

@@ -4,6 +4,15 @@
 
 namespace Orlix::DataProcessing::Core {
 
+NodeDriver::Reservation::Reservation(NodeBase* node)
+    : node_(node != nullptr && node->impl().reserve() ? node : nullptr) {}
+
+NodeDriver::Reservation::~Reservation() {
+    if (node_ != nullptr) {
+        node_->impl().endReservation();
+    }
+}
+
 void NodeDriver::skip(NodeBase& node, const std::shared_ptr<IGraphUpdate>& update) {
     node.impl().skip(update);
 }

@@ -27,6 +27,11 @@ void fillWithError(PinValues& values, const OutputRoutes& routes,
     }
 }
 
+struct ClearedAtTheEnd {
+    PinValues& values;
+    ~ClearedAtTheEnd() { resetAll(values); }
+};
+
 // Calls `handle` with the results of one job by ascending update, each taken out of the map.
 template <typename Handle>
 void forEachInOrder(JobResults& results, const Handle& handle) {
@@ -56,24 +61,18 @@ JobResults requireUpdates(JobResults&& results) {
 
 }  // namespace
 
-// Makes the calling thread the one that executes, if there is none.
+// Makes the calling thread the one that executes, if there is none or it is that already.
 class NodeBase::Impl::ExecutionScope {
 public:
-    explicit ExecutionScope(Impl& node) : node_(node), taken_(!node.executing_.exchange(true)) {
-        if (!taken_) {
-            // Either the other thread sees this and fires the signal, or it has ended by now.
-            node_.refused_ = true;
-            taken_ = !node.executing_.exchange(true);
-        }
-        if (taken_) {
-            node_.executor_.store(std::this_thread::get_id(), std::memory_order_relaxed);
-        }
-    }
+    explicit ExecutionScope(Impl& node)
+        : node_(node),
+          reserved_(node.takeReservation()),
+          taken_(reserved_ || node.beginExecution()) {}
     ~ExecutionScope() {
-        if (taken_) {
-            node_.executor_.store({}, std::memory_order_relaxed);
-            node_.executing_.store(false);
-            node_.afterExecution();
+        if (reserved_) {
+            node_.reserved_ = true;
+        } else if (taken_) {
+            node_.endExecution();
         }
     }
     ExecutionScope(const ExecutionScope&) = delete;
@@ -83,10 +82,25 @@ public:
 
 private:
     Impl& node_;
-    bool taken_;
+    const bool reserved_;
+    const bool taken_;
 };
 
-void NodeBase::Impl::afterExecution() {
+bool NodeBase::Impl::beginExecution() {
+    if (executing_.exchange(true)) {
+        // Either the other thread sees this and fires the signal, or it has ended by now.
+        refused_ = true;
+        if (executing_.exchange(true)) {
+            return false;
+        }
+    }
+    executor_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+    return true;
+}
+
+void NodeBase::Impl::endExecution() {
+    executor_.store({}, std::memory_order_relaxed);
+    executing_.store(false);
     // Either this sees that somebody waits, or the waiter sees the flag cleared.
     if (executionWaiters_ != 0) {
         std::lock_guard guard(executionMutex_);
@@ -95,6 +109,25 @@ void NodeBase::Impl::afterExecution() {
     if (state_ == NodeState::Running && refused_ && refused_.exchange(false)) {
         canExecuteChanged.emit();
     }
+}
+
+bool NodeBase::Impl::reserve() {
+    if (!beginExecution()) {
+        return false;
+    }
+    reserved_ = true;
+    return true;
+}
+
+void NodeBase::Impl::endReservation() {
+    reserved_ = false;
+    endExecution();
+}
+
+// Not for a job inside of a job.
+bool NodeBase::Impl::takeReservation() {
+    return executor_.load(std::memory_order_relaxed) == std::this_thread::get_id() &&
+           std::exchange(reserved_, false);
 }
 
 bool NodeBase::Impl::canExecute() const {
@@ -112,18 +145,17 @@ StartExecutionResult NodeBase::Impl::execute(const JobProvider& provider) {
     if (!renewRoutes().hasSpace()) {
         return StartExecutionResult::Busy;
     }
+    // Whatever happens, the map that the next job uses again holds on to no value.
+    const ClearedAtTheEnd cleared{inputValues_};
     std::shared_ptr<IGraphUpdate> update;
-    PinValues values = std::move(spareInputs_);
-    if (!provider(update, values)) {
-        spareInputs_ = std::move(values);
+    if (!provider(update, inputValues_)) {
         return StartExecutionResult::NoJob;
     }
     if (!update) {
         throw GenICam::InvalidArgumentException("The job has no update.", __FILE__, __LINE__);
     }
     executionStarted.emit(update);
-    runJob(update, std::move(values));
-    executionFinished.emit(update);
+    runJob(std::move(update));
     return StartExecutionResult::Executed;
 }
 
@@ -136,14 +168,53 @@ const OutputRoutes& NodeBase::Impl::renewRoutes() {
     return *routes_;
 }
 
-void NodeBase::Impl::runJob(const std::shared_ptr<IGraphUpdate>& update, PinValues&& values) {
+void NodeBase::Impl::runJob(std::shared_ptr<IGraphUpdate>&& update) {
     if (takeAborted(*update)) {
         routes_->skip(update);
-        return;
+        executionFinished.emit(update);
+    } else if (simple_ != nullptr) {
+        runSimpleJob(std::move(update));
+    } else {
+        runGeneralJob(update);
+        executionFinished.emit(update);
     }
+}
+
+void NodeBase::Impl::runSimpleJob(std::shared_ptr<IGraphUpdate>&& update) {
+    try {
+        runSimple(inputValues_, outputValues_);
+        errors.setJobError(nullptr);
+    } catch (...) {
+        fillWithError(outputValues_, *routes_, reportCurrentException());
+    }
+    const ClearedAtTheEnd cleared{outputValues_};
+    announce(update, outputValues_);
+    // The update leaves with the outputs unless a slot will still ask for it.
+    const auto finished = executionFinished.isUsed() ? update : nullptr;
+    deliver(*routes_, std::move(update), outputValues_);
+    if (finished) {
+        executionFinished.emit(finished);
+    }
+}
+
+// Whatever happens, the properties hold on to no value afterwards.
+void NodeBase::Impl::runSimple(PinValues& given, PinValues& made) {
+    try {
+        bindings.prepare(given);
+        simple_->execute();
+        bindings.collect(made);
+    } catch (...) {
+        bindings.release();
+        throw;
+    }
+    bindings.releaseInputs();
+    resetAll(given);
+}
+
+void NodeBase::Impl::runGeneralJob(const std::shared_ptr<IGraphUpdate>& update) {
     JobResults results;
     try {
-        results = requireUpdates(owner_.run(update, std::move(values)));
+        results = requireUpdates(owner_.run(update, std::move(inputValues_)));
         errors.setJobError(nullptr);
     } catch (...) {
         fillWithError(results[update], *routes_, reportCurrentException());
@@ -154,41 +225,7 @@ void NodeBase::Impl::runJob(const std::shared_ptr<IGraphUpdate>& update, PinValu
     forEachInOrder(results, [this](JobResults::node_type&& result) {
         announce(result.key(), result.mapped());
         deliver(*routes_, std::move(result.key()), result.mapped());
-        keepSpare(std::move(result));
     });
-}
-
-JobResults NodeBase::Impl::runSimple(const std::shared_ptr<IGraphUpdate>& update,
-                                     PinValues&& values, SimpleNode& node) {
-    // Whatever happens, the properties and the spare map hold on to no value afterwards.
-    struct Release {
-        Impl& impl;
-        PinValues& values;
-        ~Release() {
-            impl.bindings.release();
-            resetAll(values);
-            impl.spareInputs_ = std::move(values);
-        }
-    };
-    const Release release{*this, values};
-    bindings.prepare(values);
-    node.execute();
-
-    JobResults results;
-    if (spareResult_.empty()) {
-        bindings.collect(results[update]);
-    } else {
-        spareResult_.key() = update;
-        bindings.collect(spareResult_.mapped());
-        results.insert(std::move(spareResult_));
-    }
-    return results;
-}
-
-void NodeBase::Impl::keepSpare(JobResults::node_type&& result) {
-    spareResult_ = std::move(result);
-    spareResult_.key().reset();
-    resetAll(spareResult_.mapped());
 }
 
 void NodeBase::Impl::skip(const std::shared_ptr<IGraphUpdate>& update) {
@@ -303,10 +340,7 @@ void NodeBase::Impl::abort(const std::shared_ptr<IGraphUpdate>& update) {
     anyAborted_ = true;
 }
 
-bool NodeBase::Impl::takeAborted(const IGraphUpdate& update) {
-    if (!anyAborted_) {
-        return false;
-    }
+bool NodeBase::Impl::findAborted(const IGraphUpdate& update) {
     std::lock_guard guard(abortMutex_);
     const auto found = std::find(aborted_.begin(), aborted_.end(), update.getSequenceNumber());
     if (found == aborted_.end()) {

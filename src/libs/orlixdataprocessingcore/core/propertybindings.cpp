@@ -11,6 +11,7 @@ namespace Orlix::DataProcessing::Core {
 namespace {
 
 const gcstring wholeValue;
+constexpr const char* resettingProperties = "resetting the properties of a job";
 
 template <typename Binding>
 void insertSorted(std::vector<Binding>& bindings, Binding binding) {
@@ -73,13 +74,19 @@ void PropertyBindings::collect(PinValues& values) const {
     }
 }
 
-void PropertyBindings::release() const noexcept {
-    guarded(this, "resetting the properties of a job", [&] {
+void PropertyBindings::releaseInputs() const noexcept {
+    guarded(this, resettingProperties, [&] {
         for (const Input& input : inputs_) {
             if (input.resettable != nullptr) {
                 input.resettable->reset();
             }
         }
+    });
+}
+
+void PropertyBindings::release() const noexcept {
+    releaseInputs();
+    guarded(this, resettingProperties, [&] {
         for (const Output& output : outputs_) {
             output.property->reset();
         }

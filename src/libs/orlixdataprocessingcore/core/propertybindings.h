@@ -28,7 +28,9 @@ public:
     void prepare(PinValues& values) const;
     // Moves the outputs into `values`; one that was not set gives an invalid value.
     void collect(PinValues& values) const;
-    // Lets go of what the properties hold, so that no buffer waits in a node for the next job.
+    // Let go of what the properties hold, so that no buffer waits in a node for the next job. After
+    // collect() the outputs are empty already.
+    void releaseInputs() const noexcept;
     void release() const noexcept;
 
 private:

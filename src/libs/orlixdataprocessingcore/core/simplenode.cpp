@@ -5,7 +5,9 @@
 
 namespace Orlix::DataProcessing::Core {
 
-SimpleNode::SimpleNode(const std::shared_ptr<IResourcePool>& pool) : NodeBase(pool) {}
+SimpleNode::SimpleNode(const std::shared_ptr<IResourcePool>& pool) : NodeBase(pool) {
+    impl().setSimple(*this);
+}
 
 SimpleNode::~SimpleNode() = default;
 
@@ -32,7 +34,9 @@ void SimpleNode::cleanup() {
 }
 
 JobResults SimpleNode::run(const std::shared_ptr<IGraphUpdate>& update, PinValues inputs) {
-    return impl().runSimple(update, std::move(inputs), *this);
+    JobResults results;
+    impl().runSimple(inputs, results[update]);
+    return results;
 }
 
 void SimpleNode::createInput(const gcstring& name, const gcstring& description,

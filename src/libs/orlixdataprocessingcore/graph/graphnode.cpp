@@ -64,9 +64,9 @@ GraphNode::Turn GraphNode::serve() noexcept {
     using Clock = std::chrono::steady_clock;
     const bool measured = takesLong_ || turns_++ % turnsPerMeasurement == 0;
     const unsigned int longest = measured ? 1 : longestBatch;
-    for (unsigned int done = 0; done < longest; ++done) {
+    for (unsigned int done = 0; done < longest;) {
         const auto begin = measured ? Clock::now() : Clock::time_point();
-        const Step step = this->step();
+        const Step step = stepUpTo(longest, done);
         if (measured && step == Step::Progress) {
             takesLong_ = Clock::now() - begin > longJob;
         }
@@ -77,6 +77,17 @@ GraphNode::Turn GraphNode::serve() noexcept {
         }
     }
     return takesLong_ ? Turn::Again : Turn::AgainSoon;
+}
+
+// As many steps as the queues allow, and one at least; `done` counts them.
+GraphNode::Step GraphNode::stepUpTo(unsigned int longest, unsigned int& done) {
+    const NodeDriver::Reservation reservation(base_);
+    Step step = Step::Progress;
+    do {
+        step = this->step();
+        ++done;
+    } while (step == Step::Progress && join.hasMore() && done < longest);
+    return step;
 }
 
 GraphNode::Step GraphNode::step() {

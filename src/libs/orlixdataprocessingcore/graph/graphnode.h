@@ -51,6 +51,7 @@ private:
     enum class Step { Progress, Busy };
 
     void schedule(const GraphNode* producer);
+    [[nodiscard]] Step stepUpTo(unsigned int longest, unsigned int& done);
     [[nodiscard]] Step step();
     [[nodiscard]] StartExecutionResult callNode();
     [[nodiscard]] bool takeJob(std::shared_ptr<IGraphUpdate>& update, PinValues& values);
