@@ -208,7 +208,6 @@ void NodeBase::Impl::runSimple(PinValues& given, PinValues& made) {
         throw;
     }
     bindings.releaseInputs();
-    resetAll(given);
 }
 
 void NodeBase::Impl::runGeneralJob(const std::shared_ptr<IGraphUpdate>& update) {

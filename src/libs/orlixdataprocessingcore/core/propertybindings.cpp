@@ -59,10 +59,13 @@ void PropertyBindings::prepare(PinValues& values) const {
     ValueWalk walk(values.begin(), values.end());
     for (const Input& input : inputs_) {
         const bool given = walk.goTo(input.pin) && walk.value().isValid();
-        if (given && input.resettable != nullptr) {
+        if (!given) {
+            input.property->setVariant(wholeValue, input.defaultValue);
+        } else if (input.resettable != nullptr) {
             input.resettable->takeOver(std::move(walk.value()));
         } else {
-            input.property->setVariant(wholeValue, given ? walk.value() : input.defaultValue);
+            input.property->setVariant(wholeValue, walk.value());
+            walk.value().reset();
         }
     }
 }

@@ -23,7 +23,7 @@ public:
     void unbindOutput(const gcstring& pin);
     void clear();
 
-    // Every input property gets its value, which leaves `values` where it can, or its default;
+    // Every input property gets its value, which leaves `values`, or its default;
     // every output property is reset.
     void prepare(PinValues& values) const;
     // Moves the outputs into `values`; one that was not set gives an invalid value.

@@ -13,15 +13,15 @@ Connection::Connection(ConnectionEnds ends, std::shared_ptr<GraphNode> from,
       capacity_(limits.capacity) {}
 
 void Connection::put(const std::shared_ptr<IGraphUpdate>& update, const Utils::Variant& value) {
-    to_->arrive(*this, update, value);
+    putLast(std::shared_ptr<IGraphUpdate>(update), Utils::Variant(value));
 }
 
 void Connection::putLast(std::shared_ptr<IGraphUpdate>&& update, Utils::Variant&& value) {
-    to_->arrive(*this, std::move(update), std::move(value));
+    to_->arrive(*this, update, value);
 }
 
 void Connection::skip(const std::shared_ptr<IGraphUpdate>& update) {
-    to_->arrive(*this, update, Utils::Variant());
+    putLast(std::shared_ptr<IGraphUpdate>(update), Utils::Variant());
 }
 
 bool Connection::hasSpace() const {

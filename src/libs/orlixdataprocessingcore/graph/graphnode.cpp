@@ -37,8 +37,8 @@ std::uint64_t GraphNode::failedJobs() const {
     return base_ != nullptr ? NodeDriver::failedJobs(*base_) : 0;
 }
 
-void GraphNode::arrive(Connection& connection, std::shared_ptr<IGraphUpdate> update,
-                       Utils::Variant value) {
+void GraphNode::arrive(Connection& connection, std::shared_ptr<IGraphUpdate>& update,
+                       Utils::Variant& value) {
     if (join.arrive(connection, update, value)) {
         schedule(connection.from());
     }

@@ -33,8 +33,10 @@ public:
     // Since the node was made.
     [[nodiscard]] std::uint64_t failedJobs() const;
 
-    // From a connection, on the thread that has produced the value.
-    void arrive(Connection& connection, std::shared_ptr<IGraphUpdate> update, Utils::Variant value);
+    // From a connection, on the thread that has produced the value. Takes update and value over;
+    // what it doesn't keep stays where it is.
+    void arrive(Connection& connection, std::shared_ptr<IGraphUpdate>& update,
+                Utils::Variant& value);
     // The node may be able to execute now.
     void wake();
     void setKeepsLastValue(Connection& connection, bool keeps);

@@ -80,13 +80,22 @@ bool Join::scheduleIfDecided() {
     return true;
 }
 
-// Looks at the oldest update that any queue holds.
-Join::Decision Join::decide() {
-    if (connections_.size() == 1) {
-        ValueRing& ring = connections_.front()->ring;
-        decided_ = ring.empty() ? 0 : ring.front().sequenceNumber;
-        return ring.empty() ? Decision::None : Decision::Complete;
+inline Join::Decision Join::decide() {
+    return connections_.size() == 1 ? decideAlone() : decideAmongAll();
+}
+
+// Of one queue alone, every head is a complete set.
+inline Join::Decision Join::decideAlone() {
+    ValueRing& ring = connections_.front()->ring;
+    if (ring.empty()) {
+        return Decision::None;
     }
+    decided_ = ring.front().sequenceNumber;
+    return Decision::Complete;
+}
+
+// Looks at the oldest update that any queue holds.
+Join::Decision Join::decideAmongAll() {
     std::uint64_t oldest = std::numeric_limits<std::uint64_t>::max();
     std::size_t holders = 0;
     std::size_t filled = 0;
@@ -125,7 +134,9 @@ Taken Join::take(std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
         number = decided_;
         taken = popSet(decision, update, values);
         hasMore_ = decide() != Decision::None;
-        roomy = takeRoomy();
+        if (anyStarved_) {
+            roomy = takeRoomy();
+        }
     }
     if (taken == Taken::Skipped) {
         resetAll(values);
@@ -143,15 +154,12 @@ Taken Join::popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update, Pin
     bool missing = decision == Decision::Incomplete;
     WritingWalk walk(values);
     for (Connection* const connection : connections_) {
-        Utils::Variant value;
+        Utils::Variant& value = walk.at(connection->ends().toPin);
+        value.reset();
         if (isQueue(*connection) && !connection->ring.empty() &&
             connection->ring.front().sequenceNumber == decided_) {
-            WaitingValue waiting = connection->ring.pop();
+            connection->ring.pop(update, value);
             connection->publishSize();
-            if (waiting.update) {
-                update = std::move(waiting.update);
-            }
-            value = std::move(waiting.value);
             anyValue = anyValue || value.isValid();
         }
         if (connection->keepsLastValue()) {
@@ -160,8 +168,7 @@ Taken Join::popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update, Pin
             }
             value = connection->lastValue;
         }
-        missing = missing || (connection->isNeeded() && !value.isValid());
-        walk.at(connection->ends().toPin) = std::move(value);
+        missing = missing || (!value.isValid() && connection->isNeeded());
     }
     if (anyValue && !missing) {
         ++counters_.jobs;
@@ -185,17 +192,20 @@ Taken Join::drop(std::shared_ptr<IGraphUpdate>& update) {
 bool Join::askForSpace(const Connection& connection) {
     std::lock_guard guard(mutex_);
     connection.starved = connection.ring.size() >= connection.capacity();
+    anyStarved_ = anyStarved_ || connection.starved;
     return !connection.starved;
 }
 
 // The connections whose producers have waited for the space that is there now.
 std::vector<Connection*> Join::takeRoomy() {
     std::vector<Connection*> roomy;
+    anyStarved_ = false;
     for (Connection* const connection : connections_) {
         if (connection->starved && connection->isRoomy()) {
             connection->starved = false;
             roomy.push_back(connection);
         }
+        anyStarved_ = anyStarved_ || connection->starved;
     }
     return roomy;
 }

@@ -76,6 +76,8 @@ private:
     void countQueues();
     [[nodiscard]] bool scheduleIfDecided();
     [[nodiscard]] Decision decide();
+    [[nodiscard]] Decision decideAlone();
+    [[nodiscard]] Decision decideAmongAll();
     [[nodiscard]] Taken popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update,
                                PinValues& values);
     [[nodiscard]] std::vector<Connection*> takeRoomy();
@@ -85,6 +87,7 @@ private:
     std::vector<Connection*> connections_;  // by ascending name of the pin
     std::size_t queues_ = 0;                // connections that hold a job back
     bool anyUpdateDecides_ = false;         // all inputs keep their last value
+    bool anyStarved_ = false;               // a connection has refused somebody
     std::uint64_t decided_ = 0;             // the update that decide() has found
     State state_ = State::Closed;
     bool woken_ = false;

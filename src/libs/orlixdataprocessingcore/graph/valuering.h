@@ -60,26 +60,35 @@ public:
         return true;
     }
 
-    // The oldest update; of a run, its first one.
-    [[nodiscard]] WaitingValue pop() noexcept {
+    // The oldest update; of a run, its first one. An update that is null there stays as it is.
+    void pop(std::shared_ptr<IGraphUpdate>& update, Utils::Variant& value) noexcept {
         WaitingValue& waiting = front();
-        if (waiting.more == 0) {
-            return popPlace();
+        if (waiting.update) {
+            update = std::move(waiting.update);
         }
-        --waiting.more;
-        return {std::move(waiting.update), waiting.sequenceNumber++, {}, 0};
+        if (waiting.more != 0) {
+            --waiting.more;
+            ++waiting.sequenceNumber;
+            return;
+        }
+        value = std::move(waiting.value);
+        freePlace();
     }
 
     // A whole run at once.
     [[nodiscard]] WaitingValue popPlace() noexcept {
-        WaitingValue waiting = std::move(places_[first_]);
-        --size_;
-        // A ring that has run empty begins anew at a place that is still in the cache.
-        first_ = size_ == 0 || first_ + 1 == places_.size() ? 0 : first_ + 1;
+        WaitingValue waiting = std::move(front());
+        freePlace();
         return waiting;
     }
 
 private:
+    void freePlace() noexcept {
+        --size_;
+        // A ring that has run empty begins anew at a place that is still in the cache.
+        first_ = size_ == 0 || first_ + 1 == places_.size() ? 0 : first_ + 1;
+    }
+
     [[nodiscard]] WaitingValue& back() noexcept {
         const std::size_t place = first_ + size_ - 1;
         return places_[place < places_.size() ? place : place - places_.size()];

@@ -3,6 +3,7 @@
 
 #include <new>
 #include <type_traits>
+#include <typeinfo>
 
 #include "gcbase/gcexception.h"
 #include "orlixdataprocessingcore/utils/cowptr.h"
@@ -93,6 +94,8 @@ public:
     }
 
 private:
+    friend class Variant;
+
     DataWrapper(const COWPtr<T>& value, const TypeInfo& type) : value_(value), type_(type) {}
 
     template <typename V>
@@ -191,7 +194,20 @@ COWPtr<T> Variant::getCOW(bool throwOnError) const {
 template <typename T>
 COWPtr<T> Variant::moveCOW() {
     COWPtr<T> result;
-    if (wrapper_ != nullptr && wrapper_->useCount() == 1) {
+    if (wrapper_ == nullptr) {
+        return result;
+    }
+    // As on nearly every pin: just a T, and nobody shares it.
+    if (typeid(*wrapper_) == typeid(DataWrapper<T>)) {
+        auto* exact = static_cast<DataWrapper<T>*>(wrapper_);
+        if (exact->useCount() == 1) {
+            result = std::move(exact->value_);
+            wrapper_ = nullptr;
+            exact->release();
+            return result;
+        }
+    }
+    if (wrapper_->useCount() == 1) {
         const TypeInfo type = TypeInfo::getTypeInfo<T>(false);
         const bool casted = !wrapper_->isExposedAs(type);
         if (const void* object = wrapper_->getPointer(type)) {
