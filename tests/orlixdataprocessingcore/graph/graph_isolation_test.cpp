@@ -3,6 +3,8 @@
 #include <tbb/parallel_for.h>
 
 #include <atomic>
+#include <chrono>
+#include <functional>
 #include <latch>
 #include <memory>
 #include <thread>
@@ -156,6 +158,95 @@ TEST(GraphThreads, ATellerThatHoldsANodesLockRunsNoJobAndWaitsForNone) {
     }
     EXPECT_EQ(sink->values(1), std::vector<std::int64_t>{1});
     EXPECT_NE(ranIn, std::this_thread::get_id());
+    graph.stop(StopMode::Drain);
+}
+
+// Jobs that have been short so far are left to few threads. Those that wait must not suffer when
+// one of them isn't short.
+class ShortJobs : public testing::Test {
+protected:
+    static constexpr std::int64_t warmUps = 300;
+    static constexpr std::int64_t special = -1;
+
+    static void warmUp(TestSource& source, const TestSink& sink) {
+        for (std::int64_t value = 0; value < warmUps; ++value) {
+            ASSERT_TRUE(source.waitUntilSpaceAvailable());
+            source.send(value);
+        }
+        static_cast<void>(sink.waitFor(warmUps));
+    }
+
+    // A node that does something of its own at the special value.
+    static std::shared_ptr<TestNode> makeNode(const std::function<void()>& atSpecial) {
+        auto node = std::make_shared<TestNode>();
+        node->work = [atSpecial](TestNode& self) {
+            if (self.in() == special) {
+                atSpecial();
+            }
+            TestNode::sum(self);
+        };
+        return node;
+    }
+};
+
+TEST_F(ShortJobs, OneThatBlocksHoldsUpNoOtherGraph) {
+    std::latch begun(1);
+    std::latch otherRan(1);
+    const auto source = std::make_shared<TestSource>();
+    const auto sink = std::make_shared<TestSink>();
+    const auto otherSource = std::make_shared<TestSource>();
+    const auto otherSink = std::make_shared<TestSink>();
+    Graph graph;
+    Graph other;
+    buildChain(graph, source, {makeNode([&] {
+                   begun.count_down();
+                   otherRan.wait();
+               })},
+               sink);
+    buildChain(other, otherSource, {makeNode([&] { otherRan.count_down(); })}, otherSink);
+    graph.start({});
+    other.start({});
+    warmUp(*source, *sink);
+    warmUp(*otherSource, *otherSink);
+
+    source->send(special);
+    begun.wait();
+    otherSource->send(special);
+    EXPECT_EQ(otherSink->values(warmUps + 1).back(), special);
+    EXPECT_EQ(sink->values(warmUps + 1).back(), special);
+    graph.stop(StopMode::Drain);
+    other.stop(StopMode::Drain);
+}
+
+TEST_F(ShortJobs, ThoseBehindALongOneOfTheSameThreadGoToAnother) {
+    std::latch shortRan(1);
+    const auto source = std::make_shared<TestSource>();
+    const auto sink = std::make_shared<TestSink>();
+    const auto longSink = std::make_shared<TestSink>();
+    const auto longNode = makeNode([&] { shortRan.wait(); });
+    longNode->work = [inner = longNode->work](TestNode& self) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(50);
+        while (std::chrono::steady_clock::now() < end) {
+            std::this_thread::yield();
+        }
+        inner(self);
+    };
+    Graph graph;
+    buildChain(graph, source, {std::make_shared<TestNode>()});
+    graph.addNode("Long", longNode);
+    graph.addNode("Short", makeNode([&] { shortRan.count_down(); }));
+    // The thread that has run A goes on with the first of these.
+    graph.connect("A", "Out", "Long", "In");
+    graph.connect("A", "Out", "Short", "In");
+    graph.attachSink("Long", "Out", longSink);
+    graph.attachSink("Short", "Out", sink);
+    graph.start({});
+    warmUp(*source, *sink);
+    static_cast<void>(longSink->waitFor(warmUps));
+
+    source->send(special);
+    EXPECT_EQ(sink->values(warmUps + 1).back(), special);
+    EXPECT_EQ(longSink->values(warmUps + 1).back(), special);
     graph.stop(StopMode::Drain);
 }
 

@@ -2,6 +2,7 @@
 // consuming one.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <mutex>
@@ -65,14 +66,19 @@ public:
     std::uint64_t delivered = 0;   // values since the start of the run
     mutable bool starved = false;  // somebody has been refused
     void publishSize() noexcept { size_.store(ring.size(), std::memory_order_release); }
-    // A producer that was held back goes on when half the places are free: waking it for every
-    // single value would cost more than the value.
-    [[nodiscard]] bool isRoomy() const noexcept { return ring.size() <= capacity_ / 2; }
+    // A producer that was held back goes on when half the places are free, in a long queue when a
+    // last few values are left: waking it for every single value would cost more than the value.
+    [[nodiscard]] bool isRoomy() const noexcept {
+        return ring.size() <= std::min<std::size_t>(capacity_ / 2, lastFew);
+    }
 
     // Tells the producer of space, with no lock held.
     void tellSpace();
 
 private:
+    // The consumer has enough to do with these until a producer is awake.
+    static constexpr std::size_t lastFew = 32;
+
     const ConnectionEnds ends_;
     const std::shared_ptr<GraphNode> from_;
     const std::shared_ptr<GraphNode> to_;

@@ -13,8 +13,10 @@ namespace {
 constexpr unsigned int longestBatch = 64;
 // Every so many turns the length of a job is measured; reading the clock costs something too.
 constexpr unsigned int turnsPerMeasurement = 16;
-// A job of this length is worth another thread.
+// A job of this length is worth another thread at once.
 constexpr std::chrono::microseconds longJob{20};
+// Jobs up to this length are not worth one even in batches.
+constexpr std::chrono::microseconds lightJob{2};
 
 }  // namespace
 
@@ -62,13 +64,13 @@ void GraphNode::schedule(const GraphNode* producer) {
 
 GraphNode::Turn GraphNode::serve() noexcept {
     using Clock = std::chrono::steady_clock;
-    const bool measured = takesLong_ || turns_++ % turnsPerMeasurement == 0;
+    const bool measured = weight_ == Weight::Long || turns_++ % turnsPerMeasurement == 0;
     const unsigned int longest = measured ? 1 : longestBatch;
     for (unsigned int done = 0; done < longest;) {
         const auto begin = measured ? Clock::now() : Clock::time_point();
         const Step step = stepUpTo(longest, done);
         if (measured && step == Step::Progress) {
-            takesLong_ = Clock::now() - begin > longJob;
+            weigh(Clock::now() - begin);
         }
         // At rest, another thread may schedule the node anew, so nothing of it is touched then.
         const bool rests = step == Step::Busy ? join.block() : !join.hasMore() && join.retire();
@@ -76,7 +78,17 @@ GraphNode::Turn GraphNode::serve() noexcept {
             return Turn::Done;
         }
     }
-    return takesLong_ ? Turn::Again : Turn::AgainSoon;
+    return weight_ == Weight::Long ? Turn::Again : Turn::AgainSoon;
+}
+
+void GraphNode::weigh(std::chrono::steady_clock::duration job) {
+    const Weight former = weight_;
+    weight_ = job > longJob ? Weight::Long : job > lightJob ? Weight::Short : Weight::Light;
+    if (former == Weight::Light && weight_ == Weight::Long) {
+        // More likely its thread was interrupted: the next turn, measured again, will tell.
+        weight_ = Weight::Short;
+        turns_ = 0;
+    }
 }
 
 // As many steps as the queues allow, and one at least; `done` counts them.

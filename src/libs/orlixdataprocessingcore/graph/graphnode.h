@@ -42,7 +42,7 @@ public:
     void setKeepsLastValue(Connection& connection, bool keeps);
 
     [[nodiscard]] Turn serve() noexcept override;
-    [[nodiscard]] bool mayTakeLong() const noexcept override { return takesLong_; }
+    [[nodiscard]] Weight weight() const noexcept override { return weight_; }
     [[nodiscard]] Threading::Activity* activity() const noexcept override {
         return activity_.get();
     }
@@ -53,6 +53,7 @@ private:
     enum class Step { Progress, Busy };
 
     void schedule(const GraphNode* producer);
+    void weigh(std::chrono::steady_clock::duration job);
     [[nodiscard]] Step stepUpTo(unsigned int longest, unsigned int& done);
     [[nodiscard]] Step step();
     [[nodiscard]] StartExecutionResult callNode();
@@ -72,7 +73,7 @@ private:
     std::shared_ptr<IGraphUpdate> skipped_;
     bool asked_ = false;
     unsigned int turns_ = 0;
-    bool takesLong_ = true;  // until a measurement says otherwise
+    Weight weight_ = Weight::Long;  // until a measurement says otherwise
 };
 
 }  // namespace Orlix::DataProcessing::Core

@@ -15,6 +15,9 @@ namespace {
 constexpr std::size_t fewestWorkers = 4;
 // Items in a row that a worker may serve while others wait in the queue.
 constexpr unsigned int longestChain = 32;
+// Light items that may wait for a worker that is awake; they are worth another one when it would
+// be at work for longer than its waking takes.
+constexpr std::size_t mostLightItems = 8;
 // How long an item may wait behind a job that was expected to be short.
 constexpr std::chrono::milliseconds monitorInterval{2};
 // Looks without any worker after which the monitor goes to sleep.
@@ -29,6 +32,7 @@ std::size_t chooseWorkerLimit() {
 // A thread that serves items. Only the thread itself fills `next`; the monitor may empty it.
 struct Scheduler::Worker {
     const IReadyItem* serving = nullptr;
+    bool isHeld = false;  // at something long, or stuck; under the scheduler's lock
     std::atomic<IReadyItem*> next{nullptr};
     std::atomic<std::uint64_t> turns{0};
     std::uint64_t turnsBefore = 0;  // of the monitor
@@ -84,34 +88,75 @@ void Scheduler::schedule(IReadyItem& item, const IReadyItem* producer) {
         worker->next.store(&item, std::memory_order_release);
         return;
     }
-    enqueue(item, Wake::AnotherWorker);
+    enqueue(item, wakeFor(item));
+}
+
+Scheduler::Wake Scheduler::wakeFor(const IReadyItem& item) {
+    return item.weight() == IReadyItem::Weight::Light ? Wake::IfNobodyComes : Wake::AnotherWorker;
 }
 
 void Scheduler::enqueue(IReadyItem& item, Wake wake) {
-    bool monitorSleeps = false;
-    {
-        std::lock_guard guard(mutex_);
-        ready_.push_back(&item);
-        if (wake == Wake::Nobody || workers_ == workerLimit_) {
-            return;
-        }
-        ++workers_;
-        monitorSleeps = std::exchange(monitorSleeps_, false);
+    std::unique_lock lock(mutex_);
+    push(item);
+    if (wake == Wake::Nobody || workers_ == workerLimit_) {
+        return;
     }
+    const bool isFew = ready_.size() <= mostLightItems;
+    if (wake == Wake::IfNobodyComes && isFew && isSomebodyComing()) {
+        return;
+    }
+    startWorker(lock);
+}
+
+// Releases the lock.
+void Scheduler::startWorker(std::unique_lock<std::mutex>& lock) {
+    ++workers_;
+    const bool monitorSleeps = std::exchange(monitorSleeps_, false);
+    lock.unlock();
     threads_->startOne();
     if (monitorSleeps) {
         monitorNeeded_.notify_one();
     }
 }
 
-IReadyItem* Scheduler::next() {
+void Scheduler::push(IReadyItem& item) {
+    readyNotLight_ += item.weight() == IReadyItem::Weight::Light ? 0U : 1U;
+    ready_.push_back(&item);
+}
+
+// Those that will look at the queue in a moment.
+std::size_t Scheduler::freeWorkers() const {
+    const auto count = std::count_if(running_.begin(), running_.end(),
+                                     [](const Worker* worker) { return !worker->isHeld; });
+    return static_cast<std::size_t>(count);
+}
+
+bool Scheduler::isSomebodyComing() const {
+    return workers_ > running_.size() || freeWorkers() != 0;
+}
+
+bool Scheduler::areFewLight() const {
+    return readyNotLight_ == 0 && ready_.size() <= mostLightItems;
+}
+
+// Of the free workers, one that asks for work.
+bool Scheduler::isOneTooMany() const {
+    return ready_.empty() || (areFewLight() && freeWorkers() > 1);
+}
+
+// Null if there is nothing for this worker, which then ends.
+IReadyItem* Scheduler::next(Worker& worker) {
     std::lock_guard guard(mutex_);
-    if (ready_.empty()) {
+    worker.isHeld = false;
+    if (isOneTooMany()) {
+        --workers_;
+        std::erase(running_, &worker);
         return nullptr;
     }
     ++taken_;
     IReadyItem* const item = ready_.front();
     ready_.pop_front();
+    readyNotLight_ -= item->weight() == IReadyItem::Weight::Light ? 0U : 1U;
     return item;
 }
 
@@ -122,17 +167,8 @@ void Scheduler::work() {
         std::lock_guard guard(mutex_);
         running_.push_back(&worker);
     }
-    for (;;) {
-        if (IReadyItem* const item = next()) {
-            serveChain(worker, *item);
-            continue;
-        }
-        std::lock_guard guard(mutex_);
-        if (ready_.empty()) {
-            --workers_;
-            std::erase(running_, &worker);
-            break;
-        }
+    while (IReadyItem* const item = next(worker)) {
+        serveChain(worker, *item);
     }
     Worker::current = outer;
 }
@@ -141,8 +177,11 @@ void Scheduler::serveChain(Worker& worker, IReadyItem& first) {
     IReadyItem* item = &first;
     for (unsigned int length = 0; item != nullptr; ++length) {
         if (length == longestChain) {
-            enqueue(*item, Wake::AnotherWorker);
+            enqueue(*item, wakeFor(*item));
             break;
+        }
+        if (item->weight() == IReadyItem::Weight::Long) {
+            hold(worker);
         }
         worker.serving = item;
         Activity* const activity = item->activity();
@@ -154,13 +193,23 @@ void Scheduler::serveChain(Worker& worker, IReadyItem& first) {
         if (turn == IReadyItem::Turn::Done) {
             worker.keepCount(activity);
         } else {
-            const bool alone = turn == IReadyItem::Turn::AgainSoon &&
-                               (following == nullptr || !following->mayTakeLong());
+            const bool alone =
+                turn == IReadyItem::Turn::AgainSoon &&
+                (following == nullptr || following->weight() != IReadyItem::Weight::Long);
             enqueue(*item, alone ? Wake::Nobody : Wake::AnotherWorker);
         }
         item = following;
     }
     worker.giveCountBack();
+}
+
+// The worker begins something long: what was left to it is somebody else's now.
+void Scheduler::hold(Worker& worker) {
+    std::unique_lock lock(mutex_);
+    worker.isHeld = true;
+    if (!ready_.empty() && workers_ < workerLimit_ && !isSomebodyComing()) {
+        startWorker(lock);
+    }
 }
 
 void Scheduler::monitor() {
@@ -185,13 +234,15 @@ bool Scheduler::rescueItems() {
     for (Worker* const worker : running_) {
         const std::uint64_t turns = worker->turns.load(std::memory_order_relaxed);
         if (std::exchange(worker->turnsBefore, turns) == turns) {
+            worker->isHeld = true;
             if (IReadyItem* const item =
                     worker->next.exchange(nullptr, std::memory_order_acq_rel)) {
-                ready_.push_back(item);
+                push(*item);
             }
         }
     }
-    const bool stuck = !ready_.empty() && taken_ == takenBefore_;
+    const bool isLeft = areFewLight() && isSomebodyComing();
+    const bool stuck = !ready_.empty() && !isLeft && taken_ == takenBefore_;
     takenBefore_ = taken_;
     if (!stuck || workers_ == workerLimit_) {
         return false;

@@ -27,11 +27,18 @@ public:
         AgainSoon,  // there is more to do, once this worker has served what it has at hand
     };
 
+    // How long its turns take, as far as is known.
+    enum class Weight {
+        Light,  // many of them take no longer than it takes to wake a thread
+        Short,  // they are worth a thread, but no hurry
+        Long,   // nobody should wait for the end of one
+    };
+
     virtual ~IReadyItem() = default;
     // Must not throw. Called with no lock held.
     [[nodiscard]] virtual Turn serve() noexcept = 0;
-    // Whether others should not wait for its turn to end. Asked while it is scheduled.
-    [[nodiscard]] virtual bool mayTakeLong() const noexcept { return true; }
+    // Asked while it is scheduled, and changes only while it is served.
+    [[nodiscard]] virtual Weight weight() const noexcept { return Weight::Long; }
     // Counts the item from its schedule() on, until some time after its serve() has returned Done.
     // May be null; outlives the count.
     [[nodiscard]] virtual Activity* activity() const noexcept { return nullptr; }
@@ -39,9 +46,11 @@ public:
 
 // Process-wide and never destroyed; all operations are safe from any thread and never block.
 //
-// A worker doesn't wake others for items that it will come to in a moment itself. If it turns out
-// that it doesn't, because a job takes longer than jobs of its kind have taken so far, a monitor
-// gives what waits to another worker.
+// A worker doesn't wake others for items that it will come to in a moment itself, and a few light
+// items are left to the workers that are awake anyway: two of them in one chain of light items
+// spend more on carrying values from cache to cache than on the items. If it turns out that nobody
+// comes, because a job takes longer than jobs of its kind have taken so far, a monitor gives what
+// waits to another worker.
 class Scheduler {
 public:
     [[nodiscard]] static Scheduler& instance();
@@ -53,16 +62,26 @@ public:
 
 private:
     struct Worker;
-    enum class Wake { AnotherWorker, Nobody };
+    enum class Wake { AnotherWorker, IfNobodyComes, Nobody };
 
     Scheduler();
     ~Scheduler() = delete;
 
     static void count(Activity* activity);
+    [[nodiscard]] static Wake wakeFor(const IReadyItem& item);
     void enqueue(IReadyItem& item, Wake wake);
-    [[nodiscard]] IReadyItem* next();
+    void startWorker(std::unique_lock<std::mutex>& lock);
+    [[nodiscard]] IReadyItem* next(Worker& worker);
     void work();
     void serveChain(Worker& worker, IReadyItem& first);
+    void hold(Worker& worker);
+
+    // Under the lock.
+    void push(IReadyItem& item);
+    [[nodiscard]] std::size_t freeWorkers() const;
+    [[nodiscard]] bool isSomebodyComing() const;
+    [[nodiscard]] bool areFewLight() const;
+    [[nodiscard]] bool isOneTooMany() const;
 
     [[noreturn]] void monitor();
     [[nodiscard]] bool rescueItems();
@@ -70,6 +89,7 @@ private:
     const std::size_t workerLimit_;
     std::mutex mutex_;
     std::deque<IReadyItem*> ready_;
+    std::size_t readyNotLight_ = 0;  // of these
     std::size_t workers_ = 0;        // that are running or asked for
     std::vector<Worker*> running_;   // those that are running
     std::uint64_t taken_ = 0;        // items that were taken from the queue
