@@ -87,7 +87,7 @@ void NodeBase::Impl::start(const NodeArgumentCollection& arguments) {
     LifeScope life(*this);
     leaveStopped(life);
     try {
-        errors.setJobError(nullptr);
+        errors.clearJobError();
         stateChanged.emit();
         owner_.onStarting(arguments);
     } catch (...) {

@@ -108,7 +108,12 @@ private:
     void runSimpleJob(std::shared_ptr<IGraphUpdate>&& update);
     void runSourceJob(SourceJob&& job, Admission admission);
     [[nodiscard]] JobResults makeResults(SourceJob& job);
-    void announce(const std::shared_ptr<IGraphUpdate>& update, PinValues& values);
+    void announce(const std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
+        if (executionFinishing.isUsed()) {
+            announceToSlots(update, values);
+        }
+    }
+    void announceToSlots(const std::shared_ptr<IGraphUpdate>& update, PinValues& values);
     void deliver(const OutputRoutes& routes, std::shared_ptr<IGraphUpdate>&& update,
                  PinValues& values);
     [[nodiscard]] std::shared_ptr<IError> reportCurrentException();

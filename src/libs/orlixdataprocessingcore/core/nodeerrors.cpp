@@ -50,9 +50,6 @@ bool NodeErrors::reset(const std::shared_ptr<IError>& error) {
 }
 
 void NodeErrors::setJobError(const std::shared_ptr<IError>& error) {
-    if (!error && !hasJobError_.load(std::memory_order_acquire)) {
-        return;
-    }
     ErrorSet before;
     ErrorSet after;
     {

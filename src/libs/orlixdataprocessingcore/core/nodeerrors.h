@@ -19,6 +19,11 @@ public:
 
     // The error of the last job replaces that of an earlier one; null when it went well.
     void setJobError(const std::shared_ptr<IError>& error);
+    void clearJobError() {
+        if (hasJobError_.load(std::memory_order_acquire)) {
+            setJobError(nullptr);
+        }
+    }
 
     [[nodiscard]] bool any() const;
     [[nodiscard]] ErrorSet all() const;

@@ -183,7 +183,7 @@ void NodeBase::Impl::runJob(std::shared_ptr<IGraphUpdate>&& update) {
 void NodeBase::Impl::runSimpleJob(std::shared_ptr<IGraphUpdate>&& update) {
     try {
         runSimple(inputValues_, outputValues_);
-        errors.setJobError(nullptr);
+        errors.clearJobError();
     } catch (...) {
         fillWithError(outputValues_, *routes_, reportCurrentException());
     }
@@ -214,7 +214,7 @@ void NodeBase::Impl::runGeneralJob(const std::shared_ptr<IGraphUpdate>& update) 
     JobResults results;
     try {
         results = requireUpdates(owner_.run(update, std::move(inputValues_)));
-        errors.setJobError(nullptr);
+        errors.clearJobError();
     } catch (...) {
         fillWithError(results[update], *routes_, reportCurrentException());
     }
@@ -241,10 +241,8 @@ void NodeBase::Impl::deliver(const OutputRoutes& routes, std::shared_ptr<IGraphU
 }
 
 // The slots may replace a value before it leaves.
-void NodeBase::Impl::announce(const std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
-    if (!executionFinishing.isUsed()) {
-        return;
-    }
+void NodeBase::Impl::announceToSlots(const std::shared_ptr<IGraphUpdate>& update,
+                                     PinValues& values) {
     FinishedValues finished;
     for (auto& [pin, value] : values) {
         finished.emplace(pin, std::make_shared<Utils::Variant>(std::move(value)));
@@ -319,7 +317,7 @@ JobResults NodeBase::Impl::makeResults(SourceJob& job) {
     }
     try {
         results = requireUpdates(job.function(job.update, std::move(job.values)));
-        errors.setJobError(nullptr);
+        errors.clearJobError();
     } catch (...) {
         fillWithError(results[job.update], *outputs.routes(), reportCurrentException());
     }
