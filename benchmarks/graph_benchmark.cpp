@@ -2,12 +2,18 @@
 // and how many nodes it bears. GStreamer's identity and queue stand beside it where they are there.
 //
 // A chain is run at two lengths; the difference is what an element costs, without the source and
-// the sink. The CPU column adds up all threads.
+// the sink. The table at the end has these differences in CPU time of all threads, of the best of
+// all repetitions, which go through both sides in random order: what else runs on the machine only
+// adds to a time, and so it hits both sides alike.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cstdio>
+#include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "orlixdataprocessingcore/core/advancednode.h"
 #include "orlixdataprocessingcore/core/graphupdate.h"
@@ -110,7 +116,7 @@ public:
     // Sends so many values and waits until the last has arrived.
     void run(std::uint64_t count) {
         for (std::uint64_t index = 0; index < count; ++index) {
-            source_->send(value_);
+            source_->send(Variant(Integer(index)));  // one of its own, as every frame is
         }
         sent_ += count;
         sink_->waitFor(sent_);
@@ -121,11 +127,30 @@ private:
     std::shared_ptr<Source> source_ = std::make_shared<Source>();
     std::shared_ptr<CountingSink> sink_ = std::make_shared<CountingSink>();
     std::uint64_t sent_ = 0;
-    const Variant value_{Integer(1)};
 };
 
-// The time shown is that of one iteration, which is so many values.
-constexpr int valuesPerRun = 100000;
+// One line of the table: what the longer chain costs more than the shorter one.
+struct Row {
+    const char* what;
+    int shorter;
+    int longer;
+    int values;  // on their way through the chain in one iteration
+    const char* element;
+};
+
+constexpr Row rows[] = {
+    {"a hop from thread to thread", 0, 1, 100000, "queue"},
+    {"one more node, from 1 to 11", 1, 11, 100000, "identity"},
+    {"one more node, from 10 to 100", 10, 100, 1000, "identity"},
+    {"one more node, from 100 to 1,000", 100, 1000, 1000, "identity"},
+};
+
+std::string nameOf(const char* element, int length, int values) {
+    return std::string(element) + "/" + std::to_string(length) + " nodes/" +
+           std::to_string(values) + " values";
+}
+
+constexpr const char* graphNode = "graph";
 
 void runChain(benchmark::State& state, int length, int values) {
     Chain chain(length);
@@ -135,36 +160,35 @@ void runChain(benchmark::State& state, int length, int values) {
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * values);
 }
 
-// One more node: compare lengths 1 and 11.
-void Orlix_NodesOnOneThread(benchmark::State& state) {
-    runChain(state, static_cast<int>(state.range(0)), valuesPerRun);
-}
-BENCHMARK(Orlix_NodesOnOneThread)->Arg(1)->Arg(11)->MeasureProcessCPUTime()->UseRealTime();
-
-// The hop from the source's thread to a worker: compare with length 0, which has none.
-void Orlix_HopToAnotherThread(benchmark::State& state) {
-    runChain(state, static_cast<int>(state.range(0)), valuesPerRun);
-}
-BENCHMARK(Orlix_HopToAnotherThread)->Arg(0)->Arg(1)->MeasureProcessCPUTime()->UseRealTime();
-
-void Orlix_GraphOfNodes(benchmark::State& state) {
-    runChain(state, static_cast<int>(state.range(0)), valuesPerRun / 100);
-}
-BENCHMARK(Orlix_GraphOfNodes)->Arg(10)->Arg(100)->Arg(1000)->MeasureProcessCPUTime()->UseRealTime();
-
 #ifdef ORLIX_HAS_GSTREAMER
 
-// fakesrc, so many of the element, fakesink: run to the end of the stream once per iteration.
-void runPipeline(benchmark::State& state, const std::string& element, int length,
-                 int values = valuesPerRun) {
+// With as many places as the graph has.
+const std::map<std::string, std::string> elements = {
+    {"identity", "identity silent=true"},
+    {"queue", "queue max-size-bytes=0 max-size-time=0 max-size-buffers=200"},
+};
+
+std::string describePipeline(const std::string& element, int length, int values) {
     std::string description = "fakesrc num-buffers=" + std::to_string(values);
     for (int index = 0; index < length; ++index) {
-        description += " ! " + element;
+        description += " ! " + elements.at(element);
     }
-    description += " ! fakesink sync=false";
+    return description + " ! fakesink sync=false";
+}
+
+// Ready to go: what it takes to bring a pipeline up isn't its cost per value.
+GstElement* makePipeline(const std::string& description) {
+    GstElement* const pipeline = gst_parse_launch(description.c_str(), nullptr);
+    gst_element_set_state(pipeline, GST_STATE_PAUSED);
+    gst_element_get_state(pipeline, nullptr, nullptr, GST_CLOCK_TIME_NONE);
+    return pipeline;
+}
+
+// Runs to the end of the stream once per iteration.
+void runPipeline(benchmark::State& state, const std::string& element, int length, int values) {
     for (auto _ : state) {
         state.PauseTiming();
-        GstElement* const pipeline = gst_parse_launch(description.c_str(), nullptr);
+        GstElement* const pipeline = makePipeline(describePipeline(element, length, values));
         GstBus* const bus = gst_element_get_bus(pipeline);
         state.ResumeTiming();
         gst_element_set_state(pipeline, GST_STATE_PLAYING);
@@ -184,34 +208,102 @@ void runPipeline(benchmark::State& state, const std::string& element, int length
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * values);
 }
 
-void GStreamer_GraphOfIdentities(benchmark::State& state) {
-    runPipeline(state, "identity silent=true", static_cast<int>(state.range(0)),
-                valuesPerRun / 100);
-}
-BENCHMARK(GStreamer_GraphOfIdentities)
-    ->Arg(10)
-    ->Arg(100)
-    ->Arg(1000)
-    ->MeasureProcessCPUTime()
-    ->UseRealTime();
-
-void GStreamer_Identity(benchmark::State& state) {
-    runPipeline(state, "identity silent=true", static_cast<int>(state.range(0)));
-}
-BENCHMARK(GStreamer_Identity)->Arg(1)->Arg(11)->MeasureProcessCPUTime()->UseRealTime();
-
-void GStreamer_Queue(benchmark::State& state) {
-    runPipeline(state, "queue max-size-bytes=0 max-size-time=0", static_cast<int>(state.range(0)));
-}
-BENCHMARK(GStreamer_Queue)->Arg(0)->Arg(1)->MeasureProcessCPUTime()->UseRealTime();
-
 #endif
+
+// Several rows share a chain: it is registered once.
+void registerChain(std::vector<std::string>& known, const char* element, int length, int values) {
+    const std::string name = nameOf(element, length, values);
+    if (std::find(known.begin(), known.end(), name) != known.end()) {
+        return;
+    }
+    known.push_back(name);
+    const auto run = [=](benchmark::State& state) {
+        if (element == graphNode) {
+            runChain(state, length, values);
+            return;
+        }
+#ifdef ORLIX_HAS_GSTREAMER
+        runPipeline(state, element, length, values);
+#endif
+    };
+    benchmark::RegisterBenchmark(name.c_str(), run)->MeasureProcessCPUTime()->UseRealTime();
+}
+
+void registerRows() {
+    std::vector<std::string> known;
+    for (const Row& row : rows) {
+        for (const int length : {row.shorter, row.longer}) {
+            registerChain(known, graphNode, length, row.values);
+#ifdef ORLIX_HAS_GSTREAMER
+            registerChain(known, row.element, length, row.values);
+#endif
+        }
+    }
+}
+
+// Prints the runs as usual and keeps their times for the table.
+class TableReporter : public benchmark::ConsoleReporter {
+public:
+    TableReporter() : ConsoleReporter(OO_Tabular) {}
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) {
+            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
+                keep(run.run_name.function_name,
+                     run.cpu_accumulated_time / static_cast<double>(run.iterations));
+            }
+        }
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+    void printTable() const {
+        std::printf(
+            "\nCPU time per value, the best of all repetitions\n\n"
+            "| cost | graph | GStreamer | ratio |\n|---|---|---|---|\n");
+        for (const Row& row : rows) {
+            const double ours = costOf(graphNode, row);
+            const double theirs = costOf(row.element, row);
+            std::printf("| %s | %.0f ns | %.0f ns | %.2f |\n", row.what, ours, theirs,
+                        theirs > 0 ? ours / theirs : 0);
+        }
+    }
+
+private:
+    void keep(const std::string& name, double seconds) {
+        const auto [entry, isNew] = best_.emplace(name, seconds);
+        entry->second = std::min(entry->second, seconds);
+    }
+
+    // Nanoseconds per value and element; 0 for what has not been run.
+    [[nodiscard]] double costOf(const char* element, const Row& row) const {
+        const auto shorter = best_.find(nameOf(element, row.shorter, row.values));
+        const auto longer = best_.find(nameOf(element, row.longer, row.values));
+        if (shorter == best_.end() || longer == best_.end()) {
+            return 0;
+        }
+        return (longer->second - shorter->second) * 1e9 / (row.longer - row.shorter) / row.values;
+    }
+
+    std::map<std::string, double> best_;  // seconds of an iteration
+};
+
+// The command line may say otherwise.
+std::vector<char*> withDefaults(int argc, char** argv) {
+    static char repetitions[] = "--benchmark_repetitions=15";
+    static char interleaving[] = "--benchmark_enable_random_interleaving=true";
+    static char minimum[] = "--benchmark_min_time=0.05";
+    std::vector<char*> arguments{argv[0], repetitions, interleaving, minimum};
+    arguments.insert(arguments.end(), argv + 1, argv + argc);
+    return arguments;
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+    std::vector<char*> arguments = withDefaults(argc, argv);
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) {
         return 1;
     }
 #ifdef ORLIX_HAS_GSTREAMER
@@ -219,7 +311,10 @@ int main(int argc, char** argv) {
 #else
     benchmark::AddCustomContext("GStreamer", "not there, no comparison");
 #endif
-    benchmark::RunSpecifiedBenchmarks();
+    registerRows();
+    TableReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    reporter.printTable();
     benchmark::Shutdown();
     return 0;
 }
