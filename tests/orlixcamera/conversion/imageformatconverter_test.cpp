@@ -7,6 +7,7 @@
 #include <array>
 #include <cstring>
 #include <functional>
+#include <locale>
 #include <string>
 #include <thread>
 #include <vector>
@@ -186,6 +187,36 @@ TEST(ImageFormatConverter, AnUndefinedOrUnknownPixelTypeIsRefused) {
     EXPECT_EQ(convert(static_cast<EPixelType>(0x01083FFF)),
               "Can't convert an image of 1 x 1 pixels in the unknown pixel type 0x1083FFF with 0 "
               "bytes of padding a line: a known pixel type is needed.");
+}
+
+// Writes 1.024 for 1024, as some languages' locales do.
+class GroupingNumbers : public std::numpunct<char> {
+protected:
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(ImageFormatConverter, NumbersInErrorsDoNotDependOnTheLocale) {
+    const CImageFormatConverter converter;
+    COrlixImage image;
+    const std::uint8_t byte = 0;
+    const auto unknown = static_cast<EPixelType>(0x01083FFF);
+    const std::locale before = std::locale::global(std::locale(std::locale(), new GroupingNumbers));
+    const std::string conversion = TextOf<GenICam::InvalidArgumentException>([&] {
+        converter.Convert(image, &byte, 1, unknown, 1920, 1200, 0, ImageOrientation_TopDown);
+    });
+    const std::string size = TextOf<GenICam::InvalidArgumentException>(
+        [&] { static_cast<void>(ComputeBufferSize(unknown, 1920, 1200)); });
+    const std::string tooLarge = TextOf<GenICam::OutOfRangeException>(
+        [] { static_cast<void>(ComputeBufferSize(PixelType_Mono8, 1920, 1200, SIZE_MAX - 1920)); });
+    std::locale::global(before);
+    EXPECT_EQ(conversion,
+              "Can't convert an image of 1920 x 1200 pixels in the unknown pixel type 0x1083FFF "
+              "with 0 bytes of padding a line: a known pixel type is needed.");
+    EXPECT_EQ(size, "The size of an image can't be computed: the pixel type 0x1083FFF is unknown.");
+    EXPECT_EQ(tooLarge,
+              "An image of format Mono8 with 1920 x 1200 pixels and 18446744073709549695 bytes of "
+              "padding a line is too large for 64 bits.");
 }
 
 TEST(ImageFormatConverter, ANullPointerIsRefused) {

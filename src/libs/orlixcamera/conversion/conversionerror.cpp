@@ -1,9 +1,10 @@
 #include "orlixcamera/conversion/conversionerror.h"
 
-#include <sstream>
+#include <string>
 
 #include "gcbase/gcexception.h"
 #include "orlixcamera/conversion/conversiontable.h"
+#include "orlixcamera/pixel/pixelcode.h"
 #include "orlixcamera/pixel/pixeltable.h"
 #include "orlixcamera/pixeltypemapper.h"
 
@@ -30,10 +31,7 @@ std::string DescribePixelType(EPixelType pixelType) {
     if (const PixelFormat* format = FindPixelFormat(pixelType)) {
         return std::string(format->name);
     }
-    std::ostringstream text;
-    text << "the unknown pixel type 0x" << std::hex << std::uppercase
-         << static_cast<std::int64_t>(pixelType);
-    return text.str();
+    return "the unknown pixel type " + PixelCodeText(pixelType);
 }
 
 void ThrowBadSource(const SourceArguments& source, const std::string& reason) {

@@ -1,8 +1,9 @@
 #include "orlixcamera/pixel/planes.h"
 
-#include <sstream>
+#include <string>
 
 #include "gcbase/gcexception.h"
+#include "orlixcamera/pixel/pixelcode.h"
 #include "orlixcamera/pixel/pixeltable.h"
 
 namespace Orlix {
@@ -70,23 +71,20 @@ bool Append(ImagePlanes& planes, const ImagePlane& plane) {
 }
 
 [[noreturn]] void ThrowUnknown(EPixelType pixelType) {
-    std::ostringstream text;
-    text << "The size of an image can't be computed: the pixel type ";
-    if (pixelType == PixelType_Undefined) {
-        text << "is undefined.";
-    } else {
-        text << "0x" << std::hex << std::uppercase << static_cast<std::int64_t>(pixelType)
-             << " is unknown.";
-    }
-    throw GenICam::InvalidArgumentException(text.str().c_str(), __FILE__, __LINE__);
+    const std::string cause = pixelType == PixelType_Undefined
+                                  ? "is undefined."
+                                  : PixelCodeText(pixelType) + " is unknown.";
+    const std::string text = "The size of an image can't be computed: the pixel type " + cause;
+    throw GenICam::InvalidArgumentException(text.c_str(), __FILE__, __LINE__);
 }
 
 [[noreturn]] void ThrowTooLarge(const PixelFormat& format, std::uint32_t width,
                                 std::uint32_t height, std::uint64_t paddingX) {
-    std::ostringstream text;
-    text << "An image of format " << format.name << " with " << width << " x " << height
-         << " pixels and " << paddingX << " bytes of padding a line is too large for 64 bits.";
-    throw GenICam::OutOfRangeException(text.str().c_str(), __FILE__, __LINE__);
+    const std::string text = "An image of format " + std::string(format.name) + " with " +
+                             std::to_string(width) + " x " + std::to_string(height) +
+                             " pixels and " + std::to_string(paddingX) +
+                             " bytes of padding a line is too large for 64 bits.";
+    throw GenICam::OutOfRangeException(text.c_str(), __FILE__, __LINE__);
 }
 
 }  // namespace
