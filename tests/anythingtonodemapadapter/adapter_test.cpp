@@ -115,6 +115,18 @@ TEST(Adapter, TheSamePortAddedTwiceStillTellsTheMapOfChanges) {
     EXPECT_EQ(calls, 1);
 }
 
+TEST(Adapter, AnEntryAddedTwiceStillTellsTheMapOfChangesWhenItsEnumerationIsReplaced) {
+    int calls = 0;
+    TestTree tree;
+    tree.adapter.addEnumEntry("Color", tree.red);
+    tree.adapter.addParameter(tree.color);
+    GenApi::INode* node = tree.create()->GetNode("EnumEntry_Color_RedIsAvailable");
+    ASSERT_NE(node, nullptr);
+    GenApi::Register(node, [&calls](GenApi::INode*) { ++calls; });
+    tree.red->setAvailable(false);
+    EXPECT_EQ(calls, 1);
+}
+
 TEST(Adapter, NullPortsAreIgnored) {
     TestTree tree;
     const std::string before = description(tree.adapter);

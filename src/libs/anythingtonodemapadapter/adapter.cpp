@@ -33,9 +33,13 @@ void CAnythingToNodeMapAdapter::add(std::shared_ptr<Interface> port, int mergePr
     }
     auto created = std::make_shared<NodeMapPort>(port, mergePriority);
     NodeMapPort* observer = created.get();
+    const bool isReplacement = findNodeMapPort(port->getName()) != nodeMapPortsEnd();
     impl_->store(port->getName(), std::move(created));
     // If the same port was there before, its former wrapper has just cleared the observer.
     port->setObserver(observer);
+    if (isReplacement) {
+        impl_->observeEntriesOf(port->getName());
+    }
 }
 
 CAnythingToNodeMapAdapter::CAnythingToNodeMapAdapter(const gcstring& deviceName)

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "anythingtonodemapadapter/enumentrynodemapport.h"
 #include "anythingtonodemapadapter/realnodemapportsingleparameter.h"
 #include "genapi/inodemap.h"
 #include "genapi/nodemapfactory.h"
@@ -35,6 +36,16 @@ void CAnythingToNodeMapAdapter::CAnythingToNodeMapAdapterImpl::store(
         slot->detach();
     }
     slot = std::move(port);
+}
+
+void CAnythingToNodeMapAdapter::CAnythingToNodeMapAdapterImpl::observeEntriesOf(
+    const gcstring& enumName) {
+    for (const auto& [name, port] : ports) {
+        auto* entry = dynamic_cast<Detail::CEnumEntryNodeMapPort*>(port.get());
+        if (entry != nullptr && entry->getEnumName() == enumName) {
+            entry->observe();
+        }
+    }
 }
 
 void CAnythingToNodeMapAdapter::CAnythingToNodeMapAdapterImpl::createNodeMap(

@@ -30,6 +30,9 @@ public:
 
     // Takes the slot of that name; a port that was there is taken off the live map first.
     void store(const gcstring& name, std::shared_ptr<Detail::CBasicNodeMapPort> port);
+    // For the entries of an enumeration that was replaced: a former wrapper of one ends with it,
+    // and leaves the entry without an observer.
+    void observeEntriesOf(const gcstring& enumName);
     void createNodeMap(GenApi::CLock* lock, const gcstring& portName, const gcstring& prefix);
 
     GenApi::CNodeMapRef nodeMap;

@@ -20,6 +20,8 @@ public:
                       const gcstring& prefix, std::int64_t& address) override;
     [[nodiscard]] gcstring getPortName(const gcstring& prefix) const override;
 
+    [[nodiscard]] const gcstring& getEnumName() const { return enumName_; }
+
     virtual void generateEntry(std::ostream& out, const gcstring& prefix);
     // Unique in the whole map, where entry names are unique only within their enumeration.
     [[nodiscard]] virtual gcstring getQualifiedName(const gcstring& prefix) const;

@@ -86,12 +86,17 @@ public:
 
     void onParameterChanged(IBasicParameterPort& /*port*/) override { invalidate(); }
 
-protected:
-    ParameterNodeMapPort(std::shared_ptr<Interface> port, std::int32_t mergePriority)
-        : CBasicNodeMapPort(mergePriority), port_(std::move(port)) {
+    // Takes the parameter's changes, whoever took them before.
+    void observe() {
         if (port_) {
             port_->setObserver(this);
         }
+    }
+
+protected:
+    ParameterNodeMapPort(std::shared_ptr<Interface> port, std::int32_t mergePriority)
+        : CBasicNodeMapPort(mergePriority), port_(std::move(port)) {
+        observe();
     }
 
     [[nodiscard]] const std::shared_ptr<Interface>& port() const { return port_; }
