@@ -87,6 +87,16 @@ TEST(ImageSource, FolderYieldsItsImagesWithoutSubfolders) {
                 UnorderedElementsAre(folder / "a.PNG", folder / "b.tiff"));
 }
 
+TEST(ImageSource, NothingIsFoundAtAPathWithANullCharacter) {
+    const TemporaryFolder folder;
+    folder.addFile("a.png");
+    const std::string path = folder.path().string();
+    EXPECT_EQ(enumerateImages(gcstring(path.data(), path.size())).size(), 1U);
+    for (const std::string& longer : {path + '\0', path + "/a.png" + '\0' + ".png"}) {
+        EXPECT_THAT(enumerateImages(gcstring(longer.data(), longer.size())), IsEmpty());
+    }
+}
+
 TEST(ImageSource, FileNamedLikeAnExtensionIsNoImage) {
     const TemporaryFolder folder;
     folder.addFile(".png");

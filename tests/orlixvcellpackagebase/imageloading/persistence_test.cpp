@@ -102,6 +102,20 @@ TEST_F(ImageLoadingPersistence, NegativeRateIsRefusedWithKeyAndValue) {
     EXPECT_EQ(node.getFramesPerSecond(), 1U);
 }
 
+TEST_F(ImageLoadingPersistence, APathWithANullCharacterIsRefusedWithItsKey) {
+    for (const auto& store : {unsavedRecipe(), recipeIn("/")}) {
+        store->set("sourcePath", gcstring("tmp\0z", 5));
+        try {
+            node.loadSettings(store);
+            FAIL() << "loaded";
+        } catch (const GenICam::InvalidArgumentException& exception) {
+            EXPECT_STREQ(exception.GetDescription(),
+                         "Can't load \"sourcePath\": the path contains a null character.");
+        }
+        EXPECT_EQ(node.getSourcePath(), "");
+    }
+}
+
 TEST_F(ImageLoadingPersistence, AbsentKeysKeepTheirValuesApartFromThePath) {
     node.setSettings("/images", Random, 2, 3, 4, true, true);
     node.loadSettings(unsavedRecipe());

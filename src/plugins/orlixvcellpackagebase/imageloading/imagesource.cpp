@@ -116,6 +116,10 @@ std::vector<gcstring> enumerateImages(const gcstring& sourcePath) {
 }
 
 std::vector<gcstring> enumerateImages(const gcstring& sourcePath, const FileSystem& fileSystem) {
+    // No file has a null character in its name; the system would look for what is in front of it.
+    if (sourcePath.find('\0') != gcstring::npos) {
+        return {};
+    }
     const fs::path path(sourcePath.c_str());
     const fs::file_status status = getStatus(path, fileSystem);
     if (status.type() == fs::file_type::not_found) {

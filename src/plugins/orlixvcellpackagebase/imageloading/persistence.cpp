@@ -73,6 +73,17 @@ void checkStore(const std::shared_ptr<ISettings>& store) {
     throw GenICam::InvalidArgumentException(message.c_str(), __FILE__, __LINE__);
 }
 
+// The system would take a path as ending at its first null character.
+gcstring readSourcePath(ISettings& store) {
+    const gcstring path = store.getString(SettingsPath(sourcePathKey));
+    if (path.find('\0') != gcstring::npos) {
+        const std::string message =
+            "Can't load \"" + sourcePathKey.str() + "\": the path contains a null character.";
+        throw GenICam::InvalidArgumentException(message.c_str(), __FILE__, __LINE__);
+    }
+    return path;
+}
+
 // Numbers without an order of their own are kept, as they are by the setter.
 SortBy readSortBy(ISettings& store) {
     const std::int64_t value = store.getInteger(SettingsPath(sortByKey));
@@ -150,7 +161,7 @@ void ImageLoading::loadSourcePath(ISettings& store) {
     if (!store.contains(SettingsPath(sourcePathKey))) {
         return;
     }
-    const fs::path stored = toPath(store.getString(SettingsPath(sourcePathKey)));
+    const fs::path stored = toPath(readSourcePath(store));
     if (baseExists && stored.is_relative()) {
         const gcstring resolved = resolve(base, stored);
         setSourcePath(resolved);
