@@ -44,6 +44,15 @@ bool hasPixels(const DataProcessing::Utils::Variant& value) {
     return image != nullptr && !image->hasError(true) && image->isValid();
 }
 
+// A pin's value is rows in the order of its buffer, and that is how the next node reads it. What a
+// converter notes of the order in its result is no part of the value: a file that followed it would
+// show a picture that no node has seen, and turn a picture that was turned back.
+COrlixImage asNodesSeeIt(COrlixImage image) {
+    image.AttachUserBuffer(image.GetBuffer(), image.GetAllocatedBufferSize(), image.GetPixelType(),
+                           image.GetWidth(), image.GetHeight(), image.GetPaddingX());
+    return image;
+}
+
 std::string fileNameOf(const OpenOutput& output) {
     std::string name = output.node + "." + output.pin;
     std::replace_if(
@@ -170,7 +179,7 @@ void OutputWriter::writeImage(const OutputValue& value) {
     try {
         const std::string path = imagePath(value);
         madeFolders_.noteFile(path);
-        saveImage(GenICam::gcstring(path), imageOf(value.value)->getOrlixImage());
+        saveImage(GenICam::gcstring(path), asNodesSeeIt(imageOf(value.value)->getOrlixImage()));
     } catch (...) {
         state_->fail(currentMessage());
     }

@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -104,6 +106,54 @@ TEST_F(RunReplay, ImagesThatPngCanNotHoldAreWrittenAsTiff) {
                   "Converter.OutputPixelFormat=RGB8Planar"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(folder_.list("out").front(), "Converter.Image.000001.tif");
+}
+
+// The first column of the picture that comes out of two converters, whose settings are JSON
+// members. It goes in as 10, 20, 30.
+class TwoConverters : public testing::Test {
+protected:
+    std::vector<int> Run(const std::string& first, const std::string& second) {
+        COrlixImage image;
+        image.Reset(PixelType_Mono8, 1, 3);
+        const std::array<unsigned char, 3> rows = {10, 20, 30};
+        std::memcpy(image.GetBuffer(), rows.data(), rows.size());
+        image.Save(GenICam::gcstring(folder_ / "a.png"));
+        const std::string type = R"("type": "ImageFormatConverter", "settings": {)";
+        const std::string recipe = folder_.write("two.json", R"({"version": 1, "nodes": [
+            {"name": "L", "type": "ImageLoading", "settings": {"sourcePath": "a.png"}},
+            {"name": "A", )" + type + first + R"(}}, {"name": "B", )" +
+                                                                 type + second + R"(}}],
+            "connections": [{"from": "L.Image", "to": "A.Image"},
+                            {"from": "A.Image", "to": "B.Image"}]})");
+        const ProgramResult result =
+            runOrlix({"run", recipe, "--frames", "1", "--out", folder_ / "out", "--quiet"});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        COrlixImage written;
+        written.Load(GenICam::gcstring(folder_ / "out/B.Image.000001.png"));
+        const auto* pixel = static_cast<const unsigned char*>(written.GetBuffer());
+        const std::size_t rowBytes = written.GetImageSize() / 3;
+        return {pixel[0], pixel[rowBytes], pixel[2 * rowBytes]};
+    }
+
+    const std::string mono_ = R"("OutputPixelFormat": 17301505)";
+    const std::string rgb_ = R"("OutputPixelFormat": 35127316)";
+    const std::string bottomUp_ = R"(, "OutputOrientation": "BottomUp")";
+    const std::vector<int> upright_ = {10, 20, 30};
+    const std::vector<int> turned_ = {30, 20, 10};
+    TemporaryFolder folder_;
+};
+
+TEST_F(TwoConverters, APictureIsTurnedOnceForEachOfThemThatTurns) {
+    EXPECT_EQ(Run(rgb_, mono_), upright_);
+    EXPECT_EQ(Run(rgb_, mono_ + bottomUp_), turned_);
+    EXPECT_EQ(Run(mono_ + bottomUp_, rgb_ + bottomUp_), upright_);
+    EXPECT_EQ(Run(mono_ + bottomUp_, mono_ + bottomUp_), upright_);
+}
+
+TEST_F(TwoConverters, OneThatConvertsWritesWhatOneThatForwardsWrites) {
+    EXPECT_EQ(Run(rgb_ + bottomUp_, rgb_), turned_);
+    EXPECT_EQ(Run(rgb_ + bottomUp_, mono_), turned_);
+    EXPECT_EQ(Run(mono_ + bottomUp_, rgb_ + R"(, "OutputOrientation": "TopDown")"), turned_);
 }
 
 TEST_F(RunReplay, SummaryIsForPeople) {
