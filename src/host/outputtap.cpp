@@ -43,9 +43,9 @@ void OutputTap::put(const std::shared_ptr<DataProcessing::Core::IGraphUpdate>& u
     {
         const std::lock_guard lock(mutex_);
         if (limit_ != 0 || (held_.empty() && number <= state_->passed())) {
-            take({number, value});
+            take({number, RunClock::now(), value});
         } else {
-            held_.push_back({number, value});
+            held_.push_back({number, RunClock::now(), value});
             letGo(maxHeld_);
         }
     }
@@ -86,7 +86,7 @@ void OutputTap::letGo(std::size_t maxHeld) {
 }
 
 void OutputTap::take(const Held& held) {
-    const std::uint64_t number = count(held.update, errorOf(held.value) != nullptr);
+    const std::uint64_t number = count(held);
     if (number != 0 && writer_ != nullptr) {
         writer_->add({index_, number, held.update, held.value});
     }
@@ -95,22 +95,22 @@ void OutputTap::take(const Held& held) {
     }
 }
 
-std::uint64_t OutputTap::count(std::uint64_t update, bool hasError) {
+std::uint64_t OutputTap::count(const Held& held) {
     // A source may hand updates over out of order: an older one can come after the last that
     // counts.
     const bool isComplete = limit_ != 0 && report_.frames >= limit_;
-    if (isComplete || !state_->takes(update)) {
+    if (isComplete || !state_->takes(held.update)) {
         return 0;
     }
-    last_ = RunClock::now();
+    last_ = held.arrival;
     if (report_.frames == 0) {
         first_ = last_;
     }
     ++report_.frames;
-    report_.errors += hasError ? 1 : 0;
+    report_.errors += errorOf(held.value) != nullptr ? 1U : 0U;
     if (report_.frames == limit_) {
         // What the graph still has under way is finished, but is not part of this run's result.
-        state_->setLastUpdate(std::max(update, state_->passed()));
+        state_->setLastUpdate(std::max(held.update, state_->passed()));
     }
     return report_.frames;
 }

@@ -42,6 +42,7 @@ public:
 private:
     struct Held {
         std::uint64_t update = 0;
+        RunClock::time_point arrival;
         DataProcessing::Utils::Variant value;
     };
 
@@ -50,7 +51,7 @@ private:
     void letGo(std::size_t maxHeld);
     void take(const Held& held);
     // The number of the value, 0 if it belongs no longer to the run.
-    std::uint64_t count(std::uint64_t update, bool hasError);
+    std::uint64_t count(const Held& held);
 
     const std::size_t index_;
     const std::uint64_t limit_;

@@ -78,6 +78,20 @@ TEST_F(OutputTapTest, ValueAheadOfTheCountedPinWaitsForIt) {
     EXPECT_EQ(other_.report().frames, 2U) << "the third is behind the end";
 }
 
+// By the times at which its values came, not by those at which they were let go.
+TEST_F(OutputTapTest, RateIsThatOfTheSource) {
+    other_.put(nextUpdate(), good_);
+    const auto behindFirst = RunClock::now();
+    for (int i = 0; i < 1000; ++i) {
+        other_.put(nextUpdate(), good_);
+    }
+    const std::chrono::duration<double> atLeast = RunClock::now() - behindFirst;
+    other_.put(nextUpdate(), good_);
+    other_.releaseAll();
+    EXPECT_EQ(other_.report().frames, 1002U);
+    EXPECT_LE(other_.report().rate, 1001 / atLeast.count());
+}
+
 TEST_F(OutputTapTest, UpdateThatTheCountedPinLeavesOutIsPassed) {
     OutputTap counted{0, {"Node", "Counted", false}, 2, state_, nullptr, [&] { other_.release(); }};
     const auto update = nextUpdate();
