@@ -19,7 +19,7 @@ bool isFree(Utils::IObject& resource) {
 std::shared_ptr<CameraPool> CameraPool::create(std::vector<std::shared_ptr<ICameraLayer>> layers,
                                                CameraResources::LateLayers late) {
     const auto cameras = std::make_shared<CameraResources>(std::move(layers), std::move(late));
-    const std::shared_ptr<CameraPool> pool(new CameraPool(cameras));
+    std::shared_ptr<CameraPool> pool(new CameraPool(cameras));
     cameras->watch(pool);
     cameras->refresh(*pool);
     return pool;

@@ -74,9 +74,11 @@ bool isSame(const CInfoBase& first, const CInfoBase& second) {
 
 }  // namespace
 
-class CameraResources::Layer {
+// What one layer has, and its resources.
+class CameraResources::LayerCameras {
 public:
-    explicit Layer(std::shared_ptr<ICameraLayer> cameraLayer) : layer(std::move(cameraLayer)) {}
+    explicit LayerCameras(std::shared_ptr<ICameraLayer> cameraLayer)
+        : layer(std::move(cameraLayer)) {}
 
     const std::shared_ptr<ICameraLayer> layer;
 
@@ -115,12 +117,12 @@ private:
 
 namespace {
 
-template <typename Layer>
-std::vector<std::shared_ptr<Layer>> wrap(std::vector<std::shared_ptr<ICameraLayer>> layers) {
-    std::vector<std::shared_ptr<Layer>> wrapped;
+template <typename Wrapper>
+std::vector<std::shared_ptr<Wrapper>> wrap(std::vector<std::shared_ptr<ICameraLayer>> layers) {
+    std::vector<std::shared_ptr<Wrapper>> wrapped;
     wrapped.reserve(layers.size());
     for (auto& layer : layers) {
-        wrapped.push_back(std::make_shared<Layer>(std::move(layer)));
+        wrapped.push_back(std::make_shared<Wrapper>(std::move(layer)));
     }
     return wrapped;
 }
@@ -139,7 +141,7 @@ void tellFailure(const char* what) noexcept {
 CameraResources::CameraResources(std::vector<std::shared_ptr<ICameraLayer>> layers, LateLayers late)
     : late_(std::move(late)),
       search_(late_ == nullptr ? Search::Done : Search::NotBegun),
-      layers_(wrap<Layer>(std::move(layers))) {}
+      layers_(wrap<LayerCameras>(std::move(layers))) {}
 
 CameraResources::~CameraResources() {
     if (searcher_.get_id() == std::this_thread::get_id()) {
@@ -184,7 +186,7 @@ void CameraResources::watch(const std::shared_ptr<Core::DefaultResourcePool>& po
 }
 
 // Not as a node or a user refreshes: that cameras come and go is no wish for others.
-void CameraResources::watch(Layer& layer) {
+void CameraResources::watch(LayerCameras& layer) {
     // The pool, which owns this, is held while the call uses it.
     layer.layer->SetDevicesChanged([this, weak = pool_] {
         if (const auto strong = weak.lock()) {
@@ -253,7 +255,7 @@ void CameraResources::search() noexcept {
 // All of them or none. They are waited for before anybody else lists them: a refresh, which may run
 // on the thread that tells of another layer's cameras, must be quick.
 void CameraResources::addLateLayers() {
-    const Layers late = wrap<Layer>(late_());
+    const Layers late = wrap<LayerCameras>(late_());
     for (const auto& layer : late) {
         static_cast<void>(layer->layer->EnumerateDevices());
         watch(*layer);

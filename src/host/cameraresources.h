@@ -49,13 +49,13 @@ public:
 
 private:
     using ResourceMap = DataProcessing::Core::IResourcePool::ResourceMap;
-    class Layer;
-    using Layers = std::vector<std::shared_ptr<Layer>>;
+    class LayerCameras;
+    using Layers = std::vector<std::shared_ptr<LayerCameras>>;
     enum class Search { NotBegun, UnderWay, Done };
 
     [[nodiscard]] ResourceMap enumerate();
     [[nodiscard]] Layers getLayers();
-    void watch(Layer& layer);
+    void watch(LayerCameras& layer);
     void refreshWatched() noexcept;
     void search() noexcept;
     void addLateLayers();

@@ -88,8 +88,8 @@ std::vector<Module> readModules(const Json& catalog, const std::string& place) {
     }
     std::vector<Module> modules;
     for (const Json& value : catalog["Modules"]) {
-        const std::string index = std::to_string(modules.size());
-        modules.push_back(readModule(Record(value, here + ": Modules[" + index + "]")));
+        const std::string index = "[" + std::to_string(modules.size()) + "]";
+        modules.push_back(readModule(Record(value, (here + ": Modules").append(index))));
     }
     return modules;
 }

@@ -89,13 +89,12 @@ std::string withoutEntities(std::string text) {
 void applyTag(TextBuilder& builder, const std::string& tag) {
     if (tag == "li") {
         builder.endLine("  - ");
-    } else if (tag == "br" || tag == "br/" || tag == "br /" || tag == "/li") {
+    } else if (tag == "br" || tag == "br/" || tag == "br /" || tag == "/li" || tag == "/p" ||
+               (tag.size() == 3 && tag.compare(0, 2, "/h") == 0)) {
         builder.endLine();
     } else if (tag == "p" || tag == "ul" || tag == "ol" || tag == "/ul" || tag == "/ol" ||
                (tag.size() == 2 && tag[0] == 'h')) {
         builder.addBlankLine();
-    } else if (tag == "/p" || (tag.size() == 3 && tag.compare(0, 2, "/h") == 0)) {
-        builder.endLine();
     }
 }
 

@@ -98,7 +98,7 @@ void MadeFolders::remove() noexcept {
 }
 
 OutputWriter::OutputWriter(std::string folder, std::vector<OpenOutput> outputs,
-                           std::shared_ptr<RunState> state, std::function<void()> onSpace)
+                           std::shared_ptr<RunState> state, const std::function<void()>& onSpace)
     : folder_(std::move(folder)),
       madeFolders_(folder_),
       outputs_(std::move(outputs)),

@@ -42,7 +42,7 @@ class OutputWriter {
 public:
     // Makes the folder if need be; throws RuntimeException that names it if it can not be made.
     OutputWriter(std::string folder, std::vector<OpenOutput> outputs,
-                 std::shared_ptr<RunState> state, std::function<void()> onSpace);
+                 std::shared_ptr<RunState> state, const std::function<void()>& onSpace);
     ~OutputWriter();
     OutputWriter(const OutputWriter&) = delete;
     OutputWriter& operator=(const OutputWriter&) = delete;
