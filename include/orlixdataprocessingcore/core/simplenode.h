@@ -37,6 +37,8 @@ public:
     void cleanup() override;
 
 protected:
+    // One call of execute() between the bound properties. Final, since the framework runs the jobs
+    // of a simple node without the map that this returns.
     JobResults run(const std::shared_ptr<IGraphUpdate>& update, PinValues inputs) final;
 
     explicit SimpleNode(const std::shared_ptr<IResourcePool>& pool);
