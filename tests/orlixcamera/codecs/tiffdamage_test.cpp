@@ -86,6 +86,20 @@ TEST_F(TiffDamage, AByteCountThatIsTooSmallForThePictureIsAnError) {
     ExpectPixels(form, {1, 2, 3, 4, 5, 6, 7, 8});
 }
 
+TEST_F(TiffDamage, AStripOrTileThatIsTooShortIsAnError) {
+    RawTiff form{.width = 4, .height = 3, .more = {{TIFFTAG_ROWSPERSTRIP, {2}}}};
+    form.pieces = {{1, 2, 3, 4, 5, 6, 7, 8}, {9, 10, 11, 12}};
+    ExpectPixels(form, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12});
+    form.pieces[1].resize(3);
+    EXPECT_EQ(CauseOf(makeTiff(form)), "the file does not hold the data of strip 1.");
+    form.more = {{TIFFTAG_TILEWIDTH, {16}}, {TIFFTAG_TILELENGTH, {16}}};
+    form.pieces = {Bytes(256, 9)};
+    ExpectPixels(form, Bytes(12, 9));
+    // Enough for all that is seen of the tile, but not where a reader looks for it.
+    form.pieces[0].resize(255);
+    EXPECT_EQ(CauseOf(makeTiff(form)), "the file does not hold the data of tile 0.");
+}
+
 TEST_F(TiffDamage, APictureThatIsCutBehindItsDirectoryIsAnError) {
     for (const bool isTiled : {false, true}) {
         for (const std::uint32_t compression : Numbers{COMPRESSION_NONE, COMPRESSION_PACKBITS}) {

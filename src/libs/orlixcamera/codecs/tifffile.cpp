@@ -161,12 +161,29 @@ void TiffFile::RequireData(const TiffLayout& layout) const {
     const std::uint32_t count = layout.isTiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
     for (std::uint32_t i = 0; i < count; ++i) {
         const std::uint64_t offset = TIFFGetStrileOffset(tiff, i);
-        if (offset < headerSize || offset > size ||
-            TIFFGetStrileByteCount(tiff, i) > size - offset) {
+        const std::uint64_t bytes = TIFFGetStrileByteCount(tiff, i);
+        if (offset < headerSize || offset > size || bytes > size - offset ||
+            bytes < SizeOfPiece(layout, i)) {
             throw CodecError("the file does not hold the data of " +
                              std::string(layout.isTiled ? "tile " : "strip ") + std::to_string(i));
         }
     }
+}
+
+std::uint64_t TiffFile::SizeOfPiece(const TiffLayout& layout, std::uint32_t number) const {
+    TIFF* tiff = handle_.get();
+    if (layout.compression != COMPRESSION_NONE) {
+        return 0;
+    }
+    if (layout.isTiled) {
+        return TIFFTileSize64(tiff);
+    }
+    std::uint32_t rows = layout.height;
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_ROWSPERSTRIP, &rows);
+    rows = std::clamp(rows, std::uint32_t{1}, layout.height);
+    const std::uint64_t stripsOfPlane = (std::uint64_t{layout.height} + rows - 1) / rows;
+    const auto firstRow = static_cast<std::uint32_t>(number % stripsOfPlane * rows);
+    return TIFFVStripSize64(tiff, std::min(rows, layout.height - firstRow));
 }
 
 TiffLayout TiffFile::ReadLayout() const {

@@ -46,8 +46,8 @@ public:
     [[nodiscard]] std::uint64_t FileSize() const { return file_.Size(); }
     [[nodiscard]] TiffLayout ReadLayout() const;
 
-    // Throws unless the file tells of every strip or tile where it lies, and has that place.
-    // libtiff would read what else is there, the header of the file first.
+    // Throws unless the file tells of every strip or tile where it lies, has that place, and enough
+    // of it. libtiff would read what else is there, the header of the file first.
     void RequireData(const TiffLayout& layout) const;
 
     // Throws what libtiff complained about unless `isGood`; also if it only warned of damage, or
@@ -60,6 +60,8 @@ private:
     };
     struct Callbacks;
 
+    // What a strip or tile takes without compression; codes end by themselves.
+    [[nodiscard]] std::uint64_t SizeOfPiece(const TiffLayout& layout, std::uint32_t number) const;
     // The first complaint is the cause, later ones are its consequences.
     void Keep(std::string text);
 
