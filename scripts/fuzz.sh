@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 
 seconds=${1:-1800}
 seed=${2:-0}
-programs=(description formula)
+programs=(description formula camsim event)
 ORLIX_EXTRA_PACKAGES="clang libclang-rt-14-dev" scripts/setup.sh
 scripts/build.sh fuzz "${programs[@]/%/fuzz}"
 

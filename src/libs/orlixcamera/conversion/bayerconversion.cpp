@@ -50,13 +50,14 @@ constexpr std::size_t LongLine = 2 * LineEnd;
 constexpr std::size_t PiecePixels = 512;
 
 // A function that only prefetches looks to the compiler as if it did nothing, and calls of such are
-// left out unless it knows nothing about them.
-[[gnu::noipa]] void Prefetch(const std::uint8_t* from, std::size_t bytes) {
+// left out unless there is something in it that it knows nothing about.
+[[gnu::noinline]] void Prefetch(const std::uint8_t* from, std::size_t bytes) {
     constexpr int Read = 0;
     constexpr int SecondCache = 2;
     for (std::size_t offset = 0; offset < bytes; offset += CacheLine) {
         __builtin_prefetch(from + offset, Read, SecondCache);
     }
+    asm volatile("");
 }
 
 }  // namespace

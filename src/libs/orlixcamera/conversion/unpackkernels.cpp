@@ -84,12 +84,12 @@ template <class Packing, std::size_t Stride>
 struct VectorTable {
     static constexpr std::size_t Size = hn::MaxLanes(D8());
     static constexpr std::array<std::uint8_t, Size> Make() {
-        std::array<std::uint8_t, Size> bytes{};
+        std::array<std::uint8_t, Size> made{};
         for (std::size_t lane = 0; lane < Size; ++lane) {
-            bytes[lane] =
+            made[lane] =
                 static_cast<std::uint8_t>(lane / 16 * Stride + Packing::Table().bytes[lane % 16]);
         }
-        return bytes;
+        return made;
     }
     HWY_ALIGN static constexpr std::array<std::uint8_t, Size> bytes = Make();
 };
