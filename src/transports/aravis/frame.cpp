@@ -63,7 +63,7 @@ FrameCounter::Place FrameCounter::Count(std::uint64_t blockId) {
     Place place;
     if (!begun_) {
         begun_ = true;
-        number_ = 1;
+        ++number_;
     } else if (blockId > lastId_) {
         place.lost = blockId - lastId_ - 1;
         number_ += blockId - lastId_;
@@ -79,9 +79,24 @@ FrameCounter::Place FrameCounter::Count(std::uint64_t blockId) {
     return place;
 }
 
+std::uint64_t FrameCounter::CountUnknown() noexcept {
+    ++lastId_;
+    return ++number_;
+}
+
+// Aravis takes the number of a frame from its leader. Who got none leaves what Forget has set,
+// which is no number in GigE Vision.
+FrameCounter::Place FrameReader::placeOf(ArvBuffer& source) {
+    const std::uint64_t blockId = arv_buffer_get_frame_id(&source);
+    if (protocol_ == Protocol::GigE && blockId == 0) {
+        return {counter_.CountUnknown(), 0};
+    }
+    return counter_.Count(blockId);
+}
+
 std::uint64_t FrameReader::Read(ArvBuffer& source, StreamBuffer& frame, bool lacksEndOnly) {
     const Reason& reason = reasonOf(arv_buffer_get_status(&source), lacksEndOnly);
-    const FrameCounter::Place place = counter_.Count(arv_buffer_get_frame_id(&source));
+    const FrameCounter::Place place = placeOf(source);
     const bool isWhole = reason.fate == FrameFate::Delivered;
     frame.fate = reason.fate;
     frame.error = gcstring(reason.text);

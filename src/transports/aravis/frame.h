@@ -19,6 +19,8 @@ public:
         std::uint64_t lost = 0;
     };
     [[nodiscard]] Place Count(std::uint64_t blockId);
+    // A frame whose number got lost is taken for the one behind the last.
+    [[nodiscard]] std::uint64_t CountUnknown() noexcept;
 
 private:
     bool begun_ = false;
@@ -59,6 +61,7 @@ private:
 
     [[nodiscard]] static Geometry geometryOf(ArvBuffer& source);
     void describe(Transport::StreamBuffer& frame) const;
+    [[nodiscard]] FrameCounter::Place placeOf(ArvBuffer& source);
 
     const Protocol protocol_;
     const std::size_t payloadSize_;

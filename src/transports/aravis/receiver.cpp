@@ -1,5 +1,8 @@
 #include "aravis/receiver.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <string>
 #include <thread>
@@ -41,6 +44,17 @@ void prepare(ArvGvDevice& device, const StreamSettings& settings) {
     arv_gv_device_set_packet_size_adjustment(&device, settings.negotiatePacketSize
                                                           ? ARV_GV_PACKET_SIZE_ADJUSTMENT_ONCE
                                                           : ARV_GV_PACKET_SIZE_ADJUSTMENT_NEVER);
+}
+
+// Pages of a new buffer are made before the stream begins: a receiving thread that waits for them,
+// milliseconds where the system has to put large ones together, loses what comes meanwhile. Kernels
+// before 5.14 refuse, and make them on the way.
+void makePages(const StreamBuffer& buffer) noexcept {
+    const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+    const auto data = reinterpret_cast<std::uintptr_t>(buffer.data);
+    const std::uintptr_t begin = data / page * page;
+    static_cast<void>(::madvise(reinterpret_cast<void*>(begin), data + buffer.capacity - begin,
+                                MADV_POPULATE_WRITE));
 }
 
 }  // namespace
@@ -137,27 +151,31 @@ void Receiver::checkSocketBuffer(std::size_t wanted, std::size_t granted) const 
 
 void Receiver::Push(StreamBuffer& buffer) {
     ArvBuffer* source = nullptr;
+    bool isNew = false;
     {
         const std::scoped_lock lock(mutex_);
         Place& place = buffers_[&buffer];
-        if (place.source == nullptr) {
+        isNew = place.source == nullptr;
+        if (isNew) {
             place.source.reset(arv_buffer_new_full(buffer.capacity, buffer.data, &buffer, nullptr));
         }
         place.isHeld = true;
         source = place.source.get();
         FrameReader::Forget(*source);
     }
+    if (isNew) {
+        makePages(buffer);
+    }
     g_object_ref(source);  // the stream's
     arv_stream_push_buffer(stream_.get(), source);
 }
 
 StreamBuffer* Receiver::Pop(std::chrono::microseconds timeOut) {
-    ArvBuffer* const popped = arv_stream_timeout_pop_buffer(
-        stream_.get(), static_cast<guint64>(std::max<std::int64_t>(timeOut.count(), 0)));
-    if (popped == nullptr) {
+    const auto time = static_cast<guint64>(std::max<std::int64_t>(timeOut.count(), 0));
+    const ObjectPtr<ArvBuffer> source(arv_stream_timeout_pop_buffer(stream_.get(), time));
+    if (source == nullptr) {
         return nullptr;
     }
-    const ObjectPtr<ArvBuffer> source(popped);
     auto* const buffer =
         static_cast<StreamBuffer*>(const_cast<void*>(arv_buffer_get_user_data(source.get())));
     const bool lacksEndOnly =

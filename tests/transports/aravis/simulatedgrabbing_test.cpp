@@ -136,6 +136,18 @@ TEST_F(SimulatedGrabbing, EveryFateHasItsOwnReason) {
     EXPECT_EQ(Statistic("StatisticFailedWrongSize"), 1);
 }
 
+// The leader has the number of the frame.
+TEST_F(SimulatedGrabbing, FramesThatLoseTheirLeaderHaveTheirPlaceAmongTheOthers) {
+    Start({"--wire", "frame 5 to 45 every 10: drop leader", "--resends", "ignore"});
+    camera.MaxNumBuffer.SetValue(4);
+    Open();
+    MakeFrames(320, 240, 25);
+    const Account account = GrabAll(50);
+    EXPECT_EQ(account.whole, 45U);
+    EXPECT_EQ(account.failed, 5U);
+    EXPECT_EQ(account.lastId, 50U);
+}
+
 TEST_F(SimulatedGrabbing, LongFrameNumbersCountOn) {
     Start({"--first-block", "65530"});
     Open();
