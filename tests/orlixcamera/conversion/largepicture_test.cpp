@@ -26,6 +26,8 @@ constexpr Pair Pairs[] = {
     {PixelType_BayerRG8, PixelType_BGR8Packed},
     {PixelType_BayerGB8, PixelType_RGB8Planar},
     {PixelType_BayerGR12p, PixelType_BGRA8Packed},
+    {PixelType_BayerBG10p, PixelType_BGR8Packed},
+    {PixelType_BayerGB12Packed, PixelType_RGB8Packed},
     {PixelType_BayerBG16, PixelType_RGB16Packed},
     {PixelType_BayerRG8, PixelType_RGB16Packed},
     {PixelType_RGB8Packed, PixelType_BGR8Packed},
