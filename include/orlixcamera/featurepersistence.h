@@ -29,14 +29,16 @@ public:
 
     // Replaces `text`. Takes in all features that are marked as streamable and can be read and
     // written now, floats exactly and without a locale; those that selectors select once for each
-    // combination of the selectors' values. The selectors end as they were, on an exception too.
+    // combination of the selectors' values. A float that is infinite or no number is left out, for
+    // it could not be written. The selectors end as they were, on an exception too.
     static void SaveToString(GenICam::gcstring& text, GenApi::INodeMap* nodeMap);
 
     // Applies the lines in their order, and those that failed again as long as that helps, since
     // the range of one value may depend on another. A value behind a selector that could not be
     // set is not written. All that can be loaded is loaded; then one RuntimeException names every
-    // line that could not be: unknown name, refused value and, with `validate`, every value that
-    // reads back another than was written.
+    // line that could not be: unknown name, refused value and, with `validate`, every value,
+    // selectors too, that reads back another than was written. A text with a line that is none is
+    // refused as a whole, by a RuntimeException with the number of the first.
     static void LoadFromString(const GenICam::gcstring& text, GenApi::INodeMap* nodeMap,
                                bool validate = true);
 };

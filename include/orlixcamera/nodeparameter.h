@@ -34,7 +34,8 @@ public:
     CNodeParameter(GenApi::INodeMap* map, const gcstring& name);
     CNodeParameter(GenApi::INodeMap& map, const gcstring& name);
 
-    // Whether there is such a feature and it can be read or written now.
+    // Whether there is such a feature and it can be read now, as IsReadable; one that can only be
+    // written is not valid.
     [[nodiscard]] bool IsValid() const;
     [[nodiscard]] bool IsReadable() const;
     [[nodiscard]] bool IsWritable() const;

@@ -90,7 +90,7 @@ protected:
 
 }  // namespace
 
-TEST_F(FeaturePersistence, Rule78SavesWhatIsStreamableAndCanBeReadAndWritten) {
+TEST_F(FeaturePersistence, SavesWhatIsStreamableAndCanBeReadAndWritten) {
     load(integer("Width", 0, "") +
          integer("Fixed", 8, "<ImposedAccessMode>RO</ImposedAccessMode>") +
          "<Integer Name=\"Volatile\"><Value>5</Value></Integer>"
@@ -107,7 +107,7 @@ TEST_F(FeaturePersistence, ARangeComesBehindWhatItDependsOn) {
     EXPECT_EQ(save(), header + "Size\t10\nOffset\t7\n");
 }
 
-TEST_F(FeaturePersistence, Rule79SavesAFeatureOnceForEachValueOfItsSelector) {
+TEST_F(FeaturePersistence, SavesAFeatureOnceForEachValueOfItsSelector) {
     load(gains);
     set("GainSelector", "Digital2");
     set("Gain", "2.5");
@@ -120,7 +120,7 @@ TEST_F(FeaturePersistence, Rule79SavesAFeatureOnceForEachValueOfItsSelector) {
     EXPECT_EQ(get("GainSelector"), "All");
 }
 
-TEST_F(FeaturePersistence, Rule79TwoSelectorsOfOneFeatureMakeTheProduct) {
+TEST_F(FeaturePersistence, TwoSelectorsOfOneFeatureMakeTheProduct) {
     const auto selector = [](const std::string& name) {
         return "<Integer Name=\"" + name +
                "\"><Value>0</Value><Min>0</Min><Max>1</Max><pSelected>Gain</pSelected></Integer>";
@@ -152,7 +152,7 @@ TEST_F(FeaturePersistence, Rule79TwoSelectorsOfOneFeatureMakeTheProduct) {
     }
 }
 
-TEST_F(FeaturePersistence, Rule81WhatLiesInAChunkIsLeftOut) {
+TEST_F(FeaturePersistence, WhatLiesInAChunkIsLeftOut) {
     load(integer("Width", 0, "") +
          "<Integer Name=\"Stamp\"><Streamable>Yes</Streamable><pValue>StampReg</pValue></Integer>"
          "<IntReg Name=\"StampReg\"><Address>0</Address><Length>8</Length><AccessMode>RW"
@@ -166,7 +166,7 @@ TEST_F(FeaturePersistence, Rule81WhatLiesInAChunkIsLeftOut) {
     EXPECT_EQ(save(), header + "Width\t0\n");
 }
 
-TEST_F(FeaturePersistence, Rule79RestoresEveryPlaceAndTheSelectorItself) {
+TEST_F(FeaturePersistence, RestoresEveryPlaceAndTheSelectorItself) {
     load(gains);
     restore(header +
             "GainSelector\tAll\nGain\t0.1\nGainSelector\tDigital2\nGain\t2.5\n"
@@ -177,7 +177,7 @@ TEST_F(FeaturePersistence, Rule79RestoresEveryPlaceAndTheSelectorItself) {
     EXPECT_EQ(GenApi::CFloatPtr(map_._GetNode("Gain"))->GetValue(), 0.1);
 }
 
-TEST_F(FeaturePersistence, Rule78KeepsFloatsExact) {
+TEST_F(FeaturePersistence, KeepsFloatsExact) {
     load(gains);
     const GenApi::CFloatPtr gain(map_._GetNode("Gain"));
     gain->SetValue(1.0 / 3.0);
@@ -197,14 +197,14 @@ TEST_F(FeaturePersistence, AValueBehindASelectorThatFailsIsNotWritten) {
     EXPECT_EQ(get("Gain"), "3");
 }
 
-TEST_F(FeaturePersistence, Rule80LoadsInAnOrderThatWorks) {
+TEST_F(FeaturePersistence, LoadsInAnOrderThatWorks) {
     load(integer("Size", 8, "") + integer("Offset", 0, "<pMax>Size</pMax>"));
     restore("Offset\t7\nSize\t10\n");
     EXPECT_EQ(get("Offset"), "7");
     EXPECT_EQ(get("Size"), "10");
 }
 
-TEST_F(FeaturePersistence, Rule81AnUnknownNameIsReportedAndTheRestLoaded) {
+TEST_F(FeaturePersistence, AnUnknownNameIsReportedAndTheRestLoaded) {
     load(integer("Width", 0, ""));
     EXPECT_EQ(restoreMessage("Colour\tRed\nWidth\t5\n"),
               "The feature stream could not be loaded whole. Line 1, Colour: there is no such "
@@ -212,7 +212,7 @@ TEST_F(FeaturePersistence, Rule81AnUnknownNameIsReportedAndTheRestLoaded) {
     EXPECT_EQ(get("Width"), "5");
 }
 
-TEST_F(FeaturePersistence, Rule80NamesEveryValueThatReadsBackAnother) {
+TEST_F(FeaturePersistence, NamesEveryValueThatReadsBackAnother) {
     // Both registers are one: the second write shows in the first.
     load(integer("Width", 0, "") + integer("Height", 0, ""));
     const std::string stream = "Width\t5\nHeight\t6\n";
@@ -220,6 +220,43 @@ TEST_F(FeaturePersistence, Rule80NamesEveryValueThatReadsBackAnother) {
               "The feature stream could not be loaded whole. Line 1, Width: \"5\" was written, "
               "\"6\" is read.");
     EXPECT_EQ(restoreMessage(stream, false), "no exception");
+}
+
+TEST_F(FeaturePersistence, ASelectorThatStaysAsItWasIsNamedAndNothingIsWrittenBehindIt) {
+    // Every number that is written arrives as 0.
+    load(R"(
+<Integer Name="Place"><pValue>Stuck</pValue><Min>0</Min><Max>1</Max>
+  <pSelected>Gain</pSelected></Integer>
+<IntConverter Name="Stuck"><FormulaTo>0 * FROM</FormulaTo><FormulaFrom>TO</FormulaFrom>
+  <pValue>PlaceReg</pValue></IntConverter>
+<IntReg Name="PlaceReg"><Address>0x100</Address><Length>8</Length><AccessMode>RW</AccessMode>
+  <pPort>Device</pPort><Endianess>LittleEndian</Endianess></IntReg>
+)" + integer("Gain", 0, ""));
+    const std::string stream = "Place\t1\nGain\t5\n";
+    EXPECT_EQ(restoreMessage(stream),
+              "The feature stream could not be loaded whole. Line 1, Place: \"1\" was written, "
+              "\"0\" is read. Line 2, Gain: its selector Place is not set.");
+    EXPECT_EQ(get("Gain"), "0");
+    EXPECT_EQ(restoreMessage(stream, false), "no exception");
+}
+
+TEST_F(FeaturePersistence, AFloatThatCantBeWrittenIsLeftOut) {
+    load(integer("Bits", 0, "") +
+         R"(<FloatReg Name="Level"><Streamable>Yes</Streamable><Address>0</Address>
+  <Length>8</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>
+  <Endianess>LittleEndian</Endianess></FloatReg>)");
+    const std::pair<const char*, const char*> values[] = {
+        {"9221120237041090560", "no number"},
+        {"9218868437227405312", "infinity"},
+        {"-4503599627370496", "minus infinity"},
+    };
+    for (const auto& [bits, name] : values) {
+        set("Bits", bits);
+        EXPECT_EQ(save(), header + "Bits\t" + bits + "\n") << name;
+        restore(save());
+    }
+    set("Bits", "4607182418800017408");
+    EXPECT_EQ(save(), header + "Bits\t4607182418800017408\nLevel\t1\n");
 }
 
 TEST_F(FeaturePersistence, OnlyTheLastOfSeveralLinesOfOneFeatureCounts) {

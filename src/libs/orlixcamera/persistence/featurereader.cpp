@@ -104,6 +104,9 @@ private:
         try {
             writeFeature(*feature.node, feature.line.value);
             unset_.erase(feature.node);
+            if (feature.isSelector && readBack_ == ReadBack::Yes && !compare(feature)) {
+                unset_.insert(feature.node);  // what follows would go to another place
+            }
         } catch (const GenICam::GenericException& exception) {
             problems_[&feature] = exception.GetDescription();
             unset_.insert(feature.node);
@@ -128,20 +131,23 @@ private:
             if (feature.isSelector) {
                 write(feature);
             } else if (feature.isLast && findUnset(feature) == nullptr) {
-                compare(feature);
+                static_cast<void>(compare(feature));
             }
         }
     }
 
-    void compare(const Feature& feature) {
+    // False, and a problem, for a feature that reads another value than was written.
+    [[nodiscard]] bool compare(const Feature& feature) {
         try {
-            if (GenApi::IsReadable(feature.node) && !readsAs(*feature.node, feature.line.value)) {
-                problems_[&feature] = "\"" + feature.line.value + "\" was written, \"" +
-                                      readFeature(*feature.node) + "\" is read";
+            if (!GenApi::IsReadable(feature.node) || readsAs(*feature.node, feature.line.value)) {
+                return true;
             }
+            problems_[&feature] = "\"" + feature.line.value + "\" was written, \"" +
+                                  readFeature(*feature.node) + "\" is read";
         } catch (const GenICam::GenericException& exception) {
             problems_[&feature] = exception.GetDescription();
         }
+        return false;
     }
 
     [[noreturn]] void fail() const {

@@ -76,6 +76,11 @@ std::string readFeature(GenApi::INode& node) {
     return GenApi::CValuePtr(&node)->ToString().str();
 }
 
+bool canBeWritten(GenApi::INode& node, const std::string& value) {
+    return node.GetPrincipalInterfaceType() != GenApi::intfIFloat ||
+           std::isfinite(parseFloat(node, value));
+}
+
 void writeFeature(GenApi::INode& node, const std::string& value) {
     const GenApi::CFloatPtr number(&node);
     if (node.GetPrincipalInterfaceType() == GenApi::intfIFloat && number.IsValid()) {

@@ -11,6 +11,8 @@ namespace Orlix {
 [[nodiscard]] bool isPersistable(GenApi::INode& node);
 
 [[nodiscard]] std::string readFeature(GenApi::INode& node);
+// Whether what was read can be written: a float that is infinite, or no number, can't.
+[[nodiscard]] bool canBeWritten(GenApi::INode& node, const std::string& value);
 // Checks the range. Throws InvalidArgumentException for a text that is no value of the feature.
 void writeFeature(GenApi::INode& node, const std::string& value);
 // Whether the feature reads what the text says; floats may differ by what a device rounds off.

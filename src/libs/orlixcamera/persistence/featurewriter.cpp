@@ -105,8 +105,12 @@ private:
     }
 
     void writeFeatureLine(GenApi::INode& node) {
-        if (isPersistable(node)) {
-            appendFeatureLine(text_, node.GetName().view(), readFeature(node));
+        if (!isPersistable(node)) {
+            return;
+        }
+        const std::string value = readFeature(node);
+        if (canBeWritten(node, value)) {
+            appendFeatureLine(text_, node.GetName().view(), value);
         }
     }
 
