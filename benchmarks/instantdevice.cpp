@@ -92,7 +92,6 @@ public:
         buffer.height = 64;
         return &buffer;
     }
-    void Interrupt() noexcept override {}
     void Stop() noexcept override { running_ = false; }
     [[nodiscard]] StreamBuffer* TakeBack() noexcept override {
         const std::scoped_lock lock(mutex_);

@@ -8,8 +8,9 @@ namespace Orlix {
 class CInstantCamera;
 
 // Each pair is called before and after the step, on the thread that takes it, with no lock of the
-// library held. An exception of OnAttached, OnOpened or OnDetached leaves the operation; all others
-// are logged and swallowed.
+// library held; of a run that ends in the same moment for two reasons, OnGrabStarted to
+// OnGrabStopped come in this order, but on either thread. An exception of OnAttached, OnOpened or
+// OnDetached leaves the operation; all others are logged and swallowed.
 class ORLIXCAMERA_API CConfigurationEventHandler {
 public:
     virtual void OnAttach(CInstantCamera& /*camera*/) {}

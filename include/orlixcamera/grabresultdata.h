@@ -30,7 +30,7 @@ public:
     // False for a frame that did not arrive as it should. Its buffer may hold a part of it, and
     // what it says of the content may be wrong.
     [[nodiscard]] bool GrabSucceeded() const noexcept;
-    // Why it failed; empty if it succeeded.
+    // Why it failed, where the transport tells; empty if it succeeded.
     [[nodiscard]] gcstring GetErrorDescription() const;
 
     // PixelType_Undefined, which is -1, and sizes of 0 where the frame has no image.
@@ -53,6 +53,9 @@ public:
     [[nodiscard]] std::uint64_t GetFrameId() const noexcept;
     // Ticks of the camera's clock.
     [[nodiscard]] std::uint64_t GetTimeStamp() const noexcept;
+    // Of the run that it was taken in, see CInstantCamera::GetRunNumber. A handler may be called so
+    // late that the camera is in another one.
+    [[nodiscard]] std::uint64_t GetRunNumber() const noexcept;
     // Counts what this camera object hands over, from 1 with each StartGrabbing.
     [[nodiscard]] std::uint64_t GetImageNumber() const noexcept;
     // Frames left out right before this one, as the strategy asks.

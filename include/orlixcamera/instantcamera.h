@@ -34,8 +34,10 @@ namespace Orlix {
 //
 // Handlers run with no lock held. StartGrabbing, StopGrabbing, Close and DetachDevice don't wait
 // for a call that runs on the grab or the event thread, so the caller may hold a lock that such a
-// call waits for; no call of that run is begun after they have returned. A handler that comes late
-// finds a closed camera, whose node maps answer with exceptions. Calls of two runs never overlap.
+// call waits for; no call of that run is begun after they have returned. One counts as begun when
+// the camera has decided on it, so a thread that was held up right then comes late: a frame and an
+// event tell by their numbers where they belong, and a closed camera's node maps answer with
+// exceptions. Calls for frames of two runs never overlap.
 //
 // A lost device makes what needs it throw within a bounded time. StopGrabbing, Close and
 // DetachDevice need it not, and do not throw for it.
@@ -117,6 +119,13 @@ public:
         ECameraEventRegistrationMode mode, ECleanup cleanup,
         ECameraEventAvailability availability = CameraEventAvailability_Mandatory);
     bool DeregisterCameraEventHandler(CCameraEventHandler* handler, const gcstring& nodeName);
+    // Takes all of them off, as if each were replaced.
+    void DeregisterCameraEventHandlers();
+    // Messages of devices are counted as they arrive, from 1: the number of the last one, and,
+    // within OnCameraEvent, of the one that the call is for. A message whose number is not above
+    // what the first function told at a moment arrived before that moment.
+    [[nodiscard]] std::uint64_t GetLastEventNumber() const noexcept;
+    [[nodiscard]] std::uint64_t GetEventNumber() const noexcept;
 
     // ---- Grabbing. Opens the camera where needed. RuntimeException if it is grabbing already.
 
@@ -127,8 +136,12 @@ public:
     void StartGrabbing(std::size_t maxImages, EGrabStrategy strategy = GrabStrategy_OneByOne,
                        EGrabLoop grabLoop = GrabLoop_ProvidedByUser);
     [[nodiscard]] bool IsGrabbing() const noexcept;
-    // Nothing happens if it is not grabbing. Fires OnGrabStop, OnGrabStopped. Frames that nobody
-    // took are dropped and counted.
+    // Counts the runs of this object from 1, those too whose start failed; that of the last, which
+    // may be over, and 0 before the first.
+    [[nodiscard]] std::uint64_t GetRunNumber() const noexcept;
+    // Nothing happens if it is not grabbing. Fires OnGrabStop, OnGrabStopped: where a run ends by
+    // itself at the same time, each handler is told once, by one of the two threads, in this order.
+    // Frames that nobody took are dropped and counted.
     void StopGrabbing();
     // The next frame. False, and no result, after the time-out with TimeoutHandling_Return, or if
     // grabbing is stopped meanwhile or not begun; TimeoutException with the other choice.

@@ -55,10 +55,11 @@ struct StreamBuffer {
     std::size_t paddingX = 0;
 };
 
-// Frames by fate since the stream was opened. Sent is the sum of all others.
+// Counts since the stream was opened. The device has sent as many frames as the first three say
+// together; the others count packets.
 struct StreamStatistics {
     std::uint64_t delivered = 0;
-    std::uint64_t failed = 0;           // handed over with another fate than Delivered
+    std::uint64_t failed = 0;           // put into a buffer with another fate than Delivered
     std::uint64_t missedForBuffer = 0;  // no buffer was queued when they came
     std::uint64_t resentPackets = 0;
     std::uint64_t missingPackets = 0;
@@ -75,11 +76,9 @@ public:
     virtual void Queue(StreamBuffer& buffer) = 0;
     // Begins to receive; `payloadSize` bytes are the most that a frame has.
     virtual void Start(std::size_t payloadSize) = 0;
-    // The next filled buffer, or null after the time-out, after Stop or Interrupt.
+    // The next filled buffer; null after the time-out, and at once when the stream is stopped.
     [[nodiscard]] virtual StreamBuffer* Wait(std::chrono::milliseconds timeOut) = 0;
-    // Makes a Wait that runs or comes next return null at once.
-    virtual void Interrupt() noexcept = 0;
-    // Ends receiving; waits for no caller of Wait, and never throws on a lost device.
+    // Ends receiving and every Wait, which it waits for no longer than these take to leave.
     virtual void Stop() noexcept = 0;
     // After Stop: the buffers that are still queued or filled, one by one, then null.
     [[nodiscard]] virtual StreamBuffer* TakeBack() noexcept = 0;
@@ -89,17 +88,17 @@ protected:
     IStream() = default;
 };
 
-// How an event message is laid out behind its header.
+// A message of the device. `data` is what follows its header, which the description addresses from
+// 0 on; it is valid during the call only.
 struct EventMessage {
     std::uint16_t eventId = 0;
-    std::uint64_t timestamp = 0;
-    const std::uint8_t* data =
-        nullptr;  // the message's registers, as the description addresses them
+    std::uint64_t timestamp = 0;  // ticks of the device's clock
+    const std::uint8_t* data = nullptr;
     std::size_t size = 0;
 };
 
 // Called on threads of the back end, never two of a kind at once and with no lock held. No call is
-// made after SetSinks(nullptr) has returned, unless that is called from within the sink itself.
+// made after SetSink(nullptr) has returned, unless that is called from within the sink itself.
 class IDeviceSink {
 public:
     virtual void OnEvent(const EventMessage& message) = 0;
@@ -135,6 +134,12 @@ public:
     virtual void ReadLayer(std::int64_t address, void* buffer, std::size_t length) = 0;
     virtual void WriteLayer(std::int64_t address, const void* buffer, std::size_t length) = 0;
 
+    // Asks an open device for a sign of life, for half a second at most: false if there is none,
+    // and the device is lost then. Where a lost device makes every access fail at once, as a back
+    // end without a network does, there is nothing to ask.
+    [[nodiscard]] virtual bool CheckAlive() { return true; }
+
+    // Null for none; waits for a call that runs. A sink lives until then.
     virtual void SetSink(IDeviceSink* sink) = 0;
     // One at a time. The device must be open.
     [[nodiscard]] virtual std::unique_ptr<IStream> OpenStream() = 0;

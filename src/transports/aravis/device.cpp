@@ -140,6 +140,12 @@ void Device::WriteLayer(std::int64_t address, const void* buffer, std::size_t le
     WriteLayerMemory(*connection(), *streamState_, address, buffer, length);
 }
 
+bool Device::CheckAlive() {
+    const auto open = connection();
+    open->CheckAlive();
+    return !open->IsLost();
+}
+
 void Device::SetSink(Transport::IDeviceSink* sink) {
     notices_->SetSink(sink);
 }

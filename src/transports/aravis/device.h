@@ -36,6 +36,7 @@ public:
     void ReadLayer(std::int64_t address, void* buffer, std::size_t length) override;
     void WriteLayer(std::int64_t address, const void* buffer, std::size_t length) override;
 
+    [[nodiscard]] bool CheckAlive() override;
     void SetSink(Transport::IDeviceSink* sink) override;
     [[nodiscard]] std::unique_ptr<Transport::IStream> OpenStream() override;
 

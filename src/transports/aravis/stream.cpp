@@ -63,7 +63,6 @@ void Stream::Start(std::size_t payloadSize) {
     for (StreamBuffer* const buffer : held_) {
         receiver->Push(*buffer);
     }
-    interrupted_ = false;
     receiver_ = std::move(receiver);
 }
 
@@ -71,7 +70,7 @@ StreamBuffer* Stream::Wait(milliseconds timeOut) {
     const Clock::time_point deadline = Clock::now() + timeOut;
     std::unique_lock lock(mutex_);
     while (true) {
-        if (std::exchange(interrupted_, false) || receiver_ == nullptr) {
+        if (receiver_ == nullptr) {
             return nullptr;
         }
         const bool isGone = !connection_->IsUsable();
@@ -103,11 +102,6 @@ void Stream::takeOut(StreamBuffer& buffer) noexcept {
     if (at != held_.end()) {
         held_.erase(at);
     }
-}
-
-void Stream::Interrupt() noexcept {
-    const std::scoped_lock lock(mutex_);
-    interrupted_ = true;
 }
 
 void Stream::Stop() noexcept {

@@ -22,7 +22,6 @@ public:
     void Queue(Transport::StreamBuffer& buffer) override;
     void Start(std::size_t payloadSize) override;
     [[nodiscard]] Transport::StreamBuffer* Wait(std::chrono::milliseconds timeOut) override;
-    void Interrupt() noexcept override;
     void Stop() noexcept override;
     [[nodiscard]] Transport::StreamBuffer* TakeBack() noexcept override;
     [[nodiscard]] Transport::StreamStatistics GetStatistics() const override;
@@ -41,7 +40,6 @@ private:
     std::shared_ptr<Receiver> ending_;           // while Stop ends it
     std::deque<Transport::StreamBuffer*> held_;  // all buffers that the stream has
     unsigned int inside_ = 0;                    // threads that use the receiver
-    bool interrupted_ = false;
     Transport::StreamStatistics before_;  // of earlier runs
 };
 

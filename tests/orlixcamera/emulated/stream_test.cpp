@@ -242,15 +242,6 @@ TEST_F(EmulatedStream, StopEndsAWaitAndAnExposure) {
     EXPECT_EQ(camera.stream->GetStatistics().delivered, 0U);
 }
 
-TEST_F(EmulatedStream, InterruptEndsOneWait) {
-    camera.stream->Start(camera.payload());
-    camera.stream->Interrupt();
-    EXPECT_EQ(camera.wait(), nullptr);
-    camera.queue(1, camera.payload());
-    camera.features.execute("AcquisitionStart");
-    EXPECT_NE(camera.wait(), nullptr);
-}
-
 TEST_F(EmulatedStream, LossEndsTheStreamWithAnErrorAndGivesTheBuffersBack) {
     camera.features.set("TriggerMode", "On");
     camera.start(3);

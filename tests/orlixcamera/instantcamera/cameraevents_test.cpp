@@ -241,6 +241,65 @@ TEST_F(CameraEvents, AStormIsBoundedAndCounted) {
     EXPECT_EQ(statistic("StatisticEventsLost"), lost);
 }
 
+// The event thread has taken the first message and waits for the lock of the map that it is for.
+TEST_F(CameraEvents, AMessageOfAnEarlierOpeningIsNotDeliveredInTheNext) {
+    add(events, frameId);
+    open();
+    {
+        const GenApi::AutoLock lock(camera.GetNodeMap().GetLock());
+        std::int64_t lost = 0;
+        do {
+            lost = statistic("StatisticEventsLost");
+            device->SendEvent(exposureEndEvent, 1);
+            std::this_thread::yield();
+        } while (statistic("StatisticEventsLost") == 0 || statistic("StatisticEventsLost") == lost);
+        camera.Close();
+        camera.Open();
+    }
+    device->SendEvent(exposureEndEvent, 2);
+    ASSERT_TRUE(events.calls.WaitFor(1));
+    EXPECT_EQ(events.calls.Get(), (std::vector<Call>{{frameId, 0, 2}}));
+}
+
+TEST_F(CameraEvents, AreNumberedAsTheyArriveAndAHandlerIsToldItsOwn) {
+    Gate entered;
+    Gate leave;
+    Record<std::uint64_t> numbers;
+    events.work = [&](CInstantCamera& sender) {
+        entered.Open();
+        EXPECT_TRUE(leave.Wait());
+        numbers.Add(sender.GetEventNumber());
+    };
+    add(events, frameId);
+    open();
+    EXPECT_EQ(camera.GetLastEventNumber(), 0U);
+    device->SendEvent(exposureEndEvent, 1);
+    ASSERT_TRUE(entered.Wait());
+    device->SendEvent(overrunEvent, 2);
+    device->SendEvent(exposureEndEvent, 3);
+    EXPECT_EQ(camera.GetLastEventNumber(), 3U);
+    leave.Open();
+    ASSERT_TRUE(numbers.WaitFor(2));
+    EXPECT_EQ(numbers.Get(), (std::vector<std::uint64_t>{1, 3}));
+}
+
+TEST_F(CameraEvents, AllHandlersCanBeTakenOffAtOnce) {
+    std::atomic<int> ended = 0;
+    auto* const owned = new Events;
+    owned->ended = &ended;
+    open();
+    camera.RegisterCameraEventHandler(owned, frameId, 0, CameraEventRegistrationMode_Append,
+                                      Cleanup_Delete, CameraEventAvailability_Optional);
+    add(events, frameId);
+    camera.DeregisterCameraEventHandlers();
+    EXPECT_EQ(ended, 1);
+    add(others, frameId);
+    device->SendEvent(exposureEndEvent, 1);
+    ASSERT_TRUE(others.calls.WaitFor(1));
+    EXPECT_EQ(events.calls.Count(), 0U);
+    EXPECT_FALSE(camera.DeregisterCameraEventHandler(&events, frameId));
+}
+
 TEST_F(CameraEvents, AnExceptionOfAHandlerIsSwallowedAndTheNextOneIsCalled) {
     events.work = [](CInstantCamera&) { throw std::string("of no known type"); };
     add(events, frameId);

@@ -154,7 +154,6 @@ protected:
     const std::shared_ptr<ICameraLayer> layer = CreateCameraLayer(cameras);
     const CDeviceInfo info = layer->EnumerateDevices().at(0);
     Images images;
-    States states;
 };
 
 using Clock = std::chrono::steady_clock;

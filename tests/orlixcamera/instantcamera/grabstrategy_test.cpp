@@ -124,6 +124,26 @@ TEST_F(GrabStrategy, UpcomingImageTakesNoFrameThatCameBeforeItWasAskedFor) {
     expectAccount(2);
 }
 
+TEST_F(GrabStrategy, UpcomingImageIsFilledIntoABufferThatComesBackDuringTheWait) {
+    camera.MaxNumBuffer.SetValue(1);
+    open();
+    camera.StartGrabbing(GrabStrategy_UpcomingImage, GrabLoop_ProvidedByUser);
+    CGrabResultPtr first;
+    auto asked =
+        std::async(std::launch::async, [&] { return camera.RetrieveResult(30000, first); });
+    device->WaitForQueued(1);
+    ASSERT_TRUE(device->Send());
+    ASSERT_TRUE(asked.get());
+    CGrabResultPtr next;
+    asked = std::async(std::launch::async, [&] { return camera.RetrieveResult(600000, next); });
+    device->WaitForWaiting();
+    first.Release();
+    device->WaitForQueued(1);
+    ASSERT_TRUE(device->Send());
+    ASSERT_TRUE(asked.get());
+    EXPECT_EQ(next->GetFrameId(), 2U);
+}
+
 TEST_F(GrabStrategy, RetrievingTellsTheTimeOutAsAsked) {
     open();
     camera.StartGrabbing();

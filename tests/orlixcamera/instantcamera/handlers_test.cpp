@@ -72,6 +72,29 @@ TEST_F(Handlers, OwnedOnesEndWhenTakenOffReplacedOrWithTheCamera) {
     EXPECT_EQ(ended, 4);
 }
 
+// The one that is replaced takes its successor off, before that was told of its registration.
+TEST_F(Handlers, AnOwnedOneThatIsTakenOffRightAwayEndsAfterItWasTold) {
+    struct Successor final : Owned<CConfigurationEventHandler> {
+        Successor(std::atomic<int>& ended, int& told) : Owned(ended), told_(told) {}
+        void OnConfigurationRegistered(CInstantCamera&) override { ++told_; }
+        int& told_;
+    };
+    struct Replaced final : CConfigurationEventHandler {
+        void OnConfigurationDeregistered(CInstantCamera& sender) override {
+            EXPECT_TRUE(sender.DeregisterConfiguration(successor));
+        }
+        CConfigurationEventHandler* successor = nullptr;
+    };
+    std::atomic<int> ended = 0;
+    int told = 0;
+    Replaced replaced;
+    replaced.successor = new Successor(ended, told);
+    camera.RegisterConfiguration(&replaced, RegistrationMode_Append, Cleanup_None);
+    camera.RegisterConfiguration(replaced.successor, RegistrationMode_ReplaceAll, Cleanup_Delete);
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(ended, 1);
+}
+
 TEST_F(Handlers, TakingOffWaitsForACallOfAHandlerThatTheCameraDoesNotOwn) {
     Gate entered;
     std::atomic<bool> left = false;

@@ -2,6 +2,7 @@
 // asked to. So a test waits for nothing but the camera.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstring>
 #include <deque>
@@ -49,6 +50,7 @@ public:
         bool lost = false;
         bool refuseStart = false;
         std::size_t payloadSize = 0;
+        std::size_t waiting = 0;  // calls of Wait with a time-out
     };
 
     explicit ScriptedStream(std::shared_ptr<State> state) : state_(std::move(state)) {
@@ -80,9 +82,13 @@ public:
     }
     [[nodiscard]] Transport::StreamBuffer* Wait(std::chrono::milliseconds timeOut) override {
         std::unique_lock lock(state_->mutex);
+        const std::size_t counts = timeOut > std::chrono::milliseconds(0) ? 1 : 0;
+        state_->waiting += counts;
+        state_->changed.notify_all();
         state_->changed.wait_for(lock, timeOut, [this] {
             return !state_->running || state_->lost || !state_->filled.empty();
         });
+        state_->waiting -= counts;
         if (!state_->running) {
             return nullptr;
         }
@@ -97,7 +103,6 @@ public:
         state_->filled.pop_front();
         return buffer;
     }
-    void Interrupt() noexcept override {}
     void Stop() noexcept override {
         const std::scoped_lock lock(state_->mutex);
         state_->running = false;
@@ -234,6 +239,11 @@ public:
         stream->changed.notify_all();
         return true;
     }
+    // Until a thread waits for a frame.
+    void WaitForWaiting() const {
+        std::unique_lock lock(stream->mutex);
+        stream->changed.wait(lock, [&] { return stream->waiting != 0; });
+    }
     void WaitForQueued(std::size_t count) const {
         std::unique_lock lock(stream->mutex);
         stream->changed.wait(lock, [&] { return stream->queued.size() >= count; });
@@ -282,6 +292,9 @@ public:
     std::string description = scriptedDescription;
     bool sendAtStart = false;        // a frame with each start of the acquisition
     std::function<void()> onAccess;  // before each access to a register; what it throws passes
+    std::function<void(std::int64_t)> afterWrite;  // with its address; what it throws passes
+    std::atomic<bool> answers = true;              // when asked for a sign of life
+    std::atomic<int> asked = 0;
 
     // ---- What the camera does
 
@@ -316,6 +329,13 @@ public:
         if (address == Address::start && sendAtStart) {
             Send();
         }
+        if (afterWrite) {
+            afterWrite(address);
+        }
+    }
+    [[nodiscard]] bool CheckAlive() override {
+        ++asked;
+        return answers;
     }
     [[nodiscard]] std::shared_ptr<const std::string> GetDescription() override {
         return std::make_shared<const std::string>(description);

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <future>
+
 #include "orlixcamera/instantcamera/scripteddevice.h"
 
 namespace CameraTest {
@@ -62,6 +65,34 @@ TEST_F(StreamCounting, WhatALateThreadCountsDoesNotReachTheNextOpening) {
     EXPECT_EQ(counters.Get().delivered, 0U);
     EXPECT_EQ(counters.GetTotal().sent, 1U);
     EXPECT_EQ(counters.GetTotal().aborted, 1U);
+}
+
+// A back end may take locks of its own to tell, which the thread that counts may hold.
+TEST_F(StreamCounting, AFrameIsCountedWhileTheStreamIsAsked) {
+    class Asked final : public Transport::IStream {
+    public:
+        void Queue(Transport::StreamBuffer&) override {}
+        void Start(std::size_t) override {}
+        Transport::StreamBuffer* Wait(std::chrono::milliseconds) override { return nullptr; }
+        void Stop() noexcept override {}
+        Transport::StreamBuffer* TakeBack() noexcept override { return nullptr; }
+        [[nodiscard]] Transport::StreamStatistics GetStatistics() const override {
+            onAsked();
+            return {};
+        }
+        std::function<void()> onAsked = [] {};
+    };
+    Asked asked;
+    counters.Attach(asked);
+    const StreamCounters::Run run = counters.BeginRun();
+    asked.onAsked = [&] {
+        std::async(std::launch::async, [&] { counters.Count(run, FrameFate::Delivered); }).get();
+    };
+    EXPECT_EQ(counters.Get().delivered, 0U);
+    EXPECT_EQ(counters.GetTotal().delivered, 1U);
+    counters.EndRun();
+    counters.Detach();
+    EXPECT_EQ(counters.Get().delivered, 3U);
 }
 
 }  // namespace

@@ -41,7 +41,6 @@ void Stream::Start(std::size_t payloadSize) {
     {
         const std::scoped_lock lock(mutex_);
         state_ = State::Running;
-        interrupted_ = false;
     }
     thread_ = std::thread([this, payloadSize] { run(payloadSize); });
 }
@@ -49,9 +48,9 @@ void Stream::Start(std::size_t payloadSize) {
 StreamBuffer* Stream::Wait(std::chrono::milliseconds timeOut) {
     std::unique_lock lock(mutex_);
     filledOrEnded_.wait_for(lock, timeOut, [this] {
-        return state_ != State::Running || interrupted_ || !filled_.IsEmpty();
+        return state_ != State::Running || !filled_.IsEmpty();
     });
-    if (std::exchange(interrupted_, false) || state_ == State::Stopped) {
+    if (state_ == State::Stopped) {
         return nullptr;
     }
     StreamBuffer* const buffer = filled_.Pop();
@@ -61,12 +60,6 @@ StreamBuffer* Stream::Wait(std::chrono::milliseconds timeOut) {
         throwGone();
     }
     return buffer;
-}
-
-void Stream::Interrupt() noexcept {
-    const std::scoped_lock lock(mutex_);
-    interrupted_ = true;
-    filledOrEnded_.notify_all();
 }
 
 void Stream::Stop() noexcept {

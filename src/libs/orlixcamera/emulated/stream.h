@@ -26,7 +26,6 @@ public:
     void Queue(Transport::StreamBuffer& buffer) override;
     void Start(std::size_t payloadSize) override;
     [[nodiscard]] Transport::StreamBuffer* Wait(std::chrono::milliseconds timeOut) override;
-    void Interrupt() noexcept override;
     void Stop() noexcept override;
     [[nodiscard]] Transport::StreamBuffer* TakeBack() noexcept override;
     [[nodiscard]] Transport::StreamStatistics GetStatistics() const override;
@@ -59,7 +58,6 @@ private:
     BufferRing filled_;
     std::size_t bufferCount_ = 0;  // in either ring, or being filled
     State state_ = State::Stopped;
-    bool interrupted_ = false;
     Transport::StreamStatistics statistics_;
 };
 

@@ -22,6 +22,7 @@ void BufferSet::Activate(Transport::IStream& stream, Queueing queueing) {
     const std::scoped_lock lock(mutex_);
     stream_ = &stream;
     queueing_ = queueing;
+    wanted_ = false;
     while (queueing == Queueing::Automatic && !free_.empty()) {
         stream.Queue(free_.back()->buffer);
         free_.pop_back();
@@ -33,21 +34,21 @@ void BufferSet::Deactivate() noexcept {
     stream_ = nullptr;
 }
 
-bool BufferSet::QueueOne() {
+void BufferSet::QueueOne() {
     const std::scoped_lock lock(mutex_);
-    if (stream_ == nullptr || free_.empty()) {
-        return false;
+    wanted_ = free_.empty();
+    if (stream_ != nullptr && !wanted_) {
+        stream_->Queue(free_.back()->buffer);
+        free_.pop_back();
     }
-    stream_->Queue(free_.back()->buffer);
-    free_.pop_back();
-    return true;
 }
 
 void BufferSet::Return(FrameSlot& slot) noexcept {
     const std::scoped_lock lock(mutex_);
-    if (stream_ != nullptr && queueing_ == Queueing::Automatic) {
+    if (stream_ != nullptr && (queueing_ == Queueing::Automatic || wanted_)) {
         try {
             stream_->Queue(slot.buffer);
+            wanted_ = false;
             return;
         } catch (...) {
             Tell("A buffer can't be queued: " + TextOfCurrentException());

@@ -30,8 +30,8 @@ public:
     void Activate(Transport::IStream& stream, Queueing queueing);
     // The stream gets nothing more.
     void Deactivate() noexcept;
-    // Gives one free buffer to the stream; false if none is free.
-    bool QueueOne();
+    // Gives one buffer to the stream: a free one, or the next that comes back.
+    void QueueOne();
 
     // A buffer that the stream or a holder is done with.
     void Return(FrameSlot& slot) noexcept;
@@ -45,6 +45,7 @@ private:
     std::mutex mutex_;
     Transport::IStream* stream_ = nullptr;
     Queueing queueing_ = Queueing::Automatic;
+    bool wanted_ = false;           // by the stream, when none was free
     std::vector<FrameSlot*> free_;  // has room for all
 };
 

@@ -87,11 +87,12 @@ void EventDelivery::Quit() {
 void EventDelivery::Begin(std::shared_ptr<DeviceMaps> maps, int priority) {
     const std::scoped_lock lock(mutex_);
     ring_.resize(queueSize);
-    maps_ = std::move(maps);
-    count_ = 0;
     if (!thread_.joinable()) {
         thread_ = std::thread([this, priority] { run(priority); });
     }
+    maps_ = std::move(maps);
+    ++opening_;
+    count_ = 0;
 }
 
 void EventDelivery::End() noexcept {
@@ -105,11 +106,13 @@ void EventDelivery::Post(const Transport::EventMessage& message) noexcept {
     bool taken = false;
     try {
         const std::scoped_lock lock(mutex_);
+        const std::uint64_t number = ++lastNumber_;
         if (maps_ == nullptr) {
             return;
         }
         if (count_ < ring_.size()) {
             Message& place = ring_[(first_ + count_) % ring_.size()];
+            place.number = number;
             place.eventId = message.eventId;
             place.data.assign(message.data, message.data + message.size);
             ++count_;
@@ -124,7 +127,8 @@ void EventDelivery::Post(const Transport::EventMessage& message) noexcept {
     }
 }
 
-bool EventDelivery::take(Message& message, std::shared_ptr<DeviceMaps>& maps) {
+bool EventDelivery::take(Message& message, std::shared_ptr<DeviceMaps>& maps,
+                         std::uint64_t& opening) {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return count_ != 0 || quit_; });
     if (quit_) {
@@ -134,6 +138,7 @@ bool EventDelivery::take(Message& message, std::shared_ptr<DeviceMaps>& maps) {
     first_ = (first_ + 1) % ring_.size();
     --count_;
     maps = maps_;
+    opening = opening_;
     return true;
 }
 
@@ -141,20 +146,22 @@ void EventDelivery::run(int priority) {
     SetThreadPriority(priority, "event");
     Message message;
     std::shared_ptr<DeviceMaps> maps;
-    while (take(message, maps)) {
+    std::uint64_t opening = 0;
+    while (take(message, maps, opening)) {
         if (maps != nullptr) {
-            CallGuarded("the delivery of a camera event", [&] { deliver(message, *maps); });
+            CallGuarded("the delivery of a camera event",
+                        [&] { deliver(message, *maps, opening); });
         }
         maps.reset();
     }
 }
 
-bool EventDelivery::isCurrent(const DeviceMaps& maps) const {
+bool EventDelivery::isCurrent(std::uint64_t opening) const {
     const std::scoped_lock lock(mutex_);
-    return maps_.get() == &maps && !quit_;
+    return maps_ != nullptr && opening_ == opening && !quit_;
 }
 
-void EventDelivery::deliver(const Message& message, DeviceMaps& maps) {
+void EventDelivery::deliver(const Message& message, DeviceMaps& maps, std::uint64_t opening) {
     {
         struct Delivering {
             Delivering() { delivering = true; }
@@ -164,15 +171,16 @@ void EventDelivery::deliver(const Message& message, DeviceMaps& maps) {
         maps.GetEventAdapter().DeliverMessage(message.eventId, message.data.data(),
                                               static_cast<std::int64_t>(message.data.size()));
     }
-    if (!isCurrent(maps)) {
+    if (!isCurrent(opening)) {
         // Closed meanwhile; its nodes must not show a message that came too late.
         maps.GetEventAdapter().ForgetMessages();
-        return;
     }
+    handledNumber_ = message.number;
     const auto handlers = handlers_.Get();
     for (const auto& handler : *handlers) {
+        // Taken in any case, so that no later message is held for this one.
         GenApi::INode* const node = handler->TakeChanged();
-        if (node != nullptr && isCurrent(maps)) {
+        if (node != nullptr && isCurrent(opening)) {
             callHandler_(*handler, node);
         }
     }

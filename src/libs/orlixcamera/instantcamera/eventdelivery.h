@@ -71,8 +71,14 @@ public:
     // Copies the message. Where the queue is full it is dropped and counted.
     void Post(const Transport::EventMessage& message) noexcept;
 
+    // Messages are counted as they come: the last, and the one that a handler is called for, which
+    // it asks for on its own thread.
+    [[nodiscard]] std::uint64_t GetLastNumber() const noexcept { return lastNumber_; }
+    [[nodiscard]] std::uint64_t GetHandledNumber() const noexcept { return handledNumber_; }
+
 private:
     struct Message {
+        std::uint64_t number = 0;
         std::uint16_t eventId = 0;
         std::vector<std::uint8_t> data;
     };
@@ -80,9 +86,10 @@ private:
     static constexpr std::size_t queueSize = 1024;
 
     void run(int priority);
-    [[nodiscard]] bool take(Message& message, std::shared_ptr<DeviceMaps>& maps);
-    [[nodiscard]] bool isCurrent(const DeviceMaps& maps) const;
-    void deliver(const Message& message, DeviceMaps& maps);
+    [[nodiscard]] bool take(Message& message, std::shared_ptr<DeviceMaps>& maps,
+                            std::uint64_t& opening);
+    [[nodiscard]] bool isCurrent(std::uint64_t opening) const;
+    void deliver(const Message& message, DeviceMaps& maps, std::uint64_t opening);
 
     EventRegistrations& handlers_;
     StreamCounters& counters_;
@@ -90,11 +97,14 @@ private:
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;
-    std::shared_ptr<DeviceMaps> maps_;
+    std::shared_ptr<DeviceMaps> maps_;  // null while closed
+    std::uint64_t opening_ = 0;  // counts the calls of Begin; its maps may be those of before
     std::vector<Message> ring_;  // messages keep their memory
     std::size_t first_ = 0;
     std::size_t count_ = 0;
     bool quit_ = false;
+    std::atomic<std::uint64_t> lastNumber_{0};
+    std::atomic<std::uint64_t> handledNumber_{0};
     std::thread thread_;  // since the first Begin
 };
 

@@ -17,6 +17,7 @@ class BufferSet;
 
 // What the camera adds to a frame when it hands it over.
 struct FrameNumbers {
+    std::uint64_t run = 0;
     std::uint64_t imageNumber = 0;
     std::size_t skipped = 0;
 };

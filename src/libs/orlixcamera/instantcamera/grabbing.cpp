@@ -48,14 +48,15 @@ void CInstantCamera::Impl::StartGrabbing(Detail::GrabPlan plan) {
         throw RuntimeException("The camera is grabbing already.", __FILE__, __LINE__);
     }
     notify(&CConfigurationEventHandler::OnGrabStart, "OnGrabStart");
+    std::shared_ptr<GrabRun> run;
     {
         const std::scoped_lock control(control_);
-        start(plan);
+        run = start(plan);
     }
-    notify(&CConfigurationEventHandler::OnGrabStarted, "OnGrabStarted");
+    tell(*run, GrabRun::Step::Started);
 }
 
-void CInstantCamera::Impl::start(const Detail::GrabPlan& plan) {
+std::shared_ptr<GrabRun> CInstantCamera::Impl::start(const Detail::GrabPlan& plan) {
     if (getRun() != nullptr || !settings_->isOpen) {
         throw RuntimeException(settings_->isOpen ? "The camera is grabbing already."
                                                  : "The camera was closed meanwhile.",
@@ -77,19 +78,37 @@ void CInstantCamera::Impl::start(const Detail::GrabPlan& plan) {
     // Known before it begins, for the first handler may be quick to stop it.
     setRun(run);
     lockTransport(true);
+    bool acquires = false;
     try {
         run->Start(buffers_, payloadSize);
         if (settings_->controlAcquisition) {
+            acquires = true;  // also if it throws: the device may have heard it
             executeCommand("AcquisitionStart");
         }
         if (plan.loop == GrabLoop_ProvidedByInstantCamera) {
             startThread(run);
         }
     } catch (...) {
+        run->Silence();
+        run->SetFailed();
+        run->Forbid();
+        if (acquires) {
+            stopAcquisition(*run);
+        }
         run->Stop();
         lockTransport(false);
-        setRun(nullptr);
+        forget(*run);
         throw;
+    }
+    return run;
+}
+
+// A run that never was, of which nobody is told at the next stop.
+void CInstantCamera::Impl::forget(GrabRun& run) noexcept {
+    setRun(nullptr);
+    const std::scoped_lock lock(state_);
+    if (lastRun_.get() == &run) {
+        lastRun_.reset();
     }
 }
 
@@ -152,16 +171,37 @@ void CInstantCamera::Impl::StopGrabbing() {
 
 // On the grab thread, too, when a run ends by itself.
 void CInstantCamera::Impl::endRun(const std::shared_ptr<GrabRun>& run) {
-    if (run->Claim(GrabRun::Step::Stop)) {
-        notify(&CConfigurationEventHandler::OnGrabStop, "OnGrabStop");
+    {
+        // A start that is under way may fail yet, of which nobody is told.
+        const std::scoped_lock control(control_);
     }
+    // The thread that has started it may not have come to that yet.
+    tell(*run, GrabRun::Step::Started);
+    tell(*run, GrabRun::Step::Stop);
     {
         const std::scoped_lock control(control_);
         stop(*run);
     }
-    // Whoever comes here first tells, so that nothing is told of the run after StopGrabbing.
-    if (run->Claim(GrabRun::Step::Stopped)) {
-        notify(&CConfigurationEventHandler::OnGrabStopped, "OnGrabStopped");
+    tell(*run, GrabRun::Step::Stopped);
+}
+
+// What another thread has begun to tell is finished here, but for the call that it is in: nothing
+// is told of the run when StopGrabbing has returned.
+void CInstantCamera::Impl::tell(GrabRun& run, GrabRun::Step step, const char* text) {
+    const auto call = [&](CConfigurationEventHandler& handler) {
+        switch (step) {
+            case GrabRun::Step::Started:
+                return CallGuarded("OnGrabStarted", [&] { handler.OnGrabStarted(camera_); });
+            case GrabRun::Step::Error:
+                return CallGuarded("OnGrabError", [&] { handler.OnGrabError(camera_, text); });
+            case GrabRun::Step::Stop:
+                return CallGuarded("OnGrabStop", [&] { handler.OnGrabStop(camera_); });
+            case GrabRun::Step::Stopped:
+                return CallGuarded("OnGrabStopped", [&] { handler.OnGrabStopped(camera_); });
+        }
+    };
+    while (const auto item = run.NextToTell(step, configurations_)) {
+        item->Call(call);
     }
 }
 
@@ -170,20 +210,26 @@ void CInstantCamera::Impl::stop(GrabRun& run) noexcept {
     if (getRun().get() != &run) {
         return;
     }
-    if (settings_->controlAcquisition && !settings_->isRemoved) {
-        // A device that is lost has stopped anyway; the news of that may be still on its way.
-        try {
-            executeCommand("AcquisitionStop");
-        } catch (...) {
-            if (!settings_->isRemoved && !run.HasFailed()) {
-                Detail::Tell("The acquisition can't be stopped: " +
-                             Detail::TextOfCurrentException());
-            }
-        }
+    if (settings_->controlAcquisition) {
+        stopAcquisition(run);
     }
     run.Stop();
     lockTransport(false);
     setRun(nullptr);
+}
+
+// A device that is lost has stopped anyway. The news of that may be still on its way, and a command
+// would be waited for much longer than a sign of life.
+void CInstantCamera::Impl::stopAcquisition(const GrabRun& run) noexcept {
+    try {
+        if (!settings_->isRemoved && device_->CheckAlive()) {
+            executeCommand("AcquisitionStop");
+        }
+    } catch (...) {
+        if (!settings_->isRemoved && !run.HasFailed()) {
+            Detail::Tell("The acquisition can't be stopped: " + Detail::TextOfCurrentException());
+        }
+    }
 }
 
 void CInstantCamera::Impl::executeCommand(const char* name) {
@@ -211,28 +257,25 @@ void CInstantCamera::Impl::grabLoop(const std::shared_ptr<GrabRun>& run) {
     Detail::SetThreadPriority(static_cast<int>(settings_->grabThreadPriority), "grab");
     try {
         while (run->IsAllowed() && !run->IsComplete()) {
-            if (const CGrabResultPtr frame = run->Next(loopWait)) {
+            if (const CGrabResultPtr frame = run->TakeFrame(loopWait)) {
                 handOver(*run, frame);
             }
         }
     } catch (...) {
         run->SetFailed();
         const std::string text = Detail::TextOfCurrentException();
-        for (const auto& item : *configurations_.Get()) {
-            item->Call([&](CConfigurationEventHandler& handler) {
-                CallGuarded("OnGrabError", [&] { handler.OnGrabError(camera_, text.c_str()); });
-            });
-        }
+        tell(*run, GrabRun::Step::Started);
+        tell(*run, GrabRun::Step::Error, text.c_str());
     }
     if (run->IsAllowed()) {
         endRun(run);
     }
 }
 
-// What Begin allows reaches the first handler, even if the run ends meanwhile; the others are asked
-// for anew, since each may stop the camera.
+// The call of the first handler has begun as soon as it is allowed, even if the run ends meanwhile:
+// the frame tells its run. The others are asked for anew, since each may stop the camera.
 void CInstantCamera::Impl::handOver(GrabRun& run, const CGrabResultPtr& frame) {
-    bool allowed = run.Begin(*frame);
+    bool allowed = run.CountAndAllow(*frame);
     const std::size_t skipped = frame->GetNumberOfSkippedImages();
     const auto handlers = imageHandlers_.Get();
     for (const auto& item : *handlers) {
@@ -261,7 +304,7 @@ bool CInstantCamera::Impl::RetrieveResult(unsigned int timeoutMilliseconds, CGra
                                __LINE__);
     }
     try {
-        result = run->Next(milliseconds(timeoutMilliseconds));
+        result = run->TakeFrame(milliseconds(timeoutMilliseconds));
     } catch (...) {
         run->SetFailed();
         endRun(run);

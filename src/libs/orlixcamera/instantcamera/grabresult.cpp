@@ -80,6 +80,10 @@ std::uint64_t CGrabResultData::GetTimeStamp() const noexcept {
     return slot_.buffer.timestamp;
 }
 
+std::uint64_t CGrabResultData::GetRunNumber() const noexcept {
+    return slot_.GetNumbers().run;
+}
+
 std::uint64_t CGrabResultData::GetImageNumber() const noexcept {
     return slot_.GetNumbers().imageNumber;
 }

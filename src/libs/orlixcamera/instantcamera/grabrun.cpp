@@ -68,9 +68,23 @@ bool GrabRun::IsAllowed() const {
     return allowed_;
 }
 
-bool GrabRun::Claim(Step step) {
+std::shared_ptr<GrabRun::ConfigurationRegistration> GrabRun::NextToTell(
+    Step step, const HandlerList<ConfigurationRegistration>& handlers) {
     const std::scoped_lock lock(mutex_);
-    return !std::exchange(claimed_.at(static_cast<std::size_t>(step)), true);
+    if (silent_ || step < step_ || (step == Step::Error && !allowed_)) {
+        return nullptr;
+    }
+    if (step > step_ || toTell_ == nullptr) {
+        step_ = step;
+        toTell_ = handlers.Get();
+        told_ = 0;
+    }
+    return told_ < toTell_->size() ? (*toTell_)[told_++] : nullptr;
+}
+
+void GrabRun::Silence() noexcept {
+    const std::scoped_lock lock(mutex_);
+    silent_ = true;
 }
 
 bool GrabRun::IsComplete() const {
@@ -78,7 +92,7 @@ bool GrabRun::IsComplete() const {
     return plan_.maxImages != 0 && handedOut_ >= plan_.maxImages;
 }
 
-CGrabResultPtr GrabRun::Next(milliseconds timeOut) {
+CGrabResultPtr GrabRun::TakeFrame(milliseconds timeOut) {
     const Clock::time_point deadline = Clock::now() + timeOut;
     if (!waitForStart(deadline)) {
         return {};
@@ -95,7 +109,7 @@ CGrabResultPtr GrabRun::Next(milliseconds timeOut) {
     if (slot == nullptr) {
         return {};
     }
-    FrameNumbers numbers{0, skipped};
+    FrameNumbers numbers{number_, 0, skipped};
     {
         const std::scoped_lock lock(mutex_);
         const bool tooMany = plan_.maxImages != 0 && handedOut_ >= plan_.maxImages;
@@ -120,7 +134,7 @@ bool GrabRun::waitForStart(Clock::time_point deadline) {
 }
 
 // In one step, so that no end of the run comes between the answer and the count.
-bool GrabRun::Begin(const CGrabResultData& frame) {
+bool GrabRun::CountAndAllow(const CGrabResultData& frame) {
     const std::scoped_lock lock(mutex_);
     count(allowed_ ? FrameSlot::Of(frame).buffer.fate : FrameFate::Aborted);
     return allowed_;
@@ -148,7 +162,9 @@ FrameSlot* GrabRun::takeUpcoming(Clock::time_point deadline) {
     for (;;) {
         {
             const std::scoped_lock lock(mutex_);
-            upcomingQueued_ = upcomingQueued_ || buffers_->QueueOne();
+            if (!std::exchange(upcomingQueued_, true)) {
+                buffers_->QueueOne();
+            }
         }
         FrameSlot* const slot = grabber_->Take(number_, until(deadline));
         if (slot == nullptr) {

@@ -13,6 +13,8 @@
 #include <vector>
 
 #include "orlixcamera/cameraenums.h"
+#include "orlixcamera/configurationeventhandler.h"
+#include "orlixcamera/instantcamera/handlerlist.h"
 #include "orlixcamera/instantcamera/streamgrabber.h"
 
 namespace Orlix::Detail {
@@ -25,8 +27,8 @@ struct GrabPlan {
     bool deliverFailed = true;
 };
 
-// Next is called by one thread or several, also while Start is under way, which it waits for; Start
-// and Stop by those who control the camera, one at a time.
+// TakeFrame is called by one thread or several, also while Start is under way, which it waits for;
+// Start and Stop by those who control the camera, one at a time.
 class GrabRun {
 public:
     GrabRun(GrabPlan plan, std::shared_ptr<StreamGrabber> grabber);
@@ -43,18 +45,28 @@ public:
     void Stop() noexcept;
     // Whether a call of a handler may begin now.
     [[nodiscard]] bool IsAllowed() const;
-    // The steps of its end that handlers are told of; true for the first who asks.
-    enum class Step : std::uint8_t { Stop, Stopped };
-    [[nodiscard]] bool Claim(Step step);
+
+    // What configuration handlers are told of a run, in this order; an error only while calls are
+    // allowed.
+    enum class Step : std::uint8_t { Started, Error, Stop, Stopped };
+    using ConfigurationRegistration = Registration<CConfigurationEventHandler>;
+    // The handler to be told of the step next; null if there is none, or the step is over. Several
+    // threads may tell at once: each handler is told of a step once, and who gets null leaves none
+    // to be told by others later.
+    [[nodiscard]] std::shared_ptr<ConfigurationRegistration> NextToTell(
+        Step step, const HandlerList<ConfigurationRegistration>& handlers);
+    // Nobody is told of anything any more.
+    void Silence() noexcept;
 
     // The next frame; invalid after the time-out or the end. Throws what the stream throws.
-    [[nodiscard]] CGrabResultPtr Next(std::chrono::milliseconds timeOut);
-    // Whether the frame, which Next gave, may still be handed to handlers; it is counted by that.
-    [[nodiscard]] bool Begin(const CGrabResultData& frame);
+    [[nodiscard]] CGrabResultPtr TakeFrame(std::chrono::milliseconds timeOut);
+    // Whether the frame, which TakeFrame gave, may still be handed to handlers; it is counted by
+    // that.
+    [[nodiscard]] bool CountAndAllow(const CGrabResultData& frame);
     // The stream has thrown, so that the device may be lost.
     void SetFailed() noexcept { failed_ = true; }
     [[nodiscard]] bool HasFailed() const noexcept { return failed_; }
-    // Whether all frames that were asked for have been handed out by Next.
+    // Whether all frames that were asked for have been handed out by TakeFrame.
     [[nodiscard]] bool IsComplete() const;
 
 private:
@@ -81,7 +93,10 @@ private:
     mutable std::mutex mutex_;
     bool allowed_ = true;
     bool started_ = false;
-    std::array<bool, 2> claimed_{};
+    bool silent_ = false;
+    Step step_ = Step::Started;  // that handlers are told of, in the order of the list
+    std::shared_ptr<const std::vector<std::shared_ptr<ConfigurationRegistration>>> toTell_;
+    std::size_t told_ = 0;
     std::size_t handedOut_ = 0;
     bool upcomingQueued_ = false;
 

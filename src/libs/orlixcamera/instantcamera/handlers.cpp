@@ -1,3 +1,4 @@
+#include <type_traits>
 #include <utility>
 
 #include "gcbase/gcexception.h"
@@ -7,7 +8,10 @@
 namespace Orlix {
 
 using Detail::CallGuarded;
+using Detail::EventRegistration;
 using GenICam::InvalidArgumentException;
+using ImageRegistration = Detail::Registration<CImageEventHandler>;
+using ConfigurationRegistration = Detail::Registration<CConfigurationEventHandler>;
 
 namespace {
 
@@ -24,127 +28,149 @@ void requireHandler(const void* handler) {
     throw InvalidArgumentException(text.c_str(), __FILE__, __LINE__);
 }
 
+// ---- In what the three kinds of handlers differ: what they are told
+
+void tellAdded(CInstantCamera& camera, const ImageRegistration& item) {
+    CallGuarded("OnImageEventHandlerRegistered",
+                [&] { item.GetHandler().OnImageEventHandlerRegistered(camera); });
+}
+
+void tellAdded(CInstantCamera& camera, const ConfigurationRegistration& item) {
+    CallGuarded("OnConfigurationRegistered",
+                [&] { item.GetHandler().OnConfigurationRegistered(camera); });
+}
+
+void tellAdded(CInstantCamera& camera, const EventRegistration& item) {
+    CallGuarded("OnCameraEventHandlerRegistered", [&] {
+        item.GetHandler().OnCameraEventHandlerRegistered(camera, item.nodeName,
+                                                         item.userProvidedId);
+    });
+}
+
+void tellTakenOff(CInstantCamera& camera, const ImageRegistration& item) {
+    CallGuarded("OnImageEventHandlerDeregistered",
+                [&] { item.GetHandler().OnImageEventHandlerDeregistered(camera); });
+}
+
+void tellTakenOff(CInstantCamera& camera, const ConfigurationRegistration& item) {
+    CallGuarded("OnConfigurationDeregistered",
+                [&] { item.GetHandler().OnConfigurationDeregistered(camera); });
+}
+
+void tellTakenOff(CInstantCamera& camera, const EventRegistration& item) {
+    CallGuarded("OnCameraEventHandlerDeregistered", [&] {
+        item.GetHandler().OnCameraEventHandlerDeregistered(camera, item.nodeName,
+                                                           item.userProvidedId);
+    });
+}
+
+void destroy(CInstantCamera& camera, CImageEventHandler& owned) {
+    CallGuarded("DestroyImageEventHandler", [&] { owned.DestroyImageEventHandler(camera); });
+}
+
+void destroy(CInstantCamera& camera, CConfigurationEventHandler& owned) {
+    CallGuarded("DestroyConfiguration", [&] { owned.DestroyConfiguration(camera); });
+}
+
+void destroy(CInstantCamera& camera, CCameraEventHandler& owned) {
+    CallGuarded("DestroyCameraEventHandler", [&] { owned.DestroyCameraEventHandler(camera); });
+}
+
+// ---- What they have in common
+
+// After this call, or on the thread of a call of the handler that runs, an owned one ends.
+template <class Item>
+void takeOff(CInstantCamera& camera, Item& item) {
+    item.Remove();
+    if constexpr (std::is_same_v<Item, EventRegistration>) {
+        item.Unbind();
+    }
+    tellTakenOff(camera, item);
+}
+
+// The caller holds the registration until the handler was told: it may be taken off meanwhile, and
+// ends with it.
+template <class Item>
+void add(CInstantCamera& camera, Detail::HandlerList<Item>& list, const std::shared_ptr<Item>& item,
+         ECleanup cleanup, bool replaceAll) {
+    typename Item::Destroy destroyer;
+    if (cleanup == Cleanup_Delete) {
+        destroyer = [&camera](auto& owned) { destroy(camera, owned); };
+    }
+    for (const auto& old : list.Add(item, std::move(destroyer), replaceAll)) {
+        takeOff(camera, *old);
+    }
+    tellAdded(camera, *item);
+}
+
+template <class Item, class Predicate>
+bool takeOffFirst(CInstantCamera& camera, Detail::HandlerList<Item>& list, Predicate&& fits) {
+    const std::shared_ptr<Item> taken = list.Take(std::forward<Predicate>(fits));
+    if (taken != nullptr) {
+        takeOff(camera, *taken);
+    }
+    return taken != nullptr;
+}
+
+template <class Handler>
+auto isOf(const Handler* handler) {
+    return [handler](const auto& item) { return &item.GetHandler() == handler; };
+}
+
 }  // namespace
 
 void CInstantCamera::Impl::RegisterImageEventHandler(CImageEventHandler* handler,
                                                      ERegistrationMode mode, ECleanup cleanup) {
     requireHandler(handler);
-    ImageRegistration::Destroy destroy;
-    if (cleanup == Cleanup_Delete) {
-        destroy = [this](CImageEventHandler& owned) {
-            CallGuarded("DestroyImageEventHandler",
-                        [&] { owned.DestroyImageEventHandler(camera_); });
-        };
-    }
-    // Held until the handler was told: it may be taken off meanwhile, and ends with its
-    // registration.
-    const auto added = std::make_shared<ImageRegistration>(*handler);
-    const auto replaced =
-        imageHandlers_.Add(added, std::move(destroy), mode == RegistrationMode_ReplaceAll);
-    for (const auto& old : replaced) {
-        old->Remove();
-        CallGuarded("OnImageEventHandlerDeregistered",
-                    [&] { old->GetHandler().OnImageEventHandlerDeregistered(camera_); });
-    }
-    CallGuarded("OnImageEventHandlerRegistered",
-                [&] { handler->OnImageEventHandlerRegistered(camera_); });
+    add(camera_, imageHandlers_, std::make_shared<ImageRegistration>(*handler), cleanup,
+        mode == RegistrationMode_ReplaceAll);
 }
 
 bool CInstantCamera::Impl::DeregisterImageEventHandler(CImageEventHandler* handler) {
-    const auto taken = imageHandlers_.Take(
-        [=](const ImageRegistration& item) { return &item.GetHandler() == handler; });
-    if (taken == nullptr) {
-        return false;
-    }
-    taken->Remove();
-    CallGuarded("OnImageEventHandlerDeregistered",
-                [&] { handler->OnImageEventHandlerDeregistered(camera_); });
-    return true;
+    return takeOffFirst(camera_, imageHandlers_, isOf(handler));
 }
 
 void CInstantCamera::Impl::RegisterConfiguration(CConfigurationEventHandler* handler,
                                                  ERegistrationMode mode, ECleanup cleanup) {
     requireHandler(handler);
-    ConfigurationRegistration::Destroy destroy;
-    if (cleanup == Cleanup_Delete) {
-        destroy = [this](CConfigurationEventHandler& owned) {
-            CallGuarded("DestroyConfiguration", [&] { owned.DestroyConfiguration(camera_); });
-        };
-    }
-    const auto added = std::make_shared<ConfigurationRegistration>(*handler);
-    const auto replaced =
-        configurations_.Add(added, std::move(destroy), mode == RegistrationMode_ReplaceAll);
-    for (const auto& old : replaced) {
-        old->Remove();
-        CallGuarded("OnConfigurationDeregistered",
-                    [&] { old->GetHandler().OnConfigurationDeregistered(camera_); });
-    }
-    CallGuarded("OnConfigurationRegistered", [&] { handler->OnConfigurationRegistered(camera_); });
+    add(camera_, configurations_, std::make_shared<ConfigurationRegistration>(*handler), cleanup,
+        mode == RegistrationMode_ReplaceAll);
 }
 
 bool CInstantCamera::Impl::DeregisterConfiguration(CConfigurationEventHandler* handler) {
-    const auto taken = configurations_.Take(
-        [=](const ConfigurationRegistration& item) { return &item.GetHandler() == handler; });
-    if (taken == nullptr) {
-        return false;
-    }
-    taken->Remove();
-    CallGuarded("OnConfigurationDeregistered",
-                [&] { handler->OnConfigurationDeregistered(camera_); });
-    return true;
-}
-
-Detail::EventRegistration::Destroy CInstantCamera::Impl::destroyerOf(ECleanup cleanup) {
-    if (cleanup != Cleanup_Delete) {
-        return {};
-    }
-    return [this](CCameraEventHandler& owned) {
-        CallGuarded("DestroyCameraEventHandler", [&] { owned.DestroyCameraEventHandler(camera_); });
-    };
+    return takeOffFirst(camera_, configurations_, isOf(handler));
 }
 
 void CInstantCamera::Impl::RegisterCameraEventHandler(
-    const std::shared_ptr<Detail::EventRegistration>& added, ECameraEventRegistrationMode mode,
-    ECleanup cleanup) {
-    if (settings_->isOpen && !added->Bind(GetMaps()) &&
-        added->availability == CameraEventAvailability_Mandatory) {
-        throwNoEventNode(added->nodeName);
+    CCameraEventHandler* handler, const gcstring& nodeName, std::intptr_t userProvidedId,
+    ECameraEventRegistrationMode mode, ECleanup cleanup, ECameraEventAvailability availability) {
+    requireHandler(handler);
+    const auto item =
+        std::make_shared<EventRegistration>(*handler, nodeName, userProvidedId, availability);
+    if (settings_->isOpen && !item->Bind(GetMaps()) &&
+        availability == CameraEventAvailability_Mandatory) {
+        throwNoEventNode(nodeName);
     }
-    // What is replaced ends here, or on the event thread after the call that runs there.
-    const auto replaced = eventHandlers_.Add(added, destroyerOf(cleanup),
-                                             mode == CameraEventRegistrationMode_ReplaceAll);
-    for (const auto& old : replaced) {
-        old->Remove();
-        old->Unbind();
-        CallGuarded("OnCameraEventHandlerDeregistered", [&] {
-            old->GetHandler().OnCameraEventHandlerDeregistered(camera_, old->nodeName,
-                                                               old->userProvidedId);
-        });
-    }
-    CallGuarded("OnCameraEventHandlerRegistered", [&] {
-        added->GetHandler().OnCameraEventHandlerRegistered(camera_, added->nodeName,
-                                                           added->userProvidedId);
-    });
+    add(camera_, eventHandlers_, item, cleanup, mode == CameraEventRegistrationMode_ReplaceAll);
 }
 
 bool CInstantCamera::Impl::DeregisterCameraEventHandler(CCameraEventHandler* handler,
                                                         const gcstring& nodeName) {
-    const auto taken = eventHandlers_.Take([&](const Detail::EventRegistration& item) {
+    return takeOffFirst(camera_, eventHandlers_, [&](const EventRegistration& item) {
         return &item.GetHandler() == handler && item.nodeName == nodeName;
     });
-    if (taken == nullptr) {
-        return false;
+}
+
+void CInstantCamera::Impl::DeregisterCameraEventHandlers() {
+    const auto taken = eventHandlers_.TakeAll();
+    for (const auto& item : *taken) {
+        takeOff(camera_, *item);
     }
-    taken->Remove();
-    taken->Unbind();
-    CallGuarded("OnCameraEventHandlerDeregistered", [&] {
-        handler->OnCameraEventHandlerDeregistered(camera_, nodeName, taken->userProvidedId);
-    });
-    return true;
 }
 
 void CInstantCamera::Impl::bindEventHandlers(const std::shared_ptr<Detail::DeviceMaps>& maps) {
-    for (const auto& handler : *eventHandlers_.Get()) {
+    const auto handlers = eventHandlers_.Get();
+    for (const auto& handler : *handlers) {
         if (!handler->Bind(maps) && handler->availability == CameraEventAvailability_Mandatory) {
             throwNoEventNode(handler->nodeName);
         }
@@ -152,7 +178,8 @@ void CInstantCamera::Impl::bindEventHandlers(const std::shared_ptr<Detail::Devic
 }
 
 void CInstantCamera::Impl::notify(Notification notification, const char* name) {
-    for (const auto& item : *configurations_.Get()) {
+    const auto items = configurations_.Get();  // kept: a handler may change the list
+    for (const auto& item : *items) {
         item->Call([&](CConfigurationEventHandler& handler) {
             CallGuarded(name, [&] { (handler.*notification)(camera_); });
         });
@@ -160,7 +187,8 @@ void CInstantCamera::Impl::notify(Notification notification, const char* name) {
 }
 
 void CInstantCamera::Impl::notifyStrictly(Notification notification) {
-    for (const auto& item : *configurations_.Get()) {
+    const auto items = configurations_.Get();  // kept: a handler may change the list
+    for (const auto& item : *items) {
         item->Call([&](CConfigurationEventHandler& handler) { (handler.*notification)(camera_); });
     }
 }

@@ -93,18 +93,25 @@ void CInstantCamera::RegisterCameraEventHandler(CCameraEventHandler* handler,
                                                 std::intptr_t userProvidedId,
                                                 ECameraEventRegistrationMode mode, ECleanup cleanup,
                                                 ECameraEventAvailability availability) {
-    if (handler == nullptr) {
-        throw GenICam::InvalidArgumentException(
-            "A handler is registered, but a null pointer was passed.", __FILE__, __LINE__);
-    }
-    impl_->RegisterCameraEventHandler(std::make_shared<Detail::EventRegistration>(
-                                          *handler, nodeName, userProvidedId, availability),
-                                      mode, cleanup);
+    impl_->RegisterCameraEventHandler(handler, nodeName, userProvidedId, mode, cleanup,
+                                      availability);
 }
 
 bool CInstantCamera::DeregisterCameraEventHandler(CCameraEventHandler* handler,
                                                   const gcstring& nodeName) {
     return impl_->DeregisterCameraEventHandler(handler, nodeName);
+}
+
+void CInstantCamera::DeregisterCameraEventHandlers() {
+    impl_->DeregisterCameraEventHandlers();
+}
+
+std::uint64_t CInstantCamera::GetLastEventNumber() const noexcept {
+    return impl_->GetEvents().GetLastNumber();
+}
+
+std::uint64_t CInstantCamera::GetEventNumber() const noexcept {
+    return impl_->GetEvents().GetHandledNumber();
 }
 
 void CInstantCamera::StartGrabbing(EGrabStrategy strategy, EGrabLoop grabLoop) {
@@ -129,6 +136,10 @@ void CInstantCamera::StartGrabbing(std::size_t maxImages, EGrabStrategy strategy
 
 bool CInstantCamera::IsGrabbing() const noexcept {
     return impl_->GetSettings().isGrabbing;
+}
+
+std::uint64_t CInstantCamera::GetRunNumber() const noexcept {
+    return impl_->GetRunNumber();
 }
 
 void CInstantCamera::StopGrabbing() {

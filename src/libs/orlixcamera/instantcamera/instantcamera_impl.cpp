@@ -70,7 +70,8 @@ void CInstantCamera::Impl::Attach(ICameraDevice* device, ECleanup cleanup) {
         cleanup_ = cleanup;
         oldMaps = std::move(maps_);
     }
-    for (const auto& handler : *eventHandlers_.Get()) {
+    const auto handlers = eventHandlers_.Get();
+    for (const auto& handler : *handlers) {
         handler->Unbind();
     }
     notifyStrictly(&CConfigurationEventHandler::OnAttached);
@@ -181,6 +182,10 @@ bool CInstantCamera::Impl::openDevice() {
             events_.Begin(maps, static_cast<int>(settings_->eventThreadPriority));
         }
     } catch (...) {
+        if (maps != nullptr) {
+            maps->SetOpen(false);
+        }
+        removal_.Forbid();
         device->SetSink(nullptr);
         if (openedHere_) {
             device->Close();
@@ -217,6 +222,8 @@ void CInstantCamera::Impl::closeDevice() noexcept {
         return;
     }
     if (const auto run = getRun()) {
+        // One that a handler of OnClose has begun.
+        run->Silence();
         stop(*run);
     }
     events_.End();

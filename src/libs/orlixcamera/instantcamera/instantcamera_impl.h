@@ -54,12 +54,16 @@ public:
     void RegisterConfiguration(CConfigurationEventHandler* handler, ERegistrationMode mode,
                                ECleanup cleanup);
     bool DeregisterConfiguration(CConfigurationEventHandler* handler);
-    void RegisterCameraEventHandler(const std::shared_ptr<Detail::EventRegistration>& added,
-                                    ECameraEventRegistrationMode mode, ECleanup cleanup);
+    void RegisterCameraEventHandler(CCameraEventHandler* handler, const gcstring& nodeName,
+                                    std::intptr_t userProvidedId, ECameraEventRegistrationMode mode,
+                                    ECleanup cleanup, ECameraEventAvailability availability);
     bool DeregisterCameraEventHandler(CCameraEventHandler* handler, const gcstring& nodeName);
+    void DeregisterCameraEventHandlers();
 
     [[nodiscard]] Detail::CameraSettings& GetSettings() const noexcept { return *settings_; }
     [[nodiscard]] GenApi::INodeMap& GetCameraMap() const { return cameraMap_->Get(); }
+    [[nodiscard]] const Detail::EventDelivery& GetEvents() const noexcept { return events_; }
+    [[nodiscard]] std::uint64_t GetRunNumber() const { return counters_->GetLastRun(); }
 
 private:
     using ImageRegistration = Detail::Registration<CImageEventHandler>;
@@ -79,20 +83,23 @@ private:
     // ---- grabbing.cpp
     // Null while nothing is being grabbed.
     [[nodiscard]] std::shared_ptr<Detail::GrabRun> getRun() const;
-    void start(const Detail::GrabPlan& plan);  // with control_ held
+    // With control_ held.
+    [[nodiscard]] std::shared_ptr<Detail::GrabRun> start(const Detail::GrabPlan& plan);
     void stop(Detail::GrabRun& run) noexcept;  // with control_ held
+    void stopAcquisition(const Detail::GrabRun& run) noexcept;
+    void forget(Detail::GrabRun& run) noexcept;
     void dropBuffers() noexcept;
     void prepareBuffers(std::size_t payloadSize);  // with control_ held
     void setRun(std::shared_ptr<Detail::GrabRun> run) noexcept;
     void startThread(const std::shared_ptr<Detail::GrabRun>& run);
     void endRun(const std::shared_ptr<Detail::GrabRun>& run);
+    void tell(Detail::GrabRun& run, Detail::GrabRun::Step step, const char* text = "");
     void grabLoop(const std::shared_ptr<Detail::GrabRun>& run);
     void handOver(Detail::GrabRun& run, const CGrabResultPtr& frame);
     void executeCommand(const char* name);
     void lockTransport(bool locked) noexcept;
 
     // ---- handlers.cpp
-    [[nodiscard]] Detail::EventRegistration::Destroy destroyerOf(ECleanup cleanup);
     void notify(Notification notification, const char* name);  // swallows
     void notifyStrictly(Notification notification);            // throws
     void bindEventHandlers(const std::shared_ptr<Detail::DeviceMaps>& maps);

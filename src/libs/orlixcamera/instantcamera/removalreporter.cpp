@@ -35,10 +35,15 @@ void RemovalReporter::Allow() {
     allowed_ = true;
 }
 
-void RemovalReporter::Forget() {
-    std::unique_lock lock(mutex_);
+void RemovalReporter::Forbid() noexcept {
+    const std::scoped_lock lock(mutex_);
     allowed_ = false;
     pending_ = false;
+}
+
+void RemovalReporter::Forget() {
+    Forbid();
+    std::unique_lock lock(mutex_);
     if (thread_.get_id() != std::this_thread::get_id()) {
         changed_.wait_for(lock, longestWait, [this] { return !reporting_; });
     }

@@ -20,8 +20,10 @@ public:
 
     // A device is in use from now on, whose loss is to be reported.
     void Allow();
-    // No report is begun any more. One that runs on another thread may be about to call its
-    // handlers, so it is waited for, but not for long: it may wait for a lock of the caller.
+    // No report is begun any more; waits for none.
+    void Forbid() noexcept;
+    // As Forbid. A report that runs on another thread may be about to call its handlers, so it is
+    // waited for, but not for long: it may wait for a lock of the caller.
     void Forget();
     // The device was lost. Nothing happens unless it is allowed, or the second time.
     void Post() noexcept;
