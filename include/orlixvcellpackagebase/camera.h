@@ -4,7 +4,7 @@
 // exports.
 //
 // Get the object from a node: static_cast<Camera*>(node->getRawPointer()), after a look at
-// node->getTypeInfo(). All members may be called from any thread.
+// node->getTypeInfo(). All members may be called from any thread, but those for a camera dialog.
 #pragma once
 
 #include <array>
@@ -148,6 +148,8 @@ public:
     void executeEventPinAdd();
     [[nodiscard]] bool isExecutingEventPinRemove() const { return false; }
     void executeEventPinRemove();
+    // All at once; the entries stay, and an edit of one makes their outputs anew.
+    void removeEventOutputs();
 
     [[nodiscard]] std::uint64_t getChunkPinSelector() const;
     void setChunkPinSelector(std::uint64_t value);
@@ -219,6 +221,8 @@ private:
     void updateDevicePropertySelectorMaximum();
 
     void createImageCorruptOutput();
+    void createPinOutput(const gcstring& name, const gcstring& description,
+                         const Orlix::DataProcessing::Utils::TypeInfo& type);
 
     // Taking a device and giving it back
     void pickDevice(bool maySearchTwice);
@@ -243,11 +247,12 @@ private:
         const Orlix::DataProcessing::Core::NodeArgumentCollection& arguments) const;
     [[nodiscard]] const char* getConfiguredMode() const;
     void startGrabbing(AcquisitionMode mode);
-    void outputFrame(const Orlix::CGrabResultPtr& grabResult, std::uint64_t run);
-    void createJobOfRun(std::uint64_t run,
+    void outputFrame(const Orlix::CGrabResultPtr& grabResult);
+    void createFrameJob(const Orlix::CGrabResultPtr& grabResult,
                         const std::shared_ptr<Orlix::DataProcessing::Core::IGraphUpdate>& update,
                         Orlix::DataProcessing::Core::PinValues outputs);
     void fillImageOutput(const Orlix::CGrabResultPtr& grabResult, Variant& image, bool& corrupt);
+    void refuseFramesOfThisRun();
     [[nodiscard]] Variant fixCorruptedImage(const Orlix::CGrabResultPtr& grabResult);
     void readChunkValues(const Orlix::CGrabResultPtr& grabResult,
                          Orlix::DataProcessing::Core::PinValues& outputs);
@@ -264,7 +269,6 @@ private:
     void updateEventPinSelectorMaximum();
     [[nodiscard]] bool hasOutput(const gcstring& name);
     void createEventOutputs();
-    void removeEventOutputs();
     void removeEventPin();
 
     // Chunk pins

@@ -309,6 +309,7 @@ TEST_F(CameraAcquisition, ABlockedGraphBlocksNoParameterAndNoStop) {
     ASSERT_TRUE(device->Send());
     ASSERT_TRUE(device->Send());
     // The first frame waits on the grab thread, with the lock free.
+    sink->waitUntilRefused();
     static_cast<void>(camera().getAcquisitionMode());
     camera().executeDeviceListUpdate();
     camera().stop();
@@ -318,13 +319,21 @@ TEST_F(CameraAcquisition, ABlockedGraphBlocksNoParameterAndNoStop) {
 TEST_F(CameraAcquisition, AStopUnderALockThatTheHandlerWaitsForEnds) {
     allocate();
     const auto sink = attach("Image");
-    for (int round = 0; round < 50; ++round) {
-        start();
-        device->WaitForQueued(1);
-        device->Send();
+    std::promise<void> isCalled;
+    camera().beforeImage = [&] { isCalled.set_value(); };
+    start();
+    device->WaitForQueued(1);
+    {
+        // The handler can't go on, wherever it is, until the stop has returned.
+        const GenApi::AutoLock guard(cameraMap().GetLock());
+        ASSERT_TRUE(device->Send());
+        isCalled.get_future().wait();
         camera().stop();
     }
+    EXPECT_EQ(camera().getState(), Core::NodeState::Stopped);
     camera().freeResources();
+    destroyCamera();  // waits for the handler
+    EXPECT_THAT(sink->values(), IsEmpty());
 }
 
 }  // namespace

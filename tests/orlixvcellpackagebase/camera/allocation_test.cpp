@@ -185,6 +185,15 @@ TEST_F(CameraAllocation, APoolThatGivesNoDeviceIsAskedTwice) {
     EXPECT_EQ(resources.refreshes, 1);
 }
 
+TEST_F(CameraAllocation, WithoutTheFlagAPoolThatGivesNoDeviceIsAskedOnce) {
+    const auto empty = resources.add(makeInfo({{"ModelName", "empty"}}));
+    camera().setActiveAssignmentProperties(makeInfo({{"ModelName", "empty"}}));
+    EXPECT_THAT(descriptionsOf(camera().allocateAdditionalResources(resources.pool, false)),
+                ElementsAre("Could not get camera device to allocate."));
+    EXPECT_EQ(empty->acquired, 1);
+    EXPECT_EQ(resources.refreshes, 0);
+}
+
 TEST_F(CameraAllocation, ARejectedCameraInstanceSetGivesTheDeviceBackUnattached) {
     commit(StreamType::CameraInstance, "NoSuchFeature=1");
     const Errors errors = allocate();

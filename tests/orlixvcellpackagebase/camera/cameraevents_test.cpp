@@ -2,11 +2,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <latch>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "orlixdataprocessingcore/core/boolean.h"
 #include "orlixdataprocessingcore/core/float.h"
@@ -122,6 +124,7 @@ TEST_F(CameraEvents, WithoutAnEventSelectorNothingHappensAndNothingIsReported) {
     start();
     device->SendEvent(CameraTest::exposureEndEvent, 1);
     camera().stop();
+    destroyCamera();  // waits for the event thread
     EXPECT_THAT(sink->values(), IsEmpty());
     EXPECT_THAT(getLines(capture, category), testing::SizeIs(1));
 }
@@ -244,8 +247,123 @@ TEST_F(CameraEvents, AStopReleasesAnEventThatWaitsForSpaceUnderTheNodesLock) {
     for (int i = 0; i < 3; ++i) {
         device->SendEvent(CameraTest::exposureEndEvent, i);
     }
+    sink->waitUntilRefused();
+    camera().stop();
+    EXPECT_EQ(camera().getState(), Core::NodeState::Stopped);
+    camera().freeResources();
+    EXPECT_THAT(sink->values(), IsEmpty());
+}
+
+// Its handler can't come to the lock before the run has begun.
+TEST_F(CameraEvents, OneThatCameBeforeTheRunIsNotPutOutInIt) {
+    add("End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
+    const auto sink = attach("End");
+    extendDevice(eventFeatures);
+    allocate();
+    {
+        const GenApi::AutoLock guard(cameraMap().GetLock());
+        device->SendEvent(CameraTest::exposureEndEvent, 1);
+        start();
+    }
+    EXPECT_EQ(sendAndWait(*sink, 2).get<Core::Integer>(true)->get(), 2);
+    EXPECT_THAT(sink->values(), testing::SizeIs(1));
+    camera().stop();
+}
+
+TEST_F(CameraEvents, ARunWithoutGrabbingHasEventsToo) {
+    add("End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
+    camera().setAcquisitionMode(static_cast<AcquisitionMode>(5));
+    const auto sink = attach("End");
+    run();
+    EXPECT_EQ(sendAndWait(*sink, 2).get<Core::Integer>(true)->get(), 2);
+    camera().stop();
+}
+
+TEST_F(CameraEvents, APinThatIsGoneSinceTheLastOpeningMakesNoUpdates) {
+    add("End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
+    run();
     camera().stop();
     camera().freeResources();
+    camera().executeEventPinRemove();
+    std::atomic<int> jobs = 0;
+    const auto connection = camera().getExecutionStartedSignal()->connect(
+        [&](const std::shared_ptr<Core::IGraphUpdate>&) { ++jobs; });
+    allocate();
+    start();
+    ASSERT_EQ(device->Get(CameraTest::Address::notification), 1);
+    for (int i = 0; i < 100; ++i) {
+        device->SendEvent(CameraTest::exposureEndEvent, i);
+    }
+    camera().stop();
+    destroyCamera();  // waits for the event thread
+    EXPECT_EQ(jobs, 0);
+}
+
+class CameraEventFeatures : public CameraEvents {
+protected:
+    // With one feature in place of another.
+    void replace(const std::string& before, const std::string& after) {
+        const std::size_t place = features_.find(before);
+        ASSERT_NE(place, std::string::npos);
+        features_.replace(place, before.size(), after);
+    }
+    // What opening the device logs of the events.
+    std::vector<std::string> linesOfOpening() {
+        add("End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
+        extendDevice(features_);
+        const Utils::LogCapture capture;
+        allocate();
+        auto lines = getLines(capture, category);
+        EXPECT_FALSE(lines.empty());
+        lines.pop_back();  // the camera that is used
+        return lines;
+    }
+
+    static constexpr auto trying =
+        "6 Camera: Try to register event \"ExposureEnd\" and output \"EventExposureEndFrameID\" as "
+        "pin \"End\"";
+    static constexpr auto selecting = "6 Camera: Set enumeration selector to 'ExposureEnd'";
+    static constexpr auto turningOn = "6 Camera: Turn event notification on";
+    static constexpr auto registering = "6 Camera: RegisterCameraEventHandler";
+
+private:
+    std::string features_ = eventFeatures;
+};
+
+TEST_F(CameraEventFeatures, AllThereAreRegistered) {
+    EXPECT_THAT(linesOfOpening(), ElementsAre(trying, selecting, turningOn, registering));
+}
+
+TEST_F(CameraEventFeatures, ASelectorThatCantBeWrittenIsAsGoodAsNone) {
+    replace("<Address>32</Address><Length>8</Length><AccessMode>RW</AccessMode>",
+            "<Address>32</Address><Length>8</Length><AccessMode>RO</AccessMode>");
+    EXPECT_THAT(linesOfOpening(), IsEmpty());
+}
+
+TEST_F(CameraEventFeatures, ASelectorThatIsNoEnumerationEndsTheEntry) {
+    replace("<Enumeration Name=\"EventSelector\">",
+            "<Integer Name=\"EventSelector\"><pValue>EventSelectorReg</pValue></Integer>"
+            "<Enumeration Name=\"OtherSelector\">");
+    EXPECT_THAT(linesOfOpening(), ElementsAre(trying, selecting));
+}
+
+TEST_F(CameraEventFeatures, ANotificationThatIsNoEnumerationEndsTheEntry) {
+    replace("<Enumeration Name=\"EventNotification\">",
+            "<Integer Name=\"EventNotification\"><pValue>EventNotificationReg</pValue></Integer>"
+            "<Enumeration Name=\"OtherNotification\">");
+    EXPECT_THAT(linesOfOpening(), ElementsAre(trying, selecting, turningOn));
+}
+
+TEST_F(CameraEvents, AValueThatTheDeviceLacksCostsItsPinOnly) {
+    add("N.Type=Integer.EventName=ExposureEnd.ValueName=NoSuchValue");
+    add("End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
+    const auto none = attach("N");
+    const auto sink = attach("End");
+    run();
+    static_cast<void>(sendAndWait(*sink, 7));
+    static_cast<void>(sendAndWait(*sink, 8));
+    camera().stop();
+    EXPECT_THAT(none->values(), IsEmpty());
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -105,9 +106,20 @@ TEST_F(CameraChunkValues, ABoolean) {
     EXPECT_FALSE(grab().get<Core::Boolean>(true)->get());
 }
 
+TEST_F(CameraChunkValues, ABooleanThatIsTrue) {
+    open("B", "B.Type=Boolean.ValueName=ChunkTriggered",
+         "TriggerSelector=FrameStart\nTriggerMode=On\nTriggerSource=Software");
+    camera.start(Core::NodeArgumentCollection());
+    GenApi::INodeMap& map = *camera.getNodeMapInfos().at(3).GetNodeMap();
+    GenApi::CCommandPtr(map.GetNode("TriggerSoftware"))->Execute();
+    values->waitForCount(1);
+    camera.stop();
+    EXPECT_TRUE(values->values().at(0).get<Core::Boolean>(true)->get());
+}
+
 TEST_F(CameraChunkValues, AText) {
-    open("S", "S.Type=String.ValueName=ChunkSceneName");
-    EXPECT_FALSE(grab().get<Core::String>(true)->get().empty());
+    open("S", "S.Type=String.ValueName=ChunkSceneName", "TestPattern=GreyDiagonalRamp");
+    EXPECT_EQ(grab().get<Core::String>(true)->get(), "GreyDiagonalRamp");
 }
 
 TEST_F(CameraChunkValues, OfASelectorThatIsSetForThePin) {
@@ -158,9 +170,20 @@ TEST_F(CameraChunkValues, ASelectorNameThatIsNoNameCostsThePinItsEntryAndLogsALi
 }
 
 TEST_F(CameraChunkValues, AValueNameThatNoChunkHasIsAnEmptyValueWithoutALine) {
+    std::mutex mutex;
+    std::vector<bool> entries;
+    const auto connection = camera.getExecutionFinishingSignal()->connect(
+        [&](const std::shared_ptr<Core::IGraphUpdate>&, const Core::FinishedValues& finished) {
+            const std::scoped_lock lock(mutex);
+            const auto found = finished.find("A");
+            entries.push_back(found != finished.end() && !found->second->isValid());
+        });
     open("A", "A.Type=Float.ValueName=NoSuchChunk");
     EXPECT_THAT(linesOfTwoFrames(), IsEmpty());
     EXPECT_THAT(values->values(), IsEmpty());
+    const std::scoped_lock lock(mutex);
+    EXPECT_THAT(entries, testing::Contains(true));
+    EXPECT_THAT(entries, testing::Not(testing::Contains(false)));
 }
 
 TEST_F(CameraChunkValues, ANodeOfAnotherKindIsSkipped) {

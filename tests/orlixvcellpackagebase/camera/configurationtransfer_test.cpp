@@ -99,6 +99,20 @@ TEST_F(CameraConfigurationTransfer, EveryAllocationWritesACommittedSetAgain) {
     EXPECT_EQ(device->Get(CameraTest::Address::width), 8);
 }
 
+TEST_F(CameraConfigurationTransfer, ACommitOfAnEmptyTextLeavesTheDeviceAsItIs) {
+    commit(StreamType::CameraDevice, "Width=24");
+    allocate();
+    device->Set(CameraTest::Address::width, 8);
+    const Utils::LogCapture capture;
+    commit(StreamType::CameraDevice, "");
+    EXPECT_EQ(device->Get(CameraTest::Address::width), 8);
+    EXPECT_EQ(shownText("ConfigurationSetActive"), "");
+    EXPECT_THAT(getLines(capture, category), IsEmpty());
+    camera().freeResources();
+    allocate();
+    EXPECT_EQ(device->Get(CameraTest::Address::width), 8);
+}
+
 TEST_F(CameraConfigurationTransfer, AFetchTellsNoObserverOfTheSettings) {
     allocate();
     camera().setStreamType(StreamType::CameraDevice);

@@ -125,6 +125,20 @@ TEST_F(CameraEventPins, ANameOfAFixedOutputGetsNoOutputOfItsOwn) {
                 testing::Contains("4 Camera: Unable to create output Image of type Integer"));
 }
 
+TEST_F(CameraEventPins, TheNameOfTheRepairsOutputIsTakenWhetherThatIsThereOrNot) {
+    execute("EventPinAdd");
+    const Utils::LogCapture capture;
+    setText("EventPinConfiguration", "ImageCorrupt.Type=Integer.EventName=E.ValueName=V");
+    EXPECT_THAT(outputs(), ElementsAre("Image"));
+    EXPECT_THAT(
+        getLines(capture, category),
+        testing::Contains("4 Camera: Unable to create output ImageCorrupt of type Integer"));
+    node().setFixCorruptImages(FixCorruptImages::On);
+    EXPECT_THAT(outputs(), ElementsAre("Image", "ImageCorrupt"));
+    EXPECT_EQ(node().getOutputDescriptors().at(1).type,
+              Utils::TypeInfo::getTypeInfo<Core::Boolean>(true));
+}
+
 TEST_F(CameraEventPins, ATextForARunningNodeIsStoredWithoutAnOutput) {
     execute("EventPinAdd");
     startWithoutGrabbing();
@@ -181,6 +195,22 @@ TEST_F(CameraLostOutputs, AnEventPinWhoseOutputIsGoneIsRemovedWithALine) {
     EXPECT_THAT(getLines(capture, category),
                 ElementsAre("4 Camera: Unable to remove output \"End\"."));
     EXPECT_FALSE(isShown("EventPinSelector"));
+}
+
+// With the second pin the first is listed once more, and has no output to be removed then.
+TEST_F(CameraLostOutputs, AllOutputsOfEventPinsCanBeRemovedAtOnce) {
+    for (const char* text :
+         {end, "Start.Type=Integer.EventName=FrameStart.ValueName=EventFrameStart"}) {
+        camera().executeEventPinAdd();
+        camera().setEventPinConfiguration(text);
+    }
+    EXPECT_THAT(camera().getOutputDescriptors(), testing::SizeIs(3));
+    const Utils::LogCapture capture;
+    camera().removeEventOutputs();
+    EXPECT_THAT(camera().getOutputDescriptors(), testing::SizeIs(1));
+    EXPECT_THAT(getLines(capture, category), ElementsAre("4 Camera: Unable to remove pin End"));
+    camera().removeEventOutputs();
+    EXPECT_THAT(getLines(capture, category), testing::SizeIs(1));
 }
 
 TEST_F(CameraLostOutputs, AChunkPinWhoseOutputIsGoneIsRemovedWithALine) {

@@ -2,10 +2,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
+#include <latch>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 #include "gcbase/gcexception.h"
 #include "orlixcamera/grabresultptr.h"
@@ -62,7 +65,8 @@ protected:
     }
 
     const std::shared_ptr<ScriptedUpdates> updates = std::make_shared<ScriptedUpdates>();
-    Camera camera{std::make_shared<TestPool>(updates)};
+    const std::shared_ptr<TestPool> pool = std::make_shared<TestPool>(updates);
+    Camera camera{pool};
     Orlix::CInstantCamera library;
     const std::shared_ptr<RecordingSink> images = std::make_shared<RecordingSink>();
     std::shared_ptr<Core::IHandle> handle;
@@ -123,17 +127,35 @@ TEST_F(CameraFrames, OneThatComesAfterTheStopIsDropped) {
     EXPECT_THAT(images->values(), testing::SizeIs(1));
 }
 
-TEST_F(CameraFrames, OneWhoseHandlerIsOfAnEarlierRunIsDropped) {
-    updates->onCreate = [this](const Core::INode* node) {
-        camera.stop();
-        camera.start(Core::NodeArgumentCollection());
-        return makeUpdate(node);
-    };
-    handleFrame();
-    EXPECT_THAT(images->values(), IsEmpty());
+// Frames of a camera that is not the node's.
+class OtherCamera {
+public:
+    OtherCamera() { camera_.StartGrabbing(); }
+    Orlix::CGrabResultPtr grab(const Frame& frame) {
+        EXPECT_TRUE(device_->Send(frame));
+        Orlix::CGrabResultPtr result;
+        EXPECT_TRUE(camera_.RetrieveResult(30000, result));
+        return result;
+    }
+
+private:
+    const std::shared_ptr<CameraTest::ScriptedDevice> device_ =
+        std::make_shared<CameraTest::ScriptedDevice>();
+    const std::shared_ptr<Orlix::ICameraDevice> attached_ = Orlix::CreateCameraDevice(device_);
+    Orlix::CInstantCamera camera_{attached_.get()};
+};
+
+TEST_F(CameraFrames, OfAnyExceptionOneIsAValueWithTheErrorOfItsKind) {
     updates->onCreate = makeUpdate;
-    handleFrame();
-    images->waitForCount(1);
+    OtherCamera other;
+    pool->onBufferProvider = [] { throw std::runtime_error("standard"); };
+    camera.OnImageGrabbed(library, other.grab(Frame()));
+    pool->onBufferProvider = [] { throw 1; };
+    camera.OnImageGrabbed(library, other.grab(Frame()));
+    images->waitForCount(2);
+    EXPECT_EQ(errorOf(images->values()[0]), "StdExceptionError: standard");
+    EXPECT_EQ(errorOf(images->values()[1]),
+              "UnknownExceptionError: An error occurred while grabbing an image.");
 }
 
 class CameraImageOutput : public ScriptedCamera {
@@ -146,13 +168,122 @@ protected:
         device->WaitForQueued(1);
         ASSERT_TRUE(device->Send(frame));
     }
-    static Frame failedFrame() {
+    static Frame failedFrame(const char* text = "lost") {
         Frame frame;
         frame.fate = FrameFate::MissingPackets;
-        frame.error = "lost";
+        frame.error = text;
         return frame;
     }
 };
+
+TEST_F(CameraImageOutput, AFrameThatFailedWithoutAReasonHasAText) {
+    const auto images = attach("Image");
+    run();
+    send(failedFrame(""));
+    images->waitForCount(1);
+    camera().stop();
+    EXPECT_EQ(errorOf(images->values()[0]), "InvalidValueError: The grabbed image is corrupt.");
+}
+
+// The library's thread has the frame and was held up before it has called the node.
+TEST_F(CameraImageOutput, AFrameOfAnEarlierRunIsNotPutOutInTheNext) {
+    const auto images = attach("Image");
+    std::latch isHeldUp(1);
+    std::latch goesOn(1);
+    camera().beforeImage = [&] {
+        if (!isHeldUp.try_wait()) {
+            isHeldUp.count_down();
+            goesOn.wait();
+        }
+    };
+    run();
+    Frame frame;
+    frame.value = 1;
+    send(frame);
+    isHeldUp.wait();
+    camera().stop();
+    start();
+    frame.value = 2;
+    send(frame);
+    goesOn.count_down();
+    images->waitForCount(1);
+    camera().stop();
+    ASSERT_THAT(images->values(), testing::SizeIs(1));
+    const auto* const image = images->values()[0].get<Core::Image>(true);
+    EXPECT_EQ(static_cast<const std::uint8_t*>(image->getDataConst())[0], 2);
+}
+
+TEST_F(CameraImageOutput, AFrameBecomesAJobWithTheNodesLockFree) {
+    GenApi::CLock& lock = cameraMap().GetLock();
+    std::atomic<int> jobs = 0;
+    std::atomic<bool> isOwned = false;
+    const auto note = [&](const std::shared_ptr<Core::IGraphUpdate>&) {
+        ++jobs;
+        isOwned = isOwned || lock.IsOwned();
+    };
+    const auto started = camera().getExecutionStartedSignal()->connect(note);
+    const auto finished = camera().getExecutionFinishedSignal()->connect(note);
+    const auto images = attach("Image");
+    run();
+    send(Frame());
+    images->waitForCount(1);
+    camera().stop();
+    EXPECT_EQ(jobs, 2);
+    EXPECT_FALSE(isOwned);
+}
+
+TEST_F(CameraImageOutput, AReceiverOfAFrameMayStopTheNode) {
+    const auto connection = camera().getExecutionStartedSignal()->connect(
+        [&](const std::shared_ptr<Core::IGraphUpdate>&) { camera().stop(); });
+    const auto images = attach("Image");
+    run();
+    send(Frame());
+    while (camera().getState() != Core::NodeState::Stopped) {
+        std::this_thread::yield();
+    }
+    connection->disconnect();
+    start();
+    send(Frame());
+    images->waitForCount(1);
+    camera().stop();
+}
+
+TEST_F(CameraImageOutput, ARepairThatFailsIsAValueWithTheErrorOfItsKind) {
+    camera().setFixCorruptImages(FixCorruptImages::On);
+    const auto images = attach("Image");
+    run();
+    device->onAccess = [] { throw std::runtime_error("standard"); };
+    send(failedFrame());
+    images->waitForCount(1);
+    device->onAccess = [] { throw 1; };
+    send(failedFrame("packets are missing"));
+    images->waitForCount(2);
+    send(failedFrame(""));
+    images->waitForCount(3);
+    device->onAccess = nullptr;
+    camera().stop();
+    EXPECT_EQ(errorOf(images->values()[0]), "StdExceptionError: standard");
+    EXPECT_EQ(errorOf(images->values()[1]), "UnknownExceptionError: packets are missing");
+    EXPECT_EQ(errorOf(images->values()[2]), "UnknownExceptionError: The grabbed image is corrupt.");
+}
+
+// The node runs and has grabbed nothing, so that its stream tells of no size.
+TEST_F(CameraImageOutput, WithoutASizeOfTheStreamsBuffersThatOfTheDeviceCounts) {
+    extendDevice("<Integer Name=\"Height\"><Value>4</Value></Integer>");
+    camera().setFixCorruptImages(FixCorruptImages::On);
+    camera().setAcquisitionMode(static_cast<AcquisitionMode>(5));
+    const auto images = attach("Image");
+    run();
+    OtherCamera other;
+    Orlix::CInstantCamera library;
+    camera().OnImageGrabbed(library, other.grab(failedFrame()));
+    device->SetPayload(31);
+    camera().OnImageGrabbed(library, other.grab(failedFrame()));
+    images->waitForCount(2);
+    camera().stop();
+    EXPECT_EQ(errorOf(images->values()[0]), "none");
+    EXPECT_THAT(errorOf(images->values()[1]), testing::StartsWith("GenICamExceptionError: "));
+}
 
 TEST_F(CameraImageOutput, AFrameThatSucceededWithoutAnImageIsAnErrorAndCorrupt) {
     camera().setFixCorruptImages(FixCorruptImages::On);

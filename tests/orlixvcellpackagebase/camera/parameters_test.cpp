@@ -158,6 +158,8 @@ TEST_F(CameraParameters, NodeAndMapShareOneLock) {
     const auto connection = node().getSettingsChangedSignal()->connect(
         [&] { ownedInside = ownedInside || lock.IsOwned(); });
     GenApi::CEnumerationPtr(feature("AcquisitionMode"))->FromString("SingleFrame");
+    // The map holds its lock while it writes, so with a lock of its own it would be another's.
+    EXPECT_TRUE(ownedInside);
     EXPECT_EQ(node().getAcquisitionMode(), AcquisitionMode::SingleFrame);
     node().setAcquisitionMode(AcquisitionMode::Continuous);
     EXPECT_EQ(GenApi::CEnumerationPtr(feature("AcquisitionMode"))->ToString(), "Continuous");

@@ -100,6 +100,46 @@ TEST_F(CameraSettings, KeysAreSavedInTheirOrder) {
               "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\nWidth\t640\n");
 }
 
+// Whatever the pins are called: what a node has saved, another one loads.
+TEST_F(CameraSettings, APinThatIsNamedLikeTheRepairsOutputIsSavedAndLoaded) {
+    constexpr auto corruptEvent = "ImageCorrupt.Type=Integer.EventName=E.ValueName=V";
+    constexpr auto corruptChunk = "ImageCorrupt.Type=Float.ValueName=ChunkGain";
+    node().setFixCorruptImages(FixCorruptImages::On);
+    execute("EventPinAdd");
+    setText("EventPinConfiguration", corruptEvent);
+    const auto saved = save();
+    saved->setTexts("ChunkPinConfigurations", {corruptChunk});
+    for (int round = 0; round < 2; ++round) {
+        node().loadSettings(saved);
+        EXPECT_THAT(outputs(), ElementsAre("Image", "ImageCorrupt"));
+        EXPECT_EQ(node().getFixCorruptImages(), FixCorruptImages::On);
+        EXPECT_THAT(save()->texts("EventConfiguration"), ElementsAre(corruptEvent));
+        EXPECT_THAT(save()->texts("ChunkPinConfigurations"), ElementsAre(corruptChunk));
+    }
+    node().setFixCorruptImages(FixCorruptImages::Off);
+    EXPECT_THAT(outputs(), ElementsAre("Image"));
+}
+
+TEST_F(CameraSettings, AModeThatNoModeCanHoldStaysAWrongOneAndTheRestIsLoaded) {
+    store->setTexts("ChunkPinConfigurations", {exposure});
+    store->setInteger(TreeSettings::path("AcquisitionMode"), (std::int64_t{1} << 32) + 1);
+    store->setInteger(TreeSettings::path("FixCorruptImages"), -(std::int64_t{1} << 32));
+    int changes = 0;
+    const auto connection = node().getSettingsChangedSignal()->connect([&] { ++changes; });
+    node().loadSettings(store);
+    EXPECT_EQ(node().getAcquisitionMode(), static_cast<AcquisitionMode>(INT32_MAX));
+    EXPECT_EQ(node().getFixCorruptImages(), static_cast<FixCorruptImages>(INT32_MIN));
+    EXPECT_THAT(outputs(), ElementsAre("Image", "ExposureTime"));
+    EXPECT_EQ(maximum("ChunkPinSelector"), 0);
+    EXPECT_TRUE(isAvailable("ChunkPinValue"));
+    EXPECT_EQ(changes, 3);  // of the two modes, and of the load
+    const Utils::LogCapture capture;
+    node().start(Orlix::DataProcessing::Core::NodeArgumentCollection());
+    node().stop();
+    EXPECT_THAT(getLines(capture, category), ElementsAre("3 Camera " + toText(&node()) +
+                                                         ": Couldn't determine acquisition mode."));
+}
+
 TEST_F(CameraSettings, AStoreWithoutAnyKeyGivesTheDefaults) {
     node().setActiveAssignmentProperties(makeInfo({{"ModelName", "M"}}));
     execute("EventPinAdd");

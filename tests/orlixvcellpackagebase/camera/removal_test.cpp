@@ -77,7 +77,8 @@ TEST_F(CameraRemoval, AFreeWithFalseClearsTheErrorOfANodeWithoutADevice) {
     Watch watch(camera());
     lose();
     watch.waitUntil([&] { return camera().hasError(); });
-    camera().freeAdditionalResources(false);
+    camera().waitForCameraDeviceRemoval();  // the job lets the device go at its end
+    EXPECT_TRUE(camera().hasError());
     camera().freeAdditionalResources(false);
     EXPECT_FALSE(camera().hasError());
 }

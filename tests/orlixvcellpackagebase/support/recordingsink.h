@@ -1,9 +1,11 @@
 // An output sink that keeps what it gets. All members may be called from any thread.
 #pragma once
 
+#include <algorithm>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -29,6 +31,10 @@ public:
 
     [[nodiscard]] bool hasSpace() const override {
         const std::lock_guard guard(mutex_);
+        if (!hasSpace_) {
+            refused_.push_back(std::this_thread::get_id());
+            changed_.notify_all();
+        }
         return hasSpace_;
     }
     void setSpaceListener(
@@ -49,6 +55,15 @@ public:
         }
     }
 
+    // Until another thread has found no space here.
+    void waitUntilRefused() {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [&] {
+            return std::any_of(refused_.begin(), refused_.end(), [](std::thread::id asker) {
+                return asker != std::this_thread::get_id();
+            });
+        });
+    }
     void waitForCount(std::size_t count) {
         std::unique_lock lock(mutex_);
         changed_.wait(lock, [&] { return values_.size() >= count; });
@@ -65,8 +80,9 @@ public:
 
 private:
     mutable std::mutex mutex_;
-    std::condition_variable changed_;
+    mutable std::condition_variable changed_;
     bool hasSpace_ = true;
+    mutable std::vector<std::thread::id> refused_;
     std::weak_ptr<Orlix::DataProcessing::Core::ISpaceListener> listener_;
     std::vector<Update> updates_;
     std::vector<Variant> values_;

@@ -39,9 +39,15 @@ public:
         Camera::OnOpened(camera);
     }
     void OnClosed(Orlix::CInstantCamera& /*camera*/) override { note("closed"); }
+    void OnImageGrabbed(Orlix::CInstantCamera& camera,
+                        const Orlix::CGrabResultPtr& grabResult) override {
+        beforeImage();
+        Camera::OnImageGrabbed(camera, grabResult);
+    }
 
     std::vector<std::string> calls;
     std::function<void(const std::string&)> onCall = [](const std::string&) {};
+    std::function<void()> beforeImage = [] {};  // on the library's thread, which may be held up
 
 private:
     void note(const char* call) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -42,12 +43,15 @@ public:
     }
     std::shared_ptr<BufferProvider> getBufferProvider() override {
         ++bufferProviderFetches_;
+        onBufferProvider();
         return bufferProvider_;
     }
     std::shared_ptr<UpdateFactory> getUpdateFactory() override {
         ++updateFactoryFetches_;
         return updateFactory_;
     }
+
+    std::function<void()> onBufferProvider = [] {};
 
     [[nodiscard]] int bufferProviderFetches() const { return bufferProviderFetches_; }
     [[nodiscard]] int updateFactoryFetches() const { return updateFactoryFetches_; }

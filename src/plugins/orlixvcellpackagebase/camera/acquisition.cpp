@@ -62,16 +62,19 @@ void Camera::onStarting(const Core::NodeArgumentCollection& arguments) {
     impl_->fixCorruptImagesPort->setWritable(false);
     setChunkPinParametersAvailable(false);
     setEventPinParametersAvailable(false);
+    const std::uint64_t lastEvent = impl_->instantCamera.GetLastEventNumber();
     if (mode == nullptr) {
         mode = getConfiguredMode();
     }
-    if (mode == nullptr) {
+    if (mode != nullptr) {
+        startGrabbing(mode == singleFrame ? AcquisitionMode::SingleFrame
+                                          : AcquisitionMode::Continuous);
+    } else {
         createLogEntry(Severitiy::Error, category(),
                        "Camera %p: Couldn't determine acquisition mode.",
                        static_cast<const void*>(this));
-        return;
     }
-    startGrabbing(mode == singleFrame ? AcquisitionMode::SingleFrame : AcquisitionMode::Continuous);
+    impl_->lastEventBeforeRun = lastEvent;
 }
 
 // A mode that the device refuses is not an error: it then grabs in the mode that it has. One that
@@ -94,9 +97,10 @@ void Camera::startGrabbing(AcquisitionMode mode) {
 // The device stays open. A handler that waits for the lock meanwhile is not waited for: it finds
 // that its run is over.
 void Camera::onStopping() {
+    refuseFramesOfThisRun();
     const Guard guard = lockNode();
     impl_->instantCamera.StopGrabbing();
-    ++impl_->run;  // not before: up to there handlers of this run are called
+    impl_->lastEventBeforeRun = Impl::noEvents;
     impl_->acquisitionModePort->setWritable(true);
     impl_->fixCorruptImagesPort->setWritable(true);
     setChunkPinParametersAvailable(true);

@@ -50,7 +50,6 @@ public:
 
     void OnCameraEvent(Orlix::CInstantCamera& camera, std::intptr_t /*userProvidedId*/,
                        GenApi::INode* /*node*/) override {
-        const std::uint64_t run = owner_->impl_->run;
         GenApi::INode* node = camera.GetNodeMap().GetNode(valueName_);
         if (node == nullptr) {
             return;
@@ -59,8 +58,9 @@ public:
         if (!value.isValid()) {
             return;
         }
+        // One that came before the run is not of it, however late its call is.
         const Guard guard = owner_->lockNode();
-        if (owner_->impl_->run == run) {
+        if (camera.GetEventNumber() > owner_->impl_->lastEventBeforeRun) {
             owner_->outputEventValue(pinName_, std::move(value));
         }
     }
@@ -108,6 +108,8 @@ void Camera::OnDetached(Orlix::CInstantCamera& camera) {
 
 // A device without events has none; one that refuses an event loses that pin's values only.
 void Camera::OnOpened(Orlix::CInstantCamera& camera) {
+    // Those of an earlier opening may be for pins that are gone.
+    camera.DeregisterCameraEventHandlers();
     if (impl_->eventPinConfigurations.empty()) {
         return;
     }

@@ -150,7 +150,7 @@ void Camera::createChunkOutput(const PinMapping& mapping) {
         return;
     }
     try {
-        createOutput(name, "A chunk data pin.", getOutputType(mapping), true, Core::unlimitedJobs);
+        createPinOutput(name, "A chunk data pin.", getOutputType(mapping));
         createLogEntry(Severitiy::Debug, category(),
                        "Camera: Add camera chunk data output: %s of type %s", name.c_str(), type);
         impl_->chunkPinMappings[name] = mapping;

@@ -150,8 +150,7 @@ void Camera::createEventOutputs() {
         impl_->eventOutputNames.push_back(mapping.pinName);
         const char* type = toText(mapping.pinType);
         try {
-            createOutput(mapping.pinName, "A camera event.", getScalarType(mapping.pinType), true,
-                         Core::unlimitedJobs);
+            createPinOutput(mapping.pinName, "A camera event.", getScalarType(mapping.pinType));
             setUpdateGroup(mapping.pinName, mapping.pinName);  // each event is its own update
             createLogEntry(Severitiy::Debug, category(),
                            "Camera: Add camera event output: %s of type %s",

@@ -79,16 +79,15 @@ Geometry readGeometry(const Orlix::CInstantCamera& camera, const Orlix::CGrabRes
 // Nothing passes into the library: a frame that can't be handed on is lost, and the next one comes.
 void Camera::OnImageGrabbed(Orlix::CInstantCamera& /*camera*/,
                             const Orlix::CGrabResultPtr& grabResult) {
-    const std::uint64_t run = impl_->run;
     try {
-        outputFrame(grabResult, run);
+        outputFrame(grabResult);
     } catch (...) {
         Utils::logCaught(CameraLog::getSubject(this), "grabbing an image");
     }
 }
 
-// The lock is free while the graph is waited for, so that a slow graph blocks no parameter.
-void Camera::outputFrame(const Orlix::CGrabResultPtr& grabResult, std::uint64_t run) {
+// The lock is free from the update on, so that a slow graph blocks no parameter.
+void Camera::outputFrame(const Orlix::CGrabResultPtr& grabResult) {
     Core::PinValues outputs;
     Variant image;
     bool corrupt = false;
@@ -103,18 +102,25 @@ void Camera::outputFrame(const Orlix::CGrabResultPtr& grabResult, std::uint64_t 
         outputs[CameraNames::imageCorruptPin] = COWPtr<Core::Boolean>::make(corrupt);
     }
     if (waitUntilSpaceAvailable()) {
-        createJobOfRun(run, update, std::move(outputs));
+        createFrameJob(grabResult, update, std::move(outputs));
     }
 }
 
-// Under the lock, so that no other run begins in between. Whoever was called in an earlier run may
-// have waited for space in this one.
-void Camera::createJobOfRun(std::uint64_t run, const std::shared_ptr<Core::IGraphUpdate>& update,
+// The library's thread may have been held up before it came here: the frame of a run that was
+// stopped is none of the next, for whose space it has waited.
+void Camera::createFrameJob(const Orlix::CGrabResultPtr& grabResult,
+                            const std::shared_ptr<Core::IGraphUpdate>& update,
                             Core::PinValues outputs) {
-    const Guard guard = lockNode();
-    if (impl_->run == run) {
+    const std::scoped_lock guard(impl_->frameMark.mutex);
+    if (!grabResult.IsValid() || grabResult->GetRunNumber() > impl_->frameMark.lastRun) {
         createJob(update, std::move(outputs), {});
     }
+}
+
+// Waits for a frame that is being handed on, so not with the node's lock held.
+void Camera::refuseFramesOfThisRun() {
+    const std::scoped_lock guard(impl_->frameMark.mutex);
+    impl_->frameMark.lastRun = impl_->instantCamera.GetRunNumber();
 }
 
 // There is a value for every frame: pixels that refer to the library's buffer, or an error.

@@ -1,6 +1,7 @@
 // The two settings of Camera's acquisition.
 #include "camera/cameraimpl.h"
 #include "camera/names.h"
+#include "gcbase/gcexception.h"
 #include "orlixdataprocessingcore/core/boolean.h"
 
 namespace Plugin::OrlixVCellPackageBase {
@@ -38,12 +39,24 @@ void Camera::setFixCorruptImages(FixCorruptImages value) {
     impl_->fixCorruptImages = value;
     impl_->fixCorruptImagesPort->notify();
     guard.unlock();
-    if (value == FixCorruptImages::On) {
+    if (value == FixCorruptImages::On && !hasOutput(CameraNames::imageCorruptPin)) {
         createImageCorruptOutput();
     } else if (value == FixCorruptImages::Off && hasOutput(CameraNames::imageCorruptPin)) {
         removeOutput(CameraNames::imageCorruptPin);
     }
     notifySettingsChanged();
+}
+
+// For a pin of the user. "ImageCorrupt" is the node's own name also while it has no such output:
+// else the order in which a user, or a recipe that is loaded, sets pins and repair would decide
+// whose value stands on it.
+void Camera::createPinOutput(const gcstring& name, const gcstring& description,
+                             const Utils::TypeInfo& type) {
+    if (name == CameraNames::imageCorruptPin) {
+        throw GenICam::InvalidArgumentException("The name is that of an output of the node.",
+                                                __FILE__, __LINE__);
+    }
+    createOutput(name, description, type, true, Core::unlimitedJobs);
 }
 
 void Camera::createImageCorruptOutput() {

@@ -7,8 +7,6 @@
 
 namespace Plugin::OrlixVCellPackageBase::CameraTexts {
 
-inline constexpr char root[] = "Root";
-
 inline constexpr CategoryText acquisitionControl{
     "AcquisitionControl", "Acquisition Control",
     "Contains Camera vCell parameters for controlling image acquisition.", ""};

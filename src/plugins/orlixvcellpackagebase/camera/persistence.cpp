@@ -1,6 +1,8 @@
 // How Camera lives in a recipe: what binds it to a device, not the device itself, so that a recipe
 // can be loaded on a computer without the camera.
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 
 #include "camera/cameraimpl.h"
 #include "camera/log.h"
@@ -38,6 +40,14 @@ void loadTexts(ISettings& store, const gcstring& key, std::vector<gcstring>& tex
     for (std::size_t i = 0; i < size; ++i) {
         texts.push_back(store.getString(makePath(key, i)));
     }
+}
+
+// One that no mode can hold becomes the nearest that it can, which is no mode either; cut, it might
+// be one.
+std::int64_t loadMode(ISettings& store, const gcstring& key) {
+    using Number = std::numeric_limits<std::int32_t>;
+    return std::clamp(store.getInteger(SettingsPath(key)), std::int64_t{Number::min()},
+                      std::int64_t{Number::max()});
 }
 
 }  // namespace
@@ -162,12 +172,10 @@ void Camera::loadActiveSets(ISettings& store) {
 // A number that is no mode is kept, and shows at the next start.
 void Camera::loadModes(ISettings& store) {
     if (store.contains(SettingsPath(acquisitionModeKey))) {
-        impl_->acquisitionModePort->setValue(store.getInteger(SettingsPath(acquisitionModeKey)),
-                                             false);
+        impl_->acquisitionModePort->setValue(loadMode(store, acquisitionModeKey), false);
     }
     if (store.contains(SettingsPath(fixCorruptImagesKey))) {
-        impl_->fixCorruptImagesPort->setValue(store.getInteger(SettingsPath(fixCorruptImagesKey)),
-                                              false);
+        impl_->fixCorruptImagesPort->setValue(loadMode(store, fixCorruptImagesKey), false);
     }
 }
 
