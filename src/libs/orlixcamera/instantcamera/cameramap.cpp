@@ -1,7 +1,9 @@
 #include "orlixcamera/instantcamera/cameramap.h"
 
 #include <array>
+#include <span>
 #include <utility>
+#include <variant>
 
 #include "orlixcamera/instantcamera/streamcounters.h"
 
@@ -12,6 +14,27 @@ using Row = RegisterRow;
 constexpr RegisterKind Integer = RegisterKind::Integer;
 constexpr RegisterKind Boolean = RegisterKind::Boolean;
 constexpr RegisterKind Text = RegisterKind::Text;
+
+// Where the number of a row is.
+using Number = std::atomic<std::int64_t> CameraSettings::*;
+using Flag = std::atomic<bool> CameraSettings::*;
+using Count = std::uint64_t StreamCounts::*;
+using Size = std::int64_t StreamCounts::*;
+using Source = std::variant<Number, Flag, Count, Size>;
+
+struct Entry {
+    Row row;
+    Source source;
+};
+
+template <std::size_t size>
+constexpr std::array<Row, size> rowsOf(const std::array<Entry, size>& table) {
+    std::array<Row, size> rows{};
+    for (std::size_t index = 0; index < size; ++index) {
+        rows[index] = table[index].row;
+    }
+    return rows;
+}
 
 // What the registers of all three maps share.
 class Registers : public IRegisters {
@@ -31,211 +54,189 @@ private:
     const std::shared_ptr<CameraSettings> settings_;
 };
 
-// ---- The camera object
-
-using Number = std::atomic<std::int64_t> CameraSettings::*;
-using Flag = std::atomic<bool> CameraSettings::*;
-using Total = std::uint64_t StreamCounts::*;
-
-// One row of the table with the member behind it.
-struct Setting {
-    Number number = nullptr;
-    Flag flag = nullptr;
-    Total total = nullptr;
-};
-
-constexpr std::array<Row, 16> cameraTable{{
-    {"GrabControl", "MaxNumBuffer", "Max Num Buffer",
-     "Most buffers that are filled and held at the same time. There are fewer where they would "
-     "take "
-     "more than the buffer memory.",
-     Integer, Writable::WhileClosed, 1, largestBufferCount},
-    {"GrabControl", "BufferMemory", "Buffer Memory",
-     "Memory in MiB that all buffers take, but for the first 16, which are always made.", Integer,
-     Writable::WhileClosed, 0, largestBufferMemory},
-    {"GrabControl", "OutputQueueSize", "Output Queue Size",
-     "Frames that the strategy of the latest images keeps.", Integer, Writable::WhileClosed, 1,
-     largestBufferCount},
-    {"GrabControl", "AcquisitionControlEnable", "Acquisition Control Enable",
-     "Starts and stops the acquisition of the device along with grabbing.", Boolean,
-     Writable::WhileClosed},
-    {"EventControl", "GrabCameraEvents", "Grab Camera Events", "Delivers the events of the device.",
-     Boolean, Writable::WhileClosed},
-    {"ThreadControl", "GrabThreadPriority", "Grab Thread Priority",
-     "Real-time priority of the thread that calls the image handlers; 0 is none.", Integer,
-     Writable::WhileClosed, 0, highestPriority},
-    {"ThreadControl", "EventThreadPriority", "Event Thread Priority",
-     "Real-time priority of the thread that calls the event handlers; 0 is none.", Integer,
-     Writable::WhileClosed, 0, highestPriority},
-    {"Status", "IsOpen", "Is Open", "Whether a device is open.", Boolean},
-    {"Status", "IsGrabbing", "Is Grabbing", "Whether frames are being grabbed.", Boolean},
-    {"Status", "IsDeviceRemoved", "Is Device Removed", "Whether the open device was lost.",
-     Boolean},
-    {"Statistic", "TotalSent", "Total Sent",
-     "Frames that devices sent since this camera was made: the sum of the next four."},
-    {"Statistic", "TotalDelivered", "Total Delivered", "Frames that were handed over complete."},
-    {"Statistic", "TotalFailed", "Total Failed", "Frames that failed."},
-    {"Statistic", "TotalSkipped", "Total Skipped",
-     "Frames left out for newer ones, as the strategy asks."},
-    {"Statistic", "TotalLostForBuffer", "Total Lost For Buffer",
-     "Frames that found no free buffer."},
-    {"Statistic", "TotalEventsLost", "Total Events Lost",
-     "Events that came faster than their handlers returned."},
-}};
-
-constexpr std::array<Setting, cameraTable.size()> cameraSettings{{
-    {&CameraSettings::maxNumBuffer},
-    {&CameraSettings::bufferMemory},
-    {&CameraSettings::outputQueueSize},
-    {nullptr, &CameraSettings::controlAcquisition},
-    {nullptr, &CameraSettings::grabCameraEvents},
-    {&CameraSettings::grabThreadPriority},
-    {&CameraSettings::eventThreadPriority},
-    {nullptr, &CameraSettings::isOpen},
-    {nullptr, &CameraSettings::isGrabbing},
-    {nullptr, &CameraSettings::isRemoved},
-    {nullptr, nullptr, &StreamCounts::sent},
-    {nullptr, nullptr, &StreamCounts::delivered},
-    {nullptr, nullptr, &StreamCounts::failed},
-    {nullptr, nullptr, &StreamCounts::skipped},
-    {nullptr, nullptr, &StreamCounts::lostForBuffer},
-    {nullptr, nullptr, &StreamCounts::eventsLost},
-}};
-
-class CameraRegisters final : public Registers {
+// Of a table whose rows have their numbers in the settings and the counters.
+class NumberRegisters : public Registers {
 public:
-    CameraRegisters(std::shared_ptr<CameraSettings> settings,
-                    std::shared_ptr<const StreamCounters> counters)
-        : Registers(std::move(settings)), counters_(std::move(counters)) {}
+    NumberRegisters(std::shared_ptr<CameraSettings> settings,
+                    std::shared_ptr<const StreamCounters> counters, std::span<const Entry> table)
+        : Registers(std::move(settings)), counters_(std::move(counters)), table_(table) {}
 
-    [[nodiscard]] bool IsPresent() const override { return true; }
     [[nodiscard]] std::int64_t GetInteger(std::size_t row) const override {
-        const Setting& setting = cameraSettings.at(row);
-        if (setting.total != nullptr) {
-            return static_cast<std::int64_t>(counters_->GetTotal().*setting.total);
+        const Source& source = table_[row].source;
+        if (const auto* const number = std::get_if<Number>(&source)) {
+            return (settings().**number).load();
         }
-        return setting.number != nullptr ? (settings().*setting.number).load()
-                                         : std::int64_t{(settings().*setting.flag).load()};
+        if (const auto* const flag = std::get_if<Flag>(&source)) {
+            return std::int64_t{(settings().**flag).load()};
+        }
+        const StreamCounts counts = getCounts(*counters_);
+        const auto* const count = std::get_if<Count>(&source);
+        return count != nullptr ? static_cast<std::int64_t>(counts.**count)
+                                : counts.*std::get<Size>(source);
     }
     void SetInteger(std::size_t row, std::int64_t value) override {
-        const Setting& setting = cameraSettings.at(row);
-        if (setting.number != nullptr) {
-            (settings().*setting.number).store(value);
-        } else {
-            (settings().*setting.flag).store(value != 0);
+        const Source& source = table_[row].source;
+        if (const auto* const number = std::get_if<Number>(&source)) {
+            (settings().**number).store(value);
+        } else if (const auto* const flag = std::get_if<Flag>(&source)) {
+            (settings().**flag).store(value != 0);
         }
     }
 
 private:
+    [[nodiscard]] virtual StreamCounts getCounts(const StreamCounters& counters) const = 0;
+
     const std::shared_ptr<const StreamCounters> counters_;
+    const std::span<const Entry> table_;
+};
+
+// ---- The camera object
+
+constexpr std::array cameraTable{
+    Entry{
+        {"GrabControl", "MaxNumBuffer", "Max Num Buffer",
+         "Most buffers that are filled and held at the same time. There are fewer where they would "
+         "take more than the buffer memory.",
+         Integer, Writable::WhileClosed, 1, largestBufferCount},
+        &CameraSettings::maxNumBuffer},
+    Entry{{"GrabControl", "BufferMemory", "Buffer Memory",
+           "Memory in MiB that all buffers take, but for the first 16, which are always made.",
+           Integer, Writable::WhileClosed, 0, largestBufferMemory},
+          &CameraSettings::bufferMemory},
+    Entry{{"GrabControl", "OutputQueueSize", "Output Queue Size",
+           "Frames that the strategy of the latest images keeps.", Integer, Writable::WhileClosed,
+           1, largestBufferCount},
+          &CameraSettings::outputQueueSize},
+    Entry{{"GrabControl", "AcquisitionControlEnable", "Acquisition Control Enable",
+           "Starts and stops the acquisition of the device along with grabbing.", Boolean,
+           Writable::WhileClosed},
+          &CameraSettings::controlAcquisition},
+    Entry{{"EventControl", "GrabCameraEvents", "Grab Camera Events",
+           "Delivers the events of the device.", Boolean, Writable::WhileClosed},
+          &CameraSettings::grabCameraEvents},
+    Entry{{"ThreadControl", "GrabThreadPriority", "Grab Thread Priority",
+           "Real-time priority of the thread that calls the image handlers; 0 is none.", Integer,
+           Writable::WhileClosed, 0, highestPriority},
+          &CameraSettings::grabThreadPriority},
+    Entry{{"ThreadControl", "EventThreadPriority", "Event Thread Priority",
+           "Real-time priority of the thread that calls the event handlers; 0 is none.", Integer,
+           Writable::WhileClosed, 0, highestPriority},
+          &CameraSettings::eventThreadPriority},
+    Entry{{"Status", "IsOpen", "Is Open", "Whether a device is open.", Boolean},
+          &CameraSettings::isOpen},
+    Entry{{"Status", "IsGrabbing", "Is Grabbing", "Whether frames are being grabbed.", Boolean},
+          &CameraSettings::isGrabbing},
+    Entry{{"Status", "IsDeviceRemoved", "Is Device Removed", "Whether the open device was lost.",
+           Boolean},
+          &CameraSettings::isRemoved},
+    Entry{{"Statistic", "TotalSent", "Total Sent",
+           "Frames that devices sent since this camera was made: the sum of the next four."},
+          &StreamCounts::sent},
+    Entry{{"Statistic", "TotalDelivered", "Total Delivered",
+           "Frames that were handed over complete."},
+          &StreamCounts::delivered},
+    Entry{{"Statistic", "TotalFailed", "Total Failed", "Frames that failed."},
+          &StreamCounts::failed},
+    Entry{{"Statistic", "TotalSkipped", "Total Skipped",
+           "Frames left out for newer ones, as the strategy asks."},
+          &StreamCounts::skipped},
+    Entry{{"Statistic", "TotalLostForBuffer", "Total Lost For Buffer",
+           "Frames that found no free buffer."},
+          &StreamCounts::lostForBuffer},
+    Entry{{"Statistic", "TotalEventsLost", "Total Events Lost",
+           "Events that came faster than their handlers returned."},
+          &StreamCounts::eventsLost},
+};
+
+constexpr auto cameraRows = rowsOf(cameraTable);
+
+class CameraRegisters final : public NumberRegisters {
+public:
+    CameraRegisters(std::shared_ptr<CameraSettings> settings,
+                    std::shared_ptr<const StreamCounters> counters)
+        : NumberRegisters(std::move(settings), std::move(counters), cameraTable) {}
+
+    [[nodiscard]] bool IsPresent() const override { return true; }
+
+private:
+    [[nodiscard]] StreamCounts getCounts(const StreamCounters& counters) const override {
+        return counters.GetTotal();
+    }
 };
 
 // ---- The stream
 
-// Where a row of the stream has its number.
-struct Count {
-    std::uint64_t StreamCounts::*total = nullptr;
-    std::int64_t StreamCounts::*size = nullptr;
+constexpr std::array streamTable{
+    Entry{{"BufferControl", "MaxNumBuffer", "Max Num Buffer",
+           "Most buffers that are filled and held at the same time.", Integer,
+           Writable::WhileNotGrabbing, 1, largestBufferCount},
+          &CameraSettings::maxNumBuffer},
+    Entry{{"BufferControl", "DeliverFailedFrames", "Deliver Failed Frames",
+           "Hands frames over that failed. Without it they are only counted.", Boolean,
+           Writable::WhileNotGrabbing},
+          &CameraSettings::deliverFailedFrames},
+    Entry{{"BufferControl", "PayloadSize", "Payload Size",
+           "Bytes of each buffer, from the first start of grabbing on.", Integer, Writable::Never,
+           0, 0, Available::UnlessZero},
+          &StreamCounts::payloadSize},
+    Entry{{"BufferControl", "NumBuffers", "Num Buffers", "Buffers that were made for grabbing."},
+          &StreamCounts::bufferCount},
+    Entry{{"BufferControl", "NumHeldBuffers", "Num Held Buffers",
+           "Results that somebody holds; their buffers are not filled meanwhile."},
+          &StreamCounts::heldBuffers},
+    Entry{{"Statistic", "StatisticSent", "Statistic Sent",
+           "Frames that the device sent since it was opened."},
+          &StreamCounts::sent},
+    Entry{{"Statistic", "StatisticDelivered", "Statistic Delivered",
+           "Frames that were handed over complete."},
+          &StreamCounts::delivered},
+    Entry{{"Statistic", "StatisticFailed", "Statistic Failed",
+           "Frames that failed, the sum of the next five."},
+          &StreamCounts::failed},
+    Entry{{"Statistic", "StatisticFailedMissingPackets", "Statistic Failed Missing Packets",
+           "Frames that arrived in part."},
+          &StreamCounts::missingPackets},
+    Entry{{"Statistic", "StatisticFailedWrongSize", "Statistic Failed Wrong Size",
+           "Frames with more or fewer bytes than announced, or than their buffer holds."},
+          &StreamCounts::wrongSize},
+    Entry{{"Statistic", "StatisticFailedBadTrailer", "Statistic Failed Bad Trailer",
+           "Frames whose chunks or trailer were invalid."},
+          &StreamCounts::badTrailer},
+    Entry{{"Statistic", "StatisticFailedTimedOut", "Statistic Failed Timed Out",
+           "Frames whose end never came."},
+          &StreamCounts::timedOut},
+    Entry{{"Statistic", "StatisticFailedAborted", "Statistic Failed Aborted",
+           "Frames that grabbing ended on, before they were handed over."},
+          &StreamCounts::aborted},
+    Entry{{"Statistic", "StatisticSkipped", "Statistic Skipped",
+           "Frames left out for newer ones, as the strategy asks."},
+          &StreamCounts::skipped},
+    Entry{{"Statistic", "StatisticLostForBuffer", "Statistic Lost For Buffer",
+           "Frames that found no free buffer."},
+          &StreamCounts::lostForBuffer},
+    Entry{{"Statistic", "StatisticResentPackets", "Statistic Resent Packets",
+           "Packets that had to be sent again."},
+          &StreamCounts::resentPackets},
+    Entry{{"Statistic", "StatisticEventsLost", "Statistic Events Lost",
+           "Events that came faster than their handlers returned."},
+          &StreamCounts::eventsLost},
+    Entry{{"Connection", "IsDeviceRemoved", "Is Device Removed",
+           "Whether the open device was lost.", Boolean},
+          &CameraSettings::isRemoved},
 };
 
-constexpr std::array<Row, 18> streamTable{{
-    {"BufferControl", "MaxNumBuffer", "Max Num Buffer",
-     "Most buffers that are filled and held at the same time.", Integer, Writable::WhileNotGrabbing,
-     1, largestBufferCount},
-    {"BufferControl", "DeliverFailedFrames", "Deliver Failed Frames",
-     "Hands frames over that failed. Without it they are only counted.", Boolean,
-     Writable::WhileNotGrabbing},
-    {"BufferControl", "PayloadSize", "Payload Size",
-     "Bytes of each buffer, from the first start of grabbing on.", Integer, Writable::Never, 0, 0,
-     Available::UnlessZero},
-    {"BufferControl", "NumBuffers", "Num Buffers", "Buffers that were made for grabbing."},
-    {"BufferControl", "NumHeldBuffers", "Num Held Buffers",
-     "Results that somebody holds; their buffers are not filled meanwhile."},
-    {"Statistic", "StatisticSent", "Statistic Sent",
-     "Frames that the device sent since it was opened."},
-    {"Statistic", "StatisticDelivered", "Statistic Delivered",
-     "Frames that were handed over complete."},
-    {"Statistic", "StatisticFailed", "Statistic Failed",
-     "Frames that failed, the sum of the next five."},
-    {"Statistic", "StatisticFailedMissingPackets", "Statistic Failed Missing Packets",
-     "Frames that arrived in part."},
-    {"Statistic", "StatisticFailedWrongSize", "Statistic Failed Wrong Size",
-     "Frames with more or fewer bytes than announced, or than their buffer holds."},
-    {"Statistic", "StatisticFailedBadTrailer", "Statistic Failed Bad Trailer",
-     "Frames whose chunks or trailer were invalid."},
-    {"Statistic", "StatisticFailedTimedOut", "Statistic Failed Timed Out",
-     "Frames whose end never came."},
-    {"Statistic", "StatisticFailedAborted", "Statistic Failed Aborted",
-     "Frames that grabbing ended on, before they were handed over."},
-    {"Statistic", "StatisticSkipped", "Statistic Skipped",
-     "Frames left out for newer ones, as the strategy asks."},
-    {"Statistic", "StatisticLostForBuffer", "Statistic Lost For Buffer",
-     "Frames that found no free buffer."},
-    {"Statistic", "StatisticResentPackets", "Statistic Resent Packets",
-     "Packets that had to be sent again."},
-    {"Statistic", "StatisticEventsLost", "Statistic Events Lost",
-     "Events that came faster than their handlers returned."},
-    {"Connection", "IsDeviceRemoved", "Is Device Removed", "Whether the open device was lost.",
-     Boolean},
-}};
+constexpr auto streamRows = rowsOf(streamTable);
 
-constexpr std::array<Count, streamTable.size()> streamCounts{{
-    {},
-    {},
-    {nullptr, &StreamCounts::payloadSize},
-    {nullptr, &StreamCounts::bufferCount},
-    {nullptr, &StreamCounts::heldBuffers},
-    {&StreamCounts::sent},
-    {&StreamCounts::delivered},
-    {&StreamCounts::failed},
-    {&StreamCounts::missingPackets},
-    {&StreamCounts::wrongSize},
-    {&StreamCounts::badTrailer},
-    {&StreamCounts::timedOut},
-    {&StreamCounts::aborted},
-    {&StreamCounts::skipped},
-    {&StreamCounts::lostForBuffer},
-    {&StreamCounts::resentPackets},
-    {&StreamCounts::eventsLost},
-    {},
-}};
-
-class StreamRegisters final : public Registers {
+class StreamRegisters final : public NumberRegisters {
 public:
     StreamRegisters(std::shared_ptr<CameraSettings> settings,
                     std::shared_ptr<const StreamCounters> counters)
-        : Registers(std::move(settings)), counters_(std::move(counters)) {}
-
-    [[nodiscard]] std::int64_t GetInteger(std::size_t row) const override {
-        const Count& count = streamCounts.at(row);
-        if (count.total != nullptr) {
-            return static_cast<std::int64_t>(counters_->Get().*count.total);
-        }
-        if (count.size != nullptr) {
-            return counters_->Get().*count.size;
-        }
-        switch (row) {
-            case maxNumBuffer:
-                return settings().maxNumBuffer;
-            case deliverFailedFrames:
-                return std::int64_t{settings().deliverFailedFrames};
-            default:
-                return std::int64_t{settings().isRemoved};
-        }
-    }
-    void SetInteger(std::size_t row, std::int64_t value) override {
-        if (row == maxNumBuffer) {
-            settings().maxNumBuffer = value;
-        } else if (row == deliverFailedFrames) {
-            settings().deliverFailedFrames = value != 0;
-        }
-    }
+        : NumberRegisters(std::move(settings), std::move(counters), streamTable) {}
 
 private:
-    static constexpr std::size_t maxNumBuffer = 0;
-    static constexpr std::size_t deliverFailedFrames = 1;
-
-    const std::shared_ptr<const StreamCounters> counters_;
+    [[nodiscard]] StreamCounts getCounts(const StreamCounters& counters) const override {
+        return counters.Get();
+    }
 };
 
 // ---- The connection
@@ -277,14 +278,14 @@ private:
 std::unique_ptr<RegisterMap> CreateCameraMap(std::shared_ptr<CameraSettings> settings,
                                              std::shared_ptr<const StreamCounters> counters) {
     return std::make_unique<RegisterMap>(
-        "CameraInstance", cameraTable,
+        "CameraInstance", cameraRows,
         std::make_shared<CameraRegisters>(std::move(settings), std::move(counters)));
 }
 
 std::unique_ptr<RegisterMap> CreateStreamMap(std::shared_ptr<CameraSettings> settings,
                                              std::shared_ptr<const StreamCounters> counters) {
     return std::make_unique<RegisterMap>(
-        "StreamGrabber", streamTable,
+        "StreamGrabber", streamRows,
         std::make_shared<StreamRegisters>(std::move(settings), std::move(counters)));
 }
 
