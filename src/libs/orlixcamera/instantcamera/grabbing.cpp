@@ -54,6 +54,7 @@ void CInstantCamera::Impl::StartGrabbing(Detail::GrabPlan plan) {
         run = start(plan);
     }
     tell(*run, GrabRun::Step::Started);
+    run->SetStartTold();
 }
 
 std::shared_ptr<GrabRun> CInstantCamera::Impl::start(const Detail::GrabPlan& plan) {
@@ -264,9 +265,10 @@ void CInstantCamera::Impl::grabLoop(const std::shared_ptr<GrabRun>& run) {
     } catch (...) {
         run->SetFailed();
         const std::string text = Detail::TextOfCurrentException();
-        tell(*run, GrabRun::Step::Started);
+        run->WaitUntilStartTold();
         tell(*run, GrabRun::Step::Error, text.c_str());
     }
+    run->WaitUntilStartTold();
     if (run->IsAllowed()) {
         endRun(run);
     }

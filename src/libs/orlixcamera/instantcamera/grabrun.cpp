@@ -82,6 +82,17 @@ std::shared_ptr<GrabRun::ConfigurationRegistration> GrabRun::NextToTell(
     return told_ < toTell_->size() ? (*toTell_)[told_++] : nullptr;
 }
 
+void GrabRun::SetStartTold() noexcept {
+    const std::scoped_lock lock(mutex_);
+    startTold_ = true;
+    collected_.notify_all();
+}
+
+void GrabRun::WaitUntilStartTold() {
+    std::unique_lock lock(mutex_);
+    collected_.wait(lock, [this] { return startTold_ || !allowed_; });
+}
+
 void GrabRun::Silence() noexcept {
     const std::scoped_lock lock(mutex_);
     silent_ = true;

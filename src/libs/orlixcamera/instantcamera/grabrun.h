@@ -57,6 +57,10 @@ public:
         Step step, const HandlerList<ConfigurationRegistration>& handlers);
     // Nobody is told of anything any more.
     void Silence() noexcept;
+    // The thread that started the run has told of that, or was taken its part.
+    void SetStartTold() noexcept;
+    // For the grab thread, which may wait: until then, or until the run is forbidden.
+    void WaitUntilStartTold();
 
     // The next frame; invalid after the time-out or the end. Throws what the stream throws.
     [[nodiscard]] CGrabResultPtr TakeFrame(std::chrono::milliseconds timeOut);
@@ -94,6 +98,7 @@ private:
     bool allowed_ = true;
     bool started_ = false;
     bool silent_ = false;
+    bool startTold_ = false;
     Step step_ = Step::Started;  // that handlers are told of, in the order of the list
     std::shared_ptr<const std::vector<std::shared_ptr<ConfigurationRegistration>>> toTell_;
     std::size_t told_ = 0;
@@ -102,7 +107,7 @@ private:
 
     // The strategies of the latest images: a thread that calls nobody empties the stream.
     std::thread collector_;
-    std::condition_variable collected_;  // or started, or forbidden
+    std::condition_variable collected_;  // or started, or told so, or forbidden
     std::vector<FrameSlot*> latest_;     // a ring
     std::size_t oldest_ = 0;
     std::size_t waiting_ = 0;
