@@ -72,7 +72,8 @@ struct DeviceData {
 //
 // Life: needs a resource pool, and throws InvalidArgumentException without one. A device is held
 // from allocateResources to freeResources or to its loss, which is an error on the node.
-// One recursive lock guards everything; handlers of settings and of node maps run with it free.
+// One recursive lock guards everything; handlers of settings and of node maps run with it free, and
+// a frame becomes a job with it free. An event waits for space and becomes a job with it held.
 class Camera : public Orlix::DataProcessing::Core::AdvancedNode,
                public Orlix::DataProcessing::Core::INodeMapContainer,
                public Orlix::CImageEventHandler,

@@ -1,6 +1,7 @@
 // How Camera takes a device for itself and gives it back.
 #include <array>
 
+#include "camera/allocationstep.h"
 #include "camera/cameraimpl.h"
 #include "camera/log.h"
 #include "camera/names.h"
@@ -24,24 +25,14 @@ Core::ErrorList Camera::allocateAdditionalResources(
     const std::shared_ptr<Core::IResourcePool>& pool, bool flag) {
     Guard guard = lockNode();
     Core::ErrorList errors;
-    try {
+    runAllocationStep(errors, getSubject(this), "allocating camera resource.", [&] {
         if (impl_->resourcePool != nullptr && impl_->device == nullptr) {
             allocateCamera(guard, flag);
         }
-    } catch (...) {
-        // Here and below, the full stop is a part of what the node was doing.
-        Utils::logCaught(getSubject(this), "allocating camera resource.");
-        errors.push_back(
-            Utils::makeErrorOfCaught("Unknown exception caught while allocating camera resource."));
-    }
-    try {
-        const Core::ErrorList more = AdvancedNode::allocateAdditionalResources(pool, flag);
-        errors.insert(errors.end(), more.begin(), more.end());
-    } catch (...) {
-        Utils::logCaught(getSubject(this), "allocating additional resources.");
-        errors.push_back(Utils::makeErrorOfCaught(
-            "Unknown exception caught while allocating additional resources."));
-    }
+        return Core::ErrorList();
+    });
+    runAllocationStep(errors, getSubject(this), "allocating additional resources.",
+                      [&] { return AdvancedNode::allocateAdditionalResources(pool, flag); });
     return errors;
 }
 
