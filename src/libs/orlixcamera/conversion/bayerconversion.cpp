@@ -115,7 +115,7 @@ void BayerConversion::ReadRow(std::size_t number, std::uint8_t* row) {
         const std::size_t behind = job_.width - LineEnd;
         std::memcpy(row, from, LineEnd);
         std::memcpy(row + behind, from + behind, LineEnd);
-    } else if (prefetch_) {
+    } else if (prefetch_ && sampleBytes_ == 1) {
         unread_[unreadRows_++] = {from, row};
         return;
     } else {
@@ -125,7 +125,8 @@ void BayerConversion::ReadRow(std::size_t number, std::uint8_t* row) {
 }
 
 // What is written to memory takes time to get there, in which the next samples are read: that is
-// why a large picture's lines are not read as a whole before the first of their pixels is made.
+// why a large picture's bytes are not read as whole lines before the first of their pixels is made;
+// words, which take longer to write than to read, gain nothing by it.
 void BayerConversion::ReadUpTo(std::size_t column) {
     // A pixel needs the sample behind it; and so many samples are whole bytes in any packing.
     constexpr std::size_t Step = CacheLine;
