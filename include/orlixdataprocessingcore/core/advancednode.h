@@ -42,6 +42,9 @@ protected:
     void createJob(const std::shared_ptr<IGraphUpdate>& update, PinValues values,
                    const JobFunction& function);
     [[nodiscard]] std::shared_ptr<IUpdateFactory> getUpdateFactory() const;
+    // From now on a run takes no job of an update that was made before it began. For a source whose
+    // threads may come late with the values of an earlier run; to be called by the constructor.
+    void takeOnlyUpdatesOfTheRun();
 };
 
 }  // namespace Orlix::DataProcessing::Core

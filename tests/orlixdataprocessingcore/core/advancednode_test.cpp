@@ -275,6 +275,42 @@ TEST_F(AdvancedNodeTest, AResultWithoutAnUpdateFailsItsJobOnly) {
     EXPECT_EQ(entries[1].value.get<Integer>(true)->get(), 2);
 }
 
+TEST_F(AdvancedNodeTest, ARunMayTakeOnlyUpdatesThatWereMadeInIt) {
+    attach();
+    const auto early = makeUpdate();
+    source->start({});
+    source->createJob(early, {{"Out", integer(1)}}, {});
+    source->stop();
+    source->takeOnlyUpdatesOfTheRun();
+    source->start({});
+    const auto late = makeUpdate();
+    source->stop();
+    source->start({});
+    source->createJob(late, {{"Out", integer(2)}}, {});
+    source->createJob(late, {{"Out", integer(3)}}, [](const UpdatePtr& update, PinValues values) {
+        return JobResults{{update, std::move(values)}};
+    });
+    source->send(4);
+    EXPECT_EQ(sink->values(2), (std::vector<std::int64_t>{1, 4}));
+}
+
+TEST_F(AdvancedNodeTest, AJobThatRestartsItsSourceIsNoneOfTheNewRun) {
+    attach();
+    source->takeOnlyUpdatesOfTheRun();
+    source->start({});
+    const auto connection =
+        source->getExecutionStartedSignal()->connect([&, isFirst = true](const UpdatePtr&) mutable {
+            if (std::exchange(isFirst, false)) {
+                source->stop();
+                source->start({});
+            }
+        });
+    source->send(1);
+    source->send(2);
+    EXPECT_EQ(sink->values(1), std::vector<std::int64_t>{2});
+    connection->disconnect();
+}
+
 TEST_F(AdvancedNodeTest, AnAbortedJobThatWaitsIsNotRun) {
     attach();
     source->start({});

@@ -55,6 +55,7 @@ public:
     using AdvancedNode::getLock;
     using AdvancedNode::removeOutput;
     using AdvancedNode::setUpdateGroup;
+    using AdvancedNode::takeOnlyUpdatesOfTheRun;
     using AdvancedNode::waitUntilSpaceAvailable;
     using NodeBase::abort;
 

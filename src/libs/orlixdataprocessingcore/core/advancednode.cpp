@@ -1,8 +1,6 @@
 #include "orlixdataprocessingcore/core/advancednode.h"
 
 #include "orlixdataprocessingcore/core/nodebase_impl.h"
-#include "orlixdataprocessingcore/core/resourcepool.h"
-#include "orlixdataprocessingcore/core/services.h"
 
 namespace Orlix::DataProcessing::Core {
 
@@ -43,7 +41,11 @@ void AdvancedNode::createJob(const std::shared_ptr<IGraphUpdate>& update, PinVal
 }
 
 std::shared_ptr<IUpdateFactory> AdvancedNode::getUpdateFactory() const {
-    return impl().pool ? impl().pool->getUpdateFactory() : getDefaultUpdateFactory();
+    return impl().updateFactory();
+}
+
+void AdvancedNode::takeOnlyUpdatesOfTheRun() {
+    impl().takeOnlyUpdatesOfTheRun();
 }
 
 }  // namespace Orlix::DataProcessing::Core

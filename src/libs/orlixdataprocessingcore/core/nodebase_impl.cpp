@@ -2,7 +2,10 @@
 #include "orlixdataprocessingcore/core/nodebase_impl.h"
 
 #include "gcbase/gcexception.h"
+#include "orlixdataprocessingcore/core/graphupdate.h"
 #include "orlixdataprocessingcore/core/nodelog.h"
+#include "orlixdataprocessingcore/core/resourcepool.h"
+#include "orlixdataprocessingcore/core/services.h"
 #include "orlixdataprocessingcore/threading/recursiveclock.h"
 #include "orlixdataprocessingcore/threading/uniquelock.h"
 #include "orlixdataprocessingcore/utils/failure.h"
@@ -247,9 +250,21 @@ void NodeBase::Impl::openForJobs() {
     }
     {
         std::lock_guard guard(deliveryMutex_);
+        if (onlyUpdatesOfTheRun_) {
+            const auto mark = updateFactory()->createUpdate(&owner_, nullptr);
+            lastUpdateBefore_ = mark == nullptr ? 0 : mark->getSequenceNumber();
+        }
         acceptsJobs_ = true;
     }
     space_.open();
+}
+
+bool NodeBase::Impl::acceptsJobsOf(const IGraphUpdate& update) const {
+    return acceptsJobs_ && update.getSequenceNumber() > lastUpdateBefore_;
+}
+
+std::shared_ptr<IUpdateFactory> NodeBase::Impl::updateFactory() const {
+    return pool ? pool->getUpdateFactory() : getDefaultUpdateFactory();
 }
 
 // A delivery that is under way ends first.

@@ -20,6 +20,7 @@
 
 namespace Orlix::DataProcessing::Core {
 
+class IUpdateFactory;
 class SimpleNode;
 
 // Lives as long as its node and a little longer where a sink still holds it as its listener.
@@ -63,6 +64,9 @@ public:
         return failedJobs_.load(std::memory_order_relaxed);
     }
 
+    [[nodiscard]] std::shared_ptr<IUpdateFactory> updateFactory() const;
+    void takeOnlyUpdatesOfTheRun() noexcept { onlyUpdatesOfTheRun_ = true; }
+
     InputPins inputs;
     OutputPins outputs;
     PropertyBindings bindings;
@@ -97,6 +101,7 @@ private:
     [[nodiscard]] bool isInOwnJob() const;
     void openForJobs();
     void closeForJobs();
+    [[nodiscard]] bool acceptsJobsOf(const IGraphUpdate& update) const;
 
     [[nodiscard]] bool beginExecution();
     void endExecution();
@@ -153,7 +158,9 @@ private:
 
     // Sources may create jobs on several threads: every output sees them in one order.
     std::mutex deliveryMutex_;
-    bool acceptsJobs_ = false;  // under deliveryMutex_
+    bool acceptsJobs_ = false;  // under deliveryMutex_, like the number
+    std::uint64_t lastUpdateBefore_ = 0;
+    bool onlyUpdatesOfTheRun_ = false;
     SpaceGate space_;
     JobQueue jobs_;
 

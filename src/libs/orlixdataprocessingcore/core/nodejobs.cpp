@@ -279,7 +279,7 @@ void NodeBase::Impl::createJob(SourceJob&& job) {
         return;
     }
     std::lock_guard guard(deliveryMutex_);
-    if (acceptsJobs_) {
+    if (acceptsJobsOf(*job.update)) {
         jobs_.push(std::move(job));
     }
 }
@@ -302,7 +302,7 @@ void NodeBase::Impl::runSourceJob(SourceJob&& job, Admission admission) {
             announce(result.key(), result.mapped());
         }
         std::lock_guard guard(deliveryMutex_);
-        if (acceptsJobs_ || admission == Admission::Granted) {
+        if (admission == Admission::Granted || acceptsJobsOf(*result.key())) {
             deliver(*routes, std::move(result.key()), result.mapped());
         }
     });
