@@ -9,8 +9,10 @@ class CInstantCamera;
 
 // Each pair is called before and after the step, on the thread that takes it, with no lock of the
 // library held; of a run that ends in the same moment for two reasons, OnGrabStarted to
-// OnGrabStopped come in this order, but on either thread. An exception of OnAttached, OnOpened or
-// OnDetached leaves the operation; all others are logged and swallowed.
+// OnGrabStopped come in this order, but on either thread, and a handler that is still in one of
+// them may be called for the next. A run that is begun while the camera is being closed ends
+// without a call. An exception of OnAttached, OnOpened or OnDetached leaves the operation; all
+// others are logged and swallowed.
 class ORLIXCAMERA_API CConfigurationEventHandler {
 public:
     virtual void OnAttach(CInstantCamera& /*camera*/) {}

@@ -136,8 +136,8 @@ public:
     void StartGrabbing(std::size_t maxImages, EGrabStrategy strategy = GrabStrategy_OneByOne,
                        EGrabLoop grabLoop = GrabLoop_ProvidedByUser);
     [[nodiscard]] bool IsGrabbing() const noexcept;
-    // Counts the runs of this object from 1, those too whose start failed; that of the last, which
-    // may be over, and 0 before the first.
+    // Counts the runs of this object from 1, those too whose start failed with the stream; that of
+    // the last, which may be over, and 0 before the first.
     [[nodiscard]] std::uint64_t GetRunNumber() const noexcept;
     // Nothing happens if it is not grabbing. Fires OnGrabStop, OnGrabStopped: where a run ends by
     // itself at the same time, each handler is told once, by one of the two threads, in this order.

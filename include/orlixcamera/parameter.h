@@ -51,7 +51,7 @@ struct ParameterTexts {
 struct IntegerRange {
     std::int64_t minimum;
     std::int64_t maximum;
-    std::int64_t increment;
+    std::int64_t increment;  // at least 1
 };
 
 // Where an integer parameter has its value from: a number in memory, or whatever else answers like

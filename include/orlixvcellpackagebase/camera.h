@@ -249,16 +249,14 @@ private:
     [[nodiscard]] const char* getConfiguredMode() const;
     void startGrabbing(AcquisitionMode mode);
     void outputFrame(const Orlix::CGrabResultPtr& grabResult);
-    void createFrameJob(const Orlix::CGrabResultPtr& grabResult,
-                        const std::shared_ptr<Orlix::DataProcessing::Core::IGraphUpdate>& update,
-                        Orlix::DataProcessing::Core::PinValues outputs);
+    [[nodiscard]] bool isOfThisRun(const Orlix::CGrabResultPtr& grabResult) const;
     void fillImageOutput(const Orlix::CGrabResultPtr& grabResult, Variant& image, bool& corrupt);
-    void refuseFramesOfThisRun();
     [[nodiscard]] Variant fixCorruptedImage(const Orlix::CGrabResultPtr& grabResult);
     void readChunkValues(const Orlix::CGrabResultPtr& grabResult,
                          Orlix::DataProcessing::Core::PinValues& outputs);
 
     // Events
+    [[nodiscard]] bool isEventOutput(const gcstring& name);
     [[nodiscard]] bool turnEventOn(Orlix::CInstantCamera& camera, const gcstring& eventName);
     void registerEventHandler(Orlix::CInstantCamera& camera, const EventPinMapping& mapping,
                               Orlix::ECameraEventRegistrationMode mode);

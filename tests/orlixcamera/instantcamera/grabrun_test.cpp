@@ -143,6 +143,30 @@ TEST_F(GrabRuns, NothingIsToldOfOneThatEndsByItselfOnceStoppingHasReturned) {
     EXPECT_EQ(count(second, "OnGrabStopped"), 1U);
 }
 
+// The grab thread is inside the call of the first handler when the next run begins.
+TEST_F(GrabRuns, TheNextOneBeginsWhenAllWereToldOfTheEndOfTheLast) {
+    Gate entered;
+    Gate leave;
+    std::atomic<bool> isFirst{true};
+    states.work = [&](const std::string& name) {
+        if (name == "OnGrabStopped" && isFirst.exchange(false)) {
+            entered.Open();
+            EXPECT_TRUE(leave.Wait());
+        }
+    };
+    open();
+    second.names.Clear();
+    grabOne();
+    ASSERT_TRUE(device->Send());
+    ASSERT_TRUE(entered.Wait());
+    camera.StartGrabbing();
+    EXPECT_EQ(second.names.Get(), (Names{"OnGrabStart", "OnGrabStarted", "OnGrabStop",
+                                         "OnGrabStopped", "OnGrabStart", "OnGrabStarted"}));
+    leave.Open();
+    camera.StopGrabbing();
+    EXPECT_EQ(count(second, "OnGrabStopped"), 2U);
+}
+
 TEST_F(GrabRuns, NoErrorIsToldOnceStoppingHasReturned) {
     Gate entered;
     Gate leave;

@@ -139,6 +139,25 @@ TEST_F(CameraEventPins, TheNameOfTheRepairsOutputIsTakenWhetherThatIsThereOrNot)
               Utils::TypeInfo::getTypeInfo<Core::Boolean>(true));
 }
 
+TEST_F(CameraEventPins, TheOutputsOfTheNodeItselfAreNeverRemoved) {
+    node().setFixCorruptImages(FixCorruptImages::On);
+    add("Image.Type=Integer.EventName=E.ValueName=V");
+    execute("EventPinRemove");
+    EXPECT_THAT(outputs(), ElementsAre("Image", "ImageCorrupt"));
+    add("ImageCorrupt.Type=Integer.EventName=E.ValueName=V");
+    execute("EventPinRemove");
+    EXPECT_THAT(outputs(), ElementsAre("Image", "ImageCorrupt"));
+    EXPECT_EQ(text("EventPinConfiguration"), "");
+}
+
+TEST_F(CameraEventPins, AnEntryWhoseNameIsTakenByTheNodeMayGetAnotherText) {
+    const char* const second = "ImageCorrupt.Type=Integer.EventName=E.ValueName=W";
+    add("ImageCorrupt.Type=Integer.EventName=E.ValueName=V");
+    setText("EventPinConfiguration", second);
+    EXPECT_EQ(text("EventPinConfiguration"), second);
+    EXPECT_THAT(outputs(), ElementsAre("Image"));
+}
+
 TEST_F(CameraEventPins, ATextForARunningNodeIsStoredWithoutAnOutput) {
     execute("EventPinAdd");
     startWithoutGrabbing();

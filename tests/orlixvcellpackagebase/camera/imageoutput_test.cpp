@@ -248,6 +248,30 @@ TEST_F(CameraImageOutput, AReceiverOfAFrameMayStopTheNode) {
     camera().stop();
 }
 
+TEST_F(CameraImageOutput, AReceiverOfAFrameMayStopTheNodeWhileAnotherThreadStopsIt) {
+    std::latch isReceiving(1);
+    std::latch isStopping(1);
+    const auto connection = camera().getExecutionStartedSignal()->connect(
+        [&](const std::shared_ptr<Core::IGraphUpdate>&) {
+            isReceiving.count_down();
+            isStopping.wait();
+            camera().stop();
+        });
+    const auto stateConnection = camera().getStateChangedSignal()->connect([&] {
+        if (camera().getState() == Core::NodeState::Stopping) {
+            isStopping.count_down();
+        }
+    });
+    run();
+    send(Frame());
+    isReceiving.wait();
+    camera().stop();
+    EXPECT_EQ(camera().getState(), Core::NodeState::Stopped);
+    camera().cleanup();
+    connection->disconnect();
+    stateConnection->disconnect();
+}
+
 TEST_F(CameraImageOutput, ARepairThatFailsIsAValueWithTheErrorOfItsKind) {
     camera().setFixCorruptImages(FixCorruptImages::On);
     const auto images = attach("Image");

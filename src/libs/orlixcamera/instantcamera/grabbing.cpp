@@ -47,6 +47,7 @@ void CInstantCamera::Impl::StartGrabbing(Detail::GrabPlan plan) {
     if (getRun() != nullptr) {
         throw RuntimeException("The camera is grabbing already.", __FILE__, __LINE__);
     }
+    StopGrabbing();  // one that ends by itself may not have told of that to all
     notify(&CConfigurationEventHandler::OnGrabStart, "OnGrabStart");
     std::shared_ptr<GrabRun> run;
     {

@@ -97,8 +97,8 @@ void Camera::startGrabbing(AcquisitionMode mode) {
 // The device stays open. A handler that waits for the lock meanwhile is not waited for: it finds
 // that its run is over.
 void Camera::onStopping() {
-    refuseFramesOfThisRun();
     const Guard guard = lockNode();
+    impl_->lastRunOfFrames = impl_->instantCamera.GetRunNumber();
     impl_->instantCamera.StopGrabbing();
     impl_->lastEventBeforeRun = Impl::noEvents;
     impl_->acquisitionModePort->setWritable(true);

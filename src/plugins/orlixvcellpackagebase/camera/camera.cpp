@@ -58,6 +58,7 @@ Camera::Camera(const std::shared_ptr<Core::IResourcePool>& pool)
     }
     impl_->lock = std::make_shared<Orlix::DataProcessing::Threading::RecursiveCLock>();
     setLock(impl_->lock);
+    takeOnlyUpdatesOfTheRun();
     impl_->signals = std::make_shared<Impl::Signals>();
     impl_->resourcePool = pool;
     try {

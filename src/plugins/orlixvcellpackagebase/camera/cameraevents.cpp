@@ -126,7 +126,8 @@ void Camera::OnOpened(Orlix::CInstantCamera& camera) {
                            "Camera: Try to register event \"%s\" and output \"%s\" as pin \"%s\"",
                            mapping.eventName.c_str(), mapping.valueName.c_str(),
                            mapping.pinName.c_str());
-            if (mapping.valid && turnEventOn(camera, mapping.eventName)) {
+            if (mapping.valid && turnEventOn(camera, mapping.eventName) &&
+                isEventOutput(mapping.pinName)) {
                 registerEventHandler(camera, mapping, mode);
                 mode = Orlix::CameraEventRegistrationMode_Append;
             }

@@ -1,15 +1,15 @@
 // The private data of Camera, shared by the files that implement it, and the types of its ports.
 //
-// All fields but the mark of frames are guarded by the node's lock. Fields are destroyed from the
+// All fields but the atomic one are guarded by the node's lock. Fields are destroyed from the
 // last to the first: the instant camera waits for its threads then, and what their handlers read
 // stands before it.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <limits>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "anythingtonodemapadapter/commandparameterport.h"
@@ -56,14 +56,8 @@ struct Camera::Impl {
         Orlix::DataProcessing::Utils::ScopedConnection poolConnection;
     };
 
-    // Which frames may still be put out: those of later runs of the library than this one. Its
-    // mutex is held while a frame becomes a job, so that no run of the node ends, or another
-    // begins, in between; it is taken with the node's lock free.
-    struct FrameMark {
-        std::recursive_mutex mutex;  // a receiver of the job may stop the node
-        std::uint64_t lastRun = 0;
-    };
-    FrameMark frameMark;
+    // Frames of later runs of the library than this one may be put out. Read without the lock.
+    std::atomic<std::uint64_t> lastRunOfFrames{0};
     // Events that the library counts up to this one came before the run, or outside of one.
     std::uint64_t lastEventBeforeRun = noEvents;
     static constexpr std::uint64_t noEvents = std::numeric_limits<std::uint64_t>::max();

@@ -78,7 +78,7 @@ void Camera::setEventPinConfiguration(const gcstring& text) {
     }
     entry = text;
     if (getState() == Core::NodeState::Stopped) {
-        if (sameSlot) {
+        if (sameSlot && isEventOutput(changed.pinName)) {
             removeOutput(changed.pinName);
         }
         createEventOutputs();
@@ -121,7 +121,9 @@ void Camera::removeEventPin() {
     auto& names = impl_->eventOutputNames;
     if (mapping.valid && contains(names, mapping.pinName)) {
         try {
-            removeOutput(mapping.pinName);
+            if (isEventOutput(mapping.pinName)) {
+                removeOutput(mapping.pinName);
+            }
             // Listed twice or not, the name is free again.
             std::erase(names, mapping.pinName);
         } catch (...) {
@@ -136,6 +138,14 @@ bool Camera::hasOutput(const gcstring& name) {
     const auto outputs = getOutputDescriptors();
     return std::any_of(outputs.begin(), outputs.end(),
                        [&](const Core::OutputDescriptor& output) { return output.name == name; });
+}
+
+// A name is listed also where its output was refused, as it is an output of the node itself or of
+// a chunk pin: that is left alone.
+bool Camera::isEventOutput(const gcstring& name) {
+    return contains(impl_->eventOutputNames, name) && hasOutput(name) &&
+           name != CameraNames::imagePin && name != CameraNames::imageCorruptPin &&
+           !contains(impl_->chunkOutputNames, name);
 }
 
 // Only adds: an output that is there already is refused with a line. Each name is listed first,
@@ -167,7 +177,9 @@ void Camera::removeEventOutputs() {
     const Guard guard = lockNode();
     for (const gcstring& name : impl_->eventOutputNames) {
         try {
-            removeOutput(name);
+            if (isEventOutput(name)) {
+                removeOutput(name);
+            }
         } catch (...) {
             createLogEntry(Severitiy::Warning, category(), "Camera: Unable to remove pin %s",
                            name.c_str());

@@ -101,26 +101,16 @@ void Camera::outputFrame(const Orlix::CGrabResultPtr& grabResult) {
     if (getFixCorruptImages() == FixCorruptImages::On) {
         outputs[CameraNames::imageCorruptPin] = COWPtr<Core::Boolean>::make(corrupt);
     }
-    if (waitUntilSpaceAvailable()) {
-        createFrameJob(grabResult, update, std::move(outputs));
-    }
-}
-
-// The library's thread may have been held up before it came here: the frame of a run that was
-// stopped is none of the next, for whose space it has waited.
-void Camera::createFrameJob(const Orlix::CGrabResultPtr& grabResult,
-                            const std::shared_ptr<Core::IGraphUpdate>& update,
-                            Core::PinValues outputs) {
-    const std::scoped_lock guard(impl_->frameMark.mutex);
-    if (!grabResult.IsValid() || grabResult->GetRunNumber() > impl_->frameMark.lastRun) {
+    if (isOfThisRun(grabResult) && waitUntilSpaceAvailable()) {
         createJob(update, std::move(outputs), {});
     }
 }
 
-// Waits for a frame that is being handed on, so not with the node's lock held.
-void Camera::refuseFramesOfThisRun() {
-    const std::scoped_lock guard(impl_->frameMark.mutex);
-    impl_->frameMark.lastRun = impl_->instantCamera.GetRunNumber();
+// The library's thread may have been held up before it came here: the frame of a run that was
+// stopped is none of the next, for whose space it has waited. Asked behind the making of the
+// update: one that was made before the next run began is left out by that.
+bool Camera::isOfThisRun(const Orlix::CGrabResultPtr& grabResult) const {
+    return !grabResult.IsValid() || grabResult->GetRunNumber() > impl_->lastRunOfFrames;
 }
 
 // There is a value for every frame: pixels that refer to the library's buffer, or an error.
