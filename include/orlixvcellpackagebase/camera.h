@@ -256,7 +256,7 @@ private:
                          Orlix::DataProcessing::Core::PinValues& outputs);
 
     // Events
-    [[nodiscard]] bool isEventOutput(const gcstring& name);
+    [[nodiscard]] bool isOtherOutput(const gcstring& name) const;
     [[nodiscard]] bool turnEventOn(Orlix::CInstantCamera& camera, const gcstring& eventName);
     void registerEventHandler(Orlix::CInstantCamera& camera, const EventPinMapping& mapping,
                               Orlix::ECameraEventRegistrationMode mode);

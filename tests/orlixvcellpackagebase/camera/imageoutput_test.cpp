@@ -54,6 +54,7 @@ public:
 class CameraFrames : public testing::Test {
 protected:
     void SetUp() override {
+        updates->onCreate = makeUpdate;
         camera.setAcquisitionMode(static_cast<AcquisitionMode>(5));
         camera.start(Core::NodeArgumentCollection());
         handle = camera.attachOutputSink("Image", images);
@@ -73,7 +74,6 @@ protected:
 };
 
 TEST_F(CameraFrames, OneThatCantBeWrappedIsAValueWithTheErrorOfItsKind) {
-    updates->onCreate = makeUpdate;
     const Utils::LogCapture capture;
     handleFrame();
     images->waitForCount(1);

@@ -127,7 +127,7 @@ void Camera::OnOpened(Orlix::CInstantCamera& camera) {
                            mapping.eventName.c_str(), mapping.valueName.c_str(),
                            mapping.pinName.c_str());
             if (mapping.valid && turnEventOn(camera, mapping.eventName) &&
-                isEventOutput(mapping.pinName)) {
+                !isOtherOutput(mapping.pinName)) {
                 registerEventHandler(camera, mapping, mode);
                 mode = Orlix::CameraEventRegistrationMode_Append;
             }

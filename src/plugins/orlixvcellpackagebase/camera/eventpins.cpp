@@ -78,7 +78,7 @@ void Camera::setEventPinConfiguration(const gcstring& text) {
     }
     entry = text;
     if (getState() == Core::NodeState::Stopped) {
-        if (sameSlot && isEventOutput(changed.pinName)) {
+        if (sameSlot && !isOtherOutput(changed.pinName)) {
             removeOutput(changed.pinName);
         }
         createEventOutputs();
@@ -121,7 +121,7 @@ void Camera::removeEventPin() {
     auto& names = impl_->eventOutputNames;
     if (mapping.valid && contains(names, mapping.pinName)) {
         try {
-            if (isEventOutput(mapping.pinName)) {
+            if (!isOtherOutput(mapping.pinName)) {
                 removeOutput(mapping.pinName);
             }
             // Listed twice or not, the name is free again.
@@ -140,12 +140,11 @@ bool Camera::hasOutput(const gcstring& name) {
                        [&](const Core::OutputDescriptor& output) { return output.name == name; });
 }
 
-// A name is listed also where its output was refused, as it is an output of the node itself or of
-// a chunk pin: that is left alone.
-bool Camera::isEventOutput(const gcstring& name) {
-    return contains(impl_->eventOutputNames, name) && hasOutput(name) &&
-           name != CameraNames::imagePin && name != CameraNames::imageCorruptPin &&
-           !contains(impl_->chunkOutputNames, name);
+// The names of event pins are listed also where the output was refused, as the name is that of the
+// node itself or of a chunk pin: those are left alone.
+bool Camera::isOtherOutput(const gcstring& name) const {
+    return name == CameraNames::imagePin || name == CameraNames::imageCorruptPin ||
+           contains(impl_->chunkOutputNames, name);
 }
 
 // Only adds: an output that is there already is refused with a line. Each name is listed first,
@@ -177,7 +176,7 @@ void Camera::removeEventOutputs() {
     const Guard guard = lockNode();
     for (const gcstring& name : impl_->eventOutputNames) {
         try {
-            if (isEventOutput(name)) {
+            if (!isOtherOutput(name)) {
                 removeOutput(name);
             }
         } catch (...) {
