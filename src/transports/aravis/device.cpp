@@ -69,6 +69,9 @@ std::unique_ptr<Device::Opening> Device::open() {
             notices->TellLoss(number);
         }));
     opening->heartbeat = std::make_unique<Heartbeat>(opening->connection);
+    // The camera may have lost its power since the last time.
+    streamState_->ChangeSettings(
+        [](StreamSettings& settings) { settings.negotiatePacketSize = true; });
     if (isNetwork()) {
         opening->events = MessageChannel::Open(
             opening->connection,

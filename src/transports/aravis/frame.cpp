@@ -34,10 +34,21 @@ constexpr std::array reasons = {
 
 constexpr Reason lostEnd = {ARV_BUFFER_STATUS_TIMEOUT, FrameFate::TimedOut,
                             "The end of the frame didn't come in time."};
+constexpr Reason badTrailer = {ARV_BUFFER_STATUS_SUCCESS, FrameFate::BadTrailer,
+                               "The device marked the trailer of the frame as invalid."};
+constexpr Reason tooLong = {ARV_BUFFER_STATUS_SUCCESS, FrameFate::WrongSize,
+                            "The frame has more bytes than its buffer."};
 
-const Reason& reasonOf(ArvBufferStatus status, bool lacksEndOnly) {
-    if (status == ARV_BUFFER_STATUS_TIMEOUT && lacksEndOnly) {
+// A frame with gaps has failed for them, whatever else there is. Of one that lacks its end only
+// Aravis says that it came too late, or that the next one came.
+const Reason& reasonOf(ArvBufferStatus status, Evidence evidence) {
+    const bool hasGap =
+        status == ARV_BUFFER_STATUS_TIMEOUT || status == ARV_BUFFER_STATUS_MISSING_PACKETS;
+    if (hasGap && evidence == Evidence::EndOnly) {
         return lostEnd;
+    }
+    if (status == ARV_BUFFER_STATUS_SUCCESS && evidence > Evidence::EndOnly) {
+        return evidence == Evidence::TooLong ? tooLong : badTrailer;
     }
     constexpr std::size_t aborted = reasons.size() - 1;
     const auto* const at = std::find_if(reasons.begin(), reasons.end(), [&](const Reason& reason) {
@@ -59,24 +70,19 @@ constexpr std::uint64_t lastShortId = 0xFFFF;
 
 }  // namespace
 
-FrameCounter::Place FrameCounter::Count(std::uint64_t blockId) {
-    Place place;
+std::uint64_t FrameCounter::Count(std::uint64_t blockId) {
     if (!begun_) {
         begun_ = true;
         ++number_;
     } else if (blockId > lastId_) {
-        place.lost = blockId - lastId_ - 1;
         number_ += blockId - lastId_;
     } else if (blockId < lastId_ && lastId_ <= lastShortId && lastId_ - blockId > lastShortId / 2) {
-        const std::uint64_t step = lastShortId - lastId_ + blockId;  // 0 is no number
-        place.lost = step - 1;
-        number_ += step;
+        number_ += lastShortId - lastId_ + blockId;  // 0 is no number
     } else {
         ++number_;  // the camera has begun to count anew
     }
     lastId_ = blockId;
-    place.number = number_;
-    return place;
+    return number_;
 }
 
 std::uint64_t FrameCounter::CountUnknown() noexcept {
@@ -86,25 +92,22 @@ std::uint64_t FrameCounter::CountUnknown() noexcept {
 
 // Aravis takes the number of a frame from its leader. Who got none leaves what Forget has set,
 // which is no number in GigE Vision.
-FrameCounter::Place FrameReader::placeOf(ArvBuffer& source) {
+std::uint64_t FrameReader::numberOf(ArvBuffer& source) {
     const std::uint64_t blockId = arv_buffer_get_frame_id(&source);
-    if (protocol_ == Protocol::GigE && blockId == 0) {
-        return {counter_.CountUnknown(), 0};
-    }
-    return counter_.Count(blockId);
+    return protocol_ == Protocol::GigE && blockId == 0 ? counter_.CountUnknown()
+                                                       : counter_.Count(blockId);
 }
 
-std::uint64_t FrameReader::Read(ArvBuffer& source, StreamBuffer& frame, bool lacksEndOnly) {
-    const Reason& reason = reasonOf(arv_buffer_get_status(&source), lacksEndOnly);
-    const FrameCounter::Place place = placeOf(source);
-    const bool isWhole = reason.fate == FrameFate::Delivered;
+void FrameReader::Read(ArvBuffer& source, StreamBuffer& frame, Evidence evidence) {
+    const ArvBufferStatus status = arv_buffer_get_status(&source);
+    const Reason& reason = reasonOf(status, evidence);
     frame.fate = reason.fate;
     frame.error = gcstring(reason.text);
-    frame.frameId = place.number;
+    frame.frameId = numberOf(source);
     frame.timestamp = arv_buffer_get_timestamp(&source);
     frame.chunkByteOrder = protocol_ == Protocol::GigE ? Transport::ChunkByteOrder::BigEndian
                                                        : Transport::ChunkByteOrder::LittleEndian;
-    if (isWhole) {
+    if (status == ARV_BUFFER_STATUS_SUCCESS) {
         geometry_ = geometryOf(source);
         std::size_t size = 0;
         static_cast<void>(arv_buffer_get_data(&source, &size));
@@ -114,7 +117,6 @@ std::uint64_t FrameReader::Read(ArvBuffer& source, StreamBuffer& frame, bool lac
         frame.filled = std::min(payloadSize_, frame.capacity);
     }
     describe(frame);
-    return place.lost;
 }
 
 FrameReader::Geometry FrameReader::geometryOf(ArvBuffer& source) {

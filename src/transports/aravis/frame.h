@@ -9,16 +9,20 @@
 
 namespace Orlix::Aravis {
 
+// What is known of a frame beside Aravis' word. Where two hold, the later one is told.
+enum class Evidence : std::uint8_t {
+    None,
+    EndOnly,     // nothing but its end is missing
+    BadTrailer,  // the device marked it as invalid
+    TooLong,     // it has more bytes than its buffer
+};
+
 // The numbers of the frames of one acquisition, from 1. Numbers of 16 bits begin anew at 1 after
 // 65535; cameras may begin with any.
 class FrameCounter {
 public:
-    // The number of the frame, and how many were lost between it and the one before.
-    struct Place {
-        std::uint64_t number = 0;
-        std::uint64_t lost = 0;
-    };
-    [[nodiscard]] Place Count(std::uint64_t blockId);
+    // The number of the frame of that id; gaps are frames that were lost.
+    [[nodiscard]] std::uint64_t Count(std::uint64_t blockId);
     // A frame whose number got lost is taken for the one behind the last.
     [[nodiscard]] std::uint64_t CountUnknown() noexcept;
 
@@ -35,9 +39,8 @@ public:
     FrameReader(Protocol protocol, std::size_t payloadSize)
         : protocol_(protocol), payloadSize_(payloadSize) {}
 
-    // Fills in all but the memory and its user; returns how many frames are missing before it.
-    // Aravis knows one time-out only: `lacksEndOnly` tells the two reasons apart.
-    std::uint64_t Read(ArvBuffer& source, Transport::StreamBuffer& frame, bool lacksEndOnly);
+    // Fills in all but the memory and its user.
+    void Read(ArvBuffer& source, Transport::StreamBuffer& frame, Evidence evidence);
     // To be called for a buffer that Aravis gets anew; then IsUsed tells whether a frame began in
     // it.
     static void Forget(ArvBuffer& source) {
@@ -61,7 +64,7 @@ private:
 
     [[nodiscard]] static Geometry geometryOf(ArvBuffer& source);
     void describe(Transport::StreamBuffer& frame) const;
-    [[nodiscard]] FrameCounter::Place placeOf(ArvBuffer& source);
+    [[nodiscard]] std::uint64_t numberOf(ArvBuffer& source);
 
     const Protocol protocol_;
     const std::size_t payloadSize_;

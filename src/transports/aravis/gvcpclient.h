@@ -26,8 +26,6 @@ public:
 
     explicit GvcpClient(std::uint32_t address);
 
-    // False where the system has no way to the address.
-    [[nodiscard]] bool IsUsable() const noexcept { return usable_; }
     [[nodiscard]] std::uint32_t GetLocalAddress() const { return socket_.GetLocalAddress(); }
 
     [[nodiscard]] Answer ReadRegister(std::uint32_t address, std::uint32_t& value,
@@ -44,7 +42,7 @@ private:
                                               std::chrono::milliseconds timeOut);
 
     UdpSocket socket_;
-    bool usable_ = false;
+    bool usable_ = false;  // the system has a way to the address
     std::uint16_t requestId_ = 0;
     std::vector<std::uint8_t> answer_;
 };

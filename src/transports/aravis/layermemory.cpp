@@ -57,7 +57,9 @@ constexpr std::array rows = {
         .mask = packetSizeMask},
     Row{.category = transport,
         .name = "NegotiatePacketSize",
-        .toolTip = "Finds the largest packet that gets through when the next stream is started.",
+        .toolTip =
+            "Finds the largest packet that gets through when the next stream is started; then "
+            "it is done, until the camera is opened again.",
         .kind = Kind::Switch,
         .isWritable = true,
         .toggle = &StreamSettings::negotiatePacketSize},

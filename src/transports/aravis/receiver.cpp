@@ -7,6 +7,7 @@
 #include <string>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "aravis/bootstrap.h"
 #include "aravis/messages.h"
@@ -20,29 +21,11 @@ using Transport::StreamStatistics;
 
 namespace {
 
-constexpr std::uint64_t packetOverhead = 36;  // IP, UDP and GVSP headers of a packet with data
-
-using SharedThread = std::shared_ptr<ReceivingThread>;
-
-// On the thread that receives.
-void onStreamEvent(void* thread, ArvStreamCallbackType type, ArvBuffer*) {
-    if (type == ARV_STREAM_CALLBACK_TYPE_INIT) {
-        (*static_cast<SharedThread*>(thread))->Enter();
-        // Refused without the right to it, which is no matter.
-        constexpr int niceLevel = -10;
-        static_cast<void>(arv_make_thread_high_priority(niceLevel));
-    }
-}
-
-void forgetThread(void* thread) {
-    delete static_cast<SharedThread*>(thread);
-}
-
 // Packet sockets need a right that programs seldom have; one way for all.
 void prepare(ArvGvDevice& device, const StreamSettings& settings) {
     arv_gv_device_set_stream_options(&device, ARV_GV_STREAM_OPTION_PACKET_SOCKET_DISABLED);
     arv_gv_device_set_packet_size_adjustment(&device, settings.negotiatePacketSize
-                                                          ? ARV_GV_PACKET_SIZE_ADJUSTMENT_ONCE
+                                                          ? ARV_GV_PACKET_SIZE_ADJUSTMENT_ALWAYS
                                                           : ARV_GV_PACKET_SIZE_ADJUSTMENT_NEVER);
 }
 
@@ -55,6 +38,16 @@ void makePages(const StreamBuffer& buffer) noexcept {
     const std::uintptr_t begin = data / page * page;
     static_cast<void>(::madvise(reinterpret_cast<void*>(begin), data + buffer.capacity - begin,
                                 MADV_POPULATE_WRITE));
+}
+
+bool isUnfinished(ArvBuffer& source) {
+    const ArvBufferStatus status = arv_buffer_get_status(&source);
+    return status == ARV_BUFFER_STATUS_ABORTED || status == ARV_BUFFER_STATUS_FILLING;
+}
+
+// Of a buffer that the stream has: whether a frame began in it.
+bool isBegun(ArvBuffer& source) {
+    return isUnfinished(source) || FrameReader::IsUsed(source);
 }
 
 }  // namespace
@@ -84,12 +77,13 @@ void Receiver::createStream() {
     const StreamSettings settings = state_->GetSettings();
     std::string why;
     stream_ = connection_->CreateStream(
-        [isNetwork, settings, thread = thread_](ArvDevice* device, Error& error) {
+        [isNetwork, settings, events = events_](ArvDevice* device, Error& error) {
             if (isNetwork) {
                 prepare(*ARV_GV_DEVICE(device), settings);
             }
-            return arv_device_create_stream_full(device, &onStreamEvent, new SharedThread(thread),
-                                                 &forgetThread, error.Out());
+            return arv_device_create_stream_full(device, &StreamEvents::OnEvent,
+                                                 new std::shared_ptr<StreamEvents>(events),
+                                                 &StreamEvents::Forget, error.Out());
         },
         why);
     if (stream_ == nullptr) {
@@ -97,13 +91,25 @@ void Receiver::createStream() {
             "Device '" + connection_->GetCamera().label + "' can't be received from: " + why + ".";
         throw GenICam::RuntimeException(text.c_str(), __FILE__, __LINE__);
     }
+    if (isNetwork && settings.negotiatePacketSize) {
+        state_->ChangeSettings([](StreamSettings& all) { all.negotiatePacketSize = false; });
+    }
     if (isNetwork) {
         setProperties();
-        constexpr std::uint32_t sizeMask = 0xFFFF;
-        const std::uint64_t packetSize =
-            connection_->ReadRegister(Bootstrap::streamPacketSize) & sizeMask;
-        const std::uint64_t data = std::max(packetSize, packetOverhead + 1) - packetOverhead;
-        packetsPerFrame_ = (payloadSize_ + data - 1) / data + 2;
+        watch();
+    }
+    events_->Watch(stream_.get(), witness_.get());
+}
+
+void Receiver::watch() {
+    constexpr std::uint32_t sizeMask = 0xFFFF;
+    const StreamShape shape(payloadSize_,
+                            connection_->ReadRegister(Bootstrap::streamPacketSize) & sizeMask);
+    constexpr std::uint64_t leaderAndTrailer = 2;
+    packetsPerFrame_ = shape.ofShortIds.count + leaderAndTrailer;
+    witness_ = Witness::Open(socket_, shape);
+    if (witness_ != nullptr) {
+        witness_->SetBuffers(Buffers::None);
     }
 }
 
@@ -168,6 +174,9 @@ void Receiver::Push(StreamBuffer& buffer) {
     }
     g_object_ref(source);  // the stream's
     arv_stream_push_buffer(stream_.get(), source);
+    if (witness_ != nullptr) {
+        witness_->SetBuffers(Buffers::Queued);
+    }
 }
 
 StreamBuffer* Receiver::Pop(std::chrono::microseconds timeOut) {
@@ -178,77 +187,88 @@ StreamBuffer* Receiver::Pop(std::chrono::microseconds timeOut) {
     }
     auto* const buffer =
         static_cast<StreamBuffer*>(const_cast<void*>(arv_buffer_get_user_data(source.get())));
-    const bool lacksEndOnly =
-        arv_buffer_get_status(source.get()) == ARV_BUFFER_STATUS_TIMEOUT && lackEndsOnly();
-    const std::uint64_t lost = reader_.Read(*source, *buffer, lacksEndOnly);
+    const std::uint64_t block = arv_buffer_get_frame_id(source.get());
+    reader_.Read(*source, *buffer, evidenceOf(*source));
     const std::scoped_lock lock(mutex_);
     buffers_[buffer].isHeld = false;
     ++(buffer->fate == Transport::FrameFate::Delivered ? statistics_.delivered
                                                        : statistics_.failed);
-    countMissed(lost, buffer->fate);
+    if (witness_ != nullptr) {
+        const std::uint64_t packets = underruns();
+        const bool hadUnderruns = std::exchange(seenUnderruns_, packets) != packets;
+        statistics_.missedForBuffer += witness_->TakeMissedBefore(block, hadUnderruns);
+    }
     return buffer;
 }
 
-// Of a frame that failed Aravis counts the packets behind the first gap. Whether the frames that
-// failed since the last time-out lack one each, which is then the last.
-bool Receiver::lackEndsOnly() {
-    const auto count = [this](const char* name) {
-        return arv_stream_get_info_uint64_by_name(stream_.get(), name);
-    };
-    const std::uint64_t failures = count("n_failures");
-    const std::uint64_t missing = count("n_missing_packets");
-    const std::uint64_t failed = failures - std::exchange(seenFailures_, failures);
-    const std::uint64_t lacking = missing - std::exchange(seenMissing_, missing);
-    return failed > 0 && failed == lacking;
+Evidence Receiver::evidenceOf(ArvBuffer& source) {
+    const ArvBufferStatus status = arv_buffer_get_status(&source);
+    if (status == ARV_BUFFER_STATUS_TIMEOUT || status == ARV_BUFFER_STATUS_MISSING_PACKETS) {
+        return events_->TakeLack(source) == 1 ? Evidence::EndOnly : Evidence::None;
+    }
+    return witness_ != nullptr ? witness_->TakeEvidence(arv_buffer_get_frame_id(&source))
+                               : Evidence::None;
 }
 
+// Packets that found no buffer; of USB cameras these are frames.
 std::uint64_t Receiver::underruns() const {
     guint64 completed = 0;
     guint64 failures = 0;
-    guint64 missed = 0;
-    arv_stream_get_statistics(stream_.get(), &completed, &failures, &missed);
-    return missed;
+    guint64 packets = 0;
+    arv_stream_get_statistics(stream_.get(), &completed, &failures, &packets);
+    return packets;
 }
 
-// Whole frames behind the last that was popped.
+// The frames behind the last that was popped, for which no buffer was queued. Without a witness
+// there are only the packets of all of them that came.
 std::uint64_t Receiver::missedLately() const {
-    return (underruns() - explainedUnderruns_) / packetsPerFrame_;
+    if (witness_ == nullptr) {
+        return (underruns() + packetsPerFrame_ / 2) / packetsPerFrame_;
+    }
+    std::vector<std::uint64_t> held;
+    for (const auto& [buffer, place] : buffers_) {
+        // 0 for a frame whose leader came before the buffer did.
+        if (place.isHeld && isBegun(*place.source)) {
+            held.push_back(arv_buffer_get_frame_id(place.source.get()));
+        }
+    }
+    return witness_->CountMissed(held);
 }
 
-// Aravis counts the packets that found no buffer; the frames are the gap in the numbers. A gap
-// without such packets is a network's that lost whole frames. A frame that found a buffer in its
-// middle has failed, and is no missed one.
-void Receiver::countMissed(std::uint64_t lostFrames, Transport::FrameFate fate) {
-    const std::uint64_t packets = underruns();
-    if (packets <= explainedUnderruns_) {
-        return;
-    }
-    statistics_.missedForBuffer += lostFrames;
-    const bool beganUnheard = fate != Transport::FrameFate::Delivered;
-    const std::uint64_t explained =
-        lostFrames * packetsPerFrame_ + (beganUnheard ? packetsPerFrame_ - 1 : 0);
-    explainedUnderruns_ = std::min(packets, explainedUnderruns_ + explained);
+// Those that Aravis has counted for its frames, less those that came. Of a frame that failed it
+// counts all behind the first gap.
+std::uint64_t Receiver::missingPackets() const {
+    const auto count = [this](const char* name) {
+        return arv_stream_get_info_uint64_by_name(stream_.get(), name);
+    };
+    const std::uint64_t expected =
+        (count("n_completed_buffers") + count("n_failures")) * packetsPerFrame_;
+    const std::uint64_t came = count("n_received_packets") - count("n_duplicated_packets") -
+                               count("n_ignored_packets") - count("n_error_packets");
+    return std::min<std::uint64_t>(count("n_missing_packets"),
+                                   expected > came ? expected - came : 0);
 }
 
 StreamStatistics Receiver::GetStatistics() const {
     const std::scoped_lock lock(mutex_);
     StreamStatistics statistics = statistics_;
-    addLive(statistics);
+    if (stream_ != nullptr) {
+        addCounts(statistics);
+        statistics.missedForBuffer += missedLately();
+    } else if (witness_ != nullptr && !isSettled_) {
+        statistics.missedForBuffer += missedLately();
+    }
     return statistics;
 }
 
 // What Aravis counts itself.
-void Receiver::addLive(StreamStatistics& statistics) const {
-    if (stream_ == nullptr) {
-        return;
-    }
-    statistics.missedForBuffer += missedLately();
+void Receiver::addCounts(StreamStatistics& statistics) const {
     if (connection_->GetCamera().protocol == Protocol::GigE) {
         guint64 resent = 0;
         guint64 missing = 0;
         arv_gv_stream_get_statistics(ARV_GV_STREAM(stream_.get()), &resent, &missing);
         statistics.resentPackets = resent;
-        statistics.missingPackets = missing;
+        statistics.missingPackets = missingPackets();
     }
 }
 
@@ -262,18 +282,22 @@ void Receiver::End() noexcept {
         // A camera that was stopped sends nothing more; one that was not has no last frame.
         constexpr std::chrono::milliseconds longest{100};
         static_cast<void>(socket_.AwaitEmpty(longest));
+        endWitness();
+        static_cast<void>(socket_.AwaitEmpty(longest));
     }
     while (Pop(std::chrono::microseconds(0)) != nullptr) {
     }
     const bool isQuiet = wasLost && silence();
+    endWitness();
     drop(isQuiet);
-    const std::scoped_lock lock(mutex_);
-    for (const auto& [buffer, place] : buffers_) {
-        if (place.isHeld) {
-            settle(*buffer, *place.source);
-        }
+    settle();
+}
+
+void Receiver::endWitness() noexcept {
+    if (witness_ != nullptr) {
+        events_->Watch(stream_.get(), nullptr);
+        witness_->End();
     }
-    buffers_.clear();
 }
 
 // Aravis writes to the camera before it ends its thread, which takes it seconds if the camera is
@@ -283,9 +307,13 @@ void Receiver::drop(bool isQuiet) noexcept {
     ObjectPtr<ArvStream> stream;
     {
         const std::scoped_lock lock(mutex_);
-        addLive(statistics_);
+        addCounts(statistics_);
+        if (witness_ == nullptr) {
+            statistics_.missedForBuffer += missedLately();
+        }
         stream = std::move(stream_);
     }
+    events_->Watch(nullptr, nullptr);
     const Connection::Drop drop = connection_->BeginDrop(std::move(stream));
     if (!isQuiet && !connection_->AwaitDrop(drop, Connection::Until::Lost) && !silence()) {
         static_cast<void>(connection_->AwaitDrop(drop, Connection::Until::Done));
@@ -300,7 +328,7 @@ bool Receiver::silence() const noexcept {
     if (!socket_.Mute() || !socket_.AwaitEmpty(longest)) {
         return false;
     }
-    for (auto waited = step; !thread_->IsIdle(); waited += step) {
+    for (auto waited = step; !events_->GetThread().IsIdle(); waited += step) {
         if (waited > longest) {
             return false;
         }
@@ -309,18 +337,23 @@ bool Receiver::silence() const noexcept {
     return true;
 }
 
-// What became of a buffer that the stream had to its end: frames that were complete by then are
+// What became of the buffers that the stream had to its end: frames that were complete by then are
 // that, though nobody has taken them; those that had begun have failed.
-void Receiver::settle(StreamBuffer& buffer, ArvBuffer& source) {
-    const ArvBufferStatus status = arv_buffer_get_status(&source);
-    const bool isBegun = status == ARV_BUFFER_STATUS_ABORTED || status == ARV_BUFFER_STATUS_FILLING;
-    if (isBegun) {
-        ++statistics_.failed;
-    } else if (FrameReader::IsUsed(source)) {
-        static_cast<void>(reader_.Read(source, buffer, false));
-        ++(buffer.fate == Transport::FrameFate::Delivered ? statistics_.delivered
-                                                          : statistics_.failed);
+void Receiver::settle() {
+    const std::scoped_lock lock(mutex_);
+    statistics_.missedForBuffer += witness_ != nullptr ? missedLately() : 0;
+    isSettled_ = true;
+    for (const auto& [buffer, place] : buffers_) {
+        if (!place.isHeld || !isBegun(*place.source)) {
+            continue;
+        }
+        if (!isUnfinished(*place.source)) {
+            reader_.Read(*place.source, *buffer, evidenceOf(*place.source));
+        }
+        ++(buffer->fate == Transport::FrameFate::Delivered ? statistics_.delivered
+                                                           : statistics_.failed);
     }
+    buffers_.clear();
 }
 
 }  // namespace Orlix::Aravis

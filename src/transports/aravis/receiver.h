@@ -8,9 +8,10 @@
 
 #include "aravis/connection.h"
 #include "aravis/frame.h"
-#include "aravis/receivingthread.h"
+#include "aravis/streamevents.h"
 #include "aravis/streamsettings.h"
 #include "aravis/streamsocket.h"
+#include "aravis/witness.h"
 
 namespace Orlix::Aravis {
 
@@ -42,32 +43,34 @@ private:
 
     void createStream();
     void setProperties();
+    void watch();
     [[nodiscard]] std::size_t chooseSocketBuffer() const;
     void checkSocketBuffer(std::size_t wanted, std::size_t granted) const;
-    void countMissed(std::uint64_t lostFrames, Transport::FrameFate fate);
-    void addLive(Transport::StreamStatistics& statistics) const;
-    void drop(bool isQuiet) noexcept;
-    [[nodiscard]] bool silence() const noexcept;
-    void settle(Transport::StreamBuffer& buffer, ArvBuffer& source);
+    [[nodiscard]] Evidence evidenceOf(ArvBuffer& source);
     [[nodiscard]] std::uint64_t underruns() const;
     [[nodiscard]] std::uint64_t missedLately() const;
-    [[nodiscard]] bool lackEndsOnly();
+    [[nodiscard]] std::uint64_t missingPackets() const;
+    void addCounts(Transport::StreamStatistics& statistics) const;
+    void endWitness() noexcept;
+    void drop(bool isQuiet) noexcept;
+    [[nodiscard]] bool silence() const noexcept;
+    void settle();
 
     const std::shared_ptr<Connection> connection_;
     const std::shared_ptr<StreamState> state_;
     const std::size_t payloadSize_;
-    const std::shared_ptr<ReceivingThread> thread_ = std::make_shared<ReceivingThread>();
+    const std::shared_ptr<StreamEvents> events_ = std::make_shared<StreamEvents>();
     ObjectPtr<ArvStream> stream_;
     StreamSocket socket_;
+    std::unique_ptr<Witness> witness_;
     std::uint64_t packetsPerFrame_ = 1;
     FrameReader reader_;
-    std::uint64_t seenFailures_ = 0;
-    std::uint64_t seenMissing_ = 0;
 
     mutable std::mutex mutex_;  // buffers_, statistics_, and the end of stream_
     std::unordered_map<Transport::StreamBuffer*, Place> buffers_;
     Transport::StreamStatistics statistics_;
-    std::uint64_t explainedUnderruns_ = 0;
+    std::uint64_t seenUnderruns_ = 0;
+    bool isSettled_ = false;  // all is in statistics_
 };
 
 }  // namespace Orlix::Aravis

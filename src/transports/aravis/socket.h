@@ -1,4 +1,4 @@
-// A UDP socket of IPv4. One thread at a time, but for Close. Failure: std::system_error never; a
+// A UDP socket of IPv4. One thread at a time. Failure: std::system_error never; a
 // socket that can't be made or used is just not open, or gives nothing.
 #pragma once
 
@@ -28,7 +28,6 @@ public:
     // Hears of everyone, on a port that is free.
     [[nodiscard]] bool Bind(std::uint32_t address);
 
-    [[nodiscard]] int GetDescriptor() const noexcept { return descriptor_; }
     [[nodiscard]] std::uint32_t GetLocalAddress() const;
     [[nodiscard]] std::uint16_t GetLocalPort() const;
 

@@ -15,7 +15,7 @@ struct StreamSettings {
     bool resend = true;
     std::int64_t packetTimeOut = 20;    // milliseconds until a missing packet is asked for
     std::int64_t frameRetention = 100;  // milliseconds without a packet until a frame is given up
-    bool negotiatePacketSize = true;    // until somebody sets the size
+    bool negotiatePacketSize = true;    // with the next start, unless somebody sets the size
 };
 
 // Bytes that a stream asked for, and what the kernel gave.

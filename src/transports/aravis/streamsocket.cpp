@@ -98,10 +98,12 @@ bool StreamSocket::Mute() const noexcept {
 
 bool StreamSocket::AwaitEmpty(std::chrono::milliseconds timeOut) const noexcept {
     constexpr std::chrono::milliseconds step{1};
+    constexpr int enough = 4;
     const auto deadline = std::chrono::steady_clock::now() + timeOut;
     int waiting = 0;
-    while (descriptor_ >= 0 && ::ioctl(descriptor_, FIONREAD, &waiting) == 0) {
-        if (waiting == 0) {
+    for (int empty = 0; descriptor_ >= 0 && ::ioctl(descriptor_, FIONREAD, &waiting) == 0;) {
+        empty = waiting == 0 ? empty + 1 : 0;
+        if (empty == enough) {
             return true;
         }
         if (std::chrono::steady_clock::now() >= deadline) {

@@ -26,12 +26,14 @@ public:
     }
 
     [[nodiscard]] bool IsKnown() const noexcept { return descriptor_ >= 0; }
+    [[nodiscard]] int Get() const noexcept { return descriptor_; }
     // At once, while Aravis waits for the first packet, when many more have been dropped already.
     // Returns the size that the kernel gave, 0 without a socket.
     std::size_t SetReceiveBuffer(std::size_t size) const noexcept;
     // From now on the kernel drops what comes. False without a socket.
     [[nodiscard]] bool Mute() const noexcept;
-    // Waits until nothing lies in the socket; false after the time.
+    // Waits until nothing lies in the socket, and comes for some milliseconds; false after the
+    // time.
     [[nodiscard]] bool AwaitEmpty(std::chrono::milliseconds timeOut) const noexcept;
 
 private:

@@ -1,5 +1,6 @@
 // Images of a camera behind a network.
 #include "aravis/support/fakecameratest.h"
+#include "aravis/support/toldmessages.h"
 #include "gcbase/gcexception.h"
 #include "genapi/genapi.h"
 #include "orlixcamera/grabresultdata.h"
@@ -123,6 +124,26 @@ TEST_F(Grabbing, AddressesBeyond32BitsAreRefused) {
     EXPECT_THROW(port->Read(&word, std::int64_t{1} << 32, sizeof word),
                  GenICam::InvalidArgumentException);
     EXPECT_THROW(port->Write(&word, 0xFFFFFFFE, sizeof word), GenICam::InvalidArgumentException);
+}
+
+// What the kernel's limit leaves of the socket's buffer is told once for each wish.
+TEST_F(Grabbing, SocketBufferThatTheKernelCutsIsToldWithTheSettingForMore) {
+    const auto process = StartCamera("127.0.0.1", "T1");
+    const auto device = FindDevice("T1");
+    CInstantCamera camera(device.get());
+    camera.Open();
+    const Testing::ToldMessages told;
+    CIntegerParameter size(camera.GetTLNodeMap(), "SocketBufferSize");
+    const std::string hint = "To allow more: sysctl -w net.core.rmem_max=";
+    for (const std::int64_t wanted : {2000000000, 1900000000}) {
+        size.SetValue(wanted);
+        for (int run = 0; run < 2; ++run) {
+            camera.StartGrabbing();
+            camera.StopGrabbing();
+        }
+        EXPECT_EQ(told.Count(hint + std::to_string(wanted)), 1U);
+    }
+    EXPECT_EQ(told.Count(hint), 2U);
 }
 
 }  // namespace

@@ -112,6 +112,23 @@ TEST_F(SimulatedRemoval, CameraThatIsBackWithoutAControllerIsLost) {
     EXPECT_TRUE(camera.IsCameraDeviceRemoved());
 }
 
+TEST_F(SimulatedRemoval, CameraThatIsPulledOutInTheMidstOfAFrameIsLost) {
+    Start({"--fault", "frame 5: unplug"});
+    OpenWatched();
+    FreeRun(50);
+    camera.StartGrabbing();
+    Take(4);
+    watch.WaitForLoss();
+    CGrabResultPtr result;
+    EXPECT_THROW(
+        {
+            while (camera.RetrieveResult(patience, result)) {
+            }
+        },
+        GenICam::RuntimeException);
+    camera.StopGrabbing();
+}
+
 TEST_F(SimulatedRemoval, ControlThatAnotherProgramTookIsLost) {
     Start();
     OpenWatched();
