@@ -1,4 +1,5 @@
 // The command save: a recipe through its nodes and back to a file.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
@@ -12,6 +13,7 @@
 
 #include "host/support/fiforeader.h"
 #include "host/support/recipes.h"
+#include "orlixhost/filedescriptor.h"
 
 namespace Orlix::Host::Testing {
 namespace {
@@ -172,10 +174,13 @@ TEST_F(SaveCommand, StandardOutputThatIsAFileIsWrittenToAtItsPlace) {
 }
 
 TEST_F(SaveCommand, DescriptorThatIsNotOpenOrNotInheritedIsNoFileToWriteTo) {
-    for (const char* name : {"/dev/fd/3", "/dev/fd/77"}) {
-        expectFailure(save(recipe_, name),
-                      std::string(name) + ": can not write: Bad file descriptor");
+    const FileDescriptor own(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+    const int high = ::fcntl(own.get(), F_DUPFD_CLOEXEC, 70);
+    for (const int number : {high, 977}) {
+        const std::string name = "/dev/fd/" + std::to_string(number);
+        expectFailure(save(recipe_, name), name + ": can not write: Bad file descriptor");
     }
+    ::close(high);
 }
 
 TEST_F(SaveCommand, PathsOfWhatGoesToAStreamAreRelativeToTheCurrentFolder) {

@@ -40,7 +40,7 @@ private:
     std::shared_ptr<Receiver> ending_;           // while Stop ends it
     std::deque<Transport::StreamBuffer*> held_;  // all buffers that the stream has
     unsigned int inside_ = 0;                    // threads that use the receiver
-    Transport::StreamStatistics before_;  // of earlier runs
+    Transport::StreamStatistics before_;         // of earlier runs
 };
 
 }  // namespace Orlix::Aravis

@@ -147,6 +147,7 @@ TEST_F(GrabRuns, NothingIsToldOfOneThatEndsByItselfOnceStoppingHasReturned) {
 TEST_F(GrabRuns, TheNextOneBeginsWhenAllWereToldOfTheEndOfTheLast) {
     Gate entered;
     Gate leave;
+    std::optional<CInstantCamera> other(std::in_place);
     std::atomic<bool> isFirst{true};
     states.work = [&](const std::string& name) {
         if (name == "OnGrabStopped" && isFirst.exchange(false)) {
@@ -154,16 +155,19 @@ TEST_F(GrabRuns, TheNextOneBeginsWhenAllWereToldOfTheEndOfTheLast) {
             EXPECT_TRUE(leave.Wait());
         }
     };
-    open();
+    other->RegisterConfiguration(&states, RegistrationMode_Append, Cleanup_None);
+    other->RegisterConfiguration(&second, RegistrationMode_Append, Cleanup_None);
+    other->Attach(attached.get());
+    other->Open();
     second.names.Clear();
-    grabOne();
+    other->StartGrabbing(1, GrabStrategy_OneByOne, GrabLoop_ProvidedByInstantCamera);
     ASSERT_TRUE(device->Send());
     ASSERT_TRUE(entered.Wait());
-    camera.StartGrabbing();
+    other->StartGrabbing();
     EXPECT_EQ(second.names.Get(), (Names{"OnGrabStart", "OnGrabStarted", "OnGrabStop",
                                          "OnGrabStopped", "OnGrabStart", "OnGrabStarted"}));
     leave.Open();
-    camera.StopGrabbing();
+    other.reset();  // waits for the grab thread
     EXPECT_EQ(count(second, "OnGrabStopped"), 2U);
 }
 

@@ -47,9 +47,8 @@ void Stream::Start(std::size_t payloadSize) {
 
 StreamBuffer* Stream::Wait(std::chrono::milliseconds timeOut) {
     std::unique_lock lock(mutex_);
-    filledOrEnded_.wait_for(lock, timeOut, [this] {
-        return state_ != State::Running || !filled_.IsEmpty();
-    });
+    filledOrEnded_.wait_for(lock, timeOut,
+                            [this] { return state_ != State::Running || !filled_.IsEmpty(); });
     if (state_ == State::Stopped) {
         return nullptr;
     }
