@@ -129,7 +129,8 @@ public:
 
     // ---- Grabbing. Opens the camera where needed. RuntimeException if it is grabbing already.
 
-    // Without an end; fires OnGrabStart, OnGrabStarted. When it throws nothing is being grabbed.
+    // Without an end; fires OnGrabStart, OnGrabStarted, after what is left to tell of a run that
+    // has ended by itself. When it throws nothing is being grabbed.
     void StartGrabbing(EGrabStrategy strategy = GrabStrategy_OneByOne,
                        EGrabLoop grabLoop = GrabLoop_ProvidedByUser);
     // Stops by itself when that many frames, at least one, were handed over.

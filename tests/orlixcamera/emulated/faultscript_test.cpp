@@ -47,6 +47,7 @@ TEST(FaultScript, FrameRulesHaveARangeAndAStep) {
     rule = parseOne("frame 10 to 20 every 5: bad trailer");
     EXPECT_EQ(rule.lastFrame, 20U);
     EXPECT_EQ(rule.frameStep, 5U);
+    EXPECT_EQ(parseOne("frame 10 to 10 every 5: bad trailer").lastFrame, 10U);
     rule = parseOne("frame 10 every 5: cut chunk");
     EXPECT_EQ(rule.lastFrame, std::numeric_limits<std::uint64_t>::max());
     rule = parseOne("every 100 frames: unknown chunk");
@@ -140,6 +141,8 @@ TEST(FaultScript, ValueThatMakesNoSenseIsToldWithItsPlace) {
     EXPECT_EQ(errorOf("frame 5: wrong size 4"),
               "Fault script, line 1, column 21: '4' has no sign.");
     EXPECT_EQ(errorOf("idle 0 ms: unplug"), "Fault script, line 1, column 6: '0' is no time.");
+    EXPECT_EQ(errorOf("idle 0.0001 us: unplug"),
+              "Fault script, line 1, column 6: '0.0001' is no time.");
     EXPECT_EQ(errorOf("idle -3 ms: unplug"), "Fault script, line 1, column 6: '-3' is no time.");
     EXPECT_EQ(errorOf("every 1e99 frames: lost end"),
               "Fault script, line 1, column 8: expected 'us', 'ms' or 's', found 'e99'.");

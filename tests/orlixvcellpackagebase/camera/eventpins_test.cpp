@@ -149,6 +149,21 @@ TEST_F(CameraEventPins, TheOutputsOfTheNodeItselfAreNeverRemoved) {
     EXPECT_THAT(outputs(), ElementsAre("Image", "ImageCorrupt"));
 }
 
+TEST_F(CameraEventPins, TheOutputOfAChunkPinOfTheSameNameIsLeftAlone) {
+    execute("ChunkPinAdd");
+    setText("ChunkPinValue", "X.Type=Float.ValueName=ChunkExposureTime");
+    ASSERT_THAT(outputs(), ElementsAre("Image", "X"));
+    add("X.Type=Integer.EventName=E.ValueName=V");
+    execute("EventPinRemove");
+    EXPECT_THAT(outputs(), ElementsAre("Image", "X"));
+    add("X.Type=Integer.EventName=E.ValueName=V");
+    execute("ChunkPinRemove");
+    setText("EventPinConfiguration", "X.Type=Integer.EventName=E.ValueName=W");
+    EXPECT_THAT(outputs(), ElementsAre("Image", "X"));
+    EXPECT_EQ(node().getOutputDescriptors().at(1).type,
+              Utils::TypeInfo::getTypeInfo<Core::Integer>(true));
+}
+
 TEST_F(CameraEventPins, AnEntryWhoseNameIsTakenByTheNodeMayGetAnotherText) {
     const char* const second = "ImageCorrupt.Type=Integer.EventName=E.ValueName=W";
     add("ImageCorrupt.Type=Integer.EventName=E.ValueName=V");

@@ -164,7 +164,8 @@ private:
         rule.occasion = Occasion::Frame;
         rule.firstFrame = takeCount("the number of a frame");
         rule.lastFrame = rule.firstFrame;
-        if (takeWord("to")) {
+        const bool hasEnd = takeWord("to");
+        if (hasEnd) {
             const FaultToken place = token_;
             rule.lastFrame = takeCount("the number of a frame");
             if (rule.lastFrame < rule.firstFrame) {
@@ -173,7 +174,7 @@ private:
         }
         if (takeWord("every")) {
             rule.frameStep = takeCount("a number of frames");
-            if (rule.lastFrame == rule.firstFrame) {
+            if (!hasEnd) {
                 rule.lastFrame = std::numeric_limits<std::uint64_t>::max();
             }
         }
@@ -293,10 +294,10 @@ private:
         if (unit == 0) {
             expected("'us', 'ms' or 's'");
         }
-        if (!(value > 0 && value * unit <= longest)) {
+        constexpr double nanosecondsPerSecond = 1e9;
+        if (!(value * unit * nanosecondsPerSecond >= 1 && value * unit <= longest)) {
             ThrowFaultError(place, quoted(place.text) + " is no time.");
         }
-        constexpr double nanosecondsPerSecond = 1e9;
         return nanoseconds(static_cast<std::int64_t>(value * unit * nanosecondsPerSecond));
     }
 

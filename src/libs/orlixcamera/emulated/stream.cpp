@@ -119,6 +119,7 @@ void Stream::send(const FrameOrder& order, std::size_t payloadSize) {
     }
     if (buffer == nullptr) {
         camera_->EndFrame(session_, order, Outcome::NoBuffer);
+        unplugAsOrdered(order);
         return;
     }
     const std::uint64_t missing = fill(*buffer, order, payloadSize);
@@ -131,6 +132,10 @@ void Stream::send(const FrameOrder& order, std::size_t payloadSize) {
         filled_.Push(*buffer);
         filledOrEnded_.notify_one();
     }
+    unplugAsOrdered(order);
+}
+
+void Stream::unplugAsOrdered(const FrameOrder& order) {
     if (order.faults.unplug) {
         camera_->Unplug(order.faults.unplugged);
     }

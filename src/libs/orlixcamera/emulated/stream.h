@@ -35,6 +35,7 @@ private:
 
     void run(std::size_t payloadSize);
     void send(const FrameOrder& order, std::size_t payloadSize);
+    void unplugAsOrdered(const FrameOrder& order);
     std::uint64_t fill(Transport::StreamBuffer& buffer, const FrameOrder& order,
                        std::size_t payloadSize);
     static void describe(Transport::StreamBuffer& buffer, const FrameOrder& order);

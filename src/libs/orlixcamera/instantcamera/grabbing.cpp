@@ -44,10 +44,17 @@ void CInstantCamera::Impl::StartGrabbing(Detail::GrabPlan plan) {
     if (plan.strategy == GrabStrategy_LatestImages) {
         plan.queueSize = static_cast<std::size_t>(settings_->outputQueueSize);
     }
-    if (getRun() != nullptr) {
-        throw RuntimeException("The camera is grabbing already.", __FILE__, __LINE__);
+    std::shared_ptr<GrabRun> before;
+    {
+        const std::scoped_lock lock(state_);
+        if (run_ != nullptr) {
+            throw RuntimeException("The camera is grabbing already.", __FILE__, __LINE__);
+        }
+        before = lastRun_;
     }
-    StopGrabbing();  // one that ends by itself may not have told of that to all
+    if (before != nullptr) {
+        endRun(before);  // it has ended by itself, but may not have told of that to all
+    }
     notify(&CConfigurationEventHandler::OnGrabStart, "OnGrabStart");
     std::shared_ptr<GrabRun> run;
     {

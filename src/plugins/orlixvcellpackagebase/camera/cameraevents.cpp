@@ -75,6 +75,9 @@ private:
 // An update of its own. A slow graph holds the library's thread up here.
 void Camera::outputEventValue(const gcstring& pinName, Variant value) {
     const Guard guard = lockNode();
+    if (isOtherOutput(pinName)) {
+        return;  // the pin is gone since the device was opened, and another has its name
+    }
     const auto update = getUpdateFactory()->createUpdate(this, nullptr);
     if (update == nullptr) {
         return;

@@ -78,7 +78,7 @@ void Camera::setEventPinConfiguration(const gcstring& text) {
     }
     entry = text;
     if (getState() == Core::NodeState::Stopped) {
-        if (sameSlot && !isOtherOutput(changed.pinName)) {
+        if (sameSlot && hasOutput(changed.pinName) && !isOtherOutput(changed.pinName)) {
             removeOutput(changed.pinName);
         }
         createEventOutputs();
