@@ -174,9 +174,7 @@ void Receiver::Push(StreamBuffer& buffer) {
     }
     g_object_ref(source);  // the stream's
     arv_stream_push_buffer(stream_.get(), source);
-    if (witness_ != nullptr) {
-        witness_->SetBuffers(Buffers::Queued);
-    }
+    events_->NoteQueue();
 }
 
 StreamBuffer* Receiver::Pop(std::chrono::microseconds timeOut) {

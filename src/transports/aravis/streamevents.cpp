@@ -41,6 +41,18 @@ void StreamEvents::begin() {
         return;
     }
     witness_->NoteStart();
+    tellQueue();
+}
+
+void StreamEvents::NoteQueue() {
+    const std::scoped_lock lock(mutex_);
+    if (stream_ != nullptr && witness_ != nullptr) {
+        tellQueue();
+    }
+}
+
+// Looked at and told under one lock: who looked first must not tell last.
+void StreamEvents::tellQueue() {
     gint queued = 0;
     gint filled = 0;
     arv_stream_get_n_buffers(stream_, &queued, &filled);

@@ -20,6 +20,8 @@ public:
 
     // What the events are of; nothing from the return of Watch(nullptr, nullptr) on.
     void Watch(ArvStream* stream, Witness* witness);
+    // A buffer was queued.
+    void NoteQueue();
     // Of a frame that failed: the packets behind its first gap. Waits for Aravis to tell, which it
     // does when it has handed out the buffer already; 0 if it never does.
     [[nodiscard]] std::uint64_t TakeLack(const ArvBuffer& buffer);
@@ -27,6 +29,7 @@ public:
 
 private:
     void begin();
+    void tellQueue();
     void end(const ArvBuffer& buffer, ArvBufferStatus status);
 
     ReceivingThread thread_;

@@ -159,7 +159,8 @@ bool Connection::waitForWork(Lock& lock) {
 
 // Accesses of those who have left are not begun.
 void Connection::execute(Task& task, Lock& lock) noexcept {
-    if (!lost_ || task.isDrop) {
+    const bool isBegun = !lost_ || task.isDrop;
+    if (isBegun) {
         writing_ = task.purpose == Purpose::Write;
         lock.unlock();
         try {
@@ -172,7 +173,7 @@ void Connection::execute(Task& task, Lock& lock) noexcept {
         writing_ = false;
     }
     streams_ -= task.isDrop ? 1 : 0;
-    task.isDone = true;
+    task.isDone = isBegun;
     changed_.notify_all();
 }
 
