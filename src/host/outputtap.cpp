@@ -11,8 +11,9 @@ namespace Orlix::Host {
 namespace {
 
 // The graph bounds what one source has under way, and so how far one of its pins is ahead of
-// another. A second source has no such bound: its values are taken for part of the run then.
-constexpr std::size_t maxHeldImages = 64;
+// another. A second source has no such bound: its values are taken for part of the run then. Images
+// may be buffers of a camera, which has 16 at least and needs some of them to go on.
+constexpr std::size_t maxHeldImages = 8;
 constexpr std::size_t maxHeldValues = 16384;
 
 }  // namespace
