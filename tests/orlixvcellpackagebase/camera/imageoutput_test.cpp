@@ -208,8 +208,9 @@ TEST_F(CameraImageOutput, AFrameOfAnEarlierRunIsNotPutOutInTheNext) {
     goesOn.count_down();
     images->waitForCount(1);
     camera().stop();
-    ASSERT_THAT(images->values(), testing::SizeIs(1));
-    const auto* const image = images->values()[0].get<Core::Image>(true);
+    const auto values = images->values();
+    ASSERT_THAT(values, testing::SizeIs(1));
+    const auto* const image = values[0].get<Core::Image>(true);
     EXPECT_EQ(static_cast<const std::uint8_t*>(image->getDataConst())[0], 2);
 }
 
