@@ -13,6 +13,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
+#ifdef __SANITIZE_THREAD__
+constexpr bool threadSanitizer = true;
+#else
+constexpr bool threadSanitizer = false;
+#endif
+
 class ReadMe : public Testing::CameraTest {
 protected:
     static constexpr const char* otherCamera = "# or: ";
@@ -21,6 +27,11 @@ protected:
         CameraTest::SetUp();
         folder_ = fs::path(testing::TempDir()) / ("readme." + std::to_string(::getpid()));
         fs::create_directories(folder_);
+        if (threadSanitizer) {
+            // Other tests grab under it. In a run of seconds it has forgotten that it was Aravis
+            // that wrote the pixels, and so that what GLib hands over is not to be told.
+            GTEST_SKIP() << "what Aravis and GLib hand over isn't instrumented";
+        }
         readCommands();
         ASSERT_GE(commands_.size(), 3U) << "README.md has no commands for cameras any more";
     }
