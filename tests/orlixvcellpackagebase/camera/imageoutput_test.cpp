@@ -251,11 +251,13 @@ TEST_F(CameraImageOutput, AReceiverOfAFrameMayStopTheNode) {
 TEST_F(CameraImageOutput, AReceiverOfAFrameMayStopTheNodeWhileAnotherThreadStopsIt) {
     std::latch isReceiving(1);
     std::latch isStopping(1);
+    std::latch hasReceived(1);  // no stop waits for a receiver on the library's thread
     const auto connection = camera().getExecutionStartedSignal()->connect(
         [&](const std::shared_ptr<Core::IGraphUpdate>&) {
             isReceiving.count_down();
             isStopping.wait();
             camera().stop();
+            hasReceived.count_down();
         });
     const auto stateConnection = camera().getStateChangedSignal()->connect([&] {
         if (camera().getState() == Core::NodeState::Stopping) {
@@ -266,6 +268,7 @@ TEST_F(CameraImageOutput, AReceiverOfAFrameMayStopTheNodeWhileAnotherThreadStops
     send(Frame());
     isReceiving.wait();
     camera().stop();
+    hasReceived.wait();
     EXPECT_EQ(camera().getState(), Core::NodeState::Stopped);
     camera().cleanup();
     connection->disconnect();
