@@ -1,32 +1,12 @@
 // The text view of values. It knows no locale, and what it writes it reads back.
-#include <algorithm>
-#include <cctype>
-
 #include "genapi/engine.h"
 #include "genapi/engineerror.h"
 #include "genapi/numbertext.h"
+#include "genapi/valuetext.h"
 
 namespace GenApi::Detail {
 
 namespace {
-
-bool isWord(std::string_view text, std::string_view lowerCase) {
-    return text.size() == lowerCase.size() &&
-           std::equal(text.begin(), text.end(), lowerCase.begin(), [](char a, char b) {
-               return std::tolower(static_cast<unsigned char>(a)) == b;
-           });
-}
-
-std::optional<bool> parseTruth(std::string_view text) {
-    text = trim(text);
-    if (text == "1" || isWord(text, "true")) {
-        return true;
-    }
-    if (text == "0" || isWord(text, "false")) {
-        return false;
-    }
-    return std::nullopt;
-}
 
 std::string hexOf(std::span<const std::uint8_t> bytes) {
     constexpr char digits[] = "0123456789ABCDEF";
@@ -92,7 +72,7 @@ void Engine::fromText(NodeId id, std::string_view text, Verify verify) {
     switch (self.kind) {
         case Kind::boolean:
         case Kind::command: {
-            const auto truth = parseTruth(text);
+            const auto truth = BooleanOfText(text);
             if (!truth) {
                 refuse("truth value");
             } else if (self.kind == Kind::boolean) {
@@ -105,7 +85,7 @@ void Engine::fromText(NodeId id, std::string_view text, Verify verify) {
             return;
         }
         case Kind::enumeration:
-            setSymbolic(id, trim(text));
+            setSymbolic(id, EntryOfText(text));
             return;
         case Kind::string:
         case Kind::stringReg:
@@ -124,7 +104,7 @@ void Engine::fromText(NodeId id, std::string_view text, Verify verify) {
             break;
     }
     if (valueTypeOf(self.kind) == ValueType::real) {
-        const auto value = parseFloat(text);
+        const auto value = FloatOfText(text);
         if (!value) {
             refuse("finite number");
         } else {
@@ -132,7 +112,7 @@ void Engine::fromText(NodeId id, std::string_view text, Verify verify) {
         }
         return;
     }
-    const auto value = parseIntegerAs(text, representation(id));
+    const auto value = IntegerOfText(text, representation(id));
     if (!value) {
         refuse("64-bit integer");
     } else {
@@ -141,21 +121,13 @@ void Engine::fromText(NodeId id, std::string_view text, Verify verify) {
 }
 
 std::vector<std::uint8_t> Engine::bytesOf(NodeId id, std::string_view text) {
-    std::string_view digits = trim(text);
-    if (digits.substr(0, 2) == "0x" || digits.substr(0, 2) == "0X") {
-        digits.remove_prefix(2);
+    auto bytes = BytesOfText(text);
+    if (!bytes) {
+        GENAPI_THROW(InvalidArgumentException,
+                     says(id, "can not take '" + std::string(text) +
+                                  "': it is no sequence of bytes in hexadecimal."));
     }
-    std::vector<std::uint8_t> bytes;
-    for (std::size_t i = 0; i < digits.size(); i += 2) {
-        const auto byte = parseHex(digits.substr(i, 2));
-        if (!byte || digits.size() % 2 != 0) {
-            GENAPI_THROW(InvalidArgumentException,
-                         says(id, "can not take '" + std::string(text) +
-                                      "': it is no sequence of bytes in hexadecimal."));
-        }
-        bytes.push_back(static_cast<std::uint8_t>(*byte));
-    }
-    return bytes;
+    return *std::move(bytes);
 }
 
 }  // namespace GenApi::Detail

@@ -2,10 +2,9 @@
 
 #include <charconv>
 #include <cmath>
-#include <string_view>
 
-#include "gcbase/gcexception.h"
 #include "genapi/pointer.h"
+#include "genapi/valuetext.h"
 
 namespace Orlix {
 
@@ -14,24 +13,8 @@ namespace {
 // A float of four bytes holds seven digits.
 constexpr double roundingOfDevices = 1e-6;
 
-double parseFloat(GenApi::INode& node, const std::string& text) {
-    double value = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    if (error != std::errc() || stop != end) {
-        throw GenICam::InvalidArgumentException(
-            ("\"" + text + "\" is no value of " + node.GetName().str() + ".").c_str(), __FILE__,
-            __LINE__);
-    }
-    return value;
-}
-
-bool parseInteger(std::string_view text, std::int64_t& value) {
-    const bool isHex = text.starts_with("0x") || text.starts_with("0X");
-    text.remove_prefix(isHex ? 2 : 0);
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value, isHex ? 16 : 10);
-    return error == std::errc() && stop == end && !text.empty();
+bool isClose(double found, double wanted) {
+    return std::abs(found - wanted) <= roundingOfDevices * std::abs(wanted);
 }
 
 // What tells about one frame is no state of the device.
@@ -78,38 +61,33 @@ std::string readFeature(GenApi::INode& node) {
 
 bool canBeWritten(GenApi::INode& node, const std::string& value) {
     return node.GetPrincipalInterfaceType() != GenApi::intfIFloat ||
-           std::isfinite(parseFloat(node, value));
+           GenApi::FloatOfText(value).has_value();
 }
 
 void writeFeature(GenApi::INode& node, const std::string& value) {
-    const GenApi::CFloatPtr number(&node);
-    if (node.GetPrincipalInterfaceType() == GenApi::intfIFloat && number.IsValid()) {
-        number->SetValue(parseFloat(node, value));
-    } else {
-        GenApi::CValuePtr(&node)->FromString(GenICam::gcstring(value));
-    }
+    GenApi::CValuePtr(&node)->FromString(GenICam::gcstring(value));
 }
 
+// People write values in other ways than devices.
 bool readsAs(GenApi::INode& node, const std::string& value) {
     switch (node.GetPrincipalInterfaceType()) {
         case GenApi::intfIFloat: {
-            const double wanted = parseFloat(node, value);
-            const double found = GenApi::CFloatPtr(&node)->GetValue();
-            return std::abs(found - wanted) <= roundingOfDevices * std::abs(wanted);
+            const auto wanted = GenApi::FloatOfText(value);
+            return wanted && isClose(GenApi::CFloatPtr(&node)->GetValue(), *wanted);
         }
         case GenApi::intfIBoolean:
-            return GenApi::CBooleanPtr(&node)->GetValue() ==
-                   (value == "1" || value == "true" || value == "True");
+            return GenApi::CBooleanPtr(&node)->GetValue() == GenApi::BooleanOfText(value);
+        case GenApi::intfIInteger: {
+            const GenApi::CIntegerPtr number(&node);
+            return number->GetValue() == GenApi::IntegerOfText(value, number->GetRepresentation());
+        }
+        case GenApi::intfIEnumeration:
+            return readFeature(node) == GenApi::EntryOfText(value);
+        case GenApi::intfIRegister:
+            return GenApi::BytesOfText(readFeature(node)) == GenApi::BytesOfText(value);
         default:
-            break;
+            return readFeature(node) == value;
     }
-    if (readFeature(node) == value) {
-        return true;
-    }
-    // People write numbers in other ways than devices.
-    std::int64_t wanted = 0;
-    return node.GetPrincipalInterfaceType() == GenApi::intfIInteger &&
-           parseInteger(value, wanted) && GenApi::CIntegerPtr(&node)->GetValue() == wanted;
 }
 
 }  // namespace Orlix
