@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -152,6 +153,58 @@ TEST_F(FeaturePersistence, TwoSelectorsOfOneFeatureMakeTheProduct) {
     }
 }
 
+// The outer selects the inner, and in the second description also what that selects.
+TEST_F(FeaturePersistence, AnInnerSelectorHasAValueForEachOfTheOuter) {
+    for (const char* more : {"", "<pSelected>Gain</pSelected>"}) {
+        load(
+            "<Integer Name=\"Outer\"><Value>0</Value><Min>0</Min><Max>1</Max><pSelected>Inner"
+            "</pSelected>" +
+            std::string(more) + R"(</Integer>
+<Integer Name="Inner"><Streamable>Yes</Streamable><pValue>InnerReg</pValue><Min>0</Min><Max>2</Max>
+  <pSelected>Gain</pSelected></Integer>
+<IntReg Name="InnerReg"><Address>0x100</Address><pIndex Offset="8">Outer</pIndex><Length>8</Length>
+  <AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>
+<IntReg Name="Gain"><Streamable>Yes</Streamable><Address>0</Address>
+  <pIndex Offset="32">Outer</pIndex><pIndex Offset="8">Inner</pIndex><Length>8</Length>
+  <AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>)");
+        const auto fill = [&](int first, const char* inner0, const char* inner1) {
+            for (int place = 0; place < 6; ++place) {
+                set("Outer", std::to_string(place / 3));
+                set("Inner", std::to_string(place % 3));
+                set("Gain", std::to_string(first + place));
+            }
+            set("Inner", inner1);
+            set("Outer", "0");
+            set("Inner", inner0);
+        };
+        const auto read = [&] {
+            std::string state;
+            for (const char* outer : {"0", "1"}) {
+                set("Outer", outer);
+                const std::string own = get("Inner");
+                state += own + ":";
+                for (const char* inner : {"0", "1", "2"}) {
+                    set("Inner", inner);
+                    state += " " + get("Gain");
+                }
+                set("Inner", own);
+                state += "\n";
+            }
+            set("Outer", "0");
+            return state;
+        };
+        fill(10, "0", "1");
+        const std::string before = read();
+        EXPECT_EQ(before, "0: 10 11 12\n1: 13 14 15\n");
+        const std::string stream = save();
+        EXPECT_EQ(read(), before);
+        fill(20, "2", "2");
+        restore(stream);
+        EXPECT_EQ(get("Outer"), "0");
+        EXPECT_EQ(read(), before) << stream;
+    }
+}
+
 TEST_F(FeaturePersistence, WhatLiesInAChunkIsLeftOut) {
     load(integer("Width", 0, "") +
          "<Integer Name=\"Stamp\"><Streamable>Yes</Streamable><pValue>StampReg</pValue></Integer>"
@@ -220,6 +273,44 @@ TEST_F(FeaturePersistence, NamesEveryValueThatReadsBackAnother) {
               "The feature stream could not be loaded whole. Line 1, Width: \"5\" was written, "
               "\"6\" is read.");
     EXPECT_EQ(restoreMessage(stream, false), "no exception");
+}
+
+TEST_F(FeaturePersistence, AValueThatIsSpelledInAnotherWayIsNoOther) {
+    load(integer("Width", 0, "") +
+         integer("Address", 8,
+                 "<Representation>IPV4Address"
+                 "</Representation>") +
+         R"(<Boolean Name="On"><pValue>WidthReg</pValue></Boolean>
+<Boolean Name="Off"><pValue>WidthReg</pValue></Boolean>
+<Enumeration Name="Mode"><EnumEntry Name="Slow"><Value>0</Value></EnumEntry><EnumEntry Name="Fast">
+  <Value>1</Value></EnumEntry><pValue>WidthReg</pValue></Enumeration>
+<FloatReg Name="Gain"><Address>16</Address><Length>8</Length><AccessMode>RW</AccessMode>
+  <pPort>Device</pPort></FloatReg>
+<Register Name="Bytes"><Address>24</Address><Length>2</Length><AccessMode>RW</AccessMode>
+  <pPort>Device</pPort></Register>)");
+    const std::pair<const char*, const char*> values[] = {
+        {"Width\t+640", "640"},
+        {"Width\t640.0", "640"},
+        {"Width\t6.4e2", "640"},
+        {"Width\t-0x10", "-16"},
+        {"Width\t0xFFFFFFFFFFFFFFFF", "-1"},
+        {"Address\t192.168.001.001", "192.168.1.1"},
+        {"Address\t0xC0A80102", "192.168.1.2"},
+        {"On\tTRUE", "1"},
+        {"On\tfalse", "0"},
+        {"Mode\t Fast ", "Fast"},
+        {"Gain\t+3", "3"},
+        {"Gain\t0x10", "16"},
+        {"Bytes\t0xab1c", "0xAB1C"},
+        {"Bytes\tCd2e", "0xCD2E"},
+    };
+    for (const auto& [line, value] : values) {
+        EXPECT_EQ(restoreMessage(line), "no exception") << line;
+        EXPECT_EQ(get(std::string(line, std::strchr(line, '\t')).c_str()), value) << line;
+    }
+    EXPECT_EQ(restoreMessage("On\tTRUE\nOff\tFALSE\n"),
+              "The feature stream could not be loaded whole. Line 1, On: \"TRUE\" was written, "
+              "\"0\" is read.");
 }
 
 TEST_F(FeaturePersistence, ASelectorThatStaysAsItWasIsNamedAndNothingIsWrittenBehindIt) {

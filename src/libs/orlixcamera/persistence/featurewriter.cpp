@@ -49,10 +49,21 @@ public:
     SelectorGuard(const SelectorGuard&) = delete;
     SelectorGuard& operator=(const SelectorGuard&) = delete;
 
+    [[nodiscard]] const std::string& GetBefore() const noexcept { return before_; }
+
 private:
     GenApi::INode& selector_;
     const std::string before_;
 };
+
+// Whether one of the selectors before that one has it as one of what it selects.
+bool isNested(const Nodes& selectors, std::size_t depth) {
+    const Nodes outer = findSelectors(*selectors[depth]);
+    const auto place = selectors.begin() + static_cast<std::ptrdiff_t>(depth);
+    return std::any_of(selectors.begin(), place, [&](GenApi::INode* selector) {
+        return std::find(outer.begin(), outer.end(), selector) != outer.end();
+    });
+}
 
 class FeatureWriter {
 public:
@@ -135,6 +146,10 @@ private:
             writeFeature(selector, value);
             appendFeatureLine(text_, selector.GetName().view(), value);
             writeGroup(selectors, depth + 1, features);
+        }
+        if (isNested(selectors, depth)) {
+            // Here, too, it has a value of its own.
+            appendFeatureLine(text_, selector.GetName().view(), guard.GetBefore());
         }
     }
 

@@ -1,6 +1,7 @@
 #include "orlixcamera/persistence/selectors.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "genapi/pointer.h"
 
@@ -34,9 +35,7 @@ void listNumbers(GenApi::IInteger& selector, std::vector<std::string>& values) {
     }
 }
 
-}  // namespace
-
-std::vector<GenApi::INode*> findSelectors(GenApi::INode& node) {
+std::vector<GenApi::INode*> collectSelectors(GenApi::INode& node) {
     std::vector<GenApi::INode*> found;
     std::vector<GenApi::INode*> open{&node};
     while (!open.empty()) {
@@ -57,6 +56,23 @@ std::vector<GenApi::INode*> findSelectors(GenApi::INode& node) {
     }
     std::reverse(found.begin(), found.end());
     return found;
+}
+
+}  // namespace
+
+std::vector<GenApi::INode*> findSelectors(GenApi::INode& node) {
+    std::vector<std::pair<std::size_t, GenApi::INode*>> ordered;
+    for (GenApi::INode* const selector : collectSelectors(node)) {
+        ordered.emplace_back(collectSelectors(*selector).size(), selector);
+    }
+    // One that selects another is selected by fewer.
+    std::stable_sort(ordered.begin(), ordered.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<GenApi::INode*> selectors;
+    for (const auto& [count, selector] : ordered) {
+        selectors.push_back(selector);
+    }
+    return selectors;
 }
 
 bool isSelector(GenApi::INode& node) {
