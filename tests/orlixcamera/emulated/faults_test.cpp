@@ -289,6 +289,24 @@ TEST_F(EmulatedFaults, CameraComesBackAfterItsTimeAndKeepsItsScript) {
     camera.features.execute("AcquisitionStart");
 }
 
+// The agenda does what is due in the order of its times, so the last task comes behind the end of
+// the first unplug.
+TEST(EmulatedUnplug, ForATimeDoesNotEndALaterOneThatIsForGood) {
+    Orlix::Emulated::Place place;
+    place.agenda = std::make_shared<Orlix::Emulated::Agenda>();
+    place.plugChanged = [] {};
+    const auto agenda = place.agenda;
+    const auto camera =
+        std::make_shared<Orlix::Emulated::Camera>(Orlix::Emulated::Identity(), std::move(place));
+    EXPECT_TRUE(camera->Unplug(1ms));
+    static_cast<void>(camera->Plug());  // or the time is over already
+    EXPECT_TRUE(camera->Unplug());
+    std::promise<void> over;
+    agenda->Add(Orlix::Emulated::Clock::now() + 1ms, [&] { over.set_value(); });
+    over.get_future().wait();
+    EXPECT_FALSE(camera->IsPlugged());
+}
+
 TEST_F(EmulatedFaults, LayerTellsOfEveryUnplugAndReplug) {
     std::promise<void> fourTimes;
     int changes = 0;

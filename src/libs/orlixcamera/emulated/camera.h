@@ -117,6 +117,8 @@ private:
     void postTests(std::uint64_t count);
 
     bool unplug(std::chrono::nanoseconds duration);
+    bool plug();
+    void endUnplug(std::uint64_t plugNumber);
     [[noreturn]] void throwUnreachable() const;
     [[noreturn]] void throwInUse(const std::string& name) const;
     void failOpening(Lock& lock);

@@ -1,4 +1,5 @@
-// The part of Camera that goes wrong on purpose. All private functions here expect the lock.
+// The part of Camera that goes wrong on purpose. Private functions here expect the lock, but
+// for those that a clock calls.
 #include "gcbase/gcexception.h"
 #include "orlixcamera/emulated/camera.h"
 
@@ -16,6 +17,10 @@ bool Camera::Unplug(nanoseconds duration) {
 
 bool Camera::Plug() {
     const std::scoped_lock lock(mutex_);
+    return plug();
+}
+
+bool Camera::plug() {
     if (plugged_) {
         return false;
     }
@@ -47,15 +52,24 @@ bool Camera::unplug(nanoseconds duration) {
     }
     place_.agenda->Add(Clock::now(), place_.plugChanged);
     if (duration > nanoseconds(0)) {
-        place_.agenda->Add(Clock::now() + duration, [weak = weak_from_this()] {
-            if (const auto self = weak.lock()) {
-                self->Plug();
-            }
-        });
+        place_.agenda->Add(Clock::now() + duration,
+                           [weak = weak_from_this(), number = plugNumber_] {
+                               if (const auto self = weak.lock()) {
+                                   self->endUnplug(number);
+                               }
+                           });
     }
     watchIdle();
     changed_.notify_all();
     return true;
+}
+
+// Unless it was plugged in meanwhile: another unplug has its own end, or none.
+void Camera::endUnplug(std::uint64_t plugNumber) {
+    const std::scoped_lock lock(mutex_);
+    if (plugNumber == plugNumber_) {
+        plug();
+    }
 }
 
 void Camera::throwUnreachable() const {
