@@ -74,11 +74,22 @@ expect_no_loss() {
   done
   kill -0 "$run" 2>/dev/null || fail "the run has ended"
 }
+list_descriptors() { find "/proc/$run/fd" -mindepth 1 -printf '%f %l\n' | sort -n; }
 descriptors() { find "/proc/$run/fd" -mindepth 1 | wc -l; }
 threads() { find "/proc/$run/task" -mindepth 1 -maxdepth 1 | wc -l; }
 memory() { awk '/^RssAnon/ {print $2}' "/proc/$run/status"; }
 median() { sort -n | awk '{value[NR] = $1} END {print value[int((NR + 1) / 2)]}'; }
-# The last cameras are taken down in the background, which takes some seconds each.
+# Until nothing has come or gone for five seconds: a lost camera is taken down in the background,
+# which takes some seconds.
+await_calm() {
+  local counts= before= calm=0
+  for ((step = 0; step < 300 && calm < 50; ++step)); do
+    sleep 0.1
+    before=$counts
+    counts="$(descriptors) $(threads)"
+    [[ $counts == "$before" ]] && calm=$((calm + 1)) || calm=0
+  done
+}
 await_level() {
   for ((step = 0; step < 300; ++step)); do
     (($(descriptors) > early_descriptors || $(threads) > early_threads)) || return 0
@@ -98,9 +109,6 @@ MALLOC_ARENA_MAX=1 "$bin/orlix" run "$work/recipe.json" --emulated-cameras 0 --r
   >"$work/report" 2>"$work/pipe" &
 run=$!
 exec {log}<"$work/pipe"
-await_frames
-early_descriptors=$(descriptors)
-early_threads=$(threads)
 
 longest=0
 sum=0
@@ -118,9 +126,17 @@ for ((kill_number = 1; kill_number <= kills; ++kill_number)); do
   ((took <= latest)) || late=$((late + 1))
   start_camera
   await 'has a device again'
+  if ((kill_number == 1)); then # what is made once, at the first loss, stays
+    await_frames
+    await_calm
+    early_descriptors=$(descriptors)
+    early_threads=$(threads)
+    list_descriptors >"$work/early"
+  fi
 done
 expect_no_loss
 await_level
+list_descriptors >"$work/late"
 late_descriptors=$(descriptors)
 late_threads=$(threads)
 kill -INT "$run"
@@ -135,7 +151,10 @@ complain() {
   failed=1
 }
 ((late == 0)) || complain "$late kills were noticed later than $latest ms"
-((late_descriptors <= early_descriptors)) || complain "descriptors are left"
+if ((late_descriptors > early_descriptors)); then
+  complain "descriptors are left"
+  diff "$work/early" "$work/late" >&2 || true
+fi
 ((late_threads <= early_threads)) || complain "threads are left"
 if ((kills >= 2 * first_judged)); then
   early_memory=$(sed -n "$first_judged,$((2 * first_judged - 1))p" "$work/memory" | median)
