@@ -257,6 +257,7 @@ private:
 
     // Events
     [[nodiscard]] bool isOtherOutput(const gcstring& name) const;
+    [[nodiscard]] bool isEventOutput(const gcstring& name) const;
     [[nodiscard]] bool turnEventOn(Orlix::CInstantCamera& camera, const gcstring& eventName);
     void registerEventHandler(Orlix::CInstantCamera& camera, const EventPinMapping& mapping,
                               Orlix::ECameraEventRegistrationMode mode);

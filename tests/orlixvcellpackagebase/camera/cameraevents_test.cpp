@@ -49,6 +49,20 @@ constexpr auto eventFeatures = R"(
     <pValue>ExposureEndFrameIDReg</pValue></Enumeration>
 )";
 
+// How many jobs a node begins.
+class Jobs {
+public:
+    explicit Jobs(Camera& node)
+        : connection_(node.getExecutionStartedSignal()->connect(
+                          [this](const std::shared_ptr<Core::IGraphUpdate>&) { ++count_; }),
+                      true) {}
+    [[nodiscard]] int count() const { return count_; }
+
+private:
+    std::atomic<int> count_ = 0;
+    Utils::ScopedConnection connection_;
+};
+
 class CameraEvents : public ScriptedCamera {
 protected:
     void add(const char* configuration) {
@@ -279,24 +293,70 @@ TEST_F(CameraEvents, ARunWithoutGrabbingHasEventsToo) {
     camera().stop();
 }
 
-TEST_F(CameraEvents, APinThatIsGoneSinceTheLastOpeningMakesNoUpdates) {
+// The pin is there again, but for an event that this opening can't turn on.
+TEST_F(CameraEvents, HandlersOfAnEarlierOpeningAreCalledNoMore) {
     add("End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
     run();
     camera().stop();
     camera().freeResources();
     camera().executeEventPinRemove();
-    std::atomic<int> jobs = 0;
-    const auto connection = camera().getExecutionStartedSignal()->connect(
-        [&](const std::shared_ptr<Core::IGraphUpdate>&) { ++jobs; });
+    add("End.Type=Integer.EventName=NoSuchEvent.ValueName=EventExposureEndTimestamp");
+    const Jobs jobs(camera());
     allocate();
     start();
-    ASSERT_EQ(device->Get(CameraTest::Address::notification), 1);
-    for (int i = 0; i < 100; ++i) {
+    // When the last one shows in the map, the handlers of those before it were called.
+    const GenApi::CIntegerPtr shown(
+        camera().getNodeMapInfos().at(3).GetNodeMap()->GetNode("EventExposureEndFrameID"));
+    for (int i = 1; i <= 100; ++i) {
         device->SendEvent(CameraTest::exposureEndEvent, i);
     }
+    while (!GenApi::IsReadable(shown) || shown->GetValue() != 100) {
+        std::this_thread::yield();
+    }
     camera().stop();
-    destroyCamera();  // waits for the event thread
-    EXPECT_EQ(jobs, 0);
+    EXPECT_EQ(jobs.count(), 0);
+}
+
+TEST_F(CameraEvents, APinThatIsGoneSinceTheOpeningMakesNoUpdates) {
+    add("End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
+    add("Frame.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
+    const auto frames = attach("Frame");
+    run();
+    camera().stop();
+    camera().setEventPinSelector(0);
+    camera().executeEventPinRemove();
+    const Jobs jobs(camera());
+    start();
+    static_cast<void>(sendAndWait(*frames, 1));
+    static_cast<void>(sendAndWait(*frames, 2));
+    camera().stop();
+    EXPECT_EQ(jobs.count(), 2);
+    // A pin of another kind may take the name.
+    camera().executeChunkPinAdd();
+    camera().setChunkPinValue("End.Type=Float.ValueName=ChunkExposureTime");
+    const auto ends = attach("End");
+    start();
+    static_cast<void>(sendAndWait(*frames, 3));
+    static_cast<void>(sendAndWait(*frames, 4));
+    camera().stop();
+    EXPECT_EQ(jobs.count(), 4);
+    EXPECT_THAT(ends->values(), IsEmpty());
+}
+
+TEST_F(CameraEvents, AnEventForANameThatIsTakenIsNotTurnedOn) {
+    camera().executeChunkPinAdd();
+    camera().setChunkPinValue("X.Type=Float.ValueName=ChunkExposureTime");
+    for (const char* const name : {"Image", "ImageCorrupt", "X"}) {
+        add((name + std::string(".Type=Integer.EventName=ExposureEnd.ValueName="
+                                "EventExposureEndFrameID"))
+                .c_str());
+    }
+    extendDevice(eventFeatures);
+    const Utils::LogCapture capture;
+    allocate();
+    EXPECT_EQ(device->Get(CameraTest::Address::notification), 0);
+    const auto tried = testing::StartsWith("6 Camera: Try to register event \"ExposureEnd\"");
+    EXPECT_THAT(getLines(capture, category), ElementsAre(tried, tried, tried, testing::_));
 }
 
 class CameraEventFeatures : public CameraEvents {

@@ -215,5 +215,19 @@ TEST_F(CameraChunkPins, EveryChangeTellsObserversOnceWithTheLockFree) {
     EXPECT_FALSE(changes.anyUnderLock());
 }
 
+TEST_F(CameraChunkPins, TheNameOfTheRepairsOutputIsKeptInTheListOrNotTakenWithTheRepairOn) {
+    constexpr auto configuration = "ImageCorrupt.Type=Integer.ValueName=ChunkFrameID";
+    const Utils::LogCapture capture;
+    add(configuration);
+    EXPECT_EQ(text("ChunkPinValue"), configuration);
+    EXPECT_THAT(outputs(), ElementsAre("Image"));
+    EXPECT_THAT(getLines(capture, category),
+                ElementsAre("4 Camera: Unable to create output ImageCorrupt of type Integer"));
+    node().setFixCorruptImages(FixCorruptImages::On);
+    add(configuration);
+    EXPECT_EQ(text("ChunkPinValue"), "");
+    EXPECT_THAT(outputs(), ElementsAre("Image", "ImageCorrupt"));
+}
+
 }  // namespace
 }  // namespace Plugin::OrlixVCellPackageBase

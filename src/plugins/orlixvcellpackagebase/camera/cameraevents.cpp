@@ -75,8 +75,8 @@ private:
 // An update of its own. A slow graph holds the library's thread up here.
 void Camera::outputEventValue(const gcstring& pinName, Variant value) {
     const Guard guard = lockNode();
-    if (isOtherOutput(pinName)) {
-        return;  // the pin is gone since the device was opened, and another has its name
+    if (!isEventOutput(pinName)) {
+        return;  // the pin is gone since the device was opened; another may have its name
     }
     const auto update = getUpdateFactory()->createUpdate(this, nullptr);
     if (update == nullptr) {
@@ -129,8 +129,8 @@ void Camera::OnOpened(Orlix::CInstantCamera& camera) {
                            "Camera: Try to register event \"%s\" and output \"%s\" as pin \"%s\"",
                            mapping.eventName.c_str(), mapping.valueName.c_str(),
                            mapping.pinName.c_str());
-            if (mapping.valid && turnEventOn(camera, mapping.eventName) &&
-                !isOtherOutput(mapping.pinName)) {
+            if (mapping.valid && !isOtherOutput(mapping.pinName) &&
+                turnEventOn(camera, mapping.eventName)) {
                 registerEventHandler(camera, mapping, mode);
                 mode = Orlix::CameraEventRegistrationMode_Append;
             }

@@ -147,6 +147,10 @@ bool Camera::isOtherOutput(const gcstring& name) const {
            contains(impl_->chunkOutputNames, name);
 }
 
+bool Camera::isEventOutput(const gcstring& name) const {
+    return contains(impl_->eventOutputNames, name) && !isOtherOutput(name);
+}
+
 // Only adds: an output that is there already is refused with a line. Each name is listed first,
 // so that the list can hold one twice.
 void Camera::createEventOutputs() {
