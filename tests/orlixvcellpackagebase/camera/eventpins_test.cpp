@@ -144,9 +144,11 @@ TEST_F(CameraEventPins, TheOutputsOfTheNodeItselfAreNeverRemoved) {
     add("Image.Type=Integer.EventName=E.ValueName=V");
     execute("EventPinRemove");
     EXPECT_THAT(outputs(), ElementsAre("Image", "ImageCorrupt"));
+    expectPortsOfAnEmptyList();
     add("ImageCorrupt.Type=Integer.EventName=E.ValueName=V");
     execute("EventPinRemove");
     EXPECT_THAT(outputs(), ElementsAre("Image", "ImageCorrupt"));
+    expectPortsOfAnEmptyList();
 }
 
 TEST_F(CameraEventPins, TheOutputOfAChunkPinOfTheSameNameIsLeftAlone) {
@@ -244,6 +246,18 @@ TEST_F(CameraLostOutputs, AllOutputsOfEventPinsCanBeRemovedAtOnce) {
     EXPECT_THAT(getLines(capture, category), ElementsAre("4 Camera: Unable to remove pin End"));
     camera().removeEventOutputs();
     EXPECT_THAT(getLines(capture, category), testing::SizeIs(1));
+}
+
+TEST_F(CameraLostOutputs, OnlyThoseOfEventPinsAreRemoved) {
+    camera().executeChunkPinAdd();
+    camera().setChunkPinValue("X.Type=Float.ValueName=ChunkExposureTime");
+    for (const char* text :
+         {"X.Type=Integer.EventName=E.ValueName=V", "Image.Type=Integer.EventName=E.ValueName=V"}) {
+        camera().executeEventPinAdd();
+        camera().setEventPinConfiguration(text);
+    }
+    camera().removeEventOutputs();
+    EXPECT_THAT(camera().getOutputDescriptors(), testing::SizeIs(2));
 }
 
 TEST_F(CameraLostOutputs, AChunkPinWhoseOutputIsGoneIsRemovedWithALine) {

@@ -214,6 +214,35 @@ TEST_F(CameraImageOutput, AFrameOfAnEarlierRunIsNotPutOutInTheNext) {
     EXPECT_EQ(static_cast<const std::uint8_t*>(image->getDataConst())[0], 2);
 }
 
+// The frame is a job already, but of the run before.
+TEST_F(CameraImageOutput, AFrameWhoseReceiverBeginsTheNextRunIsNotPutOutInThat) {
+    const auto images = attach("Image");
+    std::atomic<bool> isFirst = true;
+    std::latch hasBegun(1);
+    const auto connection = camera().getExecutionStartedSignal()->connect(
+        [&](const std::shared_ptr<Core::IGraphUpdate>&) {
+            if (isFirst.exchange(false)) {
+                camera().stop();
+                start();
+                hasBegun.count_down();
+            }
+        });
+    run();
+    Frame frame;
+    frame.value = 1;
+    send(frame);
+    hasBegun.wait();
+    frame.value = 2;
+    send(frame);
+    images->waitForCount(1);
+    camera().stop();
+    connection->disconnect();
+    const auto values = images->values();
+    ASSERT_THAT(values, testing::SizeIs(1));
+    const auto* const image = values[0].get<Core::Image>(true);
+    EXPECT_EQ(static_cast<const std::uint8_t*>(image->getDataConst())[0], 2);
+}
+
 TEST_F(CameraImageOutput, AFrameBecomesAJobWithTheNodesLockFree) {
     GenApi::CLock& lock = cameraMap().GetLock();
     std::latch told(2);

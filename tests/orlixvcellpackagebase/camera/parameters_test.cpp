@@ -151,18 +151,20 @@ TEST_F(CameraParameters, CommandsAreWriteOnlyWhateverTheirFlagSays) {
     }
 }
 
+class CameraWithOpenLock final : public Camera {
+public:
+    using Camera::Camera;
+    using Camera::getLock;
+    ~CameraWithOpenLock() override { cleanup(); }
+};
+
 TEST_F(CameraParameters, NodeAndMapShareOneLock) {
-    EXPECT_FALSE(map().GetLock().IsOwned());
-    bool ownedInside = false;
-    GenApi::CLock& lock = map().GetLock();
-    const auto connection = node().getSettingsChangedSignal()->connect(
-        [&] { ownedInside = ownedInside || lock.IsOwned(); });
-    GenApi::CEnumerationPtr(feature("AcquisitionMode"))->FromString("SingleFrame");
-    // The map holds its lock while it writes, so with a lock of its own it would be another's.
-    EXPECT_TRUE(ownedInside);
-    EXPECT_EQ(node().getAcquisitionMode(), AcquisitionMode::SingleFrame);
-    node().setAcquisitionMode(AcquisitionMode::Continuous);
-    EXPECT_EQ(GenApi::CEnumerationPtr(feature("AcquisitionMode"))->ToString(), "Continuous");
+    CameraWithOpenLock camera(resources.pool);
+    GenApi::INodeMap& ownMap = *camera.getNodeMapInfos().at(0).GetNodeMap();
+    camera.getLock()->lock();
+    EXPECT_TRUE(ownMap.GetLock().IsOwned());
+    camera.getLock()->unlock();
+    EXPECT_FALSE(ownMap.GetLock().IsOwned());
 }
 
 }  // namespace
