@@ -10,7 +10,8 @@ inline constexpr std::uint32_t ipConfiguration = 0x0014;
 inline constexpr std::uint32_t userDefinedName = 0x00E8;
 inline constexpr std::uint32_t userDefinedNameLength = 16;
 inline constexpr std::uint32_t messageChannelCount = 0x0900;
-inline constexpr std::uint32_t heartbeatTimeOut = 0x0938;    // milliseconds
+inline constexpr std::uint32_t heartbeatTimeOut = 0x0938;  // milliseconds
+inline constexpr std::uint32_t streamConfiguration = 0x0960;
 inline constexpr std::uint32_t controlPrivilege = 0x0A00;    // CCP
 inline constexpr std::uint32_t primaryPort = 0x0A04;         // of the program in control
 inline constexpr std::uint32_t primaryApplication = 0x0A14;  // its IPv4 address
@@ -21,7 +22,8 @@ inline constexpr std::uint32_t messageRetryCount = 0x0B18;   // MCRC
 inline constexpr std::uint32_t streamPacketSize = 0x0D04;    // SCPS, lower 16 bits
 inline constexpr std::uint32_t streamPacketDelay = 0x0D08;   // SCPD, ticks
 
-inline constexpr std::uint32_t privilegeMask = 0x3;  // of CCP: exclusive or control access
+inline constexpr std::uint32_t longFrameIds = 0x40000000;  // of the stream configuration
+inline constexpr std::uint32_t privilegeMask = 0x3;        // of CCP: exclusive or control access
 
 // Whether an access reaches into the register.
 [[nodiscard]] constexpr bool Touches(std::uint32_t place, std::int64_t address,

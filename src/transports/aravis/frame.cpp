@@ -39,16 +39,20 @@ constexpr Reason badTrailer = {ARV_BUFFER_STATUS_SUCCESS, FrameFate::BadTrailer,
 constexpr Reason tooLong = {ARV_BUFFER_STATUS_SUCCESS, FrameFate::WrongSize,
                             "The frame has more bytes than its buffer."};
 
-// A frame with gaps has failed for them, whatever else there is. Of one that lacks its end only
-// Aravis says that it came too late, or that the next one came.
+// A frame with gaps has failed for them, whatever else there is; `evidence` is of one that has all
+// but its end. Aravis says of it that it came too late, or that the next one came.
 const Reason& reasonOf(ArvBufferStatus status, Evidence evidence) {
     const bool hasGap =
         status == ARV_BUFFER_STATUS_TIMEOUT || status == ARV_BUFFER_STATUS_MISSING_PACKETS;
     if (hasGap && evidence == Evidence::EndOnly) {
         return lostEnd;
     }
-    if (status == ARV_BUFFER_STATUS_SUCCESS && evidence > Evidence::EndOnly) {
-        return evidence == Evidence::TooLong ? tooLong : badTrailer;
+    const bool isWhole = status == ARV_BUFFER_STATUS_SUCCESS;
+    if ((hasGap || isWhole) && evidence == Evidence::TooLong) {
+        return tooLong;
+    }
+    if (isWhole && evidence == Evidence::BadTrailer) {
+        return badTrailer;
     }
     constexpr std::size_t aborted = reasons.size() - 1;
     const auto* const at = std::find_if(reasons.begin(), reasons.end(), [&](const Reason& reason) {

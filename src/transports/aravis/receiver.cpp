@@ -4,13 +4,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <exception>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include "aravis/bootstrap.h"
-#include "aravis/messages.h"
 #include "aravis/streamsocket.h"
 #include "gcbase/gcexception.h"
 
@@ -81,9 +81,10 @@ void Receiver::createStream() {
             if (isNetwork) {
                 prepare(*ARV_GV_DEVICE(device), settings);
             }
-            return arv_device_create_stream_full(device, &StreamEvents::OnEvent,
-                                                 new std::shared_ptr<StreamEvents>(events),
-                                                 &StreamEvents::Forget, error.Out());
+            return events->CreateStream([&](void* own) {
+                return arv_device_create_stream_full(device, &StreamEvents::OnEvent, own,
+                                                     &StreamEvents::Forget, error.Out());
+            });
         },
         why);
     if (stream_ == nullptr) {
@@ -98,7 +99,7 @@ void Receiver::createStream() {
         setProperties();
         watch();
     }
-    events_->Watch(stream_.get(), witness_.get());
+    events_->Watch(stream_.get(), witness_.get(), packetsPerFrame_);
 }
 
 void Receiver::watch() {
@@ -106,10 +107,21 @@ void Receiver::watch() {
     const StreamShape shape(payloadSize_,
                             connection_->ReadRegister(Bootstrap::streamPacketSize) & sizeMask);
     constexpr std::uint64_t leaderAndTrailer = 2;
-    packetsPerFrame_ = shape.ofShortIds.count + leaderAndTrailer;
+    const FrameShape& frame = hasLongIds() ? shape.ofLongIds : shape.ofShortIds;
+    packetsPerFrame_ = frame.count + leaderAndTrailer;
     witness_ = Witness::Open(socket_, shape);
     if (witness_ != nullptr) {
         witness_->SetBuffers(Buffers::None);
+    }
+}
+
+// Cameras that know no others needn't have the register.
+bool Receiver::hasLongIds() const {
+    try {
+        return (connection_->ReadRegister(Bootstrap::streamConfiguration) &
+                Bootstrap::longFrameIds) != 0;
+    } catch (const GenICam::GenericException&) {
+        return false;
     }
 }
 
@@ -139,20 +151,27 @@ std::size_t Receiver::chooseSocketBuffer() const {
                    : std::clamp(2 * payloadSize_, smallest, largest);
 }
 
-void Receiver::checkSocketBuffer(std::size_t wanted, std::size_t granted) const {
+void Receiver::checkSocketBuffer(std::size_t wanted, std::size_t granted) {
     const bool isNews = state_->SetSocketBuffer({wanted, granted});
     if (granted >= wanted || !isNews) {
         return;
     }
     const std::string begin =
         "The socket buffer of device '" + connection_->GetCamera().label + "' ";
-    Tell(socket_.IsKnown()
-             ? begin + "has " + std::to_string(granted) + " bytes instead of " +
-                   std::to_string(wanted) +
-                   ", so frames may be lost. To allow more: sysctl -w net.core.rmem_max=" +
-                   std::to_string(wanted)
-             : begin + "can't be set to " + std::to_string(wanted) +
-                   " bytes, so frames may be lost: the system doesn't show it in /proc/self/fd.");
+    warning_ = socket_.IsKnown()
+                   ? begin + "has " + std::to_string(granted) + " bytes instead of " +
+                         std::to_string(wanted) +
+                         ", so frames may be lost. To allow more: sysctl -w net.core.rmem_max=" +
+                         std::to_string(wanted)
+                   : begin + "can't be set to " + std::to_string(wanted) +
+                         " bytes, so frames may be lost: the system doesn't show it in "
+                         "/proc/self/fd.";
+}
+
+// Who has taken a buffer out may give it other memory.
+bool Receiver::isOf(const Place& place, const StreamBuffer& buffer) {
+    return place.source != nullptr && place.data == buffer.data &&
+           place.capacity == buffer.capacity;
 }
 
 void Receiver::Push(StreamBuffer& buffer) {
@@ -161,9 +180,11 @@ void Receiver::Push(StreamBuffer& buffer) {
     {
         const std::scoped_lock lock(mutex_);
         Place& place = buffers_[&buffer];
-        isNew = place.source == nullptr;
+        isNew = !isOf(place, buffer);
         if (isNew) {
             place.source.reset(arv_buffer_new_full(buffer.capacity, buffer.data, &buffer, nullptr));
+            place.data = buffer.data;
+            place.capacity = buffer.capacity;
         }
         place.isHeld = true;
         source = place.source.get();
@@ -172,9 +193,7 @@ void Receiver::Push(StreamBuffer& buffer) {
     if (isNew) {
         makePages(buffer);
     }
-    g_object_ref(source);  // the stream's
-    arv_stream_push_buffer(stream_.get(), source);
-    events_->NoteQueue();
+    events_->Push(*source);
 }
 
 StreamBuffer* Receiver::Pop(std::chrono::microseconds timeOut) {
@@ -192,20 +211,23 @@ StreamBuffer* Receiver::Pop(std::chrono::microseconds timeOut) {
     ++(buffer->fate == Transport::FrameFate::Delivered ? statistics_.delivered
                                                        : statistics_.failed);
     if (witness_ != nullptr) {
-        const std::uint64_t packets = underruns();
-        const bool hadUnderruns = std::exchange(seenUnderruns_, packets) != packets;
-        statistics_.missedForBuffer += witness_->TakeMissedBefore(block, hadUnderruns);
+        statistics_.missedForBuffer += witness_->TakeMissedBefore(block);
     }
     return buffer;
 }
 
 Evidence Receiver::evidenceOf(ArvBuffer& source) {
     const ArvBufferStatus status = arv_buffer_get_status(&source);
-    if (status == ARV_BUFFER_STATUS_TIMEOUT || status == ARV_BUFFER_STATUS_MISSING_PACKETS) {
-        return events_->TakeLack(source) == 1 ? Evidence::EndOnly : Evidence::None;
+    const Evidence seen = witness_ != nullptr
+                              ? witness_->TakeEvidence(arv_buffer_get_frame_id(&source))
+                              : Evidence::None;
+    if (status != ARV_BUFFER_STATUS_TIMEOUT && status != ARV_BUFFER_STATUS_MISSING_PACKETS) {
+        return seen;
     }
-    return witness_ != nullptr ? witness_->TakeEvidence(arv_buffer_get_frame_id(&source))
-                               : Evidence::None;
+    if (events_->TakeLack(source) != 1) {
+        return Evidence::None;
+    }
+    return seen == Evidence::TooLong ? Evidence::TooLong : Evidence::EndOnly;
 }
 
 // Packets that found no buffer; of USB cameras these are frames.
@@ -233,20 +255,6 @@ std::uint64_t Receiver::missedLately() const {
     return witness_->CountMissed(held);
 }
 
-// Those that Aravis has counted for its frames, less those that came. Of a frame that failed it
-// counts all behind the first gap.
-std::uint64_t Receiver::missingPackets() const {
-    const auto count = [this](const char* name) {
-        return arv_stream_get_info_uint64_by_name(stream_.get(), name);
-    };
-    const std::uint64_t expected =
-        (count("n_completed_buffers") + count("n_failures")) * packetsPerFrame_;
-    const std::uint64_t came = count("n_received_packets") - count("n_duplicated_packets") -
-                               count("n_ignored_packets") - count("n_error_packets");
-    return std::min<std::uint64_t>(count("n_missing_packets"),
-                                   expected > came ? expected - came : 0);
-}
-
 StreamStatistics Receiver::GetStatistics() const {
     const std::scoped_lock lock(mutex_);
     StreamStatistics statistics = statistics_;
@@ -266,7 +274,7 @@ void Receiver::addCounts(StreamStatistics& statistics) const {
         guint64 missing = 0;
         arv_gv_stream_get_statistics(ARV_GV_STREAM(stream_.get()), &resent, &missing);
         statistics.resentPackets = resent;
-        statistics.missingPackets = missingPackets();
+        statistics.missingPackets = events_->GetMissingPackets();
     }
 }
 
@@ -283,17 +291,26 @@ void Receiver::End() noexcept {
         endWitness();
         static_cast<void>(socket_.AwaitEmpty(longest));
     }
-    while (Pop(std::chrono::microseconds(0)) != nullptr) {
-    }
+    popRest();
     const bool isQuiet = wasLost && silence();
     endWitness();
     drop(isQuiet);
     settle();
 }
 
+// Without memory for their descriptions what is left is settled with the others.
+void Receiver::popRest() noexcept {
+    try {
+        while (Pop(std::chrono::microseconds(0)) != nullptr) {
+        }
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
 void Receiver::endWitness() noexcept {
     if (witness_ != nullptr) {
-        events_->Watch(stream_.get(), nullptr);
+        events_->Watch(stream_.get(), nullptr, packetsPerFrame_);
         witness_->End();
     }
 }
@@ -311,7 +328,7 @@ void Receiver::drop(bool isQuiet) noexcept {
         }
         stream = std::move(stream_);
     }
-    events_->Watch(nullptr, nullptr);
+    events_->Watch(nullptr, nullptr, packetsPerFrame_);
     const Connection::Drop drop = connection_->BeginDrop(std::move(stream));
     if (!isQuiet && !connection_->AwaitDrop(drop, Connection::Until::Lost) && !silence()) {
         static_cast<void>(connection_->AwaitDrop(drop, Connection::Until::Done));
@@ -335,23 +352,37 @@ bool Receiver::silence() const noexcept {
     return true;
 }
 
+void Receiver::settle() noexcept {
+    const std::scoped_lock lock(mutex_);
+    try {
+        statistics_.missedForBuffer += witness_ != nullptr ? missedLately() : 0;
+        settleHeld();
+    } catch (const std::exception&) {
+        // Without memory the counts end here; the buffers are given back all the same.
+    }
+    isSettled_ = true;
+    buffers_.clear();
+}
+
 // What became of the buffers that the stream had to its end: frames that were complete by then are
 // that, though nobody has taken them; those that had begun have failed.
-void Receiver::settle() {
-    const std::scoped_lock lock(mutex_);
-    statistics_.missedForBuffer += witness_ != nullptr ? missedLately() : 0;
-    isSettled_ = true;
+void Receiver::settleHeld() {
+    std::vector<std::pair<StreamBuffer*, ArvBuffer*>> begun;
     for (const auto& [buffer, place] : buffers_) {
-        if (!place.isHeld || !isBegun(*place.source)) {
-            continue;
+        if (place.isHeld && isBegun(*place.source)) {
+            begun.emplace_back(buffer, place.source.get());
         }
-        if (!isUnfinished(*place.source)) {
-            reader_.Read(*place.source, *buffer, evidenceOf(*place.source));
+    }
+    std::sort(begun.begin(), begun.end(), [](const auto& first, const auto& second) {
+        return arv_buffer_get_timestamp(first.second) < arv_buffer_get_timestamp(second.second);
+    });
+    for (const auto& [buffer, source] : begun) {
+        if (!isUnfinished(*source)) {
+            reader_.Read(*source, *buffer, evidenceOf(*source));
         }
         ++(buffer->fate == Transport::FrameFate::Delivered ? statistics_.delivered
                                                            : statistics_.failed);
     }
-    buffers_.clear();
 }
 
 }  // namespace Orlix::Aravis

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <memory>
+#include <string>
 #include <unordered_map>
 
 #include "aravis/connection.h"
@@ -25,6 +26,8 @@ public:
     Receiver(const Receiver&) = delete;
     Receiver& operator=(const Receiver&) = delete;
 
+    // What the user should know of it, or nothing.
+    [[nodiscard]] const std::string& GetWarning() const noexcept { return warning_; }
     // The buffer belongs to the stream until it is popped or the receiver has ended.
     void Push(Transport::StreamBuffer& buffer);
     // A filled one, described, or null after the time. Counts it.
@@ -38,6 +41,8 @@ public:
 private:
     struct Place {
         ObjectPtr<ArvBuffer> source;
+        void* data = nullptr;
+        std::size_t capacity = 0;
         bool isHeld = false;  // by the stream
     };
 
@@ -45,16 +50,19 @@ private:
     void setProperties();
     void watch();
     [[nodiscard]] std::size_t chooseSocketBuffer() const;
-    void checkSocketBuffer(std::size_t wanted, std::size_t granted) const;
+    void checkSocketBuffer(std::size_t wanted, std::size_t granted);
+    [[nodiscard]] static bool isOf(const Place& place, const Transport::StreamBuffer& buffer);
+    void popRest() noexcept;
     [[nodiscard]] Evidence evidenceOf(ArvBuffer& source);
     [[nodiscard]] std::uint64_t underruns() const;
     [[nodiscard]] std::uint64_t missedLately() const;
-    [[nodiscard]] std::uint64_t missingPackets() const;
+    [[nodiscard]] bool hasLongIds() const;
     void addCounts(Transport::StreamStatistics& statistics) const;
     void endWitness() noexcept;
     void drop(bool isQuiet) noexcept;
     [[nodiscard]] bool silence() const noexcept;
-    void settle();
+    void settle() noexcept;
+    void settleHeld();
 
     const std::shared_ptr<Connection> connection_;
     const std::shared_ptr<StreamState> state_;
@@ -65,11 +73,11 @@ private:
     std::unique_ptr<Witness> witness_;
     std::uint64_t packetsPerFrame_ = 1;
     FrameReader reader_;
+    std::string warning_;
 
     mutable std::mutex mutex_;  // buffers_, statistics_, and the end of stream_
     std::unordered_map<Transport::StreamBuffer*, Place> buffers_;
     Transport::StreamStatistics statistics_;
-    std::uint64_t seenUnderruns_ = 0;
     bool isSettled_ = false;  // all is in statistics_
 };
 

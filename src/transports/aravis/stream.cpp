@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "aravis/messages.h"
 #include "gcbase/gcexception.h"
 
 namespace Orlix::Aravis {
@@ -29,6 +30,26 @@ StreamStatistics add(const StreamStatistics& first, const StreamStatistics& seco
 
 }  // namespace
 
+// A thread that uses the receiver without the lock, which Stop waits for, however it leaves.
+class Stream::Visit {
+public:
+    Visit(Stream& stream, std::unique_lock<std::mutex>& lock) : stream_(stream), lock_(lock) {
+        ++stream_.inside_;
+        lock_.unlock();
+    }
+    ~Visit() {
+        lock_.lock();
+        --stream_.inside_;
+        stream_.changed_.notify_all();
+    }
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
+
+private:
+    Stream& stream_;
+    std::unique_lock<std::mutex>& lock_;
+};
+
 Stream::Stream(std::shared_ptr<Connection> connection, std::shared_ptr<StreamState> state,
                std::shared_ptr<void> place)
     : connection_(std::move(connection)), state_(std::move(state)), place_(std::move(place)) {
@@ -50,7 +71,15 @@ void Stream::Queue(StreamBuffer& buffer) {
     }
 }
 
+// Told without a lock: who hears it may stop the stream.
 void Stream::Start(std::size_t payloadSize) {
+    const std::string warning = start(payloadSize);
+    if (!warning.empty()) {
+        Tell(warning);
+    }
+}
+
+std::string Stream::start(std::size_t payloadSize) {
     const std::scoped_lock control(control_);
     {
         const std::scoped_lock lock(mutex_);
@@ -64,6 +93,7 @@ void Stream::Start(std::size_t payloadSize) {
         receiver->Push(*buffer);
     }
     receiver_ = std::move(receiver);
+    return receiver_->GetWarning();
 }
 
 StreamBuffer* Stream::Wait(milliseconds timeOut) {
@@ -75,14 +105,8 @@ StreamBuffer* Stream::Wait(milliseconds timeOut) {
         }
         const bool isGone = !connection_->IsUsable();
         const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
-        ++inside_;
-        Receiver& receiver = *receiver_;  // Stop waits for this thread
-        lock.unlock();
         StreamBuffer* const buffer =
-            receiver.Pop(isGone ? milliseconds(0) : std::clamp(left, milliseconds(0), slice));
-        lock.lock();
-        --inside_;
-        changed_.notify_all();
+            pop(lock, isGone ? milliseconds(0) : std::clamp(left, milliseconds(0), slice));
         if (buffer != nullptr && receiver_ != nullptr) {
             takeOut(*buffer);
             return buffer;
@@ -95,6 +119,12 @@ StreamBuffer* Stream::Wait(milliseconds timeOut) {
             return nullptr;
         }
     }
+}
+
+StreamBuffer* Stream::pop(std::unique_lock<std::mutex>& lock, milliseconds timeOut) {
+    Receiver& receiver = *receiver_;
+    const Visit visit(*this, lock);
+    return receiver.Pop(timeOut);
 }
 
 void Stream::takeOut(StreamBuffer& buffer) noexcept {

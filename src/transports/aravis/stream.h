@@ -5,6 +5,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <string>
 
 #include "aravis/receiver.h"
 #include "orlixcamera/transport/transport.h"
@@ -27,6 +28,11 @@ public:
     [[nodiscard]] Transport::StreamStatistics GetStatistics() const override;
 
 private:
+    class Visit;
+
+    [[nodiscard]] std::string start(std::size_t payloadSize);
+    [[nodiscard]] Transport::StreamBuffer* pop(std::unique_lock<std::mutex>& lock,
+                                               std::chrono::milliseconds timeOut);
     void takeOut(Transport::StreamBuffer& buffer) noexcept;
 
     const std::shared_ptr<Connection> connection_;

@@ -15,6 +15,8 @@ namespace Orlix::Aravis {
 class StreamSocket {
 public:
     StreamSocket() = default;
+    // Owns it.
+    explicit StreamSocket(int descriptor) noexcept : descriptor_(descriptor) {}
     // `address` is this computer's, host order.
     StreamSocket(ArvStream& stream, std::uint32_t address);
     ~StreamSocket();

@@ -8,12 +8,29 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 #include <system_error>
 #include <utility>
 
 #include "aravis/bigendian.h"
 
 namespace Orlix::Aravis {
+
+namespace {
+
+constexpr std::size_t mostBytes = 65536;  // of a packet
+
+// As much room as the other socket has: what is too long for a buffer may come at full speed.
+void takeRoomOf(int other, int descriptor) {
+    int size = 0;
+    socklen_t length = sizeof size;
+    if (::getsockopt(other, SOL_SOCKET, SO_RCVBUF, &size, &length) == 0) {
+        size /= 2;  // the kernel tells twice of what was asked for
+        static_cast<void>(::setsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &size, sizeof size));
+    }
+}
+
+}  // namespace
 
 // The parts of a packet's header, for both lengths of ids.
 struct Witness::Packet {
@@ -53,7 +70,8 @@ Witness::Witness(const StreamSocket& socket, const StreamShape& shape)
     : stream_(socket),
       shape_(shape),
       whenQueued_(MakePacketFilter(shape, Buffers::Queued)),
-      whenNone_(MakePacketFilter(shape, Buffers::None)) {}
+      whenNone_(MakePacketFilter(shape, Buffers::None)),
+      bytes_(mostBytes) {}
 
 Witness::~Witness() {
     End();
@@ -64,7 +82,8 @@ Witness::~Witness() {
     }
 }
 
-// The order of the sockets is that of their joining: Aravis' has number 0.
+// The order of the sockets is that of their joining: Aravis' has number 0. Until the filter is
+// there any packet may come here; the thread sends it on.
 bool Witness::open() {
     sockaddr_in name{};
     socklen_t length = sizeof name;
@@ -80,6 +99,7 @@ bool Witness::open() {
         ::bind(socket_, plainName, length) != 0) {
         return false;
     }
+    takeRoomOf(stream_.Get(), socket_);
     const sock_fprog program{static_cast<unsigned short>(whenQueued_.size()),
                              const_cast<sock_filter*>(whenQueued_.data())};
     if (::setsockopt(stream_.Get(), SOL_SOCKET, SO_ATTACH_REUSEPORT_CBPF, &program,
@@ -95,13 +115,27 @@ bool Witness::open() {
 }
 
 void Witness::SetBuffers(Buffers buffers) noexcept {
-    const std::scoped_lock lock(mutex_);
-    if (buffers == buffers_) {
+    {
+        const std::scoped_lock lock(mutex_);
+        if (buffers == buffers_) {
+            return;
+        }
+    }
+    if (buffers == Buffers::None) {
+        attach(buffers);
         return;
     }
+    const std::scoped_lock order(receive_);
+    sendOn();
+    attach(buffers);
+    sendOn();
+}
+
+void Witness::attach(Buffers buffers) noexcept {
     const auto& filter = buffers == Buffers::None ? whenNone_ : whenQueued_;
     const sock_fprog program{static_cast<unsigned short>(filter.size()),
                              const_cast<sock_filter*>(filter.data())};
+    const std::scoped_lock lock(mutex_);
     if (::setsockopt(stream_.Get(), SOL_SOCKET, SO_ATTACH_REUSEPORT_CBPF, &program,
                      sizeof program) == 0) {
         buffers_ = buffers;
@@ -120,16 +154,26 @@ void Witness::End() noexcept {
 }
 
 void Witness::run() noexcept {
-    std::array<std::uint8_t, 65536> bytes{};
     std::array<pollfd, 2> waits = {pollfd{socket_, POLLIN, 0}, pollfd{wake_, POLLIN, 0}};
-    while (true) {
-        const ssize_t size = ::recv(socket_, bytes.data(), bytes.size(), 0);
-        if (size > 0) {
-            take({bytes.data(), static_cast<std::size_t>(size)});
-        } else if (waits[1].revents != 0) {
+    while (waits[1].revents == 0) {
+        static_cast<void>(::poll(waits.data(), waits.size(), -1));
+        const std::scoped_lock order(receive_);
+        sendOn();
+    }
+}
+
+// With the lock held; no longer than for what a moment brings.
+void Witness::sendOn() noexcept {
+    constexpr int most = 1000;
+    for (int packet = 0; packet < most; ++packet) {
+        const ssize_t size = ::recv(socket_, bytes_.data(), bytes_.size(), 0);
+        if (size <= 0) {
             return;
-        } else {
-            static_cast<void>(::poll(waits.data(), waits.size(), -1));
+        }
+        try {
+            take({bytes_.data(), static_cast<std::size_t>(size)});
+        } catch (const std::exception&) {
+            // Without memory for what it tells, the packet is lost.
         }
     }
 }
@@ -145,12 +189,13 @@ void Witness::take(std::span<std::uint8_t> bytes) {
     const bool isPayload = packet.Format() == Gvsp::payload;
     const std::uint64_t room = isTrailer ? shape.count + 1 : shape.count;
     const bool isBeyond = (isTrailer || isPayload) && packet.Number() > room;
-    const bool isLong = isBeyond || (isPayload && bytes.size() > packet.header + shape.last);
+    const bool isLast = isPayload && packet.Number() == shape.count;
+    const bool isLong = isBeyond || (isLast && bytes.size() > packet.header + shape.last);
     note(packet, isTrailer && packet.HasError(), isLong);
     if (isPayload && isBeyond) {
         return;
     }
-    if (isPayload) {
+    if (isLast) {
         bytes = bytes.first(std::min(bytes.size(), packet.header + shape.last));
     } else if (isBeyond) {
         packet.SetNumber(shape.count + 1);
@@ -169,19 +214,20 @@ void Witness::note(const Packet& packet, bool isBad, bool isLong) {
     constexpr std::size_t mostNotes = 256;
     const std::scoped_lock lock(mutex_);
     hasLongIds_ = packet.isLong;
-    const std::uint64_t block = packet.Block();
+    const std::uint64_t number = numberOf(packet.Block(), std::max(newest_, lastTaken_));
     if (isBad || isLong) {
-        notes_.push_back({block, isLong ? Evidence::TooLong : Evidence::BadTrailer});
+        notes_.push_back({number, isLong ? Evidence::TooLong : Evidence::BadTrailer});
         if (notes_.size() > mostNotes) {
             notes_.pop_front();
         }
     }
-    if (buffers_ == Buffers::None && packet.Format() != Gvsp::payload) {
-        const std::uint64_t number = numberOf(block, std::max(newest_, lastTaken_));
-        if (number > lastTaken_) {
-            missed_.Add(number);
-            newest_ = std::max(newest_, number);
-        }
+    if (buffers_ != Buffers::None || packet.Format() == Gvsp::payload || number <= lastTaken_) {
+        return;
+    }
+    missed_.Add(number);
+    if (number >= newest_) {
+        newest_ = number;
+        hasNewestEnded_ = packet.Format() == Gvsp::trailer;
     }
 }
 
@@ -200,32 +246,38 @@ std::uint64_t Witness::numberOf(std::uint64_t block, std::uint64_t near) const n
 
 Evidence Witness::TakeEvidence(std::uint64_t block) {
     const std::scoped_lock lock(mutex_);
-    Evidence evidence = Evidence::None;
-    for (auto at = notes_.begin(); at != notes_.end();) {
-        const bool isIt = at->block == block;
-        evidence = isIt ? std::max(evidence, at->evidence) : evidence;
-        at = isIt ? notes_.erase(at) : at + 1;
+    if (block == 0) {
+        return Evidence::None;
     }
+    const std::uint64_t number = numberOf(block, lastTaken_);
+    Evidence evidence = Evidence::None;
+    for (const Note& note : notes_) {
+        evidence = note.number == number ? std::max(evidence, note.evidence) : evidence;
+    }
+    std::erase_if(notes_, [&](const Note& note) { return note.number <= number; });
     return evidence;
 }
 
-void Witness::NoteStart() {
+// Without a leader it is taken for the next one, unless that was seen to end without a buffer.
+void Witness::NoteStart(std::uint64_t underruns) {
     const std::scoped_lock lock(mutex_);
-    starts_.push_back(newest_);
+    starts_.push_back({newest_ + (hasNewestEnded_ ? 1 : 0), underruns});
 }
 
-std::uint64_t Witness::TakeMissedBefore(std::uint64_t block, bool hadUnderruns) {
+std::uint64_t Witness::TakeMissedBefore(std::uint64_t block) {
     const std::scoped_lock lock(mutex_);
+    Start start{0, underrunsOfLast_};
+    if (!starts_.empty()) {
+        start = starts_.front();
+        starts_.pop_front();
+    }
     std::uint64_t number = lastTaken_;
     if (block != 0) {
         number = numberOf(block, lastTaken_);
-    } else if (!starts_.empty()) {
-        // Taken for the next one, unless it was seen to have begun without a buffer.
-        number = std::max(number != 0 ? number + 1 : 0, starts_.front());
+    } else {
+        number = std::max(number != 0 ? number + 1 : 0, start.number);
     }
-    if (!starts_.empty()) {
-        starts_.pop_front();
-    }
+    const bool hadUnderruns = std::exchange(underrunsOfLast_, start.underruns) != start.underruns;
     const std::uint64_t before = std::exchange(lastTaken_, number);
     const std::uint64_t seen = missed_.TakeBelow(number);
     missed_.Remove(number);
@@ -248,9 +300,9 @@ std::uint64_t Witness::CountMissed(std::span<const std::uint64_t> held) {
     for (const std::uint64_t block : held) {
         missed.Remove(block != 0 ? numberOf(block, lastTaken_) : 0);
     }
-    for (const std::uint64_t number : starts_) {
-        if (unknown > 0 && missed.Has(number)) {
-            missed.Remove(number);
+    for (const Start& start : starts_) {
+        if (unknown > 0 && missed.Has(start.number)) {
+            missed.Remove(start.number);
             --unknown;
         }
     }

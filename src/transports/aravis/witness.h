@@ -29,16 +29,18 @@ public:
     Witness(const Witness&) = delete;
     Witness& operator=(const Witness&) = delete;
 
-    // Whether the stream has a buffer for the next frame.
+    // Whether the stream has a buffer for the next frame. What came here until then is sent on
+    // before: a frame's end must not come behind the beginning of the next.
     void SetBuffers(Buffers buffers) noexcept;
-    // A frame has got a buffer. It may be in the midst of it, with its leader behind.
-    void NoteStart();
-    // What was seen of a frame that has ended; forgets it.
+    // A frame has got a buffer. It may be in the midst of it, with its leader behind. `underruns`
+    // packets of the stream have found none so far.
+    void NoteStart(std::uint64_t underruns);
+    // What was seen of a frame that has ended; forgets it and those before.
     [[nodiscard]] Evidence TakeEvidence(std::uint64_t block);
     // The frames between the last one that was handed out and this one that found no buffer; 0 for
     // a frame without a leader. What waited in Aravis' own socket while the last buffer was taken
-    // is not seen here: `hadUnderruns` tells that packets found none since the last call.
-    [[nodiscard]] std::uint64_t TakeMissedBefore(std::uint64_t block, bool hadUnderruns);
+    // is not seen here, but in the underruns between the starts of both.
+    [[nodiscard]] std::uint64_t TakeMissedBefore(std::uint64_t block);
     // Those behind it, except for `held`, which did find one; 0 for one without a leader. The
     // newest is in doubt until the next one comes or the thread has ended.
     [[nodiscard]] std::uint64_t CountMissed(std::span<const std::uint64_t> held);
@@ -47,8 +49,13 @@ public:
 
 private:
     struct Note {
-        std::uint64_t block = 0;
+        std::uint64_t number = 0;
         Evidence evidence = Evidence::None;
+    };
+    // Of a frame that has a buffer.
+    struct Start {
+        std::uint64_t number = 0;  // if it has no leader, and at least
+        std::uint64_t underruns = 0;
     };
     struct Packet;
 
@@ -56,6 +63,7 @@ private:
     [[nodiscard]] bool open();
     void attach(Buffers buffers) noexcept;
     void run() noexcept;
+    void sendOn() noexcept;
     void take(std::span<std::uint8_t> bytes);
     void note(const Packet& packet, bool isBad, bool isLong);
     void addUnseen(std::uint64_t lastHeld);
@@ -69,6 +77,9 @@ private:
     int wake_ = -1;
     std::thread thread_;
 
+    std::mutex receive_;  // bytes_, and the order of packets; outside of mutex_
+    std::vector<std::uint8_t> bytes_;
+
     std::mutex mutex_;
     Buffers buffers_ = Buffers::Queued;
     bool hasLongIds_ = false;
@@ -76,10 +87,10 @@ private:
     std::deque<Note> notes_;
     NumberSet missed_;  // frames that came while no buffer was queued
     std::uint64_t newest_ = 0;
-    // For each frame that has a buffer and was not taken: the newest of those without by then,
-    // which is the frame itself if the buffer came in the midst of it.
-    std::deque<std::uint64_t> starts_;
+    bool hasNewestEnded_ = false;
+    std::deque<Start> starts_;  // of those that were not taken
     std::uint64_t lastTaken_ = 0;
+    std::uint64_t underrunsOfLast_ = 0;
 };
 
 }  // namespace Orlix::Aravis

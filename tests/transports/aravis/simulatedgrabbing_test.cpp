@@ -276,6 +276,14 @@ INSTANTIATE_TEST_SUITE_P(Resends, MarkedFrames, testing::Bool(), [](const auto& 
     return std::string(tested.param ? "On" : "Off");
 });
 
+TEST_F(SimulatedGrabbing, FrameThatIsTooLongIsToldAsSuchThoughItsEndGotLost) {
+    Start({"--fault", "frame 2: wrong size +3000", "--wire", "frame 2: drop trailer", "--resends",
+           "ignore"});
+    Open();
+    MakeFrames(320, 240, 10);
+    Expect(GrabAll(4).errors, {"The frame has more bytes than its buffer."});
+}
+
 // Frames in a row, taken late: each has its own reason.
 TEST_F(SimulatedGrabbing, LostEndsAreToldFromGapsThoughSeveralFramesWait) {
     Start({"--fault", "frame 1: lost end; frame 2: missing packets 2; frame 3: lost end",
