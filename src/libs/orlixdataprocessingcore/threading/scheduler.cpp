@@ -241,11 +241,12 @@ bool Scheduler::rescueItems() {
             }
         }
     }
-    const bool isLeft = areFewLight() && isSomebodyComing();
-    const bool stuck = !ready_.empty() && !isLeft && taken_ == takenBefore_;
-    takenBefore_ = taken_;
-    if (!stuck || workers_ == workerLimit_) {
+    const bool nobodyCame = std::exchange(takenBefore_, taken_) == taken_;
+    if (ready_.empty() || !nobodyCame || workers_ == workerLimit_) {
         return false;
+    }
+    for (Worker* const worker : running_) {
+        worker->isHeld = true;  // at a long line of items, which takes as long as a long one
     }
     ++workers_;
     return true;

@@ -49,8 +49,8 @@ public:
 // A worker doesn't wake others for items that it will come to in a moment itself, and a few light
 // items are left to the workers that are awake anyway: two of them in one chain of light items
 // spend more on carrying values from cache to cache than on the items. If it turns out that nobody
-// comes, because a job takes longer than jobs of its kind have taken so far, a monitor gives what
-// waits to another worker.
+// comes, because a job takes longer than jobs of its kind have taken so far or a worker has a long
+// line of items of its own, a monitor gives what waits to another worker.
 class Scheduler {
 public:
     [[nodiscard]] static Scheduler& instance();
