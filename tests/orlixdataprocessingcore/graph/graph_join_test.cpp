@@ -1,6 +1,9 @@
 // Where several inputs meet.
+#include <chrono>
+#include <future>
 #include <memory>
 
+#include "orlixdataprocessingcore/core/errors.h"
 #include "orlixdataprocessingcore/core/testnodes.h"
 #include "orlixdataprocessingcore/expectthrow.h"
 #include "orlixdataprocessingcore/graph/graph.h"
@@ -194,6 +197,28 @@ TEST_F(GraphJoin, IfNoInputHasAutoResetEveryValueMakesAJob) {
     source->send(PinValues{{"B", integer(20)}});
     graph.stop(StopMode::Drain);
     EXPECT_EQ(sink->values(), (Numbers{11, 12, 22}));
+}
+
+// Such as an image whose end gives its buffer back to a stream.
+TEST_F(GraphJoin, AKeptValueThatIsReplacedEndsWithNoLockHeld) {
+    join->setAutoResetEnabled("X", false);
+    join->setAutoResetEnabled("Y", false);
+    connectBoth();
+    graph.start({});
+    std::future<void> asked;
+    std::promise<std::future_status> status;
+    Integer value(1);
+    value.setError(
+        std::shared_ptr<IError>(new DeviceError("kept", DateTime()), [&](const IError* error) {
+            delete error;
+            asked = std::async(std::launch::async, [&] { static_cast<void>(graph.statistics()); });
+            status.set_value(asked.wait_for(std::chrono::seconds(10)));
+        }));
+    source->send(PinValues{{"A", Utils::Variant(std::move(value))}});
+    value = Integer(0);
+    send(2, 20);
+    EXPECT_EQ(status.get_future().get(), std::future_status::ready);
+    graph.stop(StopMode::Drain);
 }
 
 TEST_F(GraphJoin, AnOptionalInputMayBeMissingFromAnUpdate) {

@@ -224,6 +224,12 @@ TEST(GraphStop, WhatAStoppedNodeLeavesOutTakesNoMemoryBehindIt) {
     for (int value = 0; value < 1000; ++value) {
         ASSERT_TRUE(source->waitUntilSpaceAvailable());
         source->send(value);
+        static_cast<void>(makeUpdate());  // of another source
+    }
+    for (int value = 0; value < 100; ++value) {
+        const auto parent = makeUpdate();
+        source->createJob(getDefaultUpdateFactory()->createUpdate(nullptr, parent),
+                          {{"Out", integer(value)}}, {});
     }
     EXPECT_LE(graph.statistics().connections.back().queued, 5U);
     graph.stop(StopMode::Drop);
@@ -251,6 +257,9 @@ TEST(GraphStop, EverySkipOfAStoppedNodeReachesThoseWhoCanDoWithoutTheValue) {
     for (int value = 0; value < 16; ++value) {
         numbers.push_back(source->send(value)->getSequenceNumber());
         expected.push_back(value);
+        for (int other = 0; other < value % 3; ++other) {
+            static_cast<void>(makeUpdate());  // of another source
+        }
     }
     static_cast<void>(passed->waitFor(16));
     blocker->setFull(false);

@@ -65,7 +65,7 @@ bool Join::arrive(Connection& connection, std::shared_ptr<IGraphUpdate>& update,
     // Nobody asks for space before a skip, since it must always get through: in a full queue it
     // takes no place if it can do without.
     const bool isFull = connection.ring.size() >= connection.capacity();
-    if (value.isValid() || !isFull || !connection.ring.appendSkip(*update)) {
+    if (value.isValid() || !isFull || !connection.ring.appendSkip(update->getSequenceNumber())) {
         connection.ring.push(std::move(update), std::move(value));
         connection.publishSize();
     }
@@ -138,6 +138,7 @@ Taken Join::take(std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
             roomy = takeRoomy();
         }
     }
+    replaced_.clear();
     if (taken == Taken::Skipped) {
         resetAll(values);
         if (!update) {
@@ -148,7 +149,7 @@ Taken Join::take(std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
     return taken;
 }
 
-// Moves the decided set out of the queues. The lock is held; the values end with the map.
+// Moves the decided set out of the queues. The lock is held: no value may end here.
 Taken Join::popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
     bool anyValue = false;
     bool missing = decision == Decision::Incomplete;
@@ -164,7 +165,7 @@ Taken Join::popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update, Pin
         }
         if (connection->keepsLastValue()) {
             if (value.isValid()) {
-                std::swap(connection->lastValue, value);
+                replaced_.push_back(std::exchange(connection->lastValue, std::move(value)));
             }
             value = connection->lastValue;
         }
@@ -295,7 +296,7 @@ bool Join::setKeepsLastValue(Connection& connection, bool keeps) {
             while (!isQueue(*each) && !each->ring.empty()) {
                 WaitingValue waiting = each->ring.popPlace();
                 if (waiting.value.isValid()) {
-                    replaced.push_back(std::exchange(each->lastValue, std::move(waiting.value)));
+                    replaced_.push_back(std::exchange(each->lastValue, std::move(waiting.value)));
                 }
             }
             each->publishSize();

@@ -91,7 +91,9 @@ private:
     std::uint64_t decided_ = 0;             // the update that decide() has found
     State state_ = State::Closed;
     bool woken_ = false;
-    bool hasMore_ = false;  // of the worker that serves the node
+    // Of the worker that serves the node.
+    bool hasMore_ = false;
+    std::vector<Utils::Variant> replaced_;  // last values that are to end behind the lock
     JoinCounters counters_;
 };
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "orlixdataprocessingcore/core/graphupdate.h"
+#include "orlixdataprocessingcore/graph/skiprun.h"
 #include "orlixdataprocessingcore/utils/variant.h"
 
 namespace Orlix::DataProcessing::Core {
@@ -15,8 +16,8 @@ namespace Orlix::DataProcessing::Core {
 struct WaitingValue {
     std::shared_ptr<IGraphUpdate> update;  // null behind the first skip of a run
     std::uint64_t sequenceNumber = 0;
-    Utils::Variant value;    // invalid: the update has none for this pin, which is a skip
-    std::uint64_t more = 0;  // skips of the numbers that follow: a run of skips takes one place
+    Utils::Variant value;          // invalid: the update has none for this pin, which is a skip
+    std::unique_ptr<SkipRun> run;  // of more skips than one, which take one place; may be null
 };
 
 // A ring whose places are used again and again. It grows only if more is put in than there are
@@ -42,21 +43,19 @@ public:
         waiting.update = std::move(update);
         waiting.sequenceNumber = waiting.update->getSequenceNumber();
         waiting.value = std::move(value);
-        waiting.more = 0;
     }
 
-    // Puts a skip at the end without another place. False if it doesn't go on with a run of skips
-    // there, or is more than a number.
-    [[nodiscard]] bool appendSkip(const IGraphUpdate& update) {
-        if (empty()) {
+    // Puts a skip at the end without another place, of which only the number is kept. False if
+    // there is no skip to put it behind.
+    [[nodiscard]] bool appendSkip(std::uint64_t number) {
+        if (empty() || back().value.isValid()) {
             return false;
         }
         WaitingValue& last = back();
-        const std::uint64_t next = last.sequenceNumber + last.more + 1;
-        if (last.value.isValid() || update.getSequenceNumber() != next || update.getParent()) {
-            return false;
+        if (!last.run) {
+            last.run = std::make_unique<SkipRun>(last.sequenceNumber);
         }
-        ++last.more;
+        last.run->append(number);
         return true;
     }
 
@@ -66,11 +65,12 @@ public:
         if (waiting.update) {
             update = std::move(waiting.update);
         }
-        if (waiting.more != 0) {
-            --waiting.more;
-            ++waiting.sequenceNumber;
+        if (waiting.run && !waiting.run->isLast()) {
+            waiting.run->popFront();
+            waiting.sequenceNumber = waiting.run->front();
             return;
         }
+        waiting.run.reset();
         value = std::move(waiting.value);
         freePlace();
     }
