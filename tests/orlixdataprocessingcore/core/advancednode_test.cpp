@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "orlixdataprocessingcore/core/defaultresourcepool.h"
 #include "orlixdataprocessingcore/core/testnodes.h"
 #include "orlixdataprocessingcore/threading/uniquelock.h"
 #include "orlixdataprocessingcore/utils/log.h"
@@ -309,6 +310,76 @@ TEST_F(AdvancedNodeTest, AJobThatRestartsItsSourceIsNoneOfTheNewRun) {
     source->send(2);
     EXPECT_EQ(sink->values(1), std::vector<std::int64_t>{2});
     connection->disconnect();
+}
+
+TEST_F(AdvancedNodeTest, AJobThatIsNotTakenIsNoExecution) {
+    int executions = 0;
+    const Utils::ScopedConnection connection(
+        source->getExecutionStartedSignal()->connect([&](const UpdatePtr&) { ++executions; }),
+        true);
+    source->takeOnlyUpdatesOfTheRun();
+    source->send(1);
+    const auto late = makeUpdate();
+    source->start({});
+    source->createJob(late, {{"Out", integer(2)}}, {});
+    EXPECT_EQ(executions, 0);
+    source->send(3);
+    EXPECT_EQ(executions, 1);
+}
+
+// A host's own factory, and a pool that lends it.
+class ForeignFactory final : public IUpdateFactory {
+public:
+    UpdatePtr createUpdate(const INode*, const UpdatePtr&) override { return create(); }
+    std::function<UpdatePtr()> create = makeUpdate;
+};
+class PoolWithFactory final : public DefaultResourcePool {
+public:
+    std::shared_ptr<IUpdateFactory> getUpdateFactory() override { return factory; }
+    const std::shared_ptr<ForeignFactory> factory = std::make_shared<ForeignFactory>();
+};
+
+TEST(AdvancedNodeStart, CallsTheFactoryWithTheNodesLockFree) {
+    const auto pool = std::make_shared<PoolWithFactory>();
+    TestSource source({"Out"}, pool);
+    source.takeOnlyUpdatesOfTheRun();
+    bool isFree = false;
+    pool->factory->create = [&] {
+        const auto tryLock = [&] {
+            const bool taken = source.getLock()->tryLock();
+            if (taken) {
+                source.getLock()->unlock();
+            }
+            return taken;
+        };
+        isFree = std::async(std::launch::async, tryLock).get();
+        return makeUpdate();
+    };
+    source.start({});
+    EXPECT_TRUE(isFree);
+}
+
+TEST(AdvancedNodeStart, TakesNoUpdateOfARunThatCameInBetween) {
+    const auto pool = std::make_shared<PoolWithFactory>();
+    TestSource source({"Out"}, pool);
+    const auto sink = std::make_shared<TestSink>();
+    static_cast<void>(source.attachOutputSink("Out", sink));
+    source.takeOnlyUpdatesOfTheRun();
+    bool hasRun = false;
+    UpdatePtr between;
+    pool->factory->create = [&] {
+        const UpdatePtr mark = makeUpdate();
+        if (!std::exchange(hasRun, true)) {
+            source.start({});
+            between = makeUpdate();
+            source.stop();
+        }
+        return mark;
+    };
+    source.start({});
+    source.createJob(between, {{"Out", integer(1)}}, {});
+    source.send(2);
+    EXPECT_EQ(sink->values(), std::vector<std::int64_t>{2});
 }
 
 TEST_F(AdvancedNodeTest, AnAbortedJobThatWaitsIsNotRun) {

@@ -39,7 +39,9 @@ inline Utils::Variant integer(std::int64_t value) {
 // A source that does what the test tells it to, on the test's threads.
 class TestSource : public AdvancedNode {
 public:
-    explicit TestSource(const std::vector<gcstring>& outputs = {"Out"}) : AdvancedNode(nullptr) {
+    explicit TestSource(const std::vector<gcstring>& outputs = {"Out"},
+                        const std::shared_ptr<IResourcePool>& pool = nullptr)
+        : AdvancedNode(pool) {
         for (const gcstring& output : outputs) {
             createOutput(output, "", Utils::TypeInfo::getTypeInfo<Integer>(true), true,
                          unlimitedJobs);

@@ -107,18 +107,9 @@ void NodeBase::Impl::start(const NodeArgumentCollection& arguments) {
 // Under the node's lock, so that a setter that has seen the node stopped ends first.
 void NodeBase::Impl::leaveStopped(LifeScope& life) {
     for (;;) {
-        {
-            std::unique_lock guard(lifeMutex_);
-            // Another thread may still be at the end of the last run. A job must not wait for it,
-            // since it may be waiting for the job.
-            const bool mayWait = !isInOwnJob();
-            lifeChanged_.wait(
-                guard, [&] { return !mayWait || life.isFree() || state_ != NodeState::Stopped; });
-            if (!mayWait && !life.isFree()) {
-                throw GenICam::RuntimeException("The node is still being stopped.", __FILE__,
-                                                __LINE__);
-            }
-        }
+        const std::uint64_t runs = waitForEndOfRun(life);
+        // The factory is foreign, so no lock is held; a run in between would make this too old.
+        const std::uint64_t lastUpdateBefore = lastUpdateSoFar();
         const Threading::UniqueLock<Threading::IRecursiveLockable> nodeGuard(*lock);
         std::lock_guard guard(lifeMutex_);
         if (state_ != NodeState::Stopped) {
@@ -128,14 +119,29 @@ void NodeBase::Impl::leaveStopped(LifeScope& life) {
             throw GenICam::RuntimeException(
                 "The node can't start: its resources could not be allocated.", __FILE__, __LINE__);
         }
-        if (life.isFree()) {
+        if (life.isFree() && runs_ == runs) {
             life.enter();
+            ++runs_;
             stopRequested_ = false;
-            openForJobs();  // together with the state, so that no stop can come in between
+            // Together with the state, so that no stop can come in between.
+            openForJobs(lastUpdateBefore);
             state_ = NodeState::Starting;
             return;
         }
     }
+}
+
+// Another thread may still be at the end of the last run. A job must not wait for it, since it may
+// be waiting for the job. The number of runs so far.
+std::uint64_t NodeBase::Impl::waitForEndOfRun(const LifeScope& life) {
+    std::unique_lock guard(lifeMutex_);
+    const bool mayWait = !isInOwnJob();
+    lifeChanged_.wait(guard,
+                      [&] { return !mayWait || life.isFree() || state_ != NodeState::Stopped; });
+    if (!mayWait && !life.isFree()) {
+        throw GenICam::RuntimeException("The node is still being stopped.", __FILE__, __LINE__);
+    }
+    return runs_;
 }
 
 // False if a stop has been asked for meanwhile.
@@ -242,7 +248,16 @@ void NodeBase::Impl::waitForExecution() {
     --executionWaiters_;
 }
 
-void NodeBase::Impl::openForJobs() {
+// 0 if that doesn't matter.
+std::uint64_t NodeBase::Impl::lastUpdateSoFar() const {
+    if (!onlyUpdatesOfTheRun_) {
+        return 0;
+    }
+    const auto mark = updateFactory()->createUpdate(&owner_, nullptr);
+    return mark == nullptr ? 0 : mark->getSequenceNumber();
+}
+
+void NodeBase::Impl::openForJobs(std::uint64_t lastUpdateBefore) {
     {
         std::lock_guard guard(abortMutex_);
         aborted_.clear();
@@ -250,17 +265,15 @@ void NodeBase::Impl::openForJobs() {
     }
     {
         std::lock_guard guard(deliveryMutex_);
-        if (onlyUpdatesOfTheRun_) {
-            const auto mark = updateFactory()->createUpdate(&owner_, nullptr);
-            lastUpdateBefore_ = mark == nullptr ? 0 : mark->getSequenceNumber();
-        }
+        lastUpdateBefore_ = lastUpdateBefore;
         acceptsJobs_ = true;
     }
     space_.open();
 }
 
 bool NodeBase::Impl::acceptsJobsOf(const IGraphUpdate& update) const {
-    return acceptsJobs_ && update.getSequenceNumber() > lastUpdateBefore_;
+    return acceptsJobs_ &&
+           (!onlyUpdatesOfTheRun_ || update.getSequenceNumber() > lastUpdateBefore_);
 }
 
 std::shared_ptr<IUpdateFactory> NodeBase::Impl::updateFactory() const {

@@ -92,6 +92,7 @@ private:
     enum class Admission { WhileRunning, Granted };
 
     void leaveStopped(LifeScope& life);
+    [[nodiscard]] std::uint64_t waitForEndOfRun(const LifeScope& life);
     [[nodiscard]] bool enterRunning();
     void setState(NodeState state);
     void failStart();
@@ -99,7 +100,8 @@ private:
     void finishJobs();
     void waitForExecution();
     [[nodiscard]] bool isInOwnJob() const;
-    void openForJobs();
+    [[nodiscard]] std::uint64_t lastUpdateSoFar() const;
+    void openForJobs(std::uint64_t lastUpdateBefore);
     void closeForJobs();
     [[nodiscard]] bool acceptsJobsOf(const IGraphUpdate& update) const;
 
@@ -111,6 +113,7 @@ private:
     void runJob(std::shared_ptr<IGraphUpdate>&& update);
     void runGeneralJob(const std::shared_ptr<IGraphUpdate>& update);
     void runSimpleJob(std::shared_ptr<IGraphUpdate>&& update);
+    [[nodiscard]] bool isAccepted(const IGraphUpdate& update);
     void runSourceJob(SourceJob&& job, Admission admission);
     [[nodiscard]] JobResults makeResults(SourceJob& job);
     void announce(const std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
@@ -140,6 +143,7 @@ private:
     std::thread::id lifeThread_;  // the one that is inside start() or stop()
     unsigned int lifeDepth_ = 0;
     bool stopRequested_ = false;  // while starting
+    std::uint64_t runs_ = 0;      // that have begun
 
     // One execution at a time. Whoever has set the flag owns the fields below it.
     std::atomic<bool> executing_{false};

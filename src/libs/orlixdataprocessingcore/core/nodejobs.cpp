@@ -284,9 +284,16 @@ void NodeBase::Impl::createJob(SourceJob&& job) {
     }
 }
 
+bool NodeBase::Impl::isAccepted(const IGraphUpdate& update) {
+    std::lock_guard guard(deliveryMutex_);
+    return acceptsJobsOf(update);
+}
+
 void NodeBase::Impl::runSourceJob(SourceJob&& job, Admission admission) {
     if (admission == Admission::Granted) {
         space_.notify();  // one job fewer waits
+    } else if (!isAccepted(*job.update)) {
+        return;
     }
     executionStarted.emit(job.update);
     const bool isAborted = takeAborted(*job.update);
@@ -301,6 +308,7 @@ void NodeBase::Impl::runSourceJob(SourceJob&& job, Admission admission) {
         if (!isAborted) {
             announce(result.key(), result.mapped());
         }
+        // Asked again: a slot may have stopped the node.
         std::lock_guard guard(deliveryMutex_);
         if (admission == Admission::Granted || acceptsJobsOf(*result.key())) {
             deliver(*routes, std::move(result.key()), result.mapped());
