@@ -257,6 +257,36 @@ TEST_F(FeaturePersistence, LoadsInAnOrderThatWorks) {
     EXPECT_EQ(get("Size"), "10");
 }
 
+TEST_F(FeaturePersistence, ALineBeforeThoseOfItsSelectorIsForThePlaceThatWasSelected) {
+    for (const char* extra : {"", "Colour\t1\n"}) {
+        for (const char* before : {"All", "Digital2"}) {
+            load(gains);
+            set("GainSelector", before);
+            const std::string stream =
+                "Gain\t3\nGainSelector\tDigital2\nGain\t5\n" + std::string(extra);
+            EXPECT_EQ(restoreMessage(stream),
+                      *extra == 0 ? "no exception"
+                                  : "The feature stream could not be loaded whole. Line 4, Colour: "
+                                    "there is no such feature.");
+            EXPECT_EQ(get("GainSelector"), "Digital2");
+            EXPECT_EQ(get("Gain"), "5");
+            if (std::string(before) == "All") {
+                set("GainSelector", "All");
+                EXPECT_EQ(get("Gain"), "3");
+            }
+        }
+    }
+}
+
+TEST_F(FeaturePersistence, ASelectorThatIsSpelledInAnotherWayNamesTheSamePlace) {
+    load(
+        "<Integer Name=\"Place\"><Value>0</Value><Min>0</Min><Max>1</Max><pSelected>Gain"
+        "</pSelected></Integer>" +
+        integer("Gain", 0, ""));
+    restore("Place\t1\nGain\t5\nPlace\t0x1\nGain\t6\n");
+    EXPECT_EQ(get("Gain"), "6");
+}
+
 TEST_F(FeaturePersistence, AnUnknownNameIsReportedAndTheRestLoaded) {
     load(integer("Width", 0, ""));
     EXPECT_EQ(restoreMessage("Colour\tRed\nWidth\t5\n"),

@@ -1,7 +1,9 @@
 #include "orlixcamera/persistence/featurereader.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "gcbase/gcexception.h"
 #include "genapi/inodemap.h"
@@ -40,10 +42,11 @@ public:
             problems_.clear();
             writeAll();
             if (readBack_ == ReadBack::Yes) {
+                beginAnew();
                 compareAll();
             }
             // A second round helps where the range of one value depends on a later one.
-        } while (!problems_.empty() && (before == 0 || problems_.size() < before));
+        } while (!problems_.empty() && (before == 0 || problems_.size() < before) && beginAnew());
         if (!problems_.empty()) {
             fail();
         }
@@ -60,18 +63,48 @@ private:
         if (feature.node != nullptr) {
             feature.selectors = findSelectors(*feature.node);
             feature.isSelector = isSelector(*feature.node);
+            for (GenApi::INode* const selector : feature.selectors) {
+                keepFirst(*selector);
+            }
         }
         features_.push_back(std::move(feature));
     }
 
+    // A selector that no line before has set decides by the value that it has now.
+    void keepFirst(GenApi::INode& selector) {
+        const bool isKnown =
+            std::any_of(features_.begin(), features_.end(),
+                        [&](const Feature& feature) { return feature.node == &selector; }) ||
+            std::any_of(first_.begin(), first_.end(),
+                        [&](const auto& kept) { return kept.first == &selector; });
+        if (!isKnown && isPersistable(selector)) {
+            first_.emplace_back(&selector, readFeature(selector));
+        }
+    }
+
+    // Selectors as they were before the first line. True.
+    bool beginAnew() {
+        for (const auto& [selector, value] : first_) {
+            try {
+                writeFeature(*selector, value);
+            } catch (const GenICam::GenericException&) {
+                unset_.insert(selector);
+            }
+        }
+        return true;
+    }
+
     void markLast() {
         std::map<const GenApi::INode*, std::string> selected;
+        for (const auto& [selector, value] : first_) {
+            selected[selector] = normalize(*selector, value);
+        }
         std::map<std::string, Feature*> last;
         for (Feature& feature : features_) {
             if (feature.node == nullptr) {
                 continue;
             }
-            selected[feature.node] = feature.line.value;
+            selected[feature.node] = normalize(*feature.node, feature.line.value);
             std::string place = feature.line.name;
             for (const GenApi::INode* const selector : feature.selectors) {
                 place += '\n' + selected[selector];
@@ -165,6 +198,7 @@ private:
 
     const ReadBack readBack_;
     std::vector<Feature> features_;
+    std::vector<std::pair<GenApi::INode*, std::string>> first_;  // of selectors, the outer first
     std::map<const Feature*, std::string> problems_;
     std::set<const GenApi::INode*> unset_;  // whose latest line could not be written
 };

@@ -17,6 +17,12 @@ bool isClose(double found, double wanted) {
     return std::abs(found - wanted) <= roundingOfDevices * std::abs(wanted);
 }
 
+// Exact.
+std::string textOf(double number) {
+    char text[40];
+    return {text, std::to_chars(std::begin(text), std::end(text), number).ptr};
+}
+
 // What tells about one frame is no state of the device.
 bool isInChunk(GenApi::INode& feature) {
     GenApi::INode* node = &feature;
@@ -52,9 +58,7 @@ bool isPersistable(GenApi::INode& node) {
 std::string readFeature(GenApi::INode& node) {
     const GenApi::CFloatPtr number(&node);
     if (node.GetPrincipalInterfaceType() == GenApi::intfIFloat && number.IsValid()) {
-        char text[40];
-        const auto end = std::to_chars(std::begin(text), std::end(text), number->GetValue()).ptr;
-        return {text, end};
+        return textOf(number->GetValue());
     }
     return GenApi::CValuePtr(&node)->ToString().str();
 }
@@ -69,25 +73,38 @@ void writeFeature(GenApi::INode& node, const std::string& value) {
 }
 
 // People write values in other ways than devices.
-bool readsAs(GenApi::INode& node, const std::string& value) {
+std::string normalize(GenApi::INode& node, const std::string& value) {
     switch (node.GetPrincipalInterfaceType()) {
         case GenApi::intfIFloat: {
-            const auto wanted = GenApi::FloatOfText(value);
-            return wanted && isClose(GenApi::CFloatPtr(&node)->GetValue(), *wanted);
+            const auto number = GenApi::FloatOfText(value);
+            return number ? textOf(*number) : value;
         }
-        case GenApi::intfIBoolean:
-            return GenApi::CBooleanPtr(&node)->GetValue() == GenApi::BooleanOfText(value);
+        case GenApi::intfIBoolean: {
+            const auto truth = GenApi::BooleanOfText(value);
+            return truth ? std::to_string(*truth) : value;
+        }
         case GenApi::intfIInteger: {
-            const GenApi::CIntegerPtr number(&node);
-            return number->GetValue() == GenApi::IntegerOfText(value, number->GetRepresentation());
+            const auto number =
+                GenApi::IntegerOfText(value, GenApi::CIntegerPtr(&node)->GetRepresentation());
+            return number ? std::to_string(*number) : value;
         }
         case GenApi::intfIEnumeration:
-            return readFeature(node) == GenApi::EntryOfText(value);
-        case GenApi::intfIRegister:
-            return GenApi::BytesOfText(readFeature(node)) == GenApi::BytesOfText(value);
+            return std::string(GenApi::EntryOfText(value));
+        case GenApi::intfIRegister: {
+            const auto bytes = GenApi::BytesOfText(value);
+            return bytes ? std::string(bytes->begin(), bytes->end()) : value;
+        }
         default:
-            return readFeature(node) == value;
+            return value;
     }
+}
+
+bool readsAs(GenApi::INode& node, const std::string& value) {
+    if (node.GetPrincipalInterfaceType() == GenApi::intfIFloat) {
+        const auto wanted = GenApi::FloatOfText(value);
+        return wanted && isClose(GenApi::CFloatPtr(&node)->GetValue(), *wanted);
+    }
+    return normalize(node, readFeature(node)) == normalize(node, value);
 }
 
 }  // namespace Orlix

@@ -15,6 +15,9 @@ namespace Orlix {
 [[nodiscard]] bool canBeWritten(GenApi::INode& node, const std::string& value);
 // Checks the range. Throws InvalidArgumentException for a text that is no value of the feature.
 void writeFeature(GenApi::INode& node, const std::string& value);
+// The one spelling of the value that the text stands for, to compare values of one feature with
+// each other; of a text that is no value, the text.
+[[nodiscard]] std::string normalize(GenApi::INode& node, const std::string& value);
 // Whether the feature reads what the text says; floats may differ by what a device rounds off.
 [[nodiscard]] bool readsAs(GenApi::INode& node, const std::string& value);
 
