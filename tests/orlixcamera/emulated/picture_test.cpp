@@ -111,6 +111,33 @@ TEST_F(EmulatedPicture, FileIsRepeatedOverTheSensorAndFollowsOffsetAndReversal) 
     EXPECT_EQ(snap(), (Bytes{1, 0, 2, 1, 7, 6, 8, 7}));
 }
 
+TEST_F(EmulatedPicture, BinnedPlacesOfTheSensorAreOne) {
+    folder.addPicture("a.bmp", Orlix::PixelType_Mono8, 8, 4, 0);
+    const Bytes scene = [&] {
+        camera.features.integer("Width")->SetValue(8);
+        return snap();
+    }();
+    camera.features.integer("Width")->SetValue(4);
+    camera.features.integer("BinningHorizontal")->SetValue(2);
+    const Bytes half = snap();
+    for (std::size_t column = 0; column < half.size() / 2; ++column) {
+        EXPECT_NEAR(half[column], (scene[2 * column] + scene[2 * column + 1]) / 2, 1);
+    }
+    camera.features.integer("BinningVertical")->SetValue(2);
+    camera.features.set("ImageFolder", folder.path());
+    // Of 0, 1, 8 and 9 the mean is 4 and a half.
+    EXPECT_EQ(snap(), (Bytes{4, 6, 8, 10, 20, 22, 24, 26}));
+    camera.features.set("ReverseX", "1");
+    EXPECT_EQ(snap(), (Bytes{10, 8, 6, 4, 26, 24, 22, 20}));
+}
+
+TEST_F(EmulatedPicture, AnEntryThatCantBeLookedAtIsNoPicture) {
+    folder.addPicture("b.png", Orlix::PixelType_Mono8, 4, 2, 100);
+    std::filesystem::create_symlink("a.png", folder.file("a.png"));
+    camera.features.set("ImageFolder", folder.path());
+    EXPECT_EQ(snap()[0], 100);
+}
+
 TEST_F(EmulatedPicture, FilesOfEveryDepthAndColourFillEveryFormat) {
     folder.addPicture("rgb.png", Orlix::PixelType_RGB8Packed, 4, 2, 0);
     camera.features.set("ImageFolder", folder.path());

@@ -24,6 +24,8 @@ PictureSettings Registers::GetPictureSettings() const {
     PictureSettings settings;
     settings.pixelType = pixelType();
     settings.region = getRegion();
+    settings.binningX = static_cast<std::uint32_t>(valueOf(At::binningHorizontal));
+    settings.binningY = static_cast<std::uint32_t>(valueOf(At::binningVertical));
     settings.reverseX = valueOf(At::reverseX) != 0;
     settings.reverseY = valueOf(At::reverseY) != 0;
     settings.pattern = static_cast<Pattern>(static_cast<int>(valueOf(At::testPattern)));

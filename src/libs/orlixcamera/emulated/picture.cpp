@@ -95,10 +95,10 @@ Scene makeScene(const Brightness& brightness) {
     return scene;
 }
 
-Colour colourAt(Pattern pattern, std::uint32_t x, std::uint32_t y, const Scene& scene) {
+// Made behind the sensor, so that binning does not show.
+Colour colourAt(Pattern pattern, std::uint32_t x, std::uint32_t y) {
     switch (pattern) {
         case Pattern::Off:
-            return scene[(x + y) % period];
         case Pattern::Black:
             return grey(0);
         case Pattern::White:
@@ -238,6 +238,20 @@ Colour brighten(const Colour& colour, const Brightness& brightness) {
             scaled(colour.blue, brightness.blue)};
 }
 
+// The mean of the places of the sensor that make one.
+template <typename Seen>
+Colour binned(const PictureSettings& settings, std::uint32_t x, std::uint32_t y, const Seen& seen) {
+    Colour sum = grey(0);
+    for (std::uint32_t down = 0; down < settings.binningY; ++down) {
+        for (std::uint32_t right = 0; right < settings.binningX; ++right) {
+            const Colour one = seen(x * settings.binningX + right, y * settings.binningY + down);
+            sum = {sum.red + one.red, sum.green + one.green, sum.blue + one.blue};
+        }
+    }
+    const std::uint32_t count = settings.binningX * settings.binningY;
+    return {sum.red / count, sum.green / count, sum.blue / count};
+}
+
 // Which painting of a line a frame takes, so that noise differs from frame to frame.
 std::uint64_t variantOf(std::uint64_t frameNumber, std::uint32_t line, std::uint32_t count) {
     constexpr std::uint64_t spread = 0x9E3779B97F4A7C15;
@@ -305,11 +319,14 @@ void Picture::paintPlane(Painted& painted, std::size_t plane) const {
     const auto lineBytes = static_cast<std::size_t>(planes_.planes[plane].lineBytes);
     const Brightness brightness = brightnessOf(settings_, format.family);
     const Scene scene = makeScene(brightness);
-    Noise noise(painted.image, settings_.pattern == Pattern::Off ? settings_.noiseLevel : 0);
+    Noise noise(painted.image, settings_.noiseLevel);
+    const auto seen = [&](std::uint32_t x, std::uint32_t y) {
+        return showsFiles_ ? brighten(settings_.images->GetColour(painted.image, x, y), brightness)
+                           : scene[(x + y) % period];
+    };
     const auto colourOf = [&](std::uint32_t x, std::uint32_t y) {
-        return noise.Add(
-            showsFiles_ ? brighten(settings_.images->GetColour(painted.image, x, y), brightness)
-                        : colourAt(settings_.pattern, x, y, scene));
+        return settings_.pattern == Pattern::Off ? noise.Add(binned(settings_, x, y, seen))
+                                                 : colourAt(settings_.pattern, x, y);
     };
     painted.lines[plane].resize((paintedLines() + step - 1) / step * lineBytes * variantCount_);
     std::uint8_t* out = painted.lines[plane].data();

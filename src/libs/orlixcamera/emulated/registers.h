@@ -61,6 +61,8 @@ enum class Trigger : std::uint8_t { AcquisitionStart, FrameStart };
 struct PictureSettings {
     EPixelType pixelType = PixelType_Mono8;
     Region region;
+    std::uint32_t binningX = 1;  // columns of the sensor that make one
+    std::uint32_t binningY = 1;
     bool reverseX = false;
     bool reverseY = false;
     Pattern pattern = Pattern::Off;

@@ -20,7 +20,8 @@ bool isImageFile(const std::filesystem::directory_entry& entry) {
     std::string extension = entry.path().extension().string();
     std::transform(extension.begin(), extension.end(), extension.begin(),
                    [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    return entry.is_regular_file() &&
+    std::error_code error;  // one that can't be looked at is none
+    return entry.is_regular_file(error) &&
            std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
 }
 
