@@ -241,6 +241,43 @@ TEST_F(CameraEvents, AStormIsBoundedAndCounted) {
     EXPECT_EQ(statistic("StatisticEventsLost"), lost);
 }
 
+TEST_F(CameraEvents, ThoseLostBeforeAnythingWasGrabbedAreCounted) {
+    Gate leave;
+    events.work = [&](CInstantCamera&) { EXPECT_TRUE(leave.Wait()); };
+    add(events, frameId);
+    open();
+    for (std::int64_t event = 0; event < 2000; ++event) {
+        device->SendEvent(exposureEndEvent, event);
+    }
+    const std::int64_t lost = statistic("StatisticEventsLost");
+    EXPECT_GT(lost, 0);
+    camera.StartGrabbing();
+    EXPECT_EQ(statistic("StatisticEventsLost"), lost);
+    camera.Close();
+    leave.Open();
+    EXPECT_EQ(CIntegerParameter(camera.GetInstantCameraNodeMap(), "TotalEventsLost").GetValue(),
+              lost);
+}
+
+// The map's lock holds the event thread up when it has taken a message: one more than fits is kept.
+TEST_F(CameraEvents, OneThatWasTakenInAnEarlierOpeningIsNotToldInTheNext) {
+    constexpr std::int64_t fitting = 1024;
+    add(events, frameId);
+    open();
+    {
+        const GenApi::AutoLock guard(camera.GetNodeMap().GetLock());
+        std::int64_t sent = 0;
+        while (sent - statistic("StatisticEventsLost") <= fitting) {
+            device->SendEvent(exposureEndEvent, ++sent);
+        }
+        camera.Close();
+        camera.Open();
+    }
+    device->SendEvent(exposureEndEvent, -1);
+    ASSERT_TRUE(events.calls.WaitFor(1));
+    EXPECT_EQ(events.calls.Get(), (std::vector<Call>{{frameId, 0, -1}}));
+}
+
 TEST_F(CameraEvents, AreNumberedAsTheyArriveAndAHandlerIsToldItsOwn) {
     Gate entered;
     Gate leave;

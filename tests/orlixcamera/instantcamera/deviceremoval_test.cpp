@@ -57,6 +57,49 @@ TEST_F(DeviceRemoval, IsReportedForEachOpeningAnew) {
     EXPECT_TRUE(reports.WaitFor(2));
 }
 
+// The thread of the report has other work until the device is back and open.
+TEST_F(DeviceRemoval, IsNotReportedOnceTheDeviceIsOpenAgain) {
+    Gate entered;
+    Gate leave;
+    onRemoved = [&] {
+        entered.Open();
+        EXPECT_TRUE(leave.Wait());
+    };
+    open();
+    device->Lose();
+    ASSERT_TRUE(entered.Wait());
+    for (int opening = 0; opening < 2; ++opening) {
+        camera.Close();
+        device->Recover();
+        camera.Open();
+        if (opening == 0) {
+            device->Lose();
+            device->JoinLoss();
+        }
+    }
+    leave.Open();
+    ASSERT_TRUE(reports.WaitFor(1));
+    // Time for a report that must not come.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(20);
+    while (std::chrono::steady_clock::now() < end) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(reports.Count(), 1U);
+    device->Lose();
+    EXPECT_TRUE(reports.WaitFor(2));
+}
+
+TEST_F(DeviceRemoval, OfADeviceThatGoesWhileItIsBeingOpenedIsOverWithTheAttempt) {
+    device->beforeDescription = [this] {
+        device->Lose();
+        device->JoinLoss();
+        EXPECT_TRUE(camera.IsCameraDeviceRemoved());
+        throw GenICam::RuntimeException("Device 'scripted' was removed.", __FILE__, __LINE__);
+    };
+    EXPECT_THROW(open(), GenICam::RuntimeException);
+    EXPECT_FALSE(camera.IsCameraDeviceRemoved());
+}
+
 TEST_F(DeviceRemoval, IsNotReportedAfterTheDeviceWasDetached) {
     open();
     static_cast<void>(camera.DetachDevice());

@@ -102,6 +102,8 @@ TEST_F(Grabbing, CountsBeginAnewWithEachOpening) {
     ASSERT_TRUE(device->Send());
     camera.Close();
     camera.Open();
+    expectAccount(0);
+    EXPECT_EQ(statistic("NumBuffers"), 0);
     camera.StartGrabbing();
     camera.StopGrabbing();
     expectAccount(0);

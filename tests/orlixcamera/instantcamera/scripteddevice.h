@@ -293,7 +293,8 @@ public:
     bool sendAtStart = false;        // a frame with each start of the acquisition
     std::function<void()> onAccess;  // before each access to a register; what it throws passes
     std::function<void(std::int64_t)> afterWrite;  // with its address; what it throws passes
-    std::atomic<bool> answers = true;              // when asked for a sign of life
+    std::function<void()> beforeDescription;
+    std::atomic<bool> answers = true;  // when asked for a sign of life
     std::atomic<int> asked = 0;
 
     // ---- What the camera does
@@ -338,6 +339,9 @@ public:
         return answers;
     }
     [[nodiscard]] std::shared_ptr<const std::string> GetDescription() override {
+        if (beforeDescription) {
+            beforeDescription();
+        }
         return std::make_shared<const std::string>(description);
     }
     [[nodiscard]] std::shared_ptr<const std::string> GetLayerDescription() override {

@@ -16,6 +16,7 @@ using Orlix::Detail::StreamCounts;
 
 class StreamCounting : public testing::Test {
 protected:
+    StreamCounting() { counters.BeginOpening(); }
     void fill(std::uint64_t frames) { state_->statistics.delivered += frames; }
 
     const std::shared_ptr<ScriptedStream::State> state_ = std::make_shared<ScriptedStream::State>();
@@ -58,13 +59,29 @@ TEST_F(StreamCounting, WhatALateThreadCountsDoesNotReachTheNextOpening) {
     fill(1);
     counters.EndRun();
     counters.Detach();
+    counters.EndOpening();
     state_->statistics = {};
+    counters.BeginOpening();
     counters.Attach(stream);
     static_cast<void>(counters.BeginRun());
     counters.Count(run, FrameFate::Delivered);
     EXPECT_EQ(counters.Get().delivered, 0U);
     EXPECT_EQ(counters.GetTotal().sent, 1U);
     EXPECT_EQ(counters.GetTotal().aborted, 1U);
+}
+
+TEST_F(StreamCounting, WhatIsLostWithoutAStreamCountsToo) {
+    counters.CountEventLost();
+    EXPECT_EQ(counters.GetTotal().eventsLost, 1U);
+    counters.Attach(stream);
+    EXPECT_EQ(counters.Get().eventsLost, 1U);
+    counters.Detach();
+    counters.EndOpening();
+    EXPECT_EQ(counters.Get().eventsLost, 1U);
+    EXPECT_EQ(counters.GetTotal().eventsLost, 1U);
+    counters.BeginOpening();
+    EXPECT_EQ(counters.Get().eventsLost, 0U);
+    EXPECT_EQ(counters.GetTotal().eventsLost, 1U);
 }
 
 // A back end may take locks of its own to tell, which the thread that counts may hold.

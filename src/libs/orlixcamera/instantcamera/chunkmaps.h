@@ -1,5 +1,5 @@
 // Node maps for the chunks of frames, all of one device, kept for reuse: a frame costs no parsing
-// and, once there are as many maps as results at the same time, no making of a map.
+// and, once each buffer of a set has brought one with chunks, no making of a map.
 #pragma once
 
 #include <memory>

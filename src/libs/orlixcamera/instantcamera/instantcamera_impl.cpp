@@ -178,6 +178,7 @@ bool CInstantCamera::Impl::openDevice() {
             maps = std::make_shared<Detail::DeviceMaps>(device, settings_, counters_);
         }
         maps->SetOpen(true);
+        counters_->BeginOpening();
         if (settings_->grabCameraEvents) {
             events_.Begin(maps, static_cast<int>(settings_->eventThreadPriority));
         }
@@ -187,6 +188,7 @@ bool CInstantCamera::Impl::openDevice() {
         }
         removal_.Forbid();
         device->SetSink(nullptr);
+        settings_->isRemoved = false;  // it may have gone while it was being opened
         if (openedHere_) {
             device->Close();
         }
@@ -239,6 +241,7 @@ void CInstantCamera::Impl::closeDevice() noexcept {
         grabber_->Close();
         grabber_.reset();
     }
+    counters_->EndOpening();
     device->SetSink(nullptr);
     settings_->isRemoved = false;
     if (openedHere_ || cleanup_ == Cleanup_Delete) {

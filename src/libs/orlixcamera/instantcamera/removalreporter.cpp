@@ -33,6 +33,7 @@ void RemovalReporter::Quit() {
 void RemovalReporter::Allow() {
     const std::scoped_lock lock(mutex_);
     allowed_ = true;
+    pending_ = false;  // of a device that was in use before, and is back or replaced
 }
 
 void RemovalReporter::Forbid() noexcept {

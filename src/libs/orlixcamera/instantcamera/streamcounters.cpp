@@ -6,19 +6,32 @@ namespace Orlix::Detail {
 
 using Transport::FrameFate;
 
-void StreamCounters::Attach(const Transport::IStream& stream) {
+void StreamCounters::BeginOpening() {
     const std::scoped_lock streamLock(streamMutex_);
     const std::scoped_lock lock(mutex_);
-    live_ = &stream;
+    isOpen_ = true;
+    last_ = {};
     byFate_ = {};
     skipped_ = 0;
     eventsLost_ = 0;
     aborted_ = 0;
+    payloadSize_ = 0;
+    bufferCount_ = 0;
+}
+
+void StreamCounters::EndOpening() {
+    const std::scoped_lock streamLock(streamMutex_);
+    addTo(formerOpenings_);
+    isOpen_ = false;
+}
+
+void StreamCounters::Attach(const Transport::IStream& stream) {
+    const std::scoped_lock streamLock(streamMutex_);
+    live_ = &stream;
 }
 
 void StreamCounters::Detach() {
     const std::scoped_lock streamLock(streamMutex_);
-    addTo(formerOpenings_);
     last_ = ofStream();
     live_ = nullptr;
 }
@@ -79,7 +92,7 @@ StreamCounts StreamCounters::Get() const {
 StreamCounts StreamCounters::GetTotal() const {
     const std::scoped_lock streamLock(streamMutex_);
     StreamCounts counts = formerOpenings_;
-    if (live_ != nullptr) {
+    if (isOpen_) {
         addTo(counts);
     }
     return counts;

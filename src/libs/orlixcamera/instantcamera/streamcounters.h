@@ -41,8 +41,12 @@ public:
     StreamCounters(const StreamCounters&) = delete;
     StreamCounters& operator=(const StreamCounters&) = delete;
 
-    // A new opening of the device; all counts begin at zero. The stream is asked for its own counts
-    // until Detach.
+    // A new opening of the device; all counts begin at zero. When it has ended they stay to be read
+    // until the next begins.
+    void BeginOpening();
+    void EndOpening();
+
+    // The stream of this opening is asked for its own counts until Detach.
     void Attach(const Transport::IStream& stream);
     void Detach();
 
@@ -75,8 +79,9 @@ private:
 
     // Held while the stream is asked, so that it stays; taken before the other.
     mutable std::mutex streamMutex_;
+    bool isOpen_ = false;
     const Transport::IStream* live_ = nullptr;
-    Transport::StreamStatistics last_;
+    Transport::StreamStatistics last_;  // of this opening's stream, when it has gone
     StreamCounts formerOpenings_;
 
     mutable std::mutex mutex_;
