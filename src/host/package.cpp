@@ -9,6 +9,7 @@
 
 #include "host/catalogreader.h"
 #include "host/message.h"
+#include "orlixhost/paths.h"
 
 namespace Orlix::Host {
 namespace {
@@ -65,7 +66,7 @@ void* openLibrary(const std::string& file) {
         fail("the name of the package file is empty");
     }
     // A name without a slash would be searched in the system's folders.
-    const fs::path path = fs::absolute(file);
+    const fs::path path = absolutePath(file);
     std::error_code failure;
     if (!fs::exists(path, failure)) {
         fail(file + ": there is no such package file");

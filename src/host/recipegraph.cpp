@@ -160,9 +160,10 @@ std::size_t RecipeGraph::indexOf(const std::string& name) const {
 }
 
 void RecipeGraph::set(const std::string& assignment) {
-    const std::size_t equals = assignment.find('=');
+    // A node's name may have an equals sign, but no dot.
     const std::size_t dot = assignment.find('.');
-    if (equals == std::string::npos || dot >= equals || dot == 0 || dot + 1 == equals) {
+    const std::size_t equals = dot == std::string::npos ? dot : assignment.find('=', dot);
+    if (equals == std::string::npos || dot == 0 || dot + 1 == equals) {
         fail("--set " + assignment + ": expected NODE.PARAM=VALUE");
     }
     const std::size_t index = indexOf(assignment.substr(0, dot));

@@ -429,6 +429,14 @@ TEST_F(BadFolder, CurrentFolderThatIsGoneStaysTheCurrentOne) {
     EXPECT_EQ(folder_.list(), (std::vector<std::string>{"images", "r.json"}));
 }
 
+TEST_F(BadFolder, PackageNamedFromACurrentFolderThatIsGone) {
+    std::filesystem::create_directory(folder_ / "gone");
+    const std::string command = "rmdir \"$1\"; exec \"$0\" catalog --package x.so";
+    expectFailure(
+        Program("/bin/sh", {"-c", command, orlixFile(), folder_ / "gone"}, folder_ / "gone").wait(),
+        "x.so: is relative to a current folder that can not be told: No such file or directory");
+}
+
 TEST_F(BadFolder, SaveThatFailsLeavesNothingBehind) {
     const std::vector<std::string> before = folder_.list();
     expectFailure(runWithTestNodes({"save", recipe_, "-o", folder_ / "none/r.json"}),
