@@ -85,6 +85,8 @@ public:
     // within a job or a sink, whose end it waits for. Rethrows the first exception of a node's stop
     // when all nodes have stopped.
     void stop(StopMode mode);
+    // The node whose exception the last stop() or freeResources() has thrown; empty if none has.
+    [[nodiscard]] const gcstring& failedNode() const;
     [[nodiscard]] bool isRunning() const;
     // False while a value is waiting or a node is at work anywhere.
     [[nodiscard]] bool isIdle() const;

@@ -149,10 +149,17 @@ TEST_F(GraphStopping, AFailedStartStopsWhatHasStartedAndTellsWhy) {
 TEST_F(GraphStopping, AnExceptionOfANodesStopComesOutWhenAllIsStopped) {
     source->stopping = [] { throw std::runtime_error("stuck"); };
     graph.start({});
+    node->stopping = [] { throw std::runtime_error("stuck too"); };
     EXPECT_THROW(graph.stop(StopMode::Drain), std::runtime_error);
+    EXPECT_EQ(graph.failedNode(), "Source");
     EXPECT_EQ(source->getState(), NodeState::Stopped);
     EXPECT_EQ(node->getState(), NodeState::Stopped);
     EXPECT_FALSE(graph.isRunning());
+    source->stopping = [] {};
+    node->stopping = [] {};
+    graph.start({});
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(graph.failedNode(), "");
 }
 
 TEST_F(GraphStopping, ReleasesASourceThatWaitsForSpace) {

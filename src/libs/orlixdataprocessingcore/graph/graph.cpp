@@ -46,6 +46,10 @@ void Graph::stop(StopMode mode) {
     impl_->stop(mode);
 }
 
+const gcstring& Graph::failedNode() const {
+    return impl_->failedNode();
+}
+
 bool Graph::isRunning() const {
     return impl_->isRunning();
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -34,6 +35,7 @@ public:
     void freeResources();
     void start(const NodeArgumentCollection& arguments);
     void stop(StopMode mode);
+    [[nodiscard]] const gcstring& failedNode() const { return failedNode_; }
     [[nodiscard]] bool isRunning() const { return running_; }
     [[nodiscard]] bool isIdle() const;
     [[nodiscard]] GraphStatistics statistics() const;
@@ -73,6 +75,7 @@ private:
     void openJoins();
     void closeJoins();
     void setUnlimited(bool unlimited);
+    void keepFirst(std::exception_ptr& failure, const GraphNode& node);
     void stopNodes(const GraphNodes& nodes, std::exception_ptr& failure);
     void drain();
 
@@ -86,6 +89,7 @@ private:
     std::vector<Link> links_;
     std::vector<Reader> readers_;
     GraphNodes allocated_;
+    gcstring failedNode_;
     std::atomic<bool> running_{false};
 };
 

@@ -38,6 +38,7 @@ AllocationFailure Graph::Impl::allocateResources() {
 
 void Graph::Impl::freeResources() {
     checkStopped("Freeing resources");
+    failedNode_ = {};
     std::exception_ptr failure;
     while (!allocated_.empty()) {
         const auto node = std::move(allocated_.back());
@@ -45,7 +46,7 @@ void Graph::Impl::freeResources() {
         try {
             node->node().freeResources();
         } catch (...) {
-            failure = failure ? failure : std::current_exception();
+            keepFirst(failure, *node);
         }
     }
     if (failure) {
@@ -83,6 +84,7 @@ void Graph::Impl::stop(StopMode mode) {
     if (!running_) {
         return;
     }
+    failedNode_ = {};
     std::exception_ptr failure;
     const GraphNodes sorted = sortSourcesFirst(nodes(), connections());
     GraphNodes sources;
@@ -108,8 +110,16 @@ void Graph::Impl::stopNodes(const GraphNodes& nodes, std::exception_ptr& failure
         try {
             node->node().stop();
         } catch (...) {
-            failure = failure ? failure : std::current_exception();
+            keepFirst(failure, *node);
         }
+    }
+}
+
+// In a handler.
+void Graph::Impl::keepFirst(std::exception_ptr& failure, const GraphNode& node) {
+    if (!failure) {
+        failure = std::current_exception();
+        failedNode_ = node.name();
     }
 }
 
