@@ -16,14 +16,18 @@ namespace {
 constexpr std::size_t maxHeldImages = 8;
 constexpr std::size_t maxHeldValues = 16384;
 
+std::size_t maxHeldOf(TapSource source, bool isImage) {
+    return source == TapSource::Another && isImage ? maxHeldImages : maxHeldValues;
+}
+
 }  // namespace
 
 OutputTap::OutputTap(std::size_t index, const OpenOutput& output, std::uint64_t limit,
                      std::shared_ptr<RunState> state, std::shared_ptr<OutputWriter> writer,
-                     std::function<void()> onPassed)
+                     std::function<void()> onPassed, TapSource source)
     : index_(index),
       limit_(limit),
-      maxHeld_(output.isImage ? maxHeldImages : maxHeldValues),
+      maxHeld_(maxHeldOf(source, output.isImage)),
       state_(std::move(state)),
       writer_(std::move(writer)),
       onPassed_(std::move(onPassed)) {
@@ -42,12 +46,13 @@ void OutputTap::put(const std::shared_ptr<DataProcessing::Core::IGraphUpdate>& u
     }
     state_->noteValue();
     {
+        std::vector<Held> gone;
         const std::lock_guard lock(mutex_);
         if (limit_ != 0 || (held_.empty() && number <= state_->passed())) {
             take({number, RunClock::now(), value});
         } else {
             held_.push_back({number, RunClock::now(), value});
-            letGo(maxHeld_);
+            gone = letGo(maxHeld_);
         }
     }
     if (limit_ != 0) {
@@ -69,21 +74,28 @@ void OutputTap::pass(std::uint64_t update) {
 }
 
 void OutputTap::release() {
-    const std::lock_guard lock(mutex_);
-    letGo(maxHeld_);
+    release(maxHeld_);
 }
 
 void OutputTap::releaseAll() {
+    release(0);
+}
+
+void OutputTap::release(std::size_t maxHeld) {
+    std::vector<Held> gone;
     const std::lock_guard lock(mutex_);
-    letGo(0);
+    gone = letGo(maxHeld);
 }
 
 // In the order in which they came, so that only the first one decides.
-void OutputTap::letGo(std::size_t maxHeld) {
+std::vector<OutputTap::Held> OutputTap::letGo(std::size_t maxHeld) {
+    std::vector<Held> gone;
     while (!held_.empty() && (held_.front().update <= state_->passed() || held_.size() > maxHeld)) {
         take(held_.front());
+        gone.push_back(std::move(held_.front()));
         held_.pop_front();
     }
+    return gone;
 }
 
 void OutputTap::take(const Held& held) {

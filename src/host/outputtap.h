@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 #include "host/outputwriter.h"
 #include "host/runstate.h"
@@ -16,6 +17,9 @@
 
 namespace Orlix::Host {
 
+// Where the values of a tap come from, seen from the pin that counts.
+enum class TapSource { SameAsCounted, Another };
+
 // Called on the graph's threads; never blocks. Lives as long as the graph or the run needs it.
 class OutputTap final : public DataProcessing::Core::IOutputSink {
 public:
@@ -23,7 +27,7 @@ public:
     // with a limit is the counted one: it calls onPassed when others may let go of values.
     OutputTap(std::size_t index, const OpenOutput& output, std::uint64_t limit,
               std::shared_ptr<RunState> state, std::shared_ptr<OutputWriter> writer,
-              std::function<void()> onPassed = {});
+              std::function<void()> onPassed = {}, TapSource source = TapSource::SameAsCounted);
 
     void put(const std::shared_ptr<DataProcessing::Core::IGraphUpdate>& update,
              const DataProcessing::Utils::Variant& value) override;
@@ -47,8 +51,9 @@ private:
     };
 
     void pass(std::uint64_t update);
-    // What follows runs under the lock.
-    void letGo(std::size_t maxHeld);
+    void release(std::size_t maxHeld);
+    // What follows runs under the lock. What was held ends behind it, since it may be foreign code.
+    [[nodiscard]] std::vector<Held> letGo(std::size_t maxHeld);
     void take(const Held& held);
     // The number of the value, 0 if it belongs no longer to the run.
     std::uint64_t count(const Held& held);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <future>
 #include <thread>
 
 #include "orlixdataprocessingcore/core/errors.h"
@@ -108,11 +110,37 @@ TEST_F(OutputTapTest, WhatWaitsWhenARunEndsBeforeItsLimitBelongsToIt) {
 }
 
 TEST_F(OutputTapTest, ImagesOfASourceThatIsNotCountedDoNotPileUp) {
-    OutputTap images{1, {"Other", "Image", true}, 0, state_, nullptr};
+    OutputTap images{1, {"Other", "Image", true}, 0, state_, nullptr, {}, TapSource::Another};
     for (int i = 0; i < 100; ++i) {
         images.put(nextUpdate(), good_);
     }
     EXPECT_EQ(images.report().frames, 92U);
+}
+
+// However many the graph lets through: more of them than of the counted pin would be wrong.
+TEST_F(OutputTapTest, ImagesOfTheCountedSourceWaitAllTheSame) {
+    OutputTap images{1, {"Node", "Image", true}, 0, state_, nullptr};
+    for (int i = 0; i < 100; ++i) {
+        images.put(nextUpdate(), good_);
+    }
+    EXPECT_EQ(images.report().frames, 0U);
+}
+
+// An image may give its buffer back to a stream, whose threads put something else.
+TEST_F(OutputTapTest, HeldValueEndsWithNoLockHeld) {
+    std::future<OutputReport> asked;
+    std::future_status status = std::future_status::deferred;
+    const auto askFromAnotherThread = [&](const IError* error) {
+        delete error;
+        asked = std::async(std::launch::async, [&] { return other_.report(); });
+        status = asked.wait_for(std::chrono::seconds(10));
+    };
+    other_.put(nextUpdate(),
+               Variant(Integer(std::shared_ptr<IError>(
+                   new InvalidValueError("Bad.", DateTime::now()), askFromAnotherThread))));
+    other_.releaseAll();
+    EXPECT_EQ(status, std::future_status::ready);
+    EXPECT_EQ(asked.get().frames, 1U);
 }
 
 // A source may hand its updates over in another order than it has made them.
