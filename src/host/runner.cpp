@@ -2,7 +2,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <exception>
 #include <filesystem>
+#include <iterator>
+#include <map>
+#include <set>
 
 #include "host/jsontext.h"
 #include "host/message.h"
@@ -51,6 +55,37 @@ std::size_t countedOutput(const std::vector<OpenOutput>& outputs) {
     return image == outputs.end() ? 0 : static_cast<std::size_t>(image - outputs.begin());
 }
 
+// From which nodes values come to a node.
+class Feeders {
+public:
+    explicit Feeders(const Recipe& recipe) {
+        for (const RecipeConnection& connection : recipe.connections()) {
+            feeders_[connection.toNode].push_back(connection.fromNode);
+        }
+    }
+
+    // Those without inputs; the node itself may be one.
+    [[nodiscard]] std::set<std::string> sourcesOf(const std::string& node) const {
+        std::set<std::string> sources;
+        std::set<std::string> seen{node};
+        for (std::vector<std::string> open{node}; !open.empty();) {
+            const std::string current = std::move(open.back());
+            open.pop_back();
+            const auto found = feeders_.find(current);
+            if (found == feeders_.end()) {
+                sources.insert(current);
+                continue;
+            }
+            std::copy_if(found->second.begin(), found->second.end(), std::back_inserter(open),
+                         [&](const std::string& feeder) { return seen.insert(feeder).second; });
+        }
+        return sources;
+    }
+
+private:
+    std::map<std::string, std::vector<std::string>> feeders_;
+};
+
 }  // namespace
 
 class Runner::Impl {
@@ -81,8 +116,11 @@ public:
             }
             throw;
         }
-        report.seconds = watchUntilEnd(observer);
+        const std::exception_ptr thrown = watchUntilEnd(observer, report.seconds);
         end();
+        if (thrown != nullptr) {
+            std::rethrow_exception(thrown);
+        }
         const std::string failure = state_->failure();
         if (!failure.empty()) {
             fail(failure);
@@ -117,11 +155,20 @@ private:
     }
 
     void attachTaps() {
+        const Feeders feeders(recipe_.recipe());
+        std::set<std::string> counted;
+        if (options_.frames) {
+            counted = feeders.sourcesOf(outputs_[counted_].node);
+        }
         for (std::size_t i = 0; i < outputs_.size(); ++i) {
-            const std::uint64_t limit = i == counted_ ? options_.frames.value_or(0) : 0;
+            const bool counts = options_.frames && i == counted_;
+            const auto own = feeders.sourcesOf(outputs_[i].node);
+            const bool isSame =
+                std::includes(counted.begin(), counted.end(), own.begin(), own.end());
             taps_->push_back(std::make_shared<OutputTap>(
-                i, outputs_[i], limit, state_, writer_,
-                limit == 0 ? std::function<void()>() : forEachTap(&OutputTap::release)));
+                i, outputs_[i], counts ? *options_.frames : 0, state_, writer_,
+                counts ? forEachTap(&OutputTap::release) : std::function<void()>(),
+                isSame ? TapSource::SameAsCounted : TapSource::Another));
             graph().attachSink(GenICam::gcstring(outputs_[i].node),
                                GenICam::gcstring(outputs_[i].pin), taps_->back());
         }
@@ -148,30 +195,39 @@ private:
             throw;
         }
         start_ = RunClock::now();
-        if (writer_ != nullptr) {
-            writer_->begin();
-        }
-        if (options_.recover) {
-            recovery_ = std::make_unique<Recovery>(recipe_, startArguments(options_));
-        }
     }
 
-    double watchUntilEnd(const RunObserver& observer) {
-        if (observer.onStarted) {
-            observer.onStarted();
+    // What an observer has thrown, or something else that ends the run, unless it had failed
+    // before: the graph runs, and has to be stopped first.
+    [[nodiscard]] std::exception_ptr watchUntilEnd(const RunObserver& observer, double& seconds) {
+        std::exception_ptr thrown;
+        try {
+            if (writer_ != nullptr) {
+                writer_->begin();
+            }
+            if (options_.recover) {
+                recovery_ = std::make_unique<Recovery>(recipe_, startArguments(options_));
+            }
+            if (observer.onStarted) {
+                observer.onStarted();
+            }
+            watch(observer.onProgress);
+        } catch (...) {
+            thrown = state_->failure().empty() ? std::current_exception() : nullptr;
+            state_->fail(currentMessage());
         }
-        watch(observer.onProgress);
         recovery_.reset();
-        return Seconds(RunClock::now() - start_).count();
+        seconds = Seconds(RunClock::now() - start_).count();
+        return thrown;
     }
 
     // All of it, whatever fails: what has come is written, and the first failure is told.
     void end() {
         const StopMode mode = state_->failure().empty() ? StopMode::Drain : StopMode::Drop;
         orFail("can not stop", [&] { graph().stop(mode); });
-        forEachTap (&OutputTap::releaseAll)();
+        orFail("can not hand on its last values", forEachTap(&OutputTap::releaseAll));
         if (writer_ != nullptr) {
-            writer_->finish();
+            orFail("can not be written", [&] { writer_->finish(); });
         }
         orFail("can not free its resources", [&] { graph().freeResources(); });
     }
@@ -181,7 +237,11 @@ private:
         try {
             step();
         } catch (...) {
-            state_->fail(recipe_.recipe().source() + ": " + what + ": " + currentMessage());
+            const std::string message = currentMessage();
+            const std::string node = graph().failedNode().str();
+            state_->fail(recipe_.recipe().source() +
+                         (node.empty() ? "" : ": node " + inQuotes(node)) + ": " + what + ": " +
+                         message);
         }
     }
 

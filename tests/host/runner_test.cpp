@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <stdexcept>
 
 #include "host/support/message.h"
 #include "host/support/recipes.h"
+#include "orlixdataprocessingcore/graph/graph.h"
 #include "orlixhost/package.h"
 #include "orlixhost/recipegraph.h"
 #include "orlixhost/resourcepool.h"
@@ -69,6 +71,36 @@ TEST_F(RunnerTest, ObserverMayStopTheRun) {
     EXPECT_TRUE(hasStarted);
     EXPECT_GT(last.seconds, 0);
     EXPECT_LE(last.frames, report.outputs[0].frames);
+}
+
+TEST_F(RunnerTest, SettingFindsANodeWithAnEqualsSignInItsName) {
+    PackageList packages;
+    packages.add(Package::load(Testing::packageFile()));
+    RecipeGraph graph(Recipe::parse(R"({"version": 1, "nodes": [{"name": "a=b",
+                                        "type": "ImageLoading"}]})",
+                                    "r.json", {}),
+                      packages, createResourcePool());
+    graph.set("a=b.FramesPerSecond=7");
+    EXPECT_NE(graph.saved({}).toText().find("\"framesPerSecond\": 7"), std::string::npos);
+    EXPECT_EQ(Testing::messageOf([&] { graph.set("a=b"); }),
+              "--set a=b: expected NODE.PARAM=VALUE");
+}
+
+// A program may catch it and go on: nothing of the run may be left.
+TEST_F(RunnerTest, ExceptionOfAnObserverEndsTheRunFirst) {
+    RunObserver starting;
+    starting.onStarted = [] { throw std::logic_error("not now"); };
+    RunObserver watching;
+    watching.onProgress = [](const RunProgress&) { throw std::logic_error("not now"); };
+    for (const RunObserver& observer : {starting, watching}) {
+        const auto graph = makeGraph(0);
+        RunOptions options;
+        options.recover = true;
+        Runner runner(*graph, options);
+        EXPECT_THROW(static_cast<void>(runner.run(observer)), std::logic_error);
+        EXPECT_FALSE(graph->graph().isRunning());
+        graph->graph().freeResources();
+    }
 }
 
 TEST_F(RunnerTest, SavedRecipeHasTheNodesSettings) {

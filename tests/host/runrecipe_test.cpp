@@ -59,6 +59,32 @@ protected:
     std::string recipe_;
 };
 
+// Of one source, and one of them many nodes behind the other.
+TEST_F(RunReplay, AllOutputsEndAtTheSameUpdate) {
+    std::string nodes;
+    std::string connections;
+    std::string last = "Loader";
+    for (const char* const name : {"A", "B", "C", "D", "E", "F"}) {
+        nodes += std::string(R"(, {"name": ")") + name + R"(", "type": "ImageFormatConverter"})";
+        connections += R"({"from": ")" + last + R"(.Image", "to": ")" + name + R"(.Image"}, )";
+        last = name;
+    }
+    const std::string recipe =
+        folder_.write("branches.json", R"({"version": 1, "nodes": [
+        {"name": "Loader", "type": "ImageLoading", "settings": {"sourcePath": "images",
+         "numberOfImages": 3, "framesPerSecond": 100000, "runContinuously": true}})" +
+                                           nodes +
+                                           R"(, {"name": "Short", "type": "ImageFormatConverter"}],
+        "connections": [)" + connections + R"({"from": "Loader.Image", "to": "Short.Image"}]})");
+    for (int round = 0; round < 5; ++round) {
+        const ProgramResult result = runOrlix({"run", recipe, "--frames", "20", "--json"});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        const Json outputs = lastLineAsJson(result).at("outputs");
+        EXPECT_EQ(outputs.at("F.Image").at("frames"), 20);
+        EXPECT_EQ(outputs.at("Short.Image").at("frames"), 20);
+    }
+}
+
 TEST_F(RunReplay, FramesEndsAfterSoManyValuesOnTheFirstOpenImageOutput) {
     const ProgramResult result = runOrlix({"run", recipe_, "--frames", "7", "--json"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
@@ -312,7 +338,7 @@ TEST_F(RunValues, NodeThatFailsToStopIsToldAndNothingIsLost) {
             runWithTestNodes({"run", recipe, "--idle", "0.3", "--out", folder_ / "out"});
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(linesOf(result.err).back(),
-                  "orlix: " + recipe +
+                  "orlix: " + recipe + ": node \"S\"" +
                       (stops ? ": can not free its resources: It is mine."
                              : ": can not stop: I can not end."));
         EXPECT_EQ(valuesOf(values(), "Number").size(), 3U) << setting;
