@@ -6,6 +6,7 @@
 #include "host/message.h"
 #include "orlixcamera/cameradevice.h"
 #include "orlixcamera/cameralayer.h"
+#include "orlixcamera/deviceproperties.h"
 #include "orlixdataprocessingcore/utils/log.h"
 #include "orlixdataprocessingcore/utils/typeinfo.h"
 
@@ -68,10 +69,6 @@ private:
     const std::shared_ptr<Holding> holding_;
 };
 
-bool isSame(const CInfoBase& first, const CInfoBase& second) {
-    return first.IsSubset(second) && second.IsSubset(first);
-}
-
 }  // namespace
 
 // What one layer has, and its resources.
@@ -104,7 +101,7 @@ private:
         if (known == devices.end()) {
             return std::make_shared<DeviceResource>(layer, info, std::make_shared<Holding>());
         }
-        if (isSame(known->second->info(), info)) {
+        if (HaveSameProperties(known->second->info(), info)) {
             return known->second;
         }
         return std::make_shared<DeviceResource>(layer, info, known->second->holding());

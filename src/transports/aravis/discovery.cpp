@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "aravis/survey.h"
+#include "orlixcamera/deviceproperties.h"
 #include "orlixcamera/transport/announcer.h"
 
 namespace Orlix::Aravis {
@@ -26,7 +27,7 @@ std::vector<Found> ofProtocol(const std::vector<Found>& cameras, Protocol protoc
 }
 
 bool isSame(const Found& first, const Found& second) {
-    return first.info.IsSubset(second.info) && second.info.IsSubset(first.info);
+    return HaveSameProperties(first.info, second.info);
 }
 
 bool haveSame(const std::vector<Found>& first, const std::vector<Found>& second) {

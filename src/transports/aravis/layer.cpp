@@ -8,35 +8,10 @@
 
 #include "aravis/device.h"
 #include "gcbase/gcexception.h"
+#include "orlixcamera/deviceproperties.h"
 #include "orlixcamera/transport/backend.h"
 
 namespace Orlix::Aravis {
-namespace {
-
-std::string describe(const CDeviceInfo& info) {
-    std::string text;
-    std::vector<gcstring> names;
-    info.GetPropertyNames(names);
-    for (const gcstring& name : names) {
-        gcstring value;
-        static_cast<void>(info.GetPropertyValue(name, value));
-        text += std::string(" ") + name.c_str() + "='" + value.c_str() + "'";
-    }
-    return text;
-}
-
-// The full name alone decides where it is given: other properties may have changed since.
-CDeviceInfo wantedProperties(const CDeviceInfo& info) {
-    CDeviceInfo wanted;
-    if (info.GetFullName().empty()) {
-        return info;
-    }
-    wanted.SetPropertyValue(Key::FullName, info.GetFullName());
-    return wanted;
-}
-
-}  // namespace
-
 Layer::Layer(Protocol protocol, std::shared_ptr<Discovery> discovery)
     : protocol_(protocol), discovery_(std::move(discovery)) {
     info_.SetPropertyValue(Key::DeviceClass, DeviceClassOf(protocol_));
@@ -55,14 +30,14 @@ std::vector<CDeviceInfo> Layer::Enumerate() {
 }
 
 std::shared_ptr<Transport::IDevice> Layer::CreateDevice(const CDeviceInfo& info) {
-    const CDeviceInfo wanted = wantedProperties(info);
+    const CDeviceInfo wanted = WantedProperties(info);
     const std::vector<Found> known = discovery_->GetKnown(protocol_);
     const auto found = std::find_if(known.begin(), known.end(), [&](const Found& camera) {
         return camera.info.IsSubset(wanted);
     });
     if (found == known.end()) {
         const std::string text = std::string("No ") + DeviceClassOf(protocol_) +
-                                 " camera has the properties" + describe(info) + ".";
+                                 " camera has the properties" + DescribeProperties(info) + ".";
         throw GenICam::InvalidArgumentException(text.c_str(), __FILE__, __LINE__);
     }
     const auto lose = [weak = std::weak_ptr(discovery_), name = found->info.GetFullName()] {

@@ -3,11 +3,10 @@
 // thread may call; nothing waits for a call of the sink but SetSink.
 #pragma once
 
-#include <condition_variable>
 #include <cstdint>
 #include <mutex>
-#include <thread>
 
+#include "orlixcamera/transport/guardedcall.h"
 #include "orlixcamera/transport/transport.h"
 
 namespace Orlix::Aravis {
@@ -26,15 +25,16 @@ public:
     void TellLoss(std::uint64_t opening);
 
 private:
-    using Lock = std::unique_lock<std::mutex>;
+    using Lock = Transport::GuardedCall::Lock;
+
+    [[nodiscard]] Transport::IDeviceSink* sinkOf(std::uint64_t opening) const noexcept;
 
     std::mutex mutex_;
-    std::condition_variable changed_;
     Transport::IDeviceSink* sink_ = nullptr;
     std::uint64_t opening_ = 0;  // that may tell, or 0
     std::uint64_t lastOpening_ = 0;
-    std::thread::id eventCaller_;
-    std::thread::id lossCaller_;
+    Transport::GuardedCall eventCall_;
+    Transport::GuardedCall lossCall_;
 };
 
 }  // namespace Orlix::Aravis

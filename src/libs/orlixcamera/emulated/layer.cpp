@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "gcbase/gcexception.h"
+#include "orlixcamera/deviceproperties.h"
 #include "orlixcamera/emulated/device.h"
 #include "orlixcamera/emulatedcameras.h"
 
@@ -71,16 +72,6 @@ std::shared_ptr<Camera> makeCamera(std::size_t number, const std::shared_ptr<Age
     return std::make_shared<Camera>(identityOf(number, kind), std::move(place));
 }
 
-// The full name alone decides where it is given: other properties may have changed since.
-CDeviceInfo wantedProperties(const CDeviceInfo& info) {
-    CDeviceInfo wanted;
-    if (info.GetFullName() == "") {
-        return info;
-    }
-    wanted.SetPropertyValue(Key::FullName, info.GetFullName());
-    return wanted;
-}
-
 }  // namespace
 
 Layer::Layer(std::size_t cameraCount) {
@@ -112,7 +103,7 @@ std::vector<CDeviceInfo> Layer::Enumerate() {
 }
 
 std::shared_ptr<Transport::IDevice> Layer::CreateDevice(const CDeviceInfo& info) {
-    const CDeviceInfo wanted = wantedProperties(info);
+    const CDeviceInfo wanted = WantedProperties(info);
     std::shared_ptr<Camera> found;
     for (const auto& camera : cameras_) {
         const bool matches = camera->GetInfo().IsSubset(wanted);
@@ -121,15 +112,9 @@ std::shared_ptr<Transport::IDevice> Layer::CreateDevice(const CDeviceInfo& info)
         }
     }
     if (found == nullptr) {
-        std::string text = "No emulated camera has the properties";
-        std::vector<gcstring> names;
-        info.GetPropertyNames(names);
-        for (const gcstring& name : names) {
-            gcstring value;
-            static_cast<void>(info.GetPropertyValue(name, value));
-            text += std::string(" ") + name.c_str() + "='" + value.c_str() + "'";
-        }
-        throw GenICam::InvalidArgumentException((text + ".").c_str(), __FILE__, __LINE__);
+        const std::string text =
+            "No emulated camera has the properties" + DescribeProperties(info) + ".";
+        throw GenICam::InvalidArgumentException(text.c_str(), __FILE__, __LINE__);
     }
     return std::make_shared<Device>(std::move(found));
 }

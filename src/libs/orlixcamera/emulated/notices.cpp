@@ -20,10 +20,8 @@ private:
 void Notices::SetSink(Transport::IDeviceSink* sink) {
     std::unique_lock lock(mutex_);
     sink_ = sink;
-    const auto isFree = [](std::thread::id caller) {
-        return caller == std::thread::id() || caller == std::this_thread::get_id();
-    };
-    changed_.wait(lock, [&] { return isFree(eventCaller_) && isFree(lossCaller_); });
+    eventCall_.AwaitEnd(lock);
+    lossCall_.AwaitEnd(lock);
 }
 
 std::shared_ptr<Holder> Notices::BeginOpening() {
@@ -85,13 +83,10 @@ void Notices::deliverEvents() noexcept {
         if (sink == nullptr) {
             continue;
         }
-        eventCaller_ = eventThread_;
-        lock.unlock();
-        const EventBytes bytes = EncodeEvent(event);
-        sink->OnEvent({EventIdOf(event.kind), event.timestamp, bytes.data.data(), bytes.size});
-        lock.lock();
-        eventCaller_ = std::thread::id();
-        changed_.notify_all();
+        eventCall_.Make(lock, [&] {
+            const EventBytes bytes = EncodeEvent(event);
+            sink->OnEvent({EventIdOf(event.kind), event.timestamp, bytes.data.data(), bytes.size});
+        });
     }
     eventThread_ = std::thread::id();
     eventThreadRuns_ = false;
@@ -101,17 +96,11 @@ void Notices::deliverEvents() noexcept {
 void Notices::deliverLoss(std::uint64_t opening) noexcept {
     std::unique_lock lock(mutex_);
     // A loss soon after that of the opening before waits for its turn.
-    changed_.wait(lock, [this] { return lossCaller_ == std::thread::id(); });
-    if (sink_ == nullptr || opening != opening_) {
-        return;
-    }
+    lossCall_.AwaitTurn(lock);
     Transport::IDeviceSink* const sink = sink_;
-    lossCaller_ = std::this_thread::get_id();
-    lock.unlock();
-    sink->OnLost();
-    lock.lock();
-    lossCaller_ = std::thread::id();
-    changed_.notify_all();
+    if (sink != nullptr && opening == opening_) {
+        lossCall_.Make(lock, [sink] { sink->OnLost(); });
+    }
 }
 
 }  // namespace Orlix::Emulated

@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "orlixcamera/emulated/event.h"
+#include "orlixcamera/transport/guardedcall.h"
 #include "orlixcamera/transport/transport.h"
 
 namespace Orlix::Emulated {
@@ -51,8 +52,8 @@ private:
     std::uint64_t opening_ = 0;  // that may tell, or 0
     std::uint64_t lastOpening_ = 0;
     std::thread::id eventThread_;  // while there is one
-    std::thread::id eventCaller_;  // while it calls
-    std::thread::id lossCaller_;
+    Transport::GuardedCall eventCall_;
+    Transport::GuardedCall lossCall_;
     bool eventThreadRuns_ = false;
     std::array<Event, 1024> events_;  // as a ring
     std::size_t first_ = 0;
