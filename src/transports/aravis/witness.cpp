@@ -225,10 +225,7 @@ void Witness::note(const Packet& packet, bool isBad, bool isLong) {
         return;
     }
     missed_.Add(number);
-    if (number >= newest_) {
-        newest_ = number;
-        hasNewestEnded_ = packet.Format() == Gvsp::trailer;
-    }
+    newest_ = std::max(newest_, number);
 }
 
 // Short ids begin anew at 1 after 65535: the number with that id that is nearest.
@@ -258,10 +255,9 @@ Evidence Witness::TakeEvidence(std::uint64_t block) {
     return evidence;
 }
 
-// Without a leader it is taken for the next one, unless that was seen to end without a buffer.
 void Witness::NoteStart(std::uint64_t underruns) {
     const std::scoped_lock lock(mutex_);
-    starts_.push_back({newest_ + (hasNewestEnded_ ? 1 : 0), underruns});
+    starts_.push_back({newest_, underruns});
 }
 
 std::uint64_t Witness::TakeMissedBefore(std::uint64_t block) {
@@ -271,24 +267,26 @@ std::uint64_t Witness::TakeMissedBefore(std::uint64_t block) {
         start = starts_.front();
         starts_.pop_front();
     }
-    std::uint64_t number = lastTaken_;
-    if (block != 0) {
-        number = numberOf(block, lastTaken_);
-    } else {
-        number = std::max(number != 0 ? number + 1 : 0, start.number);
+    if (block == 0) {
+        unknown_.push_back(start);
+        return 0;
     }
-    const bool hadUnderruns = std::exchange(underrunsOfLast_, start.underruns) != start.underruns;
+    const std::uint64_t number = numberOf(block, lastTaken_);
     const std::uint64_t before = std::exchange(lastTaken_, number);
+    const bool hadUnderruns = std::exchange(underrunsOfLast_, start.underruns) != start.underruns;
     const std::uint64_t seen = missed_.TakeBelow(number);
     missed_.Remove(number);
-    const bool isGap = before != 0 && number > before + 1 && (seen > 0 || hadUnderruns);
-    return isGap ? number - before - 1 : seen;
+    const bool isGap = before != 0 && number > before && (seen > 0 || hadUnderruns);
+    const std::uint64_t between = isGap ? number - before - 1 : seen;
+    const std::uint64_t unknown = unknown_.size();
+    unknown_.clear();
+    return between > unknown ? between - unknown : 0;
 }
 
 std::uint64_t Witness::CountMissed(std::span<const std::uint64_t> held) {
     const std::scoped_lock lock(mutex_);
     std::uint64_t lastHeld = lastTaken_;
-    std::ptrdiff_t unknown = 0;
+    std::size_t unknown = unknown_.size();
     for (const std::uint64_t block : held) {
         unknown += block == 0 ? 1 : 0;
         lastHeld = std::max(lastHeld, block != 0 ? numberOf(block, lastTaken_) : 0);
@@ -300,12 +298,14 @@ std::uint64_t Witness::CountMissed(std::span<const std::uint64_t> held) {
     for (const std::uint64_t block : held) {
         missed.Remove(block != 0 ? numberOf(block, lastTaken_) : 0);
     }
-    for (const Start& start : starts_) {
-        if (unknown > 0 && missed.Has(start.number)) {
-            missed.Remove(start.number);
+    const auto leaveOut = [&](const Start& start) {
+        if (unknown > 0 && missed.Has(start.newest)) {
+            missed.Remove(start.newest);
             --unknown;
         }
-    }
+    };
+    std::for_each(unknown_.begin(), unknown_.end(), leaveOut);
+    std::for_each(starts_.begin(), starts_.end(), leaveOut);
     const bool isInDoubt = !hasEnded_ && missed.Has(newest_);
     return missed.Count() - (isInDoubt ? 1 : 0);
 }

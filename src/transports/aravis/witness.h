@@ -37,9 +37,10 @@ public:
     void NoteStart(std::uint64_t underruns);
     // What was seen of a frame that has ended; forgets it and those before.
     [[nodiscard]] Evidence TakeEvidence(std::uint64_t block);
-    // The frames between the last one that was handed out and this one that found no buffer; 0 for
-    // a frame without a leader. What waited in Aravis' own socket while the last buffer was taken
-    // is not seen here, but in the underruns between the starts of both.
+    // The frames between the last one that was handed out and this one that found no buffer; those
+    // before a frame without a leader are told with the next that has one. What waited in Aravis'
+    // own socket while the last buffer was taken is not seen here, but in the underruns between the
+    // starts of both.
     [[nodiscard]] std::uint64_t TakeMissedBefore(std::uint64_t block);
     // Those behind it, except for `held`, which did find one; 0 for one without a leader. The
     // newest is in doubt until the next one comes or the thread has ended.
@@ -54,7 +55,8 @@ private:
     };
     // Of a frame that has a buffer.
     struct Start {
-        std::uint64_t number = 0;  // if it has no leader, and at least
+        // Of those without by then: the frame itself if the buffer came in the midst of it.
+        std::uint64_t newest = 0;
         std::uint64_t underruns = 0;
     };
     struct Packet;
@@ -87,9 +89,9 @@ private:
     std::deque<Note> notes_;
     NumberSet missed_;  // frames that came while no buffer was queued
     std::uint64_t newest_ = 0;
-    bool hasNewestEnded_ = false;
-    std::deque<Start> starts_;  // of those that were not taken
-    std::uint64_t lastTaken_ = 0;
+    std::deque<Start> starts_;     // of those that were not taken
+    std::vector<Start> unknown_;   // of those without a leader behind the last one that was taken
+    std::uint64_t lastTaken_ = 0;  // with a leader
     std::uint64_t underrunsOfLast_ = 0;
 };
 

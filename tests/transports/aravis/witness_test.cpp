@@ -183,8 +183,8 @@ TEST_F(WitnessTest, FrameWithoutALeaderComesBehindThoseThatEndedWithoutABuffer) 
     PassWithoutBuffer(8);
     PassWithoutBuffer(9);
     witness_->SetBuffers(Buffers::Queued);
-    EXPECT_EQ(TakeFrame(0, 10), 2U);
-    EXPECT_EQ(TakeFrame(11, 10), 0U);
+    EXPECT_EQ(TakeFrame(0, 10), 0U);
+    EXPECT_EQ(TakeFrame(11, 10), 2U);
 }
 
 TEST_F(WitnessTest, FrameThatGetsItsBufferInItsMidstIsNotMissed) {
@@ -194,8 +194,26 @@ TEST_F(WitnessTest, FrameThatGetsItsBufferInItsMidstIsNotMissed) {
     PassWithoutBuffer(8);
     Pass(Leader(9));
     witness_->SetBuffers(Buffers::Queued);
-    EXPECT_EQ(TakeFrame(0, 10), 1U);
-    EXPECT_EQ(TakeFrame(10, 10), 0U);
+    EXPECT_EQ(TakeFrame(0, 10), 0U);
+    EXPECT_EQ(witness_->CountMissed({}), 1U);
+    EXPECT_EQ(TakeFrame(10, 10), 1U);
+    EXPECT_EQ(witness_->CountMissed({}), 0U);
+}
+
+// Sent on by the witness, it comes when a buffer has been queued.
+TEST_F(WitnessTest, FrameThatGetsItsBufferWithItsEndIsNotMissed) {
+    OpenWitness();
+    EXPECT_EQ(TakeFrame(7), 0U);
+    witness_->SetBuffers(Buffers::None);
+    PassWithoutBuffer(8);
+    Send(Leader(9));
+    Send(Trailer(9));
+    witness_->SetBuffers(Buffers::Queued);
+    EXPECT_EQ(Receive().format, Gvsp::leader);
+    EXPECT_EQ(Receive().format, Gvsp::trailer);
+    EXPECT_EQ(TakeFrame(0, 10), 0U);
+    EXPECT_EQ(witness_->CountMissed({}), 1U);
+    EXPECT_EQ(TakeFrame(10, 10), 1U);
 }
 
 }  // namespace
