@@ -281,6 +281,8 @@ TEST(BmpForms, WhatIsNotSupportedIsNamed) {
     EXPECT_EQ(error({.width = 0, .height = 2}), "the header tells a size of 0 x 2 pixels.");
     EXPECT_EQ(error({.width = 2, .height = 2, .bits = 16, .compression = 3, .masks = {5, 0, 0}}),
               "a colour mask is damaged.");
+    EXPECT_EQ(error({.width = 2, .height = 2, .bits = 32, .compression = 3, .masks = {0, 0, 0}}),
+              "the masks of all colours are empty.");
 }
 
 TEST(BmpForms, AHeaderThatLiesAboutTheSizeAllocatesNothing) {

@@ -114,6 +114,10 @@ void readMasks(const Fields& fields, std::uint32_t headerSize, std::uint32_t com
         header.channels.at(2 - i) =
             channelOf(fields.Long(masksPosition + 4 * i), header.bitsPerPixel);
     }
+    const auto isEmpty = [](const BmpChannel& channel) { return channel.bits == 0; };
+    if (std::all_of(header.channels.begin(), header.channels.begin() + 3, isEmpty)) {
+        throw CodecError("the masks of all colours are empty");
+    }
     if (hasAlpha) {
         header.channels[3] = channelOf(fields.Long(masksPosition + 12), header.bitsPerPixel);
     }
