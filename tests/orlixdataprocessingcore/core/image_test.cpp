@@ -87,6 +87,21 @@ TEST_F(ImageTest, WithoutAProviderCopiesComeFromTheProcessPool) {
     EXPECT_EQ(getFirstPixel(image), 7);
 }
 
+TEST_F(ImageTest, AProviderWithoutABufferFailsTheCopyAndLeavesTheImage) {
+    class EmptyProvider : public IBufferProvider {
+    public:
+        std::shared_ptr<void> getBuffer(std::size_t) override { return nullptr; }
+    };
+    const auto empty = std::make_shared<EmptyProvider>();
+    const COrlixImage picture = makePicture();
+    const char* const text = "The buffer provider gave no buffer of 12 bytes.";
+    expectThrow<GenICam::BadAllocException>([&] { const Image image(picture, empty, true); }, text);
+    Image shared(picture, empty, false);
+    expectThrow<GenICam::BadAllocException>([&] { static_cast<void>(shared.getData()); }, text);
+    EXPECT_EQ(shared.getDataConst(), picture.GetBuffer());
+    EXPECT_EQ(getFirstPixel(shared), 7);
+}
+
 TEST_F(ImageTest, EmptyAndErrorImagesHaveNoPixels) {
     const auto error = std::make_shared<InvalidValueError>("Bad.", DateTime::now());
     for (const Image& image : {Image(), Image(error), Image(COrlixImage(), provider_, true)}) {

@@ -1,7 +1,10 @@
 #include "orlixdataprocessingcore/core/image.h"
 
 #include <cstring>
+#include <string>
+#include <utility>
 
+#include "gcbase/gcexception.h"
 #include "orlixcamera/bufferpool.h"
 #include "orlixcamera/copycounter.h"
 #include "orlixdataprocessingcore/core/bufferprovider.h"
@@ -53,11 +56,27 @@ void* Image::getData() {
     return image_.GetBuffer();
 }
 
+namespace {
+
+// The provider is the host's, and may have no buffer left.
+std::shared_ptr<void> allocate(IBufferProvider* provider, std::size_t size) {
+    if (provider == nullptr) {
+        return Orlix::BufferPool::Instance().Allocate(size);
+    }
+    std::shared_ptr<void> buffer = provider->getBuffer(size);
+    if (buffer == nullptr) {
+        const std::string text =
+            "The buffer provider gave no buffer of " + std::to_string(size) + " bytes.";
+        throw GenICam::BadAllocException(text.c_str(), __FILE__, __LINE__);
+    }
+    return buffer;
+}
+
+}  // namespace
+
 void Image::copyPixels(const Orlix::COrlixImage& source) {
     const std::size_t size = source.GetImageSize();
-    std::shared_ptr<void> buffer = provider_ != nullptr
-                                       ? provider_->getBuffer(size)
-                                       : Orlix::BufferPool::Instance().Allocate(size);
+    std::shared_ptr<void> buffer = allocate(provider_.get(), size);
     void* data = buffer.get();
     std::memcpy(data, source.GetBuffer(), size);
     Orlix::PixelCopyCounter::Add(size);
