@@ -234,6 +234,48 @@ TEST(PngDecoderChunks, ATransparencyWithAWrongChecksumIsAnError) {
     EXPECT_EQ(loadError(path).rfind("Cannot load PNG image file '" + path + "': ", 0), 0U);
 }
 
+// Left out, it would change the pixels and their format in silence.
+TEST(PngDecoderChunks, ATransparencyOfAWrongSizeOrInAWrongPlaceIsAnError) {
+    const TemporaryFolder folder;
+    const auto error = [&](PngChunkList chunks, std::ptrdiff_t place, std::size_t size) {
+        chunks.insert(chunks.begin() + place, "tRNS" + std::string(size, '\1'));
+        const std::string path = folder.Write("b.png", joinPngChunks(chunks));
+        const std::string start = "Cannot load PNG image file '" + path + "': ";
+        const std::string text = loadError(path);
+        return text.starts_with(start) ? text.substr(start.size()) : text;
+    };
+    const std::string damaged = "the transparency is damaged.";
+    for (const int bits : {8, 16}) {
+        const Bytes rows = noise(static_cast<std::size_t>(9 * bits / 8));
+        writePng(folder.File("a.png"), {.width = 3, .height = 3, .bits = bits}, rows);
+        const PngChunkList gray = splitPngChunks(readFile(folder.File("a.png")));
+        EXPECT_EQ(error(gray, 1, 2), "no exception");
+        EXPECT_EQ(error(gray, 1, 0), damaged);
+        EXPECT_EQ(error(gray, 1, 1), damaged);
+        EXPECT_EQ(error(gray, 1, 3), damaged);
+        EXPECT_EQ(error(gray, 2, 2), damaged) << "behind the pixels";
+    }
+    PngForm form{.width = 3, .height = 3, .colorType = 3, .palette = {{1, 2, 3}, {4, 5, 6}}};
+    writePng(folder.File("a.png"), form, Bytes(9));
+    PngChunkList palette = splitPngChunks(readFile(folder.File("a.png")));
+    EXPECT_EQ(error(palette, 2, 2), "no exception");
+    EXPECT_EQ(error(palette, 2, 0), damaged);
+    EXPECT_EQ(error(palette, 2, 3), damaged);
+    EXPECT_EQ(error(palette, 1, 2), damaged) << "in front of the palette";
+    palette.insert(palette.begin() + 2, "tRNS\1\2");
+    EXPECT_EQ(error(palette, 3, 2), damaged) << "a second one";
+}
+
+TEST(PngDecoderChunks, ATransparencyBesideSamplesOfAlphaMeansNothing) {
+    const TemporaryFolder folder;
+    const Bytes rows = noise(36);
+    writePng(folder.File("a.png"), {.width = 3, .height = 3, .colorType = 6}, rows);
+    PngChunkList chunks = splitPngChunks(readFile(folder.File("a.png")));
+    chunks.insert(chunks.begin() + 1, "tRNSabcdef");
+    expectImage(load(folder.Write("b.png", joinPngChunks(chunks))), PixelType_RGBA8Packed, 3, 3,
+                rows);
+}
+
 TEST(PngDecoderChunks, AWrongChecksumOfATextIsAnError) {
     const TemporaryFolder folder;
     writePng(folder.File("a.png"), {.width = 3, .height = 3}, noise(9));

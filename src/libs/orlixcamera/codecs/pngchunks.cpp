@@ -44,6 +44,7 @@ void PngChunks::FindChunk() {
     for (;;) {
         reader_.Read(head_.data(), headSize);
         const std::uint32_t size = readNumber(head_.data());
+        transparencyCount_ += IsTransparency() ? 1 : 0;
         if (IsOfPicture(size)) {
             headLeft_ = headSize;
             bodyLeft_ = std::uint64_t{size} + checksumSize;
@@ -53,12 +54,15 @@ void PngChunks::FindChunk() {
     }
 }
 
+bool PngChunks::IsTransparency() const {
+    return std::string_view(reinterpret_cast<const char*>(head_.data()) + 4, 4) == "tRNS";
+}
+
 // Names of what no reader may do without begin with a capital letter. A size that is none is left
 // to the decoder to tell of.
 bool PngChunks::IsOfPicture(std::uint32_t size) const {
-    const std::string_view name(reinterpret_cast<const char*>(head_.data()) + 4, 4);
     const bool isCritical = (head_[4] & 0x20U) == 0;
-    return isCritical || name == "tRNS" || size > INT32_MAX;
+    return isCritical || IsTransparency() || size > INT32_MAX;
 }
 
 void PngChunks::Skip(std::uint32_t size) {

@@ -20,9 +20,13 @@ public:
     // Copies the next bytes.
     void Read(void* data, std::size_t size);
 
+    // How many chunks of transparency have been met so far.
+    [[nodiscard]] int TransparencyCount() const { return transparencyCount_; }
+
 private:
     // The next chunk of the picture, from its head on.
     void FindChunk();
+    [[nodiscard]] bool IsTransparency() const;
     [[nodiscard]] bool IsOfPicture(std::uint32_t size) const;
     void Skip(std::uint32_t size);
 
@@ -33,6 +37,7 @@ private:
     std::array<unsigned char, headSize> head_{};
     std::size_t headLeft_ = 0;
     std::uint64_t bodyLeft_ = 8;  // the signature of the file comes first
+    int transparencyCount_ = 0;
 };
 
 }  // namespace Orlix

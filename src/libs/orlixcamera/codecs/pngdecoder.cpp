@@ -107,6 +107,8 @@ private:
     // Throws for an error code of libspng.
     void Check(int result) const;
     [[nodiscard]] spng_ihdr ReadHeader();
+    [[nodiscard]] bool ReadTransparency();
+    void RequireTransparencies(int count) const;
     void DecodeWhole(const Target& target);
     void DecodeWithoutAlpha(const Target& target);
     void KeepColors(const spng_row_info& row, const unsigned char* source, std::size_t pixelBytes,
@@ -159,6 +161,23 @@ spng_ihdr PngDecoder::ReadHeader() {
     return header;
 }
 
+bool PngDecoder::ReadTransparency() {
+    spng_trns transparency{};
+    const int found = spng_get_trns(context_.get(), &transparency);
+    Check(found == SPNG_ECHUNKAVAIL ? 0 : found);
+    RequireTransparencies(found == 0 ? 1 : 0);
+    return found == 0;
+}
+
+// libspng leaves out a transparency that is of a wrong size or in a wrong place, or a second one,
+// without a word. Beside samples of alpha it means nothing.
+void PngDecoder::RequireTransparencies(int count) const {
+    const bool hasAlpha = header_.color_type == grayAlpha || header_.color_type == colorAlpha;
+    if (!hasAlpha && chunks_.TransparencyCount() != count) {
+        throw CodecError("the transparency is damaged");
+    }
+}
+
 void PngDecoder::DecodeWhole(const Target& target) {
     Check(spng_decode_image(context_.get(), picture_.buffer.get(), picture_.size, target.format,
                             target.flags));
@@ -197,10 +216,8 @@ void PngDecoder::DecodeWithoutAlpha(const Target& target) {
 
 DecodedPicture PngDecoder::Decode(const COrlixImageBase& image) {
     header_ = ReadHeader();
-    spng_trns transparency{};
-    const int found = spng_get_trns(context_.get(), &transparency);
-    Check(found == SPNG_ECHUNKAVAIL ? 0 : found);
-    const Target target = chooseTarget(header_, found == 0);
+    const bool isTransparent = ReadTransparency();
+    const Target target = chooseTarget(header_, isTransparent);
     picture_ = allocatePicture(image, target.pixelType, header_.width, header_.height);
     if (target.keptBytes == 0) {
         DecodeWhole(target);
@@ -209,6 +226,7 @@ DecodedPicture PngDecoder::Decode(const COrlixImageBase& image) {
     }
     // Reads on to the end mark, since a file without it was cut off.
     Check(spng_decode_chunks(context_.get()));
+    RequireTransparencies(isTransparent ? 1 : 0);
     return std::move(picture_);
 }
 
