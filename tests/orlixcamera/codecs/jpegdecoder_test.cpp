@@ -135,11 +135,44 @@ TEST_P(JpegDecoder, AnEndMarkInTheMiddleIsAnError) {
     EXPECT_EQ(loadError(path).rfind("Cannot load JPEG image file '" + path + "': ", 0), 0U);
 }
 
+TEST_P(JpegDecoder, AColorComponentWithoutAScanIsAnError) {
+    const Bytes whole = makeJpeg({.width = width,
+                                  .height = height,
+                                  .isProgressive = GetParam(),
+                                  .scans = JpegScans::OneForEachComponent},
+                                 slopes(3));
+    expectNear(pixelsOf(load(folder.Write("a.jpg", whole))), slopes(3), 4);
+    ASSERT_EQ(leaveOutScans(whole, [](const JpegScan&) { return false; }), whole);
+    for (int missing = 1; missing <= 3; ++missing) {
+        const Bytes bytes =
+            leaveOutScans(whole, [=](const JpegScan& scan) { return scan.component == missing; });
+        const std::string path = folder.Write("b.jpg", bytes);
+        EXPECT_EQ(loadError(path), "Cannot load JPEG image file '" + path +
+                                       "': the scan of a colour component is missing.")
+            << missing;
+    }
+}
+
 TEST_P(JpegDecoder, BytesBehindTheEndAreNoError) {
     Bytes bytes =
         makeJpeg({.width = width, .height = height, .isProgressive = GetParam()}, slopes(3));
     bytes.resize(bytes.size() + 100);
     EXPECT_EQ(load(folder.Write("a.jpg", bytes)).GetWidth(), width);
+}
+
+// Such a file is a coarse picture, but a legal one.
+TEST(JpegDecoderBounds, AProgressivePictureMayEndBehindItsFirstScans) {
+    const TemporaryFolder folder;
+    const Bytes whole = makeJpeg({.width = width,
+                                  .height = height,
+                                  .colors = JpegColors::Gray,
+                                  .isProgressive = true,
+                                  .scans = JpegScans::OneForEachComponent},
+                                 slopes(1));
+    const Bytes coarse =
+        leaveOutScans(whole, [](const JpegScan& scan) { return scan.firstCoefficient > 0; });
+    ASSERT_LT(coarse.size(), whole.size());
+    expectNear(pixelsOf(load(folder.Write("a.jpg", coarse))), slopes(1), 20);
 }
 
 TEST(JpegDecoderBounds, NumbersOfThePassMeanNothingInAPictureOfOnePass) {

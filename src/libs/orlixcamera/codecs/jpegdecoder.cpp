@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bitset>
 #include <csetjmp>
 #include <cstdio>  // jpeglib.h needs it
 #include <string>
@@ -56,6 +57,7 @@ private:
     void Create();
     void ReadHeader();
     void Start();
+    void NoteScan();
     void ReadRows();
     void ReadInkRows();
     void Finish() { static_cast<void>(jpeg_finish_decompress(&info_)); }
@@ -76,6 +78,7 @@ private:
     jpeg_error_mgr errors_{};
     jpeg_source_mgr source_{};
     jpeg_progress_mgr progress_{};
+    std::bitset<MAX_COMPONENTS> scanned_;  // the components that a scan has been met of
     std::jmp_buf jump_{};
     std::array<char, JMSG_LENGTH_MAX> message_{};
     DecodedPicture picture_;
@@ -95,11 +98,7 @@ JpegDecoder::JpegDecoder(const InputFile& file) : reader_(file), fileSize_(file.
             info->err->error_exit(info);
         }
     };
-    progress_.progress_monitor = [](j_common_ptr info) {
-        if (reinterpret_cast<j_decompress_ptr>(info)->input_scan_number > mostScans) {
-            Of(info->client_data).Fail("the picture has too many scans");
-        }
-    };
+    progress_.progress_monitor = [](j_common_ptr info) { Of(info->client_data).NoteScan(); };
     InstallCallbacks(source_);
     // Create() clears the structure except for these two members.
     Guard(&JpegDecoder::Create);
@@ -181,8 +180,24 @@ void JpegDecoder::ReadHeader() {
     }
 }
 
+// A picture of several scans is read as a whole here. libjpeg would take a component without any
+// for one that is gray all over.
 void JpegDecoder::Start() {
     static_cast<void>(jpeg_start_decompress(&info_));
+    const auto components = static_cast<std::size_t>(info_.num_components);
+    if (jpeg_has_multiple_scans(&info_) != 0 && scanned_.count() != components) {
+        Fail("the scan of a colour component is missing");
+    }
+}
+
+// Called several times in each scan.
+void JpegDecoder::NoteScan() {
+    if (info_.input_scan_number > mostScans) {
+        Fail("the picture has too many scans");
+    }
+    for (int i = 0; i < info_.comps_in_scan; ++i) {
+        scanned_.set(static_cast<std::size_t>(info_.cur_comp_info[i]->component_index));
+    }
 }
 
 void JpegDecoder::RequireSupported() const {
