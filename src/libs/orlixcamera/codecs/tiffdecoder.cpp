@@ -49,15 +49,11 @@ std::uint64_t largestRatio(const TiffLayout& layout) {
 
 class TiffDecoder {
 public:
-    TiffDecoder(const InputFile& file, TiffAccess access)
-        : file_(file, access), tiff_(file_.Handle()), layout_(file_.ReadLayout()) {}
+    TiffDecoder(const InputFile& file, const TiffNeeds& needs)
+        : file_(file, needs), tiff_(file_.Handle()), layout_(file_.ReadLayout()) {}
 
-    // libtiff converts the colours of bare tiles only from memory: it takes the buffer that it has
-    // read one into, which is rounded up, for a tile of a wrong size.
-    [[nodiscard]] bool NeedsMemory() const {
-        return NeedsColorConversion() && layout_.isTiled && layout_.compression == COMPRESSION_NONE;
-    }
-
+    // How the file has to be opened so that Decode() can do its work.
+    [[nodiscard]] TiffNeeds Needs() const;
     [[nodiscard]] DecodedPicture Decode(const COrlixImageBase& image);
 
 private:
@@ -74,7 +70,8 @@ private:
     void ReadColorTiles();
     void PutColors(const std::uint32_t* source, std::uint32_t x, std::uint32_t y,
                    std::uint32_t pixels) const;
-    void RequirePlausibleTile(std::uint64_t bytes) const;
+    [[nodiscard]] std::uint64_t PieceSize() const;
+    void RequirePlausiblePiece() const;
     void FlipRows() const;
 
     TiffFile file_;
@@ -83,6 +80,23 @@ private:
     std::uint64_t largestRatio_ = 1;
     DecodedPicture picture_;
 };
+
+// libtiff converts the colours of a strip or tile that it has decoded into memory of its own, which
+// may be as large as any that a file of this size can hold. Those of bare tiles it converts only
+// from memory: it takes the buffer that it has read one into, which is rounded up, for a tile of a
+// wrong size.
+TiffNeeds TiffDecoder::Needs() const {
+    if (!NeedsColorConversion()) {
+        return {};
+    }
+    if (layout_.compression == COMPRESSION_NONE) {
+        return {layout_.isTiled ? TiffAccess::Memory : TiffAccess::Pieces};
+    }
+    if (PieceSize() <= file_.MemoryLimit()) {
+        return {};
+    }
+    return {TiffAccess::Pieces, saturatingProduct(file_.FileSize(), largestRatio(layout_))};
+}
 
 void TiffDecoder::RequireSupported() const {
     if (layout_.sampleFormat != SAMPLEFORMAT_UINT && layout_.sampleFormat != SAMPLEFORMAT_VOID) {
@@ -142,12 +156,18 @@ void TiffDecoder::ReadRows(const TiffRows& rows) {
     }
 }
 
+// Of a strip or tile, decoded.
+std::uint64_t TiffDecoder::PieceSize() const {
+    return layout_.isTiled ? TIFFTileSize64(tiff_) : TIFFStripSize64(tiff_);
+}
+
 // A tile may be larger than the picture, but not than what the file could give.
-void TiffDecoder::RequirePlausibleTile(std::uint64_t bytes) const {
+void TiffDecoder::RequirePlausiblePiece() const {
+    const std::uint64_t bytes = PieceSize();
     if (bytes == 0 || bytes > saturatingProduct(file_.FileSize(), largestRatio_)) {
-        throw CodecError("the header tells tiles of " + std::to_string(bytes) +
-                         " bytes, more than a file of " + std::to_string(file_.FileSize()) +
-                         " bytes can hold");
+        throw CodecError("the header tells " + std::string(layout_.isTiled ? "tiles" : "strips") +
+                         " of " + std::to_string(bytes) + " bytes, more than a file of " +
+                         std::to_string(file_.FileSize()) + " bytes can hold");
     }
 }
 
@@ -176,7 +196,7 @@ void TiffDecoder::ReadTiles(const TiffRows& rows) {
     TIFFGetField(tiff_, TIFFTAG_TILEWIDTH, &tileWidth);
     TIFFGetField(tiff_, TIFFTAG_TILELENGTH, &tileHeight);
     file_.Check(tileWidth != 0 && tileHeight != 0);
-    RequirePlausibleTile(TIFFTileSize64(tiff_));
+    RequirePlausiblePiece();
     const std::shared_ptr<void> tile = BufferPool::Instance().Allocate(TIFFTileSize64(tiff_));
     const unsigned planes = layout_.IsPlanar() ? rows.PlaneCount() : 1;
     for (unsigned plane = 0; plane < planes; ++plane) {
@@ -201,6 +221,7 @@ void TiffDecoder::PutColors(const std::uint32_t* source, std::uint32_t x, std::u
 
 // libtiff delivers these rows with the lowest first.
 void TiffDecoder::ReadColorStrips() {
+    RequirePlausiblePiece();
     std::uint32_t rowsPerStrip = layout_.height;
     TIFFGetFieldDefaulted(tiff_, TIFFTAG_ROWSPERSTRIP, &rowsPerStrip);
     rowsPerStrip = std::clamp(rowsPerStrip, std::uint32_t{1}, layout_.height);
@@ -224,7 +245,7 @@ void TiffDecoder::ReadColorTiles() {
     TIFFGetField(tiff_, TIFFTAG_TILEWIDTH, &tileWidth);
     TIFFGetField(tiff_, TIFFTAG_TILELENGTH, &tileHeight);
     file_.Check(tileWidth != 0 && tileHeight != 0);
-    RequirePlausibleTile(std::uint64_t{tileWidth} * tileHeight);
+    RequirePlausiblePiece();
     const std::shared_ptr<void> tile =
         BufferPool::Instance().Allocate(std::size_t{4} * tileWidth * tileHeight);
     auto* const raster = static_cast<std::uint32_t*>(tile.get());
@@ -278,9 +299,9 @@ DecodedPicture TiffDecoder::Decode(const COrlixImageBase& image) {
 }  // namespace
 
 DecodedPicture decodeTiff(const InputFile& file, const COrlixImageBase& image) {
-    TiffDecoder decoder(file, TiffAccess::Pieces);
-    return decoder.NeedsMemory() ? TiffDecoder(file, TiffAccess::Memory).Decode(image)
-                                 : decoder.Decode(image);
+    TiffDecoder decoder(file, {});
+    const TiffNeeds needs = decoder.Needs();
+    return needs == TiffNeeds{} ? decoder.Decode(image) : TiffDecoder(file, needs).Decode(image);
 }
 
 }  // namespace Orlix

@@ -4,11 +4,13 @@
 #include <array>
 #include <cstdarg>
 #include <cstdio>
+#include <limits>
 #include <span>
 #include <string_view>
 
 #include "orlixcamera/bufferpool.h"
 #include "orlixcamera/codecs/codecerror.h"
+#include "orlixcamera/codecs/decodedpicture.h"
 
 namespace Orlix {
 
@@ -122,16 +124,25 @@ struct TiffFile::Callbacks {
     }
 };
 
-TiffFile::TiffFile(const InputFile& file, TiffAccess access) : file_(file) {
+namespace {
+
+// What the library allocates for tables and strips is a small multiple of what is in the file.
+std::uint64_t memoryLimitFor(const InputFile& file, const TiffNeeds& needs) {
+    constexpr std::uint64_t smallest = std::uint64_t{64} << 20U;
+    const std::uint64_t largest = std::numeric_limits<tmsize_t>::max();
+    return std::min(std::max({smallest, saturatingProduct(4, file.Size()), needs.memory}), largest);
+}
+
+}  // namespace
+
+TiffFile::TiffFile(const InputFile& file, const TiffNeeds& needs)
+    : file_(file), memoryLimit_(memoryLimitFor(file, needs)) {
     const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(
         TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
-    // What the library allocates for tables and strips, a small multiple of what is in the file.
-    constexpr std::uint64_t smallestLimit = std::uint64_t{64} << 20U;
-    const std::uint64_t limit = std::max(smallestLimit, 4 * std::min(file.Size(), UINT64_MAX / 8));
-    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(limit));
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), static_cast<tmsize_t>(memoryLimit_));
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), &Callbacks::Error, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), &Callbacks::Warning, this);
-    const char* const mode = access == TiffAccess::Memory ? "r" : "rm";
+    const char* const mode = needs.access == TiffAccess::Memory ? "r" : "rm";
     handle_.reset(TIFFClientOpenExt("picture", mode, this, &Callbacks::Read, &Callbacks::Write,
                                     &Callbacks::Seek, &Callbacks::CloseFile, &Callbacks::Size,
                                     &Callbacks::Map, &Callbacks::Unmap, options.get()));

@@ -34,16 +34,25 @@ struct TiffLayout {
 // memory at once.
 enum class TiffAccess { Pieces, Memory };
 
+struct TiffNeeds {
+    TiffAccess access = TiffAccess::Pieces;
+    // What libtiff may take for one piece of its own, where that is much.
+    std::uint64_t memory = 0;
+
+    [[nodiscard]] bool operator==(const TiffNeeds&) const = default;
+};
+
 // Every function throws CodecError.
 class TiffFile {
 public:
     // `file` must live longer than this object.
-    TiffFile(const InputFile& file, TiffAccess access);
+    TiffFile(const InputFile& file, const TiffNeeds& needs);
     TiffFile(const TiffFile&) = delete;
     TiffFile& operator=(const TiffFile&) = delete;
 
     [[nodiscard]] TIFF* Handle() const { return handle_.get(); }
     [[nodiscard]] std::uint64_t FileSize() const { return file_.Size(); }
+    [[nodiscard]] std::uint64_t MemoryLimit() const { return memoryLimit_; }
     [[nodiscard]] TiffLayout ReadLayout() const;
 
     // Throws unless the file tells of every strip or tile where it lies, has that place, and enough
@@ -66,6 +75,7 @@ private:
     void Keep(std::string text);
 
     const InputFile& file_;
+    std::uint64_t memoryLimit_;
     std::uint64_t position_ = 0;
     std::string firstError_;
     bool isDamaged_ = false;
