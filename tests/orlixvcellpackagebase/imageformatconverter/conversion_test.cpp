@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -136,6 +138,21 @@ TEST_F(Conversion, ConvertedImageIsNotCopied) {
     const auto copiesBefore = Orlix::PixelCopyCounter::Read();
     static_cast<void>(run(image));
     EXPECT_EQ(Orlix::PixelCopyCounter::Read(), copiesBefore);
+}
+
+// The first pixel keeps its own red; a copy of the inner one would have the mean of four, 20.
+TEST_F(Conversion, BayerPicturesAreInterpolatedUpToTheirEdges) {
+    Orlix::COrlixImage image;
+    image.Reset(Orlix::PixelType_BayerRG8, 4, 4);
+    auto* const samples = static_cast<std::uint8_t*>(image.GetBuffer());
+    const std::array<std::uint8_t, 16> pattern = {10, 0, 10, 0, 0, 50, 0, 50,
+                                                  30, 0, 30, 0, 0, 90, 0, 90};
+    std::copy(pattern.begin(), pattern.end(), samples);
+    node.setOutputPixelFormat(Orlix::PixelType_RGB8Packed);
+    const auto result = run(Utils::Variant(Core::Image(image, nullptr, false)));
+    ASSERT_EQ(result.getConst()->getPixelType(), Orlix::PixelType_RGB8Packed);
+    const auto* const rgb = static_cast<const std::uint8_t*>(result.getConst()->getDataConst());
+    EXPECT_EQ(std::vector<int>(rgb, rgb + 3), (std::vector<int>{10, 0, 50}));
 }
 
 TEST_F(Conversion, WithoutAnInputThereIsNothingToAccess) {
