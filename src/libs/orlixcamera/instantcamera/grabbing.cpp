@@ -58,7 +58,7 @@ void CInstantCamera::Impl::StartGrabbing(Detail::GrabPlan plan) {
     notify(&CConfigurationEventHandler::OnGrabStart, "OnGrabStart");
     std::shared_ptr<GrabRun> run;
     {
-        const std::scoped_lock control(control_);
+        const Detail::Control::Hold control(control_);
         run = start(plan);
     }
     tell(*run, GrabRun::Step::Started);
@@ -182,13 +182,13 @@ void CInstantCamera::Impl::StopGrabbing() {
 void CInstantCamera::Impl::endRun(const std::shared_ptr<GrabRun>& run) {
     {
         // A start that is under way may fail yet, of which nobody is told.
-        const std::scoped_lock control(control_);
+        const Detail::Control::Hold control(control_);
     }
     // The thread that has started it may not have come to that yet.
     tell(*run, GrabRun::Step::Started);
     tell(*run, GrabRun::Step::Stop);
     {
-        const std::scoped_lock control(control_);
+        const Detail::Control::Hold control(control_);
         stop(*run);
     }
     tell(*run, GrabRun::Step::Stopped);

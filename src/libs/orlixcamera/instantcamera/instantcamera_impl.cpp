@@ -31,7 +31,7 @@ void CInstantCamera::Impl::End() {
     if (attached) {
         notify(&CConfigurationEventHandler::OnDestroy, "OnDestroy");
         {
-            const std::scoped_lock control(control_);
+            const Detail::Control::Hold control(control_);
             letGo();
         }
         removal_.Forget();
@@ -58,7 +58,7 @@ void CInstantCamera::Impl::Attach(ICameraDevice* device, ECleanup cleanup) {
     }
     notify(&CConfigurationEventHandler::OnAttach, "OnAttach");
     {
-        const std::scoped_lock control(control_);
+        const Detail::Control::Hold control(control_);
         std::shared_ptr<Detail::DeviceMaps> oldMaps;  // ends with the lock released
         const std::scoped_lock lock(state_);
         if (attached_ != nullptr) {
@@ -110,7 +110,7 @@ ICameraDevice* CInstantCamera::Impl::DetachDevice() {
     }
     notify(&CConfigurationEventHandler::OnDetach, "OnDetach");
     {
-        const std::scoped_lock control(control_);
+        const Detail::Control::Hold control(control_);
         letGo();
     }
     removal_.Forget();
@@ -135,7 +135,7 @@ void CInstantCamera::Impl::Open() {
     }
     notify(&CConfigurationEventHandler::OnOpen, "OnOpen");
     {
-        const std::scoped_lock control(control_);
+        const Detail::Control::Hold control(control_);
         if (!openDevice()) {
             return;
         }
@@ -175,6 +175,7 @@ bool CInstantCamera::Impl::openDevice() {
             device->Open();
         }
         if (maps == nullptr) {
+            const Detail::Control::WithoutLock busy(control_);
             maps = std::make_shared<Detail::DeviceMaps>(device, settings_, counters_);
         }
         maps->SetOpen(true);
@@ -209,7 +210,7 @@ void CInstantCamera::Impl::Close() {
     }
     notify(&CConfigurationEventHandler::OnClose, "OnClose");
     {
-        const std::scoped_lock control(control_);
+        const Detail::Control::Hold control(control_);
         if (!settings_->isOpen) {
             return;
         }
@@ -251,14 +252,14 @@ void CInstantCamera::Impl::closeDevice() noexcept {
 
 void CInstantCamera::Impl::invalidateMaps() {
     cameraMap_->Invalidate();
-    std::shared_ptr<Detail::DeviceMaps> maps;
-    {
-        const std::scoped_lock lock(state_);
-        maps = maps_;
-    }
-    if (maps != nullptr) {
+    if (const auto maps = findMaps()) {
         maps->Invalidate();
     }
+}
+
+std::shared_ptr<Detail::DeviceMaps> CInstantCamera::Impl::findMaps() const {
+    const std::scoped_lock lock(state_);
+    return maps_;
 }
 
 void CInstantCamera::Impl::OnEvent(const Transport::EventMessage& message) {

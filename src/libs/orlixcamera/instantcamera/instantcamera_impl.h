@@ -9,6 +9,7 @@
 
 #include "orlixcamera/instantcamera.h"
 #include "orlixcamera/instantcamera/cameramap.h"
+#include "orlixcamera/instantcamera/control.h"
 #include "orlixcamera/instantcamera/devicemaps.h"
 #include "orlixcamera/instantcamera/eventdelivery.h"
 #include "orlixcamera/instantcamera/grabrun.h"
@@ -19,9 +20,9 @@
 
 namespace Orlix {
 
-// Two locks. `control_` lets one thread at a time change the state of the device; it is held while
-// the transport works, and never while a handler is called or waited for. `state_` is a leaf that
-// guards the members below it.
+// Two locks. `control_` lets one thread at a time change the state of the device; it is taken
+// behind the lock of the device's map, held while the transport works, and never while a handler is
+// called or waited for. `state_` is a leaf that guards the members below it.
 class CInstantCamera::Impl final : private Transport::IDeviceSink {
 public:
     explicit Impl(CInstantCamera& camera);
@@ -74,11 +75,12 @@ private:
     void OnEvent(const Transport::EventMessage& message) override;
     void OnLost() override;
 
-    // ---- instantcamera_impl.cpp, with control_ held but for the last
+    // ---- instantcamera_impl.cpp, with control_ held but for the last two
     [[nodiscard]] bool openDevice();  // false if it was open already
     void closeDevice() noexcept;
     void letGo() noexcept;
     void invalidateMaps();
+    [[nodiscard]] std::shared_ptr<Detail::DeviceMaps> findMaps() const;
 
     // ---- grabbing.cpp
     // Null while nothing is being grabbed.
@@ -113,8 +115,7 @@ private:
     Detail::HandlerList<ConfigurationRegistration> configurations_;
     Detail::EventRegistrations eventHandlers_;
 
-    // Recursive, for a callback of a node that starting writes may use the camera.
-    std::recursive_mutex control_;
+    Detail::Control control_{[this] { return findMaps(); }};
     std::shared_ptr<Detail::StreamGrabber> grabber_;  // these with control_ held
     std::shared_ptr<Detail::BufferSet> buffers_;
     std::thread grabThread_;  // the last; each waits for the one before
