@@ -239,6 +239,16 @@ TEST_F(EmulatedFaults, UnplugWhileStreamingCutsTheFrame) {
     EXPECT_EQ(camera.takeBackAll(), 2U);
 }
 
+TEST_F(EmulatedFaults, UnplugAtAFrameThatFindsNoBufferIsOneToo) {
+    script("frame 2: unplug");
+    camera.device->SetSink(&sink);
+    camera.start(1);
+    EXPECT_EQ(camera.wait()->fate, FrameFate::Delivered);
+    ASSERT_EQ(sink.lost.get_future().wait_for(patience), std::future_status::ready);
+    EXPECT_TRUE(layer.Enumerate().empty());
+    EXPECT_EQ(camera.stream->GetStatistics().missedForBuffer, 1U);
+}
+
 TEST_F(EmulatedFaults, UnplugWhileStartingFailsTheCommand) {
     script("start: unplug");
     camera.device->SetSink(&sink);

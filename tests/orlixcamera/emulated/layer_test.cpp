@@ -200,6 +200,9 @@ TEST(EmulatedLayer, NobodyIsToldAfterTheSinkWasTakenAway) {
     camera.device->SetSink(&sink);
     camera.device->SetSink(nullptr);
     layer.Unplug(0);
+    // Time for news that must not come, on a thread of its own.
+    EXPECT_EQ(sink.lost.get_future().wait_for(std::chrono::milliseconds(20)),
+              std::future_status::timeout);
     camera.device->Close();
     EXPECT_EQ(sink.calls, 0);
 }

@@ -232,10 +232,21 @@ TEST_F(EmulatedStream, ExposureAndGainMakeTheSceneBrighter) {
 }
 
 TEST_F(EmulatedStream, StopEndsAWaitAndAnExposure) {
+    struct FirstEvent final : Transport::IDeviceSink {
+        void OnEvent(const Transport::EventMessage&) override { came.set_value(); }
+        void OnLost() override {}
+        std::promise<void> came;
+    };
+    FirstEvent exposureStart;
     camera.features.real("ExposureTime")->SetValue(1e7);
+    camera.features.set("EventSelector", "FrameStart");
+    camera.features.set("EventNotification", "On");
+    camera.device->SetSink(&exposureStart);
     camera.start(2);
     auto waiting = std::async(std::launch::async, [&] { return camera.wait(); });
+    exposureStart.came.get_future().wait();
     camera.stream->Stop();
+    camera.device->SetSink(nullptr);
     EXPECT_EQ(waiting.get(), nullptr);
     EXPECT_EQ(camera.wait(), nullptr);
     EXPECT_EQ(camera.takeBackAll(), 2U);

@@ -257,6 +257,7 @@ TEST_F(CameraEvents, ThoseLostBeforeAnythingWasGrabbedAreCounted) {
     leave.Open();
     EXPECT_EQ(CIntegerParameter(camera.GetInstantCameraNodeMap(), "TotalEventsLost").GetValue(),
               lost);
+    EXPECT_TRUE(camera.DeregisterCameraEventHandler(&events, frameId));  // waits for its call
 }
 
 // The map's lock holds the event thread up when it has taken a message: one more than fits is kept.

@@ -171,6 +171,28 @@ TEST_F(GrabRuns, TheNextOneBeginsWhenAllWereToldOfTheEndOfTheLast) {
     EXPECT_EQ(count(second, "OnGrabStopped"), 2U);
 }
 
+TEST_F(GrabRuns, OfTwoStartsAtOnceOneIsRefusedAndTheOtherRunGoesOn) {
+    open();
+    camera.StartGrabbing();
+    camera.StopGrabbing();
+    for (int round = 0; round < 300; ++round) {
+        std::atomic<int> ready = 0;
+        const auto start = [&] {
+            ++ready;
+            while (ready < 2) {
+            }
+            return failureOf([&] { camera.StartGrabbing(); });
+        };
+        auto other = std::async(std::launch::async, start);
+        const std::string here = start();
+        const std::string there = other.get();
+        ASSERT_TRUE(camera.IsGrabbing());
+        const std::string both = here < there ? here + there : there + here;
+        ASSERT_EQ(both, "The camera is grabbing already.nothing was thrown");
+        camera.StopGrabbing();
+    }
+}
+
 TEST_F(GrabRuns, NoErrorIsToldOnceStoppingHasReturned) {
     Gate entered;
     Gate leave;

@@ -160,6 +160,7 @@ TEST_F(GrabStrategy, RetrievingEndsWhenGrabbingIsStopped) {
     CGrabResultPtr result;
     auto asked =
         std::async(std::launch::async, [&] { return camera.RetrieveResult(600000, result); });
+    device->WaitForWaiting();
     camera.StopGrabbing();
     EXPECT_FALSE(asked.get());
     EXPECT_FALSE(camera.RetrieveResult(600000, result));

@@ -111,6 +111,7 @@ TEST_F(Handlers, TakingOffWaitsForACallOfAHandlerThatTheCameraDoesNotOwn) {
         const bool taken = camera.DeregisterImageEventHandler(&images);
         return taken && left;
     });
+    EXPECT_EQ(takingOff.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
     leave.Open();
     EXPECT_TRUE(takingOff.get());
 }

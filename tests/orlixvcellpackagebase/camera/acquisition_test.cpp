@@ -125,6 +125,27 @@ TEST_F(CameraAcquisition, ADeviceWithoutTheModeGrabsInTheOneThatItHas) {
     camera().stop();
 }
 
+TEST_F(CameraAcquisition, ADeviceThatRefusesTheModeGrabsInTheOneThatItHas) {
+    const std::string description = device->description;
+    const std::pair<std::string, std::string> changes[] = {
+        {R"(<EnumEntry Name="SingleFrame"><Value>0</Value></EnumEntry>)", ""},
+        {R"(<Enumeration Name="AcquisitionMode">)",
+         R"(<Enumeration Name="AcquisitionMode"><ImposedAccessMode>RO</ImposedAccessMode>)"}};
+    device->Set(CameraTest::Address::mode, 1);
+    const auto sink = attach("Image");
+    for (const auto& [before, after] : changes) {
+        device->description = description;
+        device->description.replace(description.find(before), before.size(), after);
+        allocate();
+        startWith("SingleFrame");
+        EXPECT_EQ(camera().getAcquisitionMode(), AcquisitionMode::Continuous) << before;
+        EXPECT_EQ(device->Get(CameraTest::Address::mode), 1) << before;
+        static_cast<void>(grab(*sink, Frame()));
+        camera().stop();
+        camera().freeResources();
+    }
+}
+
 TEST_F(CameraAcquisition, AnArgumentInOtherLettersIsIgnoredInSilence) {
     allocate();
     camera().setAcquisitionMode(AcquisitionMode::SingleFrame);

@@ -122,14 +122,6 @@ TEST_F(CameraChunkValues, AText) {
     EXPECT_EQ(grab().get<Core::String>(true)->get(), "GreyDiagonalRamp");
 }
 
-TEST_F(CameraChunkValues, OfASelectorThatIsSetForThePin) {
-    open("G",
-         "G.Type=Float.SelectorName=ChunkGainSelector.SelectorValue=Red.ValueName="
-         "ChunkGain");
-    const Utils::Variant value = grab();
-    EXPECT_NE(value.get<Core::Float>(false), nullptr);
-}
-
 TEST_F(CameraChunkValues, ASelectorValueThatThereIsNotCostsThePinItsEntryAndLogsALine) {
     open("G",
          "G.Type=Float.SelectorName=ChunkGainSelector.SelectorValue=Nowhere.ValueName="

@@ -6,6 +6,8 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "gcbase/gcexception.h"
 #include "support/scriptedcamera.h"
@@ -83,6 +85,42 @@ TEST_F(CameraConfigurationTransfer, ASetOfARecipeReachesAnOpenDeviceWithTheNextA
     camera().freeResources();
     allocate();
     EXPECT_EQ(device->Get(CameraTest::Address::width), 24);
+}
+
+TEST_F(CameraConfigurationTransfer, ASetOfTheStreamReachesItWithTheAllocationAndAtOnceWhenOpen) {
+    commit(StreamType::StreamGrabber, "MaxNumBuffer=9");
+    EXPECT_NE(cameraSetting("MaxNumBuffer"), 9);
+    allocate();
+    EXPECT_EQ(cameraSetting("MaxNumBuffer"), 9);
+    commit(StreamType::StreamGrabber, "MaxNumBuffer=11");
+    EXPECT_EQ(cameraSetting("MaxNumBuffer"), 11);
+}
+
+TEST_F(CameraConfigurationTransfer, TheStreamsSetComesFirstThenThatOfTheLayerThenTheDevices) {
+    const std::pair<StreamType, std::string> sets[] = {
+        {StreamType::StreamGrabber, "OfTheStream"},
+        {StreamType::DeviceTransportLayer, "OfTheLayer"},
+        {StreamType::CameraDevice, "OfTheDevice"}};
+    for (const auto& [type, name] : sets) {
+        commit(type, (name + "=1").c_str());
+    }
+    for (const auto& [type, name] : sets) {
+        const Utils::LogCapture capture;
+        EXPECT_THAT(descriptionsOf(camera().allocateResources()), ElementsAre(refused));
+        EXPECT_THAT(publishedMaps(), ElementsAre("@vCell", "@CameraInstance"));
+        EXPECT_FALSE(device->IsOpen());
+        std::vector<std::string> failed;
+        for (const std::string& line : getLines(capture, category)) {
+            const std::size_t place = line.find("Line 2, ");
+            if (place != std::string::npos) {
+                failed.push_back(line.substr(place));
+            }
+        }
+        EXPECT_THAT(failed, ElementsAre("Line 2, " + name + ": there is no such feature.\""));
+        camera().setStreamType(type);
+        camera().executeOFSClear();
+    }
+    allocate();
 }
 
 TEST_F(CameraConfigurationTransfer, EveryAllocationWritesACommittedSetAgain) {
