@@ -35,6 +35,7 @@ private:
 
 // A get of an absent path, or of a value of another kind, throws RuntimeException that names the
 // path and what was found; integers convert between signed and unsigned where the value fits.
+// Stores and their users are built apart, so the order of the operations is fixed.
 class ORLIXDATAPROCESSINGCORE_API ISettings {
 public:
     virtual ~ISettings();
@@ -44,9 +45,9 @@ public:
     [[nodiscard]] virtual gcstring getBasePath() = 0;
 
     [[nodiscard]] virtual bool contains(const SettingsPath& path) = 0;
+    [[nodiscard]] virtual std::size_t getArraySize(const SettingsPath& path) = 0;
     // Keys of a section in stored order.
     [[nodiscard]] virtual std::vector<gcstring> getKeys(const SettingsPath& path) = 0;
-    [[nodiscard]] virtual std::size_t getArraySize(const SettingsPath& path) = 0;
 
     [[nodiscard]] virtual bool getBool(const SettingsPath& path) = 0;
     [[nodiscard]] virtual gcstring getString(const SettingsPath& path) = 0;
@@ -61,10 +62,10 @@ public:
     virtual void setUnsigned(const SettingsPath& path, std::uint64_t value) = 0;
     virtual void setFloat(const SettingsPath& path, double value) = 0;
 
-    // Makes the path an empty section and gives a store for it, whose paths are relative to it.
-    [[nodiscard]] virtual std::shared_ptr<ISettings> createSection(const SettingsPath& path) = 0;
     // Makes the path an array of that size; new elements are empty sections.
     virtual void setArraySize(const SettingsPath& path, std::size_t size) = 0;
+    // Makes the path an empty section and gives a store for it, whose paths are relative to it.
+    [[nodiscard]] virtual std::shared_ptr<ISettings> createSection(const SettingsPath& path) = 0;
 };
 
 }  // namespace Orlix::DataProcessing::Core
