@@ -1,6 +1,5 @@
 #include "orlixcamera/persistence/featurereader.h"
 
-#include <algorithm>
 #include <map>
 #include <set>
 #include <utility>
@@ -36,23 +35,29 @@ public:
     }
 
     void read() {
-        std::size_t before = 0;
-        do {
+        runRound();
+        // Another round helps where the range of one value depends on a later one.
+        for (std::size_t before = problems_.size() + 1;
+             !problems_.empty() && problems_.size() < before;) {
             before = problems_.size();
-            problems_.clear();
-            writeAll();
-            if (readBack_ == ReadBack::Yes) {
-                beginAnew();
-                compareAll();
-            }
-            // A second round helps where the range of one value depends on a later one.
-        } while (!problems_.empty() && (before == 0 || problems_.size() < before) && beginAnew());
+            selectFirst();
+            runRound();
+        }
         if (!problems_.empty()) {
             fail();
         }
     }
 
 private:
+    void runRound() {
+        problems_.clear();
+        writeAll();
+        if (readBack_ == ReadBack::Yes) {
+            selectFirst();
+            compareAll();
+        }
+    }
+
     void resolve(FeatureLine&& line, GenApi::INodeMap& map) {
         Feature feature;
         feature.node = map.GetNode(GenICam::gcstring(line.name));
@@ -66,32 +71,28 @@ private:
             for (GenApi::INode* const selector : feature.selectors) {
                 keepFirst(*selector);
             }
+            selected_.insert(feature.node);
         }
         features_.push_back(std::move(feature));
     }
 
     // A selector that no line before has set decides by the value that it has now.
     void keepFirst(GenApi::INode& selector) {
-        const bool isKnown =
-            std::any_of(features_.begin(), features_.end(),
-                        [&](const Feature& feature) { return feature.node == &selector; }) ||
-            std::any_of(first_.begin(), first_.end(),
-                        [&](const auto& kept) { return kept.first == &selector; });
-        if (!isKnown && isPersistable(selector)) {
+        if (selected_.insert(&selector).second && isPersistable(selector)) {
             first_.emplace_back(&selector, readFeature(selector));
         }
     }
 
-    // Selectors as they were before the first line. True.
-    bool beginAnew() {
+    // As it was before the first line.
+    void selectFirst() {
         for (const auto& [selector, value] : first_) {
             try {
                 writeFeature(*selector, value);
+                unset_.erase(selector);
             } catch (const GenICam::GenericException&) {
                 unset_.insert(selector);
             }
         }
-        return true;
     }
 
     void markLast() {
@@ -199,6 +200,7 @@ private:
     const ReadBack readBack_;
     std::vector<Feature> features_;
     std::vector<std::pair<GenApi::INode*, std::string>> first_;  // of selectors, the outer first
+    std::set<const GenApi::INode*> selected_;  // those of first_, and what the lines are for
     std::map<const Feature*, std::string> problems_;
     std::set<const GenApi::INode*> unset_;  // whose latest line could not be written
 };
