@@ -71,14 +71,7 @@ std::shared_ptr<GrabRun> CInstantCamera::Impl::start(const Detail::GrabPlan& pla
                                                  : "The camera was closed meanwhile.",
                                __FILE__, __LINE__);
     }
-    const CIntegerParameter payload(GetMaps()->GetDevice(), "PayloadSize");
-    if (!payload.IsReadable()) {
-        throw RuntimeException(
-            "Grabbing can't be started: the device doesn't tell the size of its frames in a "
-            "feature 'PayloadSize'.",
-            __FILE__, __LINE__);
-    }
-    const auto payloadSize = static_cast<std::size_t>(payload.GetValue());
+    const std::size_t payloadSize = readPayloadSize();
     prepareBuffers(payloadSize);
     if (grabber_ == nullptr) {
         grabber_ = std::make_shared<Detail::StreamGrabber>(device_, counters_);
@@ -98,22 +91,33 @@ std::shared_ptr<GrabRun> CInstantCamera::Impl::start(const Detail::GrabPlan& pla
             startThread(run);
         }
     } catch (...) {
-        run->Silence();
-        run->SetFailed();
-        run->Forbid();
-        if (acquires) {
-            stopAcquisition(*run);
-        }
-        run->Stop();
-        lockTransport(false);
-        forget(*run);
+        abandon(*run, acquires);
         throw;
     }
     return run;
 }
 
+std::size_t CInstantCamera::Impl::readPayloadSize() const {
+    const CIntegerParameter payload(GetMaps()->GetDevice(), "PayloadSize");
+    if (!payload.IsReadable()) {
+        throw RuntimeException(
+            "Grabbing can't be started: the device doesn't tell the size of its frames in a "
+            "feature 'PayloadSize'.",
+            __FILE__, __LINE__);
+    }
+    return static_cast<std::size_t>(payload.GetValue());
+}
+
 // A run that never was, of which nobody is told at the next stop.
-void CInstantCamera::Impl::forget(GrabRun& run) noexcept {
+void CInstantCamera::Impl::abandon(GrabRun& run, bool acquires) noexcept {
+    run.Silence();
+    run.SetFailed();
+    run.Forbid();
+    if (acquires) {
+        stopAcquisition(run);
+    }
+    run.Stop();
+    lockTransport(false);
     setRun(nullptr);
     const std::scoped_lock lock(state_);
     if (lastRun_.get() == &run) {

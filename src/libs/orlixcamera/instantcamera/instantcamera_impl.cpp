@@ -152,11 +152,9 @@ void CInstantCamera::Impl::Open() {
 
 bool CInstantCamera::Impl::openDevice() {
     std::shared_ptr<Transport::IDevice> device;
-    std::shared_ptr<Detail::DeviceMaps> maps;
     {
         const std::scoped_lock lock(state_);
         device = device_;
-        maps = maps_;
     }
     if (device == nullptr) {
         throw RuntimeException("The camera can't be opened: its device was detached meanwhile.",
@@ -165,34 +163,11 @@ bool CInstantCamera::Impl::openDevice() {
     if (settings_->isOpen) {
         return false;
     }
-    settings_->isRemoved = false;
-    removal_.Allow();
-    // The sink first, so that no loss goes unheard.
-    device->SetSink(this);
-    openedHere_ = !device->IsOpen();
+    std::shared_ptr<Detail::DeviceMaps> maps = findMaps();
     try {
-        if (openedHere_) {
-            device->Open();
-        }
-        if (maps == nullptr) {
-            const Detail::Control::WithoutLock busy(control_);
-            maps = std::make_shared<Detail::DeviceMaps>(device, settings_, counters_);
-        }
-        maps->SetOpen(true);
-        counters_->BeginOpening();
-        if (settings_->grabCameraEvents) {
-            events_.Begin(maps, static_cast<int>(settings_->eventThreadPriority));
-        }
+        connect(device, maps);
     } catch (...) {
-        if (maps != nullptr) {
-            maps->SetOpen(false);
-        }
-        removal_.Forbid();
-        device->SetSink(nullptr);
-        settings_->isRemoved = false;  // it may have gone while it was being opened
-        if (openedHere_) {
-            device->Close();
-        }
+        disconnect(*device, maps.get());
         throw;
     }
     {
@@ -201,6 +176,39 @@ bool CInstantCamera::Impl::openDevice() {
     }
     settings_->isOpen = true;
     return true;
+}
+
+void CInstantCamera::Impl::connect(const std::shared_ptr<Transport::IDevice>& device,
+                                   std::shared_ptr<Detail::DeviceMaps>& maps) {
+    settings_->isRemoved = false;
+    removal_.Allow();
+    // The sink first, so that no loss goes unheard.
+    device->SetSink(this);
+    openedHere_ = !device->IsOpen();
+    if (openedHere_) {
+        device->Open();
+    }
+    if (maps == nullptr) {
+        const Detail::Control::WithoutLock busy(control_);
+        maps = std::make_shared<Detail::DeviceMaps>(device, settings_, counters_);
+    }
+    maps->SetOpen(true);
+    counters_->BeginOpening();
+    if (settings_->grabCameraEvents) {
+        events_.Begin(maps, static_cast<int>(settings_->eventThreadPriority));
+    }
+}
+
+void CInstantCamera::Impl::disconnect(Transport::IDevice& device, Detail::DeviceMaps* maps) {
+    if (maps != nullptr) {
+        maps->SetOpen(false);
+    }
+    removal_.Forbid();
+    device.SetSink(nullptr);
+    settings_->isRemoved = false;  // it may have gone while it was being opened
+    if (openedHere_) {
+        device.Close();
+    }
 }
 
 void CInstantCamera::Impl::Close() {

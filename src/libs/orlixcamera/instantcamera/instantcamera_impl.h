@@ -77,6 +77,10 @@ private:
 
     // ---- instantcamera_impl.cpp, with control_ held but for the last two
     [[nodiscard]] bool openDevice();  // false if it was open already
+    // Makes the maps if there are none.
+    void connect(const std::shared_ptr<Transport::IDevice>& device,
+                 std::shared_ptr<Detail::DeviceMaps>& maps);
+    void disconnect(Transport::IDevice& device, Detail::DeviceMaps* maps);
     void closeDevice() noexcept;
     void letGo() noexcept;
     void invalidateMaps();
@@ -89,7 +93,8 @@ private:
     [[nodiscard]] std::shared_ptr<Detail::GrabRun> start(const Detail::GrabPlan& plan);
     void stop(Detail::GrabRun& run) noexcept;  // with control_ held
     void stopAcquisition(const Detail::GrabRun& run) noexcept;
-    void forget(Detail::GrabRun& run) noexcept;
+    void abandon(Detail::GrabRun& run, bool acquires) noexcept;
+    [[nodiscard]] std::size_t readPayloadSize() const;
     void dropBuffers() noexcept;
     void prepareBuffers(std::size_t payloadSize);  // with control_ held
     void setRun(std::shared_ptr<Detail::GrabRun> run) noexcept;
