@@ -1,4 +1,6 @@
 // Events of a device on their pins.
+#include "support/cameraevents.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -14,7 +16,6 @@
 #include "orlixdataprocessingcore/core/float.h"
 #include "orlixdataprocessingcore/core/integer.h"
 #include "orlixdataprocessingcore/core/string.h"
-#include "support/scriptedcamera.h"
 #include "support/treesettings.h"
 
 namespace Plugin::OrlixVCellPackageBase {
@@ -26,28 +27,6 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
-
-// What switches events on, and values of other kinds than integer. Both events read one register.
-constexpr auto eventFeatures = R"(
-  <Enumeration Name="EventSelector"><EnumEntry Name="ExposureEnd"><Value>1</Value></EnumEntry>
-    <EnumEntry Name="Overrun"><Value>2</Value></EnumEntry><pValue>EventSelectorReg</pValue>
-  </Enumeration>
-  <IntReg Name="EventSelectorReg"><Address>32</Address><Length>8</Length><AccessMode>RW</AccessMode>
-    <pPort>Device</pPort><Sign>Signed</Sign><Endianess>LittleEndian</Endianess></IntReg>
-  <Enumeration Name="EventNotification"><EnumEntry Name="Off"><Value>0</Value></EnumEntry>
-    <EnumEntry Name="On"><Value>1</Value></EnumEntry><pValue>EventNotificationReg</pValue>
-  </Enumeration>
-  <IntReg Name="EventNotificationReg"><Address>40</Address><Length>8</Length>
-    <AccessMode>RW</AccessMode><pPort>Device</pPort><Sign>Signed</Sign>
-    <Endianess>LittleEndian</Endianess></IntReg>
-  <Boolean Name="EventFlag"><pValue>ExposureEndFrameIDReg</pValue></Boolean>
-  <SwissKnife Name="EventHalf"><pVariable Name="V">ExposureEndFrameIDReg</pVariable>
-    <Formula>V / 2.0</Formula></SwissKnife>
-  <StringReg Name="EventText"><Address>0</Address><Length>8</Length><AccessMode>RO</AccessMode>
-    <pPort>ExposureEndEvent</pPort></StringReg>
-  <Enumeration Name="EventKind"><EnumEntry Name="A"><Value>7</Value></EnumEntry>
-    <pValue>ExposureEndFrameIDReg</pValue></Enumeration>
-)";
 
 // How many jobs a node begins.
 class Jobs {
@@ -61,26 +40,6 @@ public:
 private:
     std::atomic<int> count_ = 0;
     Utils::ScopedConnection connection_;
-};
-
-class CameraEvents : public ScriptedCamera {
-protected:
-    void add(const char* configuration) {
-        camera().executeEventPinAdd();
-        camera().setEventPinConfiguration(configuration);
-    }
-    void allocate() { ASSERT_THAT(camera().allocateResources(), IsEmpty()); }
-    void run() {
-        extendDevice(eventFeatures);
-        allocate();
-        start();
-    }
-    Utils::Variant sendAndWait(RecordingSink& sink, std::int64_t value) {
-        const std::size_t count = sink.values().size();
-        device->SendEvent(CameraTest::exposureEndEvent, value);
-        sink.waitForCount(count + 1);
-        return sink.values().back();
-    }
 };
 
 TEST_F(CameraEvents, AnIntegerIsAnUpdateOfItsOwn) {
@@ -357,61 +316,6 @@ TEST_F(CameraEvents, AnEventForANameThatIsTakenIsNotTurnedOn) {
     EXPECT_EQ(device->Get(CameraTest::Address::notification), 0);
     const auto tried = testing::StartsWith("6 Camera: Try to register event \"ExposureEnd\"");
     EXPECT_THAT(getLines(capture, category), ElementsAre(tried, tried, tried, testing::_));
-}
-
-class CameraEventFeatures : public CameraEvents {
-protected:
-    // With one feature in place of another.
-    void replace(const std::string& before, const std::string& after) {
-        const std::size_t place = features_.find(before);
-        ASSERT_NE(place, std::string::npos);
-        features_.replace(place, before.size(), after);
-    }
-    // What opening the device logs of the events.
-    std::vector<std::string> linesOfOpening() {
-        add("End.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEndFrameID");
-        extendDevice(features_);
-        const Utils::LogCapture capture;
-        allocate();
-        auto lines = getLines(capture, category);
-        EXPECT_FALSE(lines.empty());
-        lines.pop_back();  // the camera that is used
-        return lines;
-    }
-
-    static constexpr auto trying =
-        "6 Camera: Try to register event \"ExposureEnd\" and output \"EventExposureEndFrameID\" as "
-        "pin \"End\"";
-    static constexpr auto selecting = "6 Camera: Set enumeration selector to 'ExposureEnd'";
-    static constexpr auto turningOn = "6 Camera: Turn event notification on";
-    static constexpr auto registering = "6 Camera: RegisterCameraEventHandler";
-
-private:
-    std::string features_ = eventFeatures;
-};
-
-TEST_F(CameraEventFeatures, AllThereAreRegistered) {
-    EXPECT_THAT(linesOfOpening(), ElementsAre(trying, selecting, turningOn, registering));
-}
-
-TEST_F(CameraEventFeatures, ASelectorThatCantBeWrittenIsAsGoodAsNone) {
-    replace("<Address>32</Address><Length>8</Length><AccessMode>RW</AccessMode>",
-            "<Address>32</Address><Length>8</Length><AccessMode>RO</AccessMode>");
-    EXPECT_THAT(linesOfOpening(), IsEmpty());
-}
-
-TEST_F(CameraEventFeatures, ASelectorThatIsNoEnumerationEndsTheEntry) {
-    replace("<Enumeration Name=\"EventSelector\">",
-            "<Integer Name=\"EventSelector\"><pValue>EventSelectorReg</pValue></Integer>"
-            "<Enumeration Name=\"OtherSelector\">");
-    EXPECT_THAT(linesOfOpening(), ElementsAre(trying, selecting));
-}
-
-TEST_F(CameraEventFeatures, ANotificationThatIsNoEnumerationEndsTheEntry) {
-    replace("<Enumeration Name=\"EventNotification\">",
-            "<Integer Name=\"EventNotification\"><pValue>EventNotificationReg</pValue></Integer>"
-            "<Enumeration Name=\"OtherNotification\">");
-    EXPECT_THAT(linesOfOpening(), ElementsAre(trying, selecting, turningOn));
 }
 
 TEST_F(CameraEvents, AValueThatTheDeviceLacksCostsItsPinOnly) {
