@@ -36,6 +36,17 @@ RawTiff yuvPicture(std::uint32_t size, bool isTiled) {
     return form;
 }
 
+// One gray all over.
+void expectGray(const COrlixImage& image, std::uint32_t size, unsigned char gray) {
+    EXPECT_EQ(image.GetPixelType(), PixelType_RGB8Packed);
+    const std::size_t bytes = std::size_t{3} * size * size;
+    ASSERT_EQ(image.GetImageSize(), bytes);
+    const auto* const pixels = static_cast<const unsigned char*>(image.GetBuffer());
+    for (const std::size_t place : {std::size_t{0}, bytes / 2, bytes - 1}) {
+        EXPECT_NEAR(pixels[place], gray, 1) << place;
+    }
+}
+
 // libtiff decodes such a piece into memory of its own, and is told a limit for that.
 TEST(LargeTiff, APieceOfBrightnessAndDifferencesMayDecodeToMuch) {
     constexpr std::uint32_t size = 4752;
@@ -48,13 +59,21 @@ TEST(LargeTiff, APieceOfBrightnessAndDifferencesMayDecodeToMuch) {
     for (const bool isTiled : {false, true}) {
         RawTiff form = yuvPicture(size, isTiled);
         form.pieces = {packed};
-        const COrlixImage image = load(folder.Write("a.tif", makeTiff(form)));
-        EXPECT_EQ(image.GetPixelType(), PixelType_RGB8Packed);
-        ASSERT_EQ(image.GetImageSize(), rows.size());
-        const auto* pixels = static_cast<const unsigned char*>(image.GetBuffer());
-        for (const std::size_t place : {std::size_t{0}, rows.size() / 2, rows.size() - 1}) {
-            EXPECT_NEAR(pixels[place], 200, 1) << place;
-        }
+        expectGray(load(folder.Write("a.tif", makeTiff(form))), size, 200);
+    }
+}
+
+// It holds one of each at once.
+TEST(LargeTiff, PiecesOfThreePlanesMayDecodeToMuchTogether) {
+    constexpr std::uint32_t size = 4752;
+    const TemporaryFolder folder;
+    const Bytes luma = deflate(Bytes(std::size_t{size} * size, 200));
+    const Bytes chroma = deflate(Bytes(std::size_t{size} * size, 128));
+    for (const bool isTiled : {false, true}) {
+        RawTiff form = yuvPicture(size, isTiled);
+        form.more.push_back({TIFFTAG_PLANARCONFIG, {PLANARCONFIG_SEPARATE}});
+        form.pieces = {luma, chroma, chroma};
+        expectGray(load(folder.Write("a.tif", makeTiff(form))), size, 200);
     }
 }
 

@@ -81,10 +81,10 @@ private:
     DecodedPicture picture_;
 };
 
-// libtiff converts the colours of a strip or tile that it has decoded into memory of its own, which
-// may be as large as any that a file of this size can hold. Those of bare tiles it converts only
-// from memory: it takes the buffer that it has read one into, which is rounded up, for a tile of a
-// wrong size.
+// libtiff converts the colours of a strip or tile, or of one of each plane, that it has decoded
+// into memory of its own, which may be as large as any that a file of this size can hold. Those of
+// bare tiles it converts only from memory: it takes the buffer that it has read one into, which is
+// rounded up, for a tile of a wrong size.
 TiffNeeds TiffDecoder::Needs() const {
     if (!NeedsColorConversion()) {
         return {};
@@ -92,7 +92,8 @@ TiffNeeds TiffDecoder::Needs() const {
     if (layout_.compression == COMPRESSION_NONE) {
         return {layout_.isTiled ? TiffAccess::Memory : TiffAccess::Pieces};
     }
-    if (PieceSize() <= file_.MemoryLimit()) {
+    const std::uint64_t planes = layout_.IsPlanar() ? layout_.samples : 1;
+    if (saturatingProduct(PieceSize(), planes) <= file_.MemoryLimit()) {
         return {};
     }
     return {TiffAccess::Pieces, saturatingProduct(file_.FileSize(), largestRatio(layout_))};
