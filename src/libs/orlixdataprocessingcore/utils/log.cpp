@@ -12,7 +12,31 @@
 #include <string>
 #include <utility>
 
+#include "orlixdataprocessingcore/utils/logdiversion.h"
+
 namespace Orlix::DataProcessing::Utils {
+
+// The innermost one of a thread.
+struct ActiveDiversion {
+    static thread_local LogDiversion* current;
+
+    // False if there is none.
+    static bool take(const LogLine& line) {
+        struct Restored {
+            LogDiversion* const diversion = current;
+            ~Restored() { current = diversion; }
+        };
+        const Restored restored;
+        if (restored.diversion == nullptr) {
+            return false;
+        }
+        current = restored.diversion->outer_;
+        restored.diversion->sink_(line);
+        return true;
+    }
+};
+
+thread_local LogDiversion* ActiveDiversion::current = nullptr;
 
 namespace {
 
@@ -110,6 +134,9 @@ void createLogEntry(Severitiy severity, CatId category, const char* format, ...)
             line.category = state.categories[category];
         }
     }
+    if (ActiveDiversion::take(line)) {
+        return;
+    }
     if (sink != nullptr) {
         (*sink)(line);
     } else {
@@ -127,6 +154,13 @@ Severitiy getLogLevel() noexcept {
 
 void setLogSink(LogSink sink) {
     exchangeSink(sink ? std::make_shared<const LogSink>(std::move(sink)) : nullptr);
+}
+
+LogDiversion::LogDiversion(LogSink sink)
+    : sink_(std::move(sink)), outer_(std::exchange(ActiveDiversion::current, this)) {}
+
+LogDiversion::~LogDiversion() {
+    ActiveDiversion::current = outer_;
 }
 
 // Shared with the sink, which a line in flight may still use after the capture has ended.
