@@ -21,7 +21,8 @@ namespace Orlix::Host {
 
 // Real cameras are reached through the transport back ends that are installed, which takes a
 // second. LookedFor: from the first refresh on, as a node makes it that finds no camera; they come
-// to the list when they are found. WaitedFor: they are in the list from its beginning.
+// to the list when they are found, and a Runner waits for them where an allocation fails before
+// that. WaitedFor: they are in the list from its beginning.
 enum class RealCameras { LookedFor, WaitedFor, LeftOut };
 
 struct CameraOptions {
@@ -41,6 +42,12 @@ struct CameraOptions {
 // The same with the cameras of any layers.
 [[nodiscard]] ORLIXHOST_API std::shared_ptr<DataProcessing::Core::IResourcePool> createResourcePool(
     std::vector<std::shared_ptr<ICameraLayer>> layers);
+
+// Waits for real cameras that are being looked for; they are in the list when it returns. False if
+// nobody has begun to look, or for a pool of another make. For who allocates nodes himself: after a
+// failure it says whether another attempt is worth it. Not with a node's lock held, which a slot of
+// the pool's signal may wait for.
+ORLIXHOST_API bool waitForRealCameras(DataProcessing::Core::IResourcePool& pool);
 
 enum class DeviceFormat { Text, Json };
 

@@ -1,20 +1,9 @@
 #include "host/camerapool.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace Orlix::Host {
-namespace {
-
-namespace Core = DataProcessing::Core;
 namespace Utils = DataProcessing::Utils;
-
-bool isFree(Utils::IObject& resource) {
-    auto* const device = Utils::object_cast<Core::IDeviceResource>(&resource);
-    return device == nullptr || device->isUnused();
-}
-
-}  // namespace
 
 std::shared_ptr<CameraPool> CameraPool::create(std::vector<std::shared_ptr<ICameraLayer>> layers,
                                                CameraResources::LateLayers late) {
@@ -22,7 +11,11 @@ std::shared_ptr<CameraPool> CameraPool::create(std::vector<std::shared_ptr<ICame
     std::shared_ptr<CameraPool> pool(new CameraPool(cameras));
     cameras->watch(pool);
     cameras->refresh(*pool);
-    return pool;
+    CameraPool* const object = pool.get();
+    return {object, [owner = std::move(pool)](CameraPool*) mutable {
+                owner->cameras_->end();
+                owner.reset();
+            }};
 }
 
 CameraPool::CameraPool(const std::shared_ptr<CameraResources>& cameras)
@@ -34,22 +27,23 @@ void CameraPool::refreshResources(const Utils::TypeInfo& type) {
     DefaultResourcePool::refreshResources(type);
 }
 
-CameraPool::ResourceMap CameraPool::findResources(const Core::ResourceInfo& filter,
-                                                  const Utils::TypeInfo& type) {
-    ResourceMap found = DefaultResourcePool::findResources(filter, type);
-    const bool isAnyFree = std::any_of(found.begin(), found.end(),
-                                       [](const auto& entry) { return isFree(*entry.second); });
-    if (isAnyFree || !cameras_->waitForSearch()) {
-        return found;
+bool CameraPool::listsRealCameras() const {
+    return cameras_->isSearchListed();
+}
+
+bool CameraPool::waitForRealCameras() {
+    if (!cameras_->waitForSearch()) {
+        return false;
     }
-    DefaultResourcePool::refreshResources(type);
-    return DefaultResourcePool::findResources(filter, type);
+    if (!cameras_->isSearchListed()) {
+        DefaultResourcePool::refreshResources({});
+    }
+    return true;
 }
 
 void CameraPool::lookForRealCameras() {
     cameras_->beginSearch();
-    cameras_->waitForSearch();
-    DefaultResourcePool::refreshResources({});
+    static_cast<void>(waitForRealCameras());
 }
 
 }  // namespace Orlix::Host

@@ -141,12 +141,20 @@ CameraResources::CameraResources(std::vector<std::shared_ptr<ICameraLayer>> laye
       layers_(wrap<LayerCameras>(std::move(layers))) {}
 
 CameraResources::~CameraResources() {
-    if (searcher_.get_id() == std::this_thread::get_id()) {
-        searcher_.detach();
-    } else if (searcher_.joinable()) {
-        searcher_.join();
+    end();
+    if (searcher_.joinable()) {
+        searcher_.detach();  // it is this thread
     }
-    for (const auto& layer : layers_) {
+}
+
+void CameraResources::end() {
+    {
+        const std::scoped_lock beginning(beginning_);
+        if (searcher_.joinable() && searcher_.get_id() != std::this_thread::get_id()) {
+            searcher_.join();
+        }
+    }
+    for (const auto& layer : getLayers()) {
         layer->layer->SetDevicesChanged({});
     }
 }
@@ -160,6 +168,7 @@ void CameraResources::refresh(Core::DefaultResourcePool& pool) {
     };
     while (true) {
         const std::uint64_t seen = changesBegun();
+        const bool hasSearched = isSearchDone();
         const ResourceMap resources = enumerate();
         {
             const std::scoped_lock lock(mutex_);
@@ -169,7 +178,9 @@ void CameraResources::refresh(Core::DefaultResourcePool& pool) {
             ++changesBegun_;
         }
         pool.setResources(resources);
-        if (changesBegun() == seen + 1) {
+        const std::scoped_lock lock(mutex_);
+        if (changesBegun_ == seen + 1) {
+            isSearchListed_ = isSearchListed_ || hasSearched;
             return;
         }
     }
@@ -231,12 +242,21 @@ void CameraResources::beginSearch() {
 
 bool CameraResources::waitForSearch() {
     std::unique_lock lock(mutex_);
-    const bool isUnderWay = search_ == Search::UnderWay;
     searchEnded_.wait(lock, [this] { return search_ != Search::UnderWay; });
-    return isUnderWay;
+    return search_ == Search::Done;
 }
 
-// Who waits is told before the pool tells: he may hold a lock that a slot waits for.
+bool CameraResources::isSearchDone() {
+    const std::scoped_lock lock(mutex_);
+    return search_ == Search::Done;
+}
+
+bool CameraResources::isSearchListed() {
+    const std::scoped_lock lock(mutex_);
+    return isSearchListed_;
+}
+
+// Who waits is told before the pool tells: a slot may take its time.
 void CameraResources::search() noexcept {
     try {
         addLateLayers();

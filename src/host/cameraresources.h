@@ -29,6 +29,9 @@ public:
                              LateLayers late = {});
     // Waits for a search that is under way, unless it is the search that lets go last.
     ~CameraResources();
+    // To be called before the owner lets go of what it watches: when it returns, no search and no
+    // layer is at work here any more, but for one that runs on this very thread.
+    void end();
     CameraResources(const CameraResources&) = delete;
     CameraResources& operator=(const CameraResources&) = delete;
 
@@ -43,9 +46,10 @@ public:
     // been done or is under way; then the watched pool is refreshed. A search that fails is a line
     // of the log, and the next call begins another one.
     void beginSearch();
-    // Returns true after a search that was under way, false at once if there was none. The pool may
-    // not have been refreshed yet.
-    bool waitForSearch();
+    // Returns when no search is under way. False if there was none, or it has failed.
+    [[nodiscard]] bool waitForSearch();
+    // Whether a refresh of the pool has listed what the search has found.
+    [[nodiscard]] bool isSearchListed();
 
 private:
     using ResourceMap = DataProcessing::Core::IResourcePool::ResourceMap;
@@ -57,6 +61,7 @@ private:
     [[nodiscard]] Layers getLayers();
     void watch(LayerCameras& layer);
     void refreshWatched() noexcept;
+    [[nodiscard]] bool isSearchDone();
     void search() noexcept;
     void addLateLayers();
     void endSearch(Search state) noexcept;
@@ -68,6 +73,7 @@ private:
     std::mutex mutex_;
     std::condition_variable searchEnded_;
     Search search_;
+    bool isSearchListed_ = false;
     Layers layers_;
     std::uint64_t changesBegun_ = 0;  // of the pool's list
 };

@@ -74,6 +74,11 @@ std::shared_ptr<Core::IResourcePool> createResourcePool(
     return CameraPool::create(std::move(layers), nullptr);
 }
 
+bool waitForRealCameras(Core::IResourcePool& pool) {
+    auto* const cameras = dynamic_cast<CameraPool*>(&pool);
+    return cameras != nullptr && cameras->waitForRealCameras();
+}
+
 void printDevices(std::ostream& out, Core::IResourcePool& pool, DeviceFormat format) {
     const auto type = Utils::TypeInfo::getTypeInfo<Core::IDeviceResource>(true);
     Json devices = Json::array();

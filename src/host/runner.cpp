@@ -8,8 +8,10 @@
 #include <map>
 #include <set>
 
+#include "host/camerapool.h"
 #include "host/jsontext.h"
 #include "host/message.h"
+#include "host/nodelines.h"
 #include "host/outputtap.h"
 #include "host/outputwriter.h"
 #include "host/recovery.h"
@@ -174,16 +176,38 @@ private:
         }
     }
 
+    // A node that finds no camera has the pool look for real ones, and does not wait for them.
     void allocate() {
+        auto* const cameras = dynamic_cast<CameraPool*>(&recipe_.pool());
+        const bool mayFindMore = cameras != nullptr && !cameras->listsRealCameras();
+        std::string failure = tryToAllocate(mayFindMore ? cameras : nullptr);
+        if (!failure.empty() && mayFindMore && cameras->listsRealCameras()) {
+            failure = tryToAllocate(nullptr);
+        }
+        if (!failure.empty()) {
+            fail(recipe_.recipe().source() + ": " + failure);
+        }
+    }
+
+    // Why not, or nothing. After a failure real cameras that the pool looks for are waited for; if
+    // they come to the list nobody has to know of the failure.
+    [[nodiscard]] std::string tryToAllocate(CameraPool* cameras) {
+        NodeLines lines;
         const auto failure = graph().allocateResources();
+        if (failure.errors.empty()) {
+            return {};
+        }
+        if (cameras != nullptr && cameras->waitForRealCameras()) {
+            lines.drop();
+        }
         std::string texts;
         for (const auto& error : failure.errors) {
             texts += (texts.empty() ? "" : "; ") + error->getDescription().str();
         }
-        if (!failure.errors.empty()) {
-            fail(recipe_.recipe().source() + ": node " + inQuotes(failure.node.str()) +
-                 ": can not allocate: " + texts);
+        for (const std::string& cause : lines.causesOf(texts)) {
+            texts += " " + cause;
         }
+        return "node " + inQuotes(failure.node.str()) + ": can not allocate: " + texts;
     }
 
     void begin() {

@@ -171,39 +171,29 @@ TEST_F(CameraPoolSearch, CameraThatIsThereIsFoundAtOnce) {
     EXPECT_EQ(find("OrlixEmulated"), emulatedOnly_);
 }
 
-TEST_F(CameraPoolSearch, WhoAsksForACameraThatIsNotThereWaitsForTheSearch) {
+// Nodes ask under their locks, and some only to know whether a camera is in use.
+TEST_F(CameraPoolSearch, WhoAsksForACameraThatIsNotThereDoesNotWait) {
     pool_->refreshResources({});
+    EXPECT_EQ(find("Real"), Names());
+}
+
+TEST_F(CameraPoolSearch, WhoWaitsHasThemInTheList) {
+    EXPECT_FALSE(pool_->waitForRealCameras()) << "nobody looks for them";
+    EXPECT_FALSE(pool_->listsRealCameras());
+    pool_->refreshResources({});
+    EXPECT_FALSE(pool_->listsRealCameras());
     std::thread opener([this] { gate_.open(); });
-    EXPECT_EQ(find("Real"), Names{"Real"});
+    EXPECT_TRUE(pool_->waitForRealCameras());
+    EXPECT_TRUE(pool_->listsRealCameras());
+    EXPECT_EQ(listed(), both_);
+    EXPECT_TRUE(pool_->waitForRealCameras());
     opener.join();
 }
 
-TEST_F(CameraPoolSearch, CameraInUseIsNoneForWhoWantsAny) {
-    const auto resources = pool_->getResources(deviceType());
-    auto* const resource =
-        Utils::object_cast<Core::IDeviceResource>(resources.begin()->second.get());
-    const auto held = resource->acquireDevice(false);
-    ASSERT_NE(held, nullptr);
-    pool_->refreshResources({});
-    std::thread opener([this] { gate_.open(); });
-    EXPECT_EQ(classesOf(pool_->findResources({}, deviceType())), both_);
-    opener.join();
-}
-
-// As an allocation under its node's lock, which a slot of the pool's signal waits for.
-TEST_F(CameraPoolSearch, WhoWaitsMayHoldALockThatASlotTakes) {
-    std::mutex node;
-    const auto holder = std::this_thread::get_id();
-    const Utils::ScopedConnection connection(pool_->getResourcesChangedSignal()->connect([&] {
-        if (std::this_thread::get_id() != holder) {
-            const std::scoped_lock lock(node);
-        }
-    }),
-                                             true);
-    const std::scoped_lock lock(node);
-    pool_->refreshResources({});
-    gate_.open();
-    EXPECT_EQ(find("Real"), Names{"Real"});
+TEST_F(CameraPoolSearch, WithoutRealCamerasThereIsNothingToWaitFor) {
+    const auto pool = CameraPool::create({}, nullptr);
+    EXPECT_TRUE(pool->listsRealCameras());
+    EXPECT_TRUE(pool->waitForRealCameras());
 }
 
 TEST_F(CameraPoolSearch, PoolThatIsMadeForRealCamerasListsThem) {
@@ -235,6 +225,40 @@ TEST_F(CameraPoolSearch, PoolMayEndWhileRealCamerasAreLookedFor) {
     std::thread opener([this] { gate_.open(); });
     pool_.reset();
     opener.join();
+}
+
+// Nothing of it may be left for a thread that nobody waits for: it would end beside the process.
+TEST_F(CameraPoolSearch, PoolIsGoneWhenItsOwnerHasLetGo) {
+    for (const bool isTelling : {false, true}) {
+        bool isGone = false;
+        std::shared_ptr<void> end(nullptr, [&isGone](void*) { isGone = true; });
+        Gate begun;
+        Gate mayGoOn;
+        auto pool = CameraPool::create({}, [&, end] {
+            std::vector<std::shared_ptr<ICameraLayer>> layers = makeLate();
+            if (!isTelling) {
+                begun.open();
+                mayGoOn.wait();
+            }
+            return layers;
+        });
+        end.reset();
+        // The refresh below may find them itself.
+        static_cast<void>(
+            pool->getResourcesChangedSignal()->connect([&, owner = std::this_thread::get_id()] {
+                begun.open();
+                if (std::this_thread::get_id() != owner) {
+                    mayGoOn.wait();
+                }
+            }));
+        gate_.open();
+        pool->refreshResources({});
+        begun.wait();
+        std::thread opener([&] { mayGoOn.open(); });
+        pool.reset();
+        EXPECT_TRUE(isGone) << isTelling;
+        opener.join();
+    }
 }
 
 // The last one who lets go may be the thread of the search.
