@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "host/message.h"
+#include "host/nodelines.h"
 #include "host/settingsdocument.h"
 #include "host/startwatch.h"
 #include "orlixdataprocessingcore/core/image.h"
@@ -108,6 +109,10 @@ void RecipeGraph::loadSettings(std::size_t index) {
         place, [&]() -> auto& { return serializableOf(*nodes_[index]); });
     try {
         const CurrentDirectoryKeeper keeper;
+        const NodeLines lines([&] {
+            const std::string key = settings->lastRead();
+            return place + (key.empty() ? "" : ": setting " + inQuotes(key));
+        });
         serializable.loadSettings(settings);
     } catch (...) {
         fail(place + ": " + withSetting(currentMessage(), *settings));
@@ -167,9 +172,11 @@ void RecipeGraph::set(const std::string& assignment) {
         fail("--set " + assignment + ": expected NODE.PARAM=VALUE");
     }
     const std::size_t index = indexOf(assignment.substr(0, dot));
-    withPlace(recipe_.placeOf(index), [&] {
-        setParameter(vcellMapOf(*nodes_[index]), assignment.substr(dot + 1, equals - dot - 1),
-                     assignment.substr(equals + 1));
+    const std::string place = recipe_.placeOf(index);
+    const std::string parameter = assignment.substr(dot + 1, equals - dot - 1);
+    withPlace(place, [&] {
+        const NodeLines lines([&] { return place + ": parameter " + inQuotes(parameter); });
+        setParameter(vcellMapOf(*nodes_[index]), parameter, assignment.substr(equals + 1));
     });
 }
 

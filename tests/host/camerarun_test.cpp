@@ -1,6 +1,7 @@
 // Recipes with a camera, run by the real program on emulated ones.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -71,6 +72,78 @@ TEST_F(CameraRun, CameraInUseIsNamedWithItsHolder) {
                   recipe_ +
                       ": node \"Camera\": can not allocate: Device 'EmulatedCamera (EMU-0001)' is "
                       "in use by line 4 (10.0.0.7).");
+}
+
+TEST_F(CameraRun, RecipeForAnotherCameraTellsThatThereIsNone) {
+    for (const char* const properties :
+         {R"("DeviceClass": "OrlixEmulated", "UserDefinedName": "line 4")",
+          R"("SerialNumber": "EMU-0007")", R"("NoSuchProperty": "x")"}) {
+        const std::string recipe = folder_.write(
+            "other.json", std::string(R"({"version": 1, "nodes": [{"name": "Camera", "type":
+            "Camera", "settings": {"DeviceProperties": {)") +
+                              properties + "}}}]}");
+        expectFailure(
+            runOrlix({"run", recipe, "--frames", "1", "--no-real-cameras"}),
+            recipe + ": node \"Camera\": can not allocate: No suitable camera found to allocate.");
+    }
+}
+
+// The texts of the node's messages, and the one that it only logs.
+TEST_F(CameraRun, RejectedConfigurationSetIsToldWithNodeAndFeature) {
+    const auto failureOf = [this](const char* set, const char* text) {
+        const std::string recipe = folder_.write(
+            "set.json", std::string(R"({"version": 1, "nodes": [{"name": "Camera", "type":
+            "Camera", "settings": {"FeatureStreams": {")") +
+                            set + "\": \"" + text + "\"}}}]}");
+        const ProgramResult result =
+            runOrlix({"run", recipe, "--frames", "1", "--no-real-cameras"});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.out, "");
+        const std::string place = "orlix: " + recipe + ": node \"Camera\": can not allocate: ";
+        EXPECT_EQ(result.err.substr(0, place.size()), place);
+        return result.err.substr(std::min(place.size(), result.err.size()));
+    };
+    const std::string device = "Failed to load feature streams from active configuration set. ";
+    const std::string instance =
+        "Failed to load camera feature stream from active configuration set. ";
+    EXPECT_EQ(failureOf("@CameraDevice", "Width\\t99999999\\n"),
+              device +
+                  "The feature stream could not be loaded whole. Line 1, Width: Node 'Width' can "
+                  "not take 99999999: its range is 1 to 4096.\n");
+    EXPECT_EQ(failureOf("@CameraInstance", "Nothing\\t1\\n"),
+              instance +
+                  "The feature stream could not be loaded whole. Line 1, Nothing: there is no "
+                  "such feature.\n");
+}
+
+// A bad text stops no run, but nobody should have to guess what is meant.
+TEST_F(CameraRun, BadPinTextIsToldWithNodeAndParameter) {
+    const std::string recipe = folder_.write("pins.json", R"({"version": 1, "nodes": [
+        {"name": "Camera", "type": "Camera", "settings": {
+            "EventConfiguration": ["rubbish"], "ChunkPinConfigurations": ["nonsense"]}}]})");
+    const std::string line =
+        "error: orlix.dataprocessing.vcell.Camera: " + recipe + ": node \"Camera\": ";
+    const std::string text = ": Camera: (0,0): Error : Unexpected end of line. Expected dot.";
+    for (const char* const command : {"validate", "run"}) {
+        std::vector<std::string> arguments = {command, recipe, "--no-real-cameras"};
+        if (std::string(command) == "run") {
+            arguments.insert(arguments.end(), {"--frames", "1", "--emulated-cameras", "1"});
+        }
+        const ProgramResult result = runOrlix(arguments);
+        EXPECT_EQ(result.exitCode, 0);
+        const auto lines = linesOf(result.err);
+        ASSERT_GE(lines.size(), 2U) << result.err;
+        EXPECT_EQ(lines[0], line + "setting \"EventConfiguration[0]\"" + text);
+        EXPECT_EQ(lines[1], line + "setting \"ChunkPinConfigurations[0]\"" + text);
+    }
+    const ProgramResult set =
+        run({"--frames", "1", "--emulated-cameras", "1", "--set", "Camera.EventPinAdd=1", "--set",
+             "Camera.EventPinConfiguration=rubbish"});
+    EXPECT_EQ(set.exitCode, 0);
+    const auto lines = linesOf(set.err);
+    ASSERT_GE(lines.size(), 1U);
+    EXPECT_EQ(lines[0], "error: orlix.dataprocessing.vcell.Camera: " + recipe_ +
+                            ": node \"Camera\": parameter \"EventPinConfiguration\"" + text);
 }
 
 TEST_F(CameraRun, FailedFramesAreImagesWithAnError) {
