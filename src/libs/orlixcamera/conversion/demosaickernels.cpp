@@ -5,6 +5,8 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
+#include <type_traits>
+
 #include "orlixcamera/conversion/rowkernels.h"
 #include "orlixcamera/conversion/vectorpixels.h"
 #include "orlixcamera/conversion/vectorsinks.h"
@@ -27,61 +29,81 @@ struct LanesFor<ToRgb16Planar> {
     using Tag = D16;
 };
 
-// Samples of a row, the means of those left and right of each, and the bits in which the two
-// differ.
-template <class V>
-struct RawSamples {
-    V here, sides, differ;
-};
-
 template <class D>
 HWY_INLINE hn::Vec<D> LoadSamples(D d, const std::uint8_t* from) {
     return hn::BitCast(d, hn::LoadU(D8(), from));
 }
 
+// The lowest bit of lanes where a + b is odd, and of those where it is even; all other bits are 0.
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+template <class V>
+HWY_INLINE V OddSum(V a, V b, V mask) {
+    return V{_mm512_ternarylogic_epi32(a.raw, b.raw, mask.raw, 0x28)};
+}
+template <class V>
+HWY_INLINE V EvenSum(V a, V b, V mask) {
+    return V{_mm512_ternarylogic_epi32(a.raw, b.raw, mask.raw, 0x82)};
+}
+#else
+template <class V>
+HWY_INLINE V OddSum(V a, V b, V mask) {
+    return hn::And(hn::Xor(a, b), mask);
+}
+template <class V>
+HWY_INLINE V EvenSum(V a, V b, V mask) {
+    return hn::AndNot(hn::Xor(a, b), mask);
+}
+#endif
+
+// The samples of a row, and their neighbours in it.
+template <class V>
+struct RawSamples {
+    V here, left, right;
+};
+
 template <class D>
 HWY_INLINE RawSamples<hn::Vec<D>> LoadRaw(D d, const std::uint8_t* from) {
     constexpr std::size_t Bytes = sizeof(hn::TFromD<D>);
-    const auto left = LoadSamples(d, from - Bytes);
-    const auto right = LoadSamples(d, from + Bytes);
-    return {LoadSamples(d, from), hn::AverageRound(left, right), hn::Xor(left, right)};
+    return {LoadSamples(d, from), LoadSamples(d, from - Bytes), LoadSamples(d, from + Bytes)};
 }
 
-// (a + b + c + d + 2) >> 2 from the rounded means x of a and b, and y of c and d. The mean of x and
-// y is one too large where it was rounded up and x or y was before: `differ` has the lowest bit set
-// where a and b, or c and d, differ there.
-template <class D>
-HWY_INLINE hn::Vec<D> MeanOfMeans(D d, hn::Vec<D> x, hn::Vec<D> y, hn::Vec<D> differ) {
-    const auto excess = hn::And(hn::And(hn::Xor(x, y), differ), hn::Set(d, 1));
-    return hn::Sub(hn::AverageRound(x, y), excess);
-}
-
+// A mean of two, rounded to nearest and rounded down, and 1 where these are the same.
 template <class V>
-HWY_INLINE Colour<V> Swapped(const Colour<V>& pixel) {
-    return {pixel.b, pixel.g, pixel.r};
-}
+struct Mean {
+    V rounded, down, isWhole;
+};
 
-// One line. In the place of red is the line's own colour, in that of blue the other one; `own`
-// tells which pixels have the former.
 template <class D>
-HWY_INLINE Colour<hn::Vec<D>> Interpolate(D d, const RawSamples<hn::Vec<D>>& above,
-                                          const RawSamples<hn::Vec<D>>& line,
-                                          const RawSamples<hn::Vec<D>>& below, hn::Mask<D> own) {
-    const auto ends = hn::AverageRound(above.here, below.here);
-    const auto endsDiffer = hn::Xor(above.here, below.here);
-    const auto cross = MeanOfMeans(d, ends, line.sides, hn::Or(endsDiffer, line.differ));
-    const auto corners =
-        MeanOfMeans(d, above.sides, below.sides, hn::Or(above.differ, below.differ));
-    return {hn::IfThenElse(own, line.here, line.sides), hn::IfThenElse(own, cross, line.here),
-            hn::IfThenElse(own, corners, ends)};
+HWY_INLINE Mean<hn::Vec<D>> MeanOfSides(D d, const RawSamples<hn::Vec<D>>& row) {
+    const auto one = hn::Set(d, 1);
+    const auto rounded = hn::AverageRound(row.left, row.right);
+    return {rounded, hn::Sub(rounded, OddSum(row.left, row.right, one)),
+            EvenSum(row.left, row.right, one)};
 }
 
-HWY_INLINE Colour<V8> Raise(const Colour<V8>& pixel, int) {
-    return pixel;
+// (a + b + c + d + 2) >> 2, where `mean` is of a and b, and `other` the rounded mean of c and d.
+// That is the rounded mean of both, but one of the two must be rounded down if either isn't whole.
+template <class V>
+HWY_INLINE V MeanOfFour(const Mean<V>& mean, V other, V c, V d) {
+    return hn::AverageRound(mean.down, hn::Sub(other, OddSum(c, d, mean.isWhole)));
 }
-HWY_INLINE Colour<V16> Raise(const Colour<V16>& pixel, int shift) {
-    return {hn::ShiftLeftSame(pixel.r, shift), hn::ShiftLeftSame(pixel.g, shift),
-            hn::ShiftLeftSame(pixel.b, shift)};
+
+// What a line's pixels may be made of: `here` and the means of the neighbours in the line, in the
+// column, in both and in the four corners.
+template <class V>
+struct Neighbourhood {
+    V here, sides, ends, cross, corners;
+};
+
+// `outer` is the row on the other side of the line than `inner`.
+template <class V>
+HWY_INLINE Neighbourhood<V> Interpolate(const RawSamples<V>& outer, const RawSamples<V>& line,
+                                        const Mean<V>& sides, const RawSamples<V>& inner,
+                                        const Mean<V>& innerSides) {
+    const V ends = hn::AverageRound(outer.here, inner.here);
+    const V outerSides = hn::AverageRound(outer.left, outer.right);
+    return {line.here, sides.rounded, ends, MeanOfFour(sides, ends, outer.here, inner.here),
+            MeanOfFour(innerSides, outerSides, outer.left, outer.right)};
 }
 
 // The lanes with even numbers.
@@ -92,32 +114,84 @@ HWY_INLINE hn::Mask<D16> EvenLanes(D16 d) {
     return hn::MaskFromVec(hn::BitCast(d, hn::Set(hn::ScalableTag<std::uint32_t>(), 0x0000FFFF)));
 }
 
+// One line of the pattern: the colour that it has besides green, and the lanes which have it.
+template <bool HasRed, Parity OwnLanes>
+struct PatternLine {
+    using Next = PatternLine<!HasRed, Other(OwnLanes)>;
+    using Shifted = PatternLine<HasRed, Other(OwnLanes)>;
+
+    // The pixels in the place of `own` and of `other` colour.
+    template <class V>
+    static HWY_INLINE Colour<V> Arrange(V own, V green, V other) {
+        return HasRed ? Colour<V>{own, green, other} : Colour<V>{other, green, own};
+    }
+
+    template <class D>
+    static HWY_INLINE Colour<hn::Vec<D>> Colours(D d, const Neighbourhood<hn::Vec<D>>& line) {
+        const auto even = EvenLanes(d);
+        const auto own = OwnLanes == Parity::Even ? even : hn::Not(even);
+        return Arrange(hn::IfThenElse(own, line.here, line.sides),
+                       hn::IfThenElse(own, line.cross, line.here),
+                       hn::IfThenElse(own, line.corners, line.ends));
+    }
+
+    // Without bringing the colours together: the lanes of either kind have a luma of their own.
+    static HWY_INLINE Grey<V8> Greys(const Neighbourhood<V8>& line) {
+        const auto own = Arrange(line.here, line.cross, line.corners);
+        const auto green = Arrange(line.sides, line.here, line.ends);
+        const V16 ofOwn = LumaOf<OwnLanes>(own.r, own.g, own.b);
+        const V16 ofGreen = LumaOf<Other(OwnLanes)>(green.r, green.g, green.b);
+        return {OwnLanes == Parity::Even ? JoinBytes(ofOwn, ofGreen) : JoinBytes(ofGreen, ofOwn)};
+    }
+};
+
+template <class Sink, class Pattern, class D>
+HWY_INLINE auto Pixels(D d, const Neighbourhood<hn::Vec<D>>& line) {
+    if constexpr (std::is_same_v<Sink, ToMono8>) {
+        return Pattern::Greys(line);
+    } else {
+        return Pattern::Colours(d, line);
+    }
+}
+
+HWY_INLINE Grey<V8> Raise(const Grey<V8>& pixel, int) {
+    return pixel;
+}
+HWY_INLINE Colour<V8> Raise(const Colour<V8>& pixel, int) {
+    return pixel;
+}
+HWY_INLINE Colour<V16> Raise(const Colour<V16>& pixel, int shift) {
+    return {hn::ShiftLeftSame(pixel.r, shift), hn::ShiftLeftSame(pixel.g, shift),
+            hn::ShiftLeftSame(pixel.b, shift)};
+}
+
 // A vector of pixels of both lines, from a column on. The first line is stored last, since a line
 // that stands alone is there twice.
-template <class Sink, bool RedFirst, Stores Way = Stores::Cached>
+template <class Sink, class Pattern, Stores Way = Stores::Cached>
 ORLIX_VECTOR_FUNCTION void ConvertBlock(const BayerLines& lines, std::size_t column,
-                                        const Line& first, const Line& second,
-                                        hn::Mask<typename LanesFor<Sink>::Tag> own) {
+                                        const Line& first, const Line& second) {
     const typename LanesFor<Sink>::Tag d;
     const std::size_t offset = column * sizeof(hn::TFromD<decltype(d)>);
     const auto above = LoadRaw(d, lines.rows[0] + offset);
     const auto one = LoadRaw(d, lines.rows[1] + offset);
     const auto two = LoadRaw(d, lines.rows[2] + offset);
     const auto below = LoadRaw(d, lines.rows[3] + offset);
-    const auto upper = Raise(Interpolate(d, above, one, two, own), lines.shiftUp);
-    const auto lower = Raise(Interpolate(d, one, two, below, hn::Not(own)), lines.shiftUp);
-    Sink::template Store<Way>(RedFirst ? Swapped(lower) : lower, second);
-    Sink::template Store<Way>(RedFirst ? upper : Swapped(upper), first);
+    const auto sidesOne = MeanOfSides(d, one);
+    const auto sidesTwo = MeanOfSides(d, two);
+    const auto upper = Interpolate(above, one, sidesOne, two, sidesTwo);
+    const auto lower = Interpolate(below, two, sidesTwo, one, sidesOne);
+    const int shift = lines.shiftUp;
+    Sink::template Store<Way>(Raise(Pixels<Sink, typename Pattern::Next>(d, lower), shift), second);
+    Sink::template Store<Way>(Raise(Pixels<Sink, Pattern>(d, upper), shift), first);
 }
 
 // Lines that are shorter than a vector.
-template <class Sink, bool RedFirst>
-HWY_NOINLINE void ConvertShortLines(const BayerLines& lines,
-                                    hn::Mask<typename LanesFor<Sink>::Tag> own) {
+template <class Sink, class Pattern>
+HWY_NOINLINE void ConvertShortLines(const BayerLines& lines) {
     constexpr std::size_t Bytes = hn::MaxLanes(typename LanesFor<Sink>::Tag()) * Sink::Bytes;
     HWY_ALIGN std::uint8_t out[2][3][Bytes];
-    ConvertBlock<Sink, RedFirst>(lines, 0, {out[0][0], out[0][1], out[0][2]},
-                                 {out[1][0], out[1][1], out[1][2]}, own);
+    ConvertBlock<Sink, Pattern>(lines, 0, {out[0][0], out[0][1], out[0][2]},
+                                {out[1][0], out[1][1], out[1][2]});
     for (const std::size_t line : {1U, 0U}) {
         for (std::size_t plane = 0; plane < Sink::Planes; ++plane) {
             std::memcpy(lines.to[line][plane], out[line][plane], lines.width * Sink::Bytes);
@@ -125,42 +199,48 @@ HWY_NOINLINE void ConvertShortLines(const BayerLines& lines,
     }
 }
 
+template <class Sink, class Pattern, Stores Way = Stores::Cached>
+HWY_INLINE void ConvertAt(const BayerLines& lines, std::size_t column) {
+    ConvertBlock<Sink, Pattern, Way>(lines, column, Advance(lines.to[0], column * Sink::Bytes),
+                                     Advance(lines.to[1], column * Sink::Bytes));
+}
+
 // The last vector ends with the line; at an odd column the pattern is the other way round.
-template <class Sink, bool RedFirst>
+template <class Sink, class Pattern>
 HWY_INLINE void ConvertPair(const BayerLines& lines) {
-    const typename LanesFor<Sink>::Tag d;
-    const std::size_t lanes = hn::Lanes(d);
-    const auto even = EvenLanes(d);
-    const auto own = lines.ownColumn == 0 ? even : hn::Not(even);
+    const std::size_t lanes = hn::Lanes(typename LanesFor<Sink>::Tag());
     if (lines.width < lanes) {
-        ConvertShortLines<Sink, RedFirst>(lines, own);
+        ConvertShortLines<Sink, Pattern>(lines);
         return;
     }
     std::size_t column = 0;
     if constexpr (HasStreams) {
         for (; lines.streams && column < lines.width; column += lanes) {
-            ConvertBlock<Sink, RedFirst, Stores::Streamed>(
-                lines, column, Advance(lines.to[0], column * Sink::Bytes),
-                Advance(lines.to[1], column * Sink::Bytes), own);
+            ConvertAt<Sink, Pattern, Stores::Streamed>(lines, column);
         }
     }
     for (; column + lanes <= lines.width; column += lanes) {
-        ConvertBlock<Sink, RedFirst>(lines, column, Advance(lines.to[0], column * Sink::Bytes),
-                                     Advance(lines.to[1], column * Sink::Bytes), own);
+        ConvertAt<Sink, Pattern>(lines, column);
     }
     if (column < lines.width) {
         column = lines.width - lanes;
-        ConvertBlock<Sink, RedFirst>(lines, column, Advance(lines.to[0], column * Sink::Bytes),
-                                     Advance(lines.to[1], column * Sink::Bytes),
-                                     column % 2 == 0 ? own : hn::Not(own));
+        column % 2 == 0 ? ConvertAt<Sink, Pattern>(lines, column)
+                        : ConvertAt<Sink, typename Pattern::Shifted>(lines, column);
     }
+}
+
+template <class Sink, bool HasRed>
+HWY_INLINE void ConvertPairFrom(const BayerLines& lines) {
+    lines.ownColumn == 0 ? ConvertPair<Sink, PatternLine<HasRed, Parity::Even>>(lines)
+                         : ConvertPair<Sink, PatternLine<HasRed, Parity::Odd>>(lines);
 }
 
 }  // namespace
 
-#define ORLIX_KERNEL(Name)                                                                         \
-    void DemosaicTo##Name##Lines(const BayerLines& lines) {                                        \
-        lines.redFirst ? ConvertPair<To##Name, true>(lines) : ConvertPair<To##Name, false>(lines); \
+#define ORLIX_KERNEL(Name)                                        \
+    void DemosaicTo##Name##Lines(const BayerLines& lines) {       \
+        lines.redFirst ? ConvertPairFrom<To##Name, true>(lines)   \
+                       : ConvertPairFrom<To##Name, false>(lines); \
     }
 ORLIX_DEMOSAICS(ORLIX_KERNEL)
 #undef ORLIX_KERNEL

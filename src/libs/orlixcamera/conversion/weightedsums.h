@@ -24,15 +24,12 @@ using DF32 = hn::ScalableTag<float>;
 using VI32 = hn::Vec<DI32>;
 using VU32 = hn::Vec<DU32>;
 
-// The even and the odd bytes of a vector as words, and back.
+// The even and the odd bytes of a vector as words.
 HWY_INLINE V16 EvenBytes(V8 value) {
     return hn::And(hn::BitCast(D16(), value), hn::Set(D16(), 0xFF));
 }
 HWY_INLINE V16 OddBytes(V8 value) {
     return hn::ShiftRight<8>(hn::BitCast(D16(), value));
-}
-HWY_INLINE V8 JoinBytes(V16 even, V16 odd) {
-    return hn::BitCast(D8(), hn::Or(even, hn::ShiftLeft<8>(odd)));
 }
 
 // The even byte of each word times `even` plus the odd one times `odd`, which must fit into a
@@ -79,12 +76,52 @@ HWY_INLINE V8 PackWords(V16 low, V16 high) {
 #endif
 }
 
+// Which lanes of a vector are meant.
+enum class Parity { Even, Odd };
+
+constexpr Parity Other(Parity lanes) {
+    return lanes == Parity::Even ? Parity::Odd : Parity::Even;
+}
+
+// Bytes of such lanes side by side: that of `first` in the even lane, that of `second` in the odd
+// one.
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+template <Parity Lanes>
+HWY_INLINE V8 PairBytes(V8 first, V8 second) {
+    const __m512i swap =
+        _mm512_broadcast_i32x4(_mm_set_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1));
+    constexpr __mmask64 EvenLanes = 0x5555555555555555;
+    return Lanes == Parity::Even
+               ? V8{_mm512_mask_shuffle_epi8(first.raw, ~EvenLanes, second.raw, swap)}
+               : V8{_mm512_mask_shuffle_epi8(second.raw, EvenLanes, first.raw, swap)};
+}
+// Words of even and of odd bytes as a vector.
+HWY_INLINE V8 JoinBytes(V16 even, V16 odd) {
+    return PairBytes<Parity::Even>(hn::BitCast(D8(), even), hn::BitCast(D8(), odd));
+}
+#else
+template <Parity Lanes>
+HWY_INLINE V8 PairBytes(V8 first, V8 second) {
+    const D8 d;
+    const D16 words;
+    if constexpr (Lanes == Parity::Even) {
+        const V16 moved = hn::ShiftLeft<8>(hn::BitCast(words, second));
+        return hn::OddEven(hn::BitCast(d, moved), first);
+    } else {
+        return hn::OddEven(second, hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(words, first))));
+    }
+}
+HWY_INLINE V8 JoinBytes(V16 even, V16 odd) {
+    return hn::BitCast(D8(), hn::Or(even, hn::ShiftLeft<8>(odd)));
+}
+#endif
+
 // Luma in thousandths is 299 R + 587 G + 114 B, and the weights are 2 * 128 + 43, 4 * 128 + 75 and
-// 114. The small ones give 59,160 at most with 4 * 125 for the half, and the large ones an eighth
-// of all without its fraction, which fits into a word. Since 1000 = 8 * 125, its product with
-// 2^22 / 125, rounded up to 33,555, gives the exact quotient.
-HWY_INLINE V16 LumaOfPairs(V8 redGreen, V8 blueFour) {
-    const V16 small = hn::Add(WeighBytes(redGreen, 43, 75), WeighBytes(blueFour, 114, 125));
+// 114. The small ones give 59,160 at most with 500 for the half, and the large ones an eighth of
+// all without its fraction, which fits into a word. Since 1000 = 8 * 125, its product with
+// 2^22 / 125, rounded up to 33,555, gives the exact quotient. `blue` is 114 B + 500.
+HWY_INLINE V16 LumaOfPairs(V8 redGreen, V16 blue) {
+    const V16 small = hn::Add(WeighBytes(redGreen, 43, 75), blue);
     const V16 eighth = hn::Add(hn::ShiftRight<3>(small), WeighBytes(redGreen, 32, 64));
     return hn::ShiftRight<6>(hn::MulHigh(eighth, hn::Set(D16(), 33555)));
 }
@@ -97,10 +134,18 @@ ORLIX_VECTOR_FUNCTION V8 Luma(const Pixel& pixel) {
     const D8 d;
     const V8 four = hn::Set(d, 4);
     const V16 low = LumaOfPairs(hn::InterleaveLower(d, pixel.r, pixel.g),
-                                hn::InterleaveLower(d, pixel.b, four));
+                                WeighBytes(hn::InterleaveLower(d, pixel.b, four), 114, 125));
     const V16 high = LumaOfPairs(hn::InterleaveUpper(d, pixel.r, pixel.g),
-                                 hn::InterleaveUpper(d, pixel.b, four));
+                                 WeighBytes(hn::InterleaveUpper(d, pixel.b, four), 114, 125));
     return PackWords(low, high);
+}
+
+// The luma of pixels in such lanes, as words.
+template <Parity Lanes>
+ORLIX_VECTOR_FUNCTION V16 LumaOf(V8 red, V8 green, V8 blue) {
+    constexpr bool IsEven = Lanes == Parity::Even;
+    const V16 weighed = WeighBytes(blue, IsEven ? 114 : 0, IsEven ? 0 : 114);
+    return LumaOfPairs(PairBytes<Lanes>(red, green), hn::Add(weighed, hn::Set(D16(), 500)));
 }
 
 // The destination of grey, whatever the pixels are.
