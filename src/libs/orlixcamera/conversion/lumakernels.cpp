@@ -14,20 +14,14 @@ namespace {
 
 // 8-bit colour to 16-bit grey: the luma of the 8-bit values, then moved up.
 template <class Source>
-struct WidenedLumaStep {
-    static constexpr std::size_t MaxLanes = hn::MaxLanes(D8());
-    static constexpr std::size_t SourceBytes = Source::Bytes;
-    static constexpr std::size_t Bytes = 2;
-    static constexpr std::size_t Planes = 1;
-
-    static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D8()); }
+struct WidenedLumaStep : StepForm<D8, Source::Bytes, 2> {
     static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to,
                                    const ConversionJob& job) {
         const V8 luma = Luma(Source::Load(from, 0));
         const V16 low = Widen(hn::LowerHalf(D8Half(), luma), job.shiftUp);
         const V16 high = Widen(hn::UpperHalf(D8Half(), luma), job.shiftUp);
         hn::StoreU(hn::BitCast(D8(), low), D8(), to[0]);
-        hn::StoreU(hn::BitCast(D8(), high), D8(), to[0] + Lanes());
+        hn::StoreU(hn::BitCast(D8(), high), D8(), to[0] + hn::Lanes(D8()));
     }
 };
 
@@ -89,13 +83,7 @@ HWY_INLINE VI32 LumaOfSignedPairs(hn::Vec<DI16> redGreen, hn::Vec<DI16> blue) {
 
 // 16-bit colour to 16-bit grey: the luma of the 16-bit values, then moved up, since some come with
 // fewer bits.
-struct WideLumaStep {
-    static constexpr std::size_t MaxLanes = hn::MaxLanes(D16());
-    static constexpr std::size_t SourceBytes = Rgb16::Bytes;
-    static constexpr std::size_t Bytes = 2;
-    static constexpr std::size_t Planes = 1;
-
-    static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D16()); }
+struct WideLumaStep : StepForm<D16, Rgb16::Bytes, 2> {
     static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to,
                                    const ConversionJob& job) {
         const Colour<V16> pixel = Rgb16::LoadWide(from, 0);

@@ -14,16 +14,7 @@ namespace Orlix::HWY_NAMESPACE {
 namespace {
 
 // Steps for ConvertLine, which knows how a line ends.
-template <std::size_t From, std::size_t To>
-struct RowStep {
-    static constexpr std::size_t MaxLanes = hn::MaxLanes(D8());
-    static constexpr std::size_t SourceBytes = From;
-    static constexpr std::size_t Bytes = To;
-    static constexpr std::size_t Planes = 1;
-    static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D8()); }
-};
-
-struct TakeEven : RowStep<2, 1> {
+struct TakeEven : StepForm<D8, 2, 1> {
     static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to, const ConversionJob&) {
         const D8 d;
         const V8 low = hn::LoadU(d, from);
@@ -31,7 +22,7 @@ struct TakeEven : RowStep<2, 1> {
     }
 };
 
-struct TakeOdd : RowStep<2, 1> {
+struct TakeOdd : StepForm<D8, 2, 1> {
     static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to, const ConversionJob&) {
         const D8 d;
         const V8 low = hn::LoadU(d, from);
@@ -41,7 +32,7 @@ struct TakeOdd : RowStep<2, 1> {
 
 // Pairs of bytes.
 template <bool Odd>
-struct Double : RowStep<2, 2> {
+struct Double : StepForm<D8, 2, 2> {
     static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D16()); }
     static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to, const ConversionJob&) {
         const V16 pairs = LoadWords(from);
@@ -52,7 +43,7 @@ struct Double : RowStep<2, 2> {
     }
 };
 
-struct SwapStep : RowStep<6, 6> {
+struct SwapStep : StepForm<D8, 6, 6> {
     static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D16()); }
     static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to, const ConversionJob&) {
         V16 a, b, c;

@@ -247,12 +247,7 @@ struct MaskedWords {
 };
 
 template <std::size_t Depth>
-struct WordsToWords {
-    static constexpr std::size_t MaxLanes = hn::MaxLanes(D16());
-    static constexpr std::size_t SourceBytes = 2;
-    static constexpr std::size_t Bytes = 2;
-    static constexpr std::size_t Planes = 1;
-    static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D16()); }
+struct WordsToWords : StepForm<D16, 2, 2> {
     static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to,
                                    const ConversionJob& job) {
         StoreWords(hn::ShiftLeftSame(MaskedWords<Depth>::Load(from), job.shiftUp), to[0]);
@@ -260,12 +255,7 @@ struct WordsToWords {
 };
 
 template <std::size_t Depth>
-struct WordsToBytes {
-    static constexpr std::size_t MaxLanes = hn::MaxLanes(D8());
-    static constexpr std::size_t SourceBytes = 2;
-    static constexpr std::size_t Bytes = 1;
-    static constexpr std::size_t Planes = 1;
-    static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D8()); }
+struct WordsToBytes : StepForm<D8, 2, 1> {
     static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to, const ConversionJob&) {
         const V16 low = hn::ShiftRight<Depth - 8>(MaskedWords<Depth>::Load(from));
         const V16 high =

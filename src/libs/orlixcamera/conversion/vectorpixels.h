@@ -198,17 +198,22 @@ HWY_INLINE Line Advance(const Line& line, std::size_t bytes) {
     return {line[0] + bytes, line[1] + bytes, line[2] + bytes};
 }
 
-// A step converts as many samples as its vector has lanes, from one source line to one line of
-// each destination plane. This one works on 8-bit lanes ...
-template <class Source, class Sink, Stores Way = Stores::Cached>
-struct ByteStep {
-    using Streamed = ByteStep<Source, Sink, Stores::Streamed>;
-    static constexpr std::size_t MaxLanes = hn::MaxLanes(D8());
-    static constexpr std::size_t SourceBytes = Source::Bytes;
-    static constexpr std::size_t Bytes = Sink::Bytes;
-    static constexpr std::size_t Planes = Sink::Planes;
+// A step converts as many samples as a vector of type D has lanes, from one source line to one line
+// of each destination plane. A sample has so many bytes there, and in each plane here.
+template <class D, std::size_t FromBytes, std::size_t ToBytes, std::size_t PlaneCount = 1>
+struct StepForm {
+    static constexpr std::size_t MaxLanes = hn::MaxLanes(D());
+    static constexpr std::size_t SourceBytes = FromBytes;
+    static constexpr std::size_t Bytes = ToBytes;
+    static constexpr std::size_t Planes = PlaneCount;
 
-    static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D8()); }
+    static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D()); }
+};
+
+// This one works on 8-bit lanes ...
+template <class Source, class Sink, Stores Way = Stores::Cached>
+struct ByteStep : StepForm<D8, Source::Bytes, Sink::Bytes, Sink::Planes> {
+    using Streamed = ByteStep<Source, Sink, Stores::Streamed>;
     static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to,
                                    const ConversionJob& job) {
         Sink::template Store<Way>(Source::Load(from, job.shiftDown), to);
@@ -217,14 +222,8 @@ struct ByteStep {
 
 // ... and this one on 16-bit lanes.
 template <class Source, class Sink, Stores Way = Stores::Cached>
-struct WideStep {
+struct WideStep : StepForm<D16, Source::Bytes, Sink::Bytes, Sink::Planes> {
     using Streamed = WideStep<Source, Sink, Stores::Streamed>;
-    static constexpr std::size_t MaxLanes = hn::MaxLanes(D16());
-    static constexpr std::size_t SourceBytes = Source::Bytes;
-    static constexpr std::size_t Bytes = Sink::Bytes;
-    static constexpr std::size_t Planes = Sink::Planes;
-
-    static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D16()); }
     static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to,
                                    const ConversionJob& job) {
         Sink::template Store<Way>(Source::LoadWide(from, job.shiftUp), to);

@@ -13,9 +13,7 @@ HWY_BEFORE_NAMESPACE();
 namespace Orlix::HWY_NAMESPACE {
 namespace {
 
-struct ToMono16 {
-    static constexpr std::size_t Bytes = 2;
-    static constexpr std::size_t Planes = 1;
+struct ToMono16 : SinkForm<2, 1> {
     template <Stores Way = Stores::Cached>
     static HWY_INLINE void Store(const Grey<V16>& pixel, const Line& to) {
         StoreWords<Way>(pixel.value, to[0]);
@@ -24,15 +22,10 @@ struct ToMono16 {
 
 // The upper bits of words as bytes. Two loads and a store are all that bounds it, and there a
 // processor with longer vectors than it has data paths does better with those of 32 bytes.
-struct NarrowStep {
+struct NarrowStep : StepForm<hn::CappedTag<std::uint8_t, 32>, 2, 1> {
     using Streamed = ByteStep<Mono16, ToMono8, Stores::Streamed>;
     using D = hn::CappedTag<std::uint8_t, 32>;
-    static constexpr std::size_t MaxLanes = hn::MaxLanes(D());
-    static constexpr std::size_t SourceBytes = 2;
-    static constexpr std::size_t Bytes = 1;
-    static constexpr std::size_t Planes = 1;
 
-    static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D()); }
     static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to,
                                    const ConversionJob& job) {
         const D d;
