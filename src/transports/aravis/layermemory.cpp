@@ -6,6 +6,7 @@
 
 #include "aravis/bootstrap.h"
 #include "gcbase/gcexception.h"
+#include "orlixcamera/transport/featuredescription.h"
 
 namespace Orlix::Aravis {
 
@@ -129,62 +130,22 @@ constexpr std::array rows = {
         .count = &Transport::StreamStatistics::missingPackets},
 };
 
-constexpr std::size_t numberSize = 8;
-
-std::string element(const char* name, const std::string& content) {
-    return std::string("<") + name + ">" + content + "</" + name + ">";
-}
-
-std::string nodesOf(const Row& row, std::size_t number) {
-    const std::string value = std::string(row.name) + "Reg";
-    const char* const type = row.kind == Kind::Switch ? "Boolean" : "Integer";
-    std::string text = std::string("<") + type + " Name=\"" + row.name + "\">" +
-                       element("ToolTip", row.toolTip) + element("Visibility", "Expert") +
-                       element("pValue", value);
-    if (row.kind == Kind::Switch) {
-        text += "<OnValue>1</OnValue><OffValue>0</OffValue>";
-    } else if (row.isWritable) {
-        text += element("Min", std::to_string(row.minimum)) +
-                element("Max", std::to_string(row.maximum));
-    }
-    return text + "</" + type + ">\n<IntReg Name=\"" + value +
-           "\"><Visibility>Invisible</Visibility>" +
-           element("Address", std::to_string(number * numberSize)) +
-           element("Length", std::to_string(numberSize)) +
-           element("AccessMode", row.isWritable ? "RW" : "RO") +
-           "<pPort>Device</pPort><Cachable>NoCache</Cachable><Sign>Signed</Sign>"
-           "<Endianess>LittleEndian</Endianess></IntReg>\n";
-}
-
-std::string categories() {
-    std::string root;
-    std::string all;
-    for (std::size_t first = 0; first < rows.size();) {
-        const char* const name = rows[first].category;
-        root += element("pFeature", name);
-        all += std::string("<Category Name=\"") + name + "\">";
-        for (; first < rows.size() && std::strcmp(rows[first].category, name) == 0; ++first) {
-            all += element("pFeature", rows[first].name);
-        }
-        all += "</Category>\n";
-    }
-    return "<Category Name=\"Root\">" + root + "</Category>\n" + all;
-}
+constexpr std::size_t numberSize = Transport::FeatureDescription::numberLength;
 
 std::string describe() {
-    std::string text =
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<RegisterDescription "
-        "xmlns=\"http://www.genicam.org/GenApi/Version_1_1\" ModelName=\"GigELayer\" "
-        "VendorName=\"Orlix\" StandardNameSpace=\"None\" SchemaMajorVersion=\"1\" "
-        "SchemaMinorVersion=\"1\" SchemaSubMinorVersion=\"0\" MajorVersion=\"1\" "
-        "MinorVersion=\"0\" SubMinorVersion=\"0\" "
-        "ProductGuid=\"6E0F3C52-9A57-4C9B-B0D1-5A2F7C1E8B44\" "
-        "VersionGuid=\"0B8D5E1A-4F60-4E8C-9C35-D7A16F92E3B0\">\n" +
-        categories();
-    for (std::size_t number = 0; number < rows.size(); ++number) {
-        text += nodesOf(rows[number], number);
+    Transport::FeatureDescription description("GigELayer", "6E0F3C52-9A57-4C9B-B0D1-5A2F7C1E8B44",
+                                              "0B8D5E1A-4F60-4E8C-9C35-D7A16F92E3B0");
+    std::int64_t address = 0;
+    for (const Row& row : rows) {
+        description.Add(Transport::NumberFeature{.texts = {row.category, row.name, row.toolTip},
+                                                 .address = address,
+                                                 .isSwitch = row.kind == Kind::Switch,
+                                                 .isWritable = row.isWritable,
+                                                 .minimum = row.minimum,
+                                                 .maximum = row.maximum});
+        address += Transport::FeatureDescription::numberLength;
     }
-    return text + "<Port Name=\"Device\"/>\n</RegisterDescription>\n";
+    return description.GetText();
 }
 
 const Row& rowAt(std::int64_t address, std::size_t length) {

@@ -9,6 +9,7 @@
 
 #include "gcbase/gcexception.h"
 #include "genapi/nodemapfactory.h"
+#include "orlixcamera/transport/featuredescription.h"
 
 namespace Orlix::Detail {
 
@@ -17,98 +18,49 @@ static_assert(std::endian::native == std::endian::little);
 
 namespace {
 
-constexpr std::int64_t numberLength = 8;
+using Transport::FeatureDescription;
+
+constexpr std::int64_t numberLength = FeatureDescription::numberLength;
+constexpr const char* openName = "IsOpenReg";
+constexpr const char* grabbingName = "IsGrabbingReg";
 constexpr std::int64_t openAddress = 0x10000;
 constexpr std::int64_t grabbingAddress = 0x10008;
 constexpr std::int64_t textBase = 0x100000;
 constexpr std::int64_t textLength = 512;
 
-std::string element(const char* name, const std::string& content) {
-    return std::string("<") + name + ">" + content + "</" + name + ">";
+Transport::FeatureTexts textsOf(const RegisterRow& row) {
+    return {row.category, row.name, row.toolTip, row.displayName};
 }
 
-std::string registerNode(const std::string& name, std::int64_t address, const char* access) {
-    return "<IntReg Name=\"" + name + "\"><Visibility>Invisible</Visibility>" +
-           element("Address", std::to_string(address)) +
-           element("Length", std::to_string(numberLength)) + element("AccessMode", access) +
-           "<pPort>Device</pPort><Cachable>NoCache</Cachable><Sign>Signed</Sign>"
-           "<Endianess>LittleEndian</Endianess></IntReg>\n";
+Transport::TextFeature textOf(const RegisterRow& row, std::int64_t number) {
+    return {textsOf(row), textBase + number * textLength, textLength};
 }
 
-// What every feature has, in the order of the schema.
-std::string texts(const RegisterRow& row) {
-    return element("ToolTip", row.toolTip) + element("DisplayName", row.displayName) +
-           element("Visibility", "Expert");
-}
-
-std::string textNode(const RegisterRow& row, std::size_t number) {
-    const std::int64_t address = textBase + static_cast<std::int64_t>(number) * textLength;
-    return std::string("<StringReg Name=\"") + row.name + "\">" + texts(row) +
-           element("Address", std::to_string(address)) +
-           element("Length", std::to_string(textLength)) +
-           "<AccessMode>RO</AccessMode><pPort>Device</pPort><Cachable>NoCache</Cachable>"
-           "</StringReg>\n";
-}
-
-std::string numberNode(const RegisterRow& row, std::size_t number) {
-    const bool isBoolean = row.kind == RegisterKind::Boolean;
+Transport::NumberFeature numberOf(const RegisterRow& row, std::int64_t number) {
     const bool isWritable = row.writable != Writable::Never;
-    const std::string value = std::string(row.name) + "Reg";
-    const char* const type = isBoolean ? "Boolean" : "Integer";
-    std::string text = std::string("<") + type + " Name=\"" + row.name + "\">" + texts(row);
-    if (row.available == Available::UnlessZero) {
-        text += element("pIsAvailable", value);
-    }
-    if (isWritable) {
-        text += element("pIsLocked",
-                        row.writable == Writable::WhileClosed ? "IsOpenReg" : "IsGrabbingReg") +
-                element("Streamable", "Yes");
-    }
-    text += element("pValue", value);
-    if (isBoolean) {
-        text += "<OnValue>1</OnValue><OffValue>0</OffValue>";
-    } else if (isWritable) {
-        text += element("Min", std::to_string(row.minimum)) +
-                element("Max", std::to_string(row.maximum));
-    }
-    const auto address = static_cast<std::int64_t>(number) * numberLength;
-    return text + "</" + type + ">\n" + registerNode(value, address, isWritable ? "RW" : "RO");
-}
-
-std::string categories(std::span<const RegisterRow> table) {
-    std::string root;
-    std::string all;
-    for (std::size_t first = 0; first < table.size();) {
-        const char* const name = table[first].category;
-        root += element("pFeature", name);
-        all += std::string("<Category Name=\"") + name + "\">";
-        for (; first < table.size() && std::strcmp(table[first].category, name) == 0; ++first) {
-            all += element("pFeature", table[first].name);
-        }
-        all += "</Category>\n";
-    }
-    return "<Category Name=\"Root\">" + root + "</Category>\n" + all;
+    const char* const lock = row.writable == Writable::WhileClosed ? openName : grabbingName;
+    return {.texts = textsOf(row),
+            .address = number * numberLength,
+            .isSwitch = row.kind == RegisterKind::Boolean,
+            .isWritable = isWritable,
+            .minimum = row.minimum,
+            .maximum = row.maximum,
+            .lock = isWritable ? lock : nullptr,
+            .isStreamable = isWritable,
+            .isGoneAtZero = row.available == Available::UnlessZero};
 }
 
 std::string describe(const char* model, std::span<const RegisterRow> table) {
-    std::string text =
-        std::string(
-            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<RegisterDescription "
-            "xmlns=\"http://www.genicam.org/GenApi/Version_1_1\" ModelName=\"") +
-        model +
-        "\" VendorName=\"Orlix\" StandardNameSpace=\"None\" SchemaMajorVersion=\"1\" "
-        "SchemaMinorVersion=\"1\" SchemaSubMinorVersion=\"0\" MajorVersion=\"1\" "
-        "MinorVersion=\"0\" SubMinorVersion=\"0\" "
-        "ProductGuid=\"1B6C6F0E-52A0-4C55-8B5C-6E6E4F9D7A01\" "
-        "VersionGuid=\"5D9E2B1C-0F4B-4B7E-9A43-3C2A8D1E6B02\">\n" +
-        categories(table);
-    for (std::size_t number = 0; number < table.size(); ++number) {
-        const RegisterRow& row = table[number];
-        text += row.kind == RegisterKind::Text ? textNode(row, number) : numberNode(row, number);
+    FeatureDescription description(model, "1B6C6F0E-52A0-4C55-8B5C-6E6E4F9D7A01",
+                                   "5D9E2B1C-0F4B-4B7E-9A43-3C2A8D1E6B02");
+    for (std::int64_t number = 0; number < std::ssize(table); ++number) {
+        const RegisterRow& row = table[static_cast<std::size_t>(number)];
+        row.kind == RegisterKind::Text ? description.Add(textOf(row, number))
+                                       : description.Add(numberOf(row, number));
     }
-    return text + registerNode("IsOpenReg", openAddress, "RO") +
-           registerNode("IsGrabbingReg", grabbingAddress, "RO") +
-           "<Port Name=\"Device\"/>\n</RegisterDescription>\n";
+    description.AddRegister(openName, openAddress, false);
+    description.AddRegister(grabbingName, grabbingAddress, false);
+    return description.GetText();
 }
 
 // A camera makes its maps in no time, since a table's text is made and parsed once.
