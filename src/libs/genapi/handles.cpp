@@ -27,6 +27,7 @@ using Call = NodeMap::Call;
 Verify verifyIf(bool verify) {
     return verify ? Verify::yes : Verify::no;
 }
+
 class ValueLayer : public NodeHandle, virtual public IValue {
 public:
     using NodeHandle::NodeHandle;
@@ -45,10 +46,33 @@ public:
     }
 };
 
-class IntegerLayer : public ValueLayer, public IInteger {
+// What integers and floats have in common.
+template <class Interface, typename Number>
+class NumberLayer : public ValueLayer, public Interface {
+public:
+    using ValueLayer::ValueLayer;
+    [[nodiscard]] ERepresentation GetRepresentation() override {
+        const Call call(map());
+        return engine().representation(id());
+    }
+    [[nodiscard]] gcstring GetUnit() override {
+        const Call call(map());
+        return gcstring(engine().unit(id()));
+    }
+    void ImposeMin(Number Value) override {
+        const Call call(map());
+        engine().imposeMinimum(id(), Value);
+    }
+    void ImposeMax(Number Value) override {
+        const Call call(map());
+        engine().imposeMaximum(id(), Value);
+    }
+};
+
+class IntegerLayer : public NumberLayer<IInteger, std::int64_t> {
 public:
     using IInteger::operator=;
-    using ValueLayer::ValueLayer;
+    using NumberLayer::NumberLayer;
     void SetValue(std::int64_t Value, bool Verify) override {
         const Call call(map());
         engine().setInteger(id(), Value, verifyIf(Verify));
@@ -77,28 +101,12 @@ public:
         const Call call(map());
         return engine().validIntegers(id());
     }
-    [[nodiscard]] ERepresentation GetRepresentation() override {
-        const Call call(map());
-        return engine().representation(id());
-    }
-    [[nodiscard]] gcstring GetUnit() override {
-        const Call call(map());
-        return gcstring(engine().unit(id()));
-    }
-    void ImposeMin(std::int64_t Value) override {
-        const Call call(map());
-        engine().imposeMinimum(id(), Value);
-    }
-    void ImposeMax(std::int64_t Value) override {
-        const Call call(map());
-        engine().imposeMaximum(id(), Value);
-    }
 };
 
-class FloatLayer : public ValueLayer, public IFloat {
+class FloatLayer : public NumberLayer<IFloat, double> {
 public:
     using IFloat::operator=;
-    using ValueLayer::ValueLayer;
+    using NumberLayer::NumberLayer;
     void SetValue(double Value, bool Verify) override {
         const Call call(map());
         engine().setReal(id(), Value, verifyIf(Verify));
@@ -138,14 +146,6 @@ public:
         const Call call(map());
         return engine().validReals(id());
     }
-    [[nodiscard]] ERepresentation GetRepresentation() override {
-        const Call call(map());
-        return engine().representation(id());
-    }
-    [[nodiscard]] gcstring GetUnit() override {
-        const Call call(map());
-        return gcstring(engine().unit(id()));
-    }
     [[nodiscard]] EDisplayNotation GetDisplayNotation() override {
         const Call call(map());
         return engine().notation(id());
@@ -153,14 +153,6 @@ public:
     [[nodiscard]] std::int64_t GetDisplayPrecision() override {
         const Call call(map());
         return engine().precision(id());
-    }
-    void ImposeMin(double Value) override {
-        const Call call(map());
-        engine().imposeMinimum(id(), Value);
-    }
-    void ImposeMax(double Value) override {
-        const Call call(map());
-        engine().imposeMaximum(id(), Value);
     }
 };
 
