@@ -308,28 +308,31 @@ TEST_F(BadFolder, FullDiskEndsTheRun) {
                   (folder_ / "out/values.jsonl") + ": can not write: No space left on device");
 }
 
-TEST_F(BadFolder, FileThatCanNotGrowEndsTheRun) {
+// A run that may not make a file longer than so many blocks: the shell sees to it.
+class BadFolderOfShortFiles : public BadFolder {
+protected:
+    void SetUp() override {
+        BadFolder::SetUp();
 #ifdef __SANITIZE_THREAD__
-    GTEST_SKIP() << "the thread sanitizer writes a file of its own before the program begins";
+        GTEST_SKIP() << "the thread sanitizer writes a file of its own before the program begins";
 #endif
-    // The shell limits the size of files to nothing.
-    const std::string command = "ulimit -f 0; exec \"$0\" run \"$1\" --package \"$2\" --out \"$3\"";
-    expectFailure(Program("/bin/sh", {"-c", command, orlixFile(), recipe_, testPackage("testnodes"),
-                                      folder_ / "out"})
-                      .wait(),
+    }
+    [[nodiscard]] ProgramResult runWithBlocks(int blocks) const {
+        const std::string command = "ulimit -f " + std::to_string(blocks) +
+                                    "; exec \"$0\" run \"$1\" --package \"$2\" --out \"$3\"";
+        return Program("/bin/sh", {"-c", command, orlixFile(), recipe_, testPackage("testnodes"),
+                                   folder_ / "out"})
+            .wait();
+    }
+};
+
+TEST_F(BadFolderOfShortFiles, FileThatCanNotGrowEndsTheRun) {
+    expectFailure(runWithBlocks(0),
                   (folder_ / "out/values.jsonl") + ": can not write: File too large");
 }
 
-TEST_F(BadFolder, FileThatCanNotGrowFurtherEndsWithAWholeLine) {
-#ifdef __SANITIZE_THREAD__
-    GTEST_SKIP() << "the thread sanitizer writes a file of its own before the program begins";
-#endif
-    const std::string command = "ulimit -f 1; exec \"$0\" run \"$1\" --package \"$2\" --out \"$3\"";
-    EXPECT_EQ(Program("/bin/sh", {"-c", command, orlixFile(), recipe_, testPackage("testnodes"),
-                                  folder_ / "out"})
-                  .wait()
-                  .exitCode,
-              1);
+TEST_F(BadFolderOfShortFiles, FileThatCanNotGrowFurtherEndsWithAWholeLine) {
+    EXPECT_EQ(runWithBlocks(1).exitCode, 1);
     const std::string text = readFile(folder_ / "out/values.jsonl");
     EXPECT_GT(text.size(), 100U);
     EXPECT_TRUE(text.ends_with("}\n")) << text;

@@ -274,6 +274,16 @@ protected:
         ASSERT_EQ(::mkfifo(values().c_str(), 0600), 0);
     }
 
+    // Of a source that sends all it has in its start.
+    void expectAllOfEagerSource(std::size_t count) const {
+        const std::string recipe = writeTestRecipe(
+            folder_, "ValueSource", R"({"eager": true, "count": )" + std::to_string(count) + "}");
+        const ProgramResult result =
+            runWithTestNodes({"run", recipe, "--idle", "0.3", "--out", folder_ / "out"});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(valuesOf(values(), "Number").size(), count);
+    }
+
     TemporaryFolder folder_;
 };
 
@@ -308,24 +318,14 @@ TEST_F(RunValues, KeysOfALineHaveTheirOrder) {
 }
 
 TEST_F(RunValues, ThatCameBeforeEveryNodeHadStartedAreWritten) {
-    const std::string recipe =
-        writeTestRecipe(folder_, "ValueSource", R"({"eager": true, "count": 2})");
-    const ProgramResult result =
-        runWithTestNodes({"run", recipe, "--idle", "0.3", "--out", folder_ / "out"});
-    EXPECT_EQ(result.exitCode, 0) << result.err;
-    EXPECT_EQ(valuesOf(values(), "Number").size(), 2U);
+    expectAllOfEagerSource(2);
 }
 
 class RunSignal : public RunValues, public testing::WithParamInterface<int> {};
 
 // More than can wait, from a start that ends only when all of it has been sent.
 TEST_F(RunValues, SourceThatWaitsForSpaceInItsStartIsNotHeldForEver) {
-    const std::string recipe =
-        writeTestRecipe(folder_, "ValueSource", R"({"eager": true, "count": 5000})");
-    const ProgramResult result =
-        runWithTestNodes({"run", recipe, "--idle", "0.3", "--out", folder_ / "out"});
-    EXPECT_EQ(result.exitCode, 0) << result.err;
-    EXPECT_EQ(valuesOf(values(), "Number").size(), 5000U);
+    expectAllOfEagerSource(5000);
 }
 
 // The failure of a stop is told when all that has come is written.
