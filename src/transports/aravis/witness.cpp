@@ -306,6 +306,10 @@ std::uint64_t Witness::CountMissed(std::span<const std::uint64_t> held) {
     };
     std::for_each(unknown_.begin(), unknown_.end(), leaveOut);
     std::for_each(starts_.begin(), starts_.end(), leaveOut);
+    if (hasEnded_) {
+        // A frame that got its buffer when starts were no longer noted.
+        leaveOut({newest_, 0});
+    }
     const bool isInDoubt = !hasEnded_ && missed.Has(newest_);
     return missed.Count() - (isInDoubt ? 1 : 0);
 }

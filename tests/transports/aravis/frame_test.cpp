@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 namespace Orlix::Aravis {
 namespace {
 
@@ -59,6 +61,105 @@ TEST(FrameCounter, TheFirstFrameMayLackItsNumber) {
     FrameCounter counter;
     EXPECT_EQ(counter.CountUnknown(), 1U);
     EXPECT_EQ(counter.Count(65531), 2U) << "cameras may begin with any number";
+}
+
+// Buffers as Aravis leaves them, filled by its own camera.
+class FrameReaderTest : public testing::Test {
+protected:
+    static constexpr int width = 32;
+    static constexpr int height = 8;
+    static constexpr std::size_t size = width * height;
+
+    void SetUp() override {
+        const ObjectPtr<ArvFakeCamera> camera(arv_fake_camera_new("T1"));
+        arv_fake_camera_write_register(camera.get(), ARV_FAKE_CAMERA_REGISTER_WIDTH, width);
+        arv_fake_camera_write_register(camera.get(), ARV_FAKE_CAMERA_REGISTER_HEIGHT, height);
+        arv_fake_camera_fill_buffer(camera.get(), good_.get(), nullptr);
+        ASSERT_EQ(arv_buffer_get_status(good_.get()), ARV_BUFFER_STATUS_SUCCESS);
+        frame.capacity = memory_.size();
+    }
+    // Given up at the end of the stream: no state of a buffer tells less.
+    [[nodiscard]] static ObjectPtr<ArvBuffer> MakeUnfinished() {
+        return ObjectPtr<ArvBuffer>(arv_buffer_new_allocate(size));
+    }
+    void ReadGood(FrameReader& reader, Evidence evidence = Evidence::None) {
+        reader.Read(*good_, frame, evidence);
+    }
+    void ExpectGeometry() const {
+        EXPECT_EQ(frame.pixelType, PixelType_Mono8);
+        EXPECT_EQ(frame.width, static_cast<std::uint32_t>(width));
+        EXPECT_EQ(frame.height, static_cast<std::uint32_t>(height));
+        EXPECT_EQ(frame.kind, Transport::PayloadKind::Image);
+    }
+
+    Transport::StreamBuffer frame;
+
+private:
+    std::array<std::uint8_t, size> memory_{};
+    ObjectPtr<ArvBuffer> good_{arv_buffer_new_full(size, memory_.data(), nullptr, nullptr)};
+};
+
+TEST_F(FrameReaderTest, WholeFrameHasItsOwnGeometryAndSize) {
+    FrameReader reader(Protocol::GigE, size);
+    ReadGood(reader);
+    EXPECT_EQ(frame.fate, Transport::FrameFate::Delivered);
+    EXPECT_EQ(frame.error, "");
+    EXPECT_EQ(frame.filled, size);
+    EXPECT_EQ(frame.frameId, 1U);
+    EXPECT_GT(frame.timestamp, 0U);
+    ExpectGeometry();
+}
+
+TEST_F(FrameReaderTest, OrderOfTheChunksIsThatOfTheProtocol) {
+    FrameReader network(Protocol::GigE, size);
+    ReadGood(network);
+    EXPECT_EQ(frame.chunkByteOrder, Transport::ChunkByteOrder::BigEndian);
+    FrameReader usb(Protocol::Usb3, size);
+    ReadGood(usb);
+    EXPECT_EQ(frame.chunkByteOrder, Transport::ChunkByteOrder::LittleEndian);
+}
+
+TEST_F(FrameReaderTest, WhatWasSeenBesideAWholeFrameDecidesItsFate) {
+    struct Case {
+        Evidence evidence;
+        Transport::FrameFate fate;
+        const char* text;
+    };
+    const std::array cases = {
+        Case{Evidence::EndOnly, Transport::FrameFate::Delivered, ""},
+        Case{Evidence::BadTrailer, Transport::FrameFate::BadTrailer,
+             "The device marked the trailer of the frame as invalid."},
+        Case{Evidence::TooLong, Transport::FrameFate::WrongSize,
+             "The frame has more bytes than its buffer."},
+    };
+    FrameReader reader(Protocol::GigE, size);
+    for (const Case& one : cases) {
+        ReadGood(reader, one.evidence);
+        EXPECT_EQ(frame.fate, one.fate);
+        EXPECT_EQ(frame.error, one.text);
+        ExpectGeometry();
+    }
+}
+
+TEST_F(FrameReaderTest, FailedFrameHasTheGeometryOfTheLastGoodOne) {
+    FrameReader reader(Protocol::GigE, size);
+    ReadGood(reader);
+    frame.width = 0;
+    frame.pixelType = PixelType_Undefined;
+    reader.Read(*MakeUnfinished(), frame, Evidence::TooLong);
+    EXPECT_EQ(frame.fate, Transport::FrameFate::Aborted);
+    EXPECT_EQ(frame.error, "The stream was stopped during the frame.");
+    ExpectGeometry();
+}
+
+TEST_F(FrameReaderTest, FailedFrameMayFillNoMoreThanItsBuffer) {
+    FrameReader reader(Protocol::GigE, 2 * size);
+    reader.Read(*MakeUnfinished(), frame, Evidence::None);
+    EXPECT_EQ(frame.filled, size);
+    EXPECT_EQ(frame.width, 0U) << "no good frame has told it";
+    FrameReader smaller(Protocol::GigE, size / 2);
+    smaller.Read(*MakeUnfinished(), frame, Evidence::None);
+    EXPECT_EQ(frame.filled, size / 2);
 }
 
 // A buffer as Aravis leaves it that got packets without the leader.

@@ -328,6 +328,42 @@ TEST_F(SimulatedGrabbing, SizeOfPacketsIsNegotiatedWheneverThatIsWished) {
     EXPECT_TRUE(CBooleanParameter(camera.GetTLNodeMap(), "NegotiatePacketSize").GetValue());
 }
 
+// The packets for trying that are larger don't get through.
+TEST_F(SimulatedGrabbing, SizeOfPacketsIsNoMoreThanTheNetworkCarries) {
+    for (const int most : {1500, 900}) {
+        const Testing::SmallPackets network(most);
+        Start();
+        Open();
+        Set("Width", 320);
+        Set("Height", 240);
+        EXPECT_EQ(GrabAll(3).whole, 3U);
+        const std::int64_t size = CIntegerParameter(camera.GetTLNodeMap(), "PacketSize").GetValue();
+        EXPECT_LE(size, most);
+        EXPECT_GT(size, most / 2);
+        camera.DetachDevice();
+        EXPECT_GT(EndAndCount()["sendErrors"], 0) << "larger ones were not tried";
+    }
+}
+
+// The camera goes on meanwhile: what it sends then is lost, and nothing else.
+TEST_F(SimulatedGrabbing, ShortSilencesCostFramesAndNoCamera) {
+    Start({"--wire", "every 500 ms: silence for 100 ms"});
+    Open();
+    MakeFrames(64, 64, 100);
+    CIntegerParameter(camera.GetTLNodeMap(), "FrameRetention").SetValue(2000);
+    camera.StartGrabbing();
+    CGrabResultPtr result;
+    std::uint64_t last = 0;
+    for (int gaps = 0; gaps < 3; last = result->GetFrameId()) {
+        ASSERT_TRUE(camera.RetrieveResult(patience, result));
+        EXPECT_GT(result->GetFrameId(), last);
+        gaps += result->GetFrameId() > last + 2 ? 1 : 0;
+    }
+    EXPECT_FALSE(camera.IsCameraDeviceRemoved());
+    camera.StopGrabbing();
+    EXPECT_EQ(Statistic("StatisticLostForBuffer"), 0);
+}
+
 TEST_F(SimulatedGrabbing, LongFrameNumbersCountOn) {
     Start({"--first-block", "65530"});
     Open();

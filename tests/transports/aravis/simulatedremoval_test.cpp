@@ -105,6 +105,28 @@ TEST_F(SimulatedRemoval, StopRightAfterTheDeathOfTheLinkEnds) {
     PrintTime("closed", begin);
 }
 
+TEST_F(SimulatedRemoval, CameraThatIsSilentForLongIsLostAndCanBeOpenedAgain) {
+    Start({"--wire", "every 6 s: silence for 2 s"});
+    OpenWatched();
+    FreeRun(50);
+    camera.StartGrabbing();
+    watch.WaitForLoss();
+    ExpectRemovedAtRead(0);
+    camera.DetachDevice();
+    // While it is silent it isn't found, and it keeps its dead controller for some time.
+    for (bool isBack = false; !isBack;) {
+        try {
+            Open();
+            camera.StartGrabbing();
+            CGrabResultPtr result;
+            isBack = camera.RetrieveResult(patience, result);
+        } catch (const GenICam::GenericException&) {
+            camera.DetachDevice();
+        }
+    }
+    EXPECT_FALSE(camera.IsCameraDeviceRemoved());
+}
+
 TEST_F(SimulatedRemoval, CameraThatIsBackWithoutAControllerIsLost) {
     Start({"--wire", "every 3 s: reset for 100 ms"});
     OpenWatched();

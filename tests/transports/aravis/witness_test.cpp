@@ -200,6 +200,18 @@ TEST_F(WitnessTest, FrameThatGetsItsBufferInItsMidstIsNotMissed) {
     EXPECT_EQ(witness_->CountMissed({}), 0U);
 }
 
+// The stream still receives for a moment.
+TEST_F(WitnessTest, FrameThatGetsItsBufferAfterTheEndOfTheWitnessIsNotMissed) {
+    OpenWitness();
+    EXPECT_EQ(TakeFrame(7), 0U);
+    witness_->SetBuffers(Buffers::None);
+    PassWithoutBuffer(8);
+    Pass(Leader(9));
+    witness_->End();
+    const std::array<std::uint64_t, 1> withoutLeader = {0};
+    EXPECT_EQ(witness_->CountMissed(withoutLeader), 1U);
+}
+
 // Sent on by the witness, it comes when a buffer has been queued.
 TEST_F(WitnessTest, FrameThatGetsItsBufferWithItsEndIsNotMissed) {
     OpenWitness();

@@ -49,6 +49,19 @@ void setAddress(int control, const char* name, const char* address) {
     static_cast<void>(::ioctl(control, SIOCSIFNETMASK, &request));
 }
 
+// Returns what it was before.
+int exchangeLoopbackMtu(int bytes) {
+    const int control = ::socket(AF_INET, SOCK_DGRAM, 0);
+    ifreq request{};
+    std::strncpy(request.ifr_name, "lo", IFNAMSIZ - 1);
+    static_cast<void>(::ioctl(control, SIOCGIFMTU, &request));
+    const int before = request.ifr_mtu;
+    request.ifr_mtu = bytes;
+    static_cast<void>(::ioctl(control, SIOCSIFMTU, &request));
+    ::close(control);
+    return before;
+}
+
 // Cameras may have 127.0.0.1 and 127.0.0.2.
 void setUpLoopback() {
     const int control = ::socket(AF_INET, SOCK_DGRAM, 0);
@@ -79,6 +92,12 @@ void enterOwnNetwork(char** arguments) {
     }
     command.push_back(nullptr);
     ::execvp("unshare", command.data());
+}
+
+SmallPackets::SmallPackets(int bytes) : before_(exchangeLoopbackMtu(bytes)) {}
+
+SmallPackets::~SmallPackets() {
+    exchangeLoopbackMtu(before_);
 }
 
 std::string whyNoNetwork() {

@@ -13,6 +13,18 @@ void enterOwnNetwork(char** arguments);
 // Empty in a network namespace; otherwise why there is none.
 [[nodiscard]] std::string whyNoNetwork();
 
+// A loopback network whose packets have so many bytes at most, while it lives.
+class SmallPackets {
+public:
+    explicit SmallPackets(int bytes);
+    ~SmallPackets();
+    SmallPackets(const SmallPackets&) = delete;
+    SmallPackets& operator=(const SmallPackets&) = delete;
+
+private:
+    const int before_;
+};
+
 }  // namespace Orlix::Aravis::Testing
 
 // To be the first line of a test, or of SetUp.
