@@ -14,13 +14,16 @@ namespace Transport {
 class ILayer;
 }
 
+// The device class of all of them.
+inline constexpr char EmulatedCameraClass[] = "OrlixEmulated";
+
 struct EmulatedCameraOptions {
     std::size_t count = 1;
     // What goes wrong with which camera, and when; docs/fault-scripts.md describes the language.
     std::string faultScript;
 };
 
-// A layer of cameras, each with its own identity; device class "OrlixEmulated". They live as long
+// A layer of cameras, each with its own identity. They live as long
 // as the layer and the devices made from it. Throws InvalidArgumentException for a mistake in the
 // script, which tells its line and column.
 [[nodiscard]] ORLIXCAMERA_API std::shared_ptr<Transport::ILayer> CreateEmulatedCameras(

@@ -5,6 +5,7 @@
 
 #include "host/settingsdocument.h"
 #include "orlixcamera/deviceinfo.h"
+#include "orlixcamera/emulatedcameras.h"
 #include "orlixdataprocessingcore/core/resourcepool.h"
 #include "orlixdataprocessingcore/utils/typeinfo.h"
 #include "orlixhost/jsonsettings.h"
@@ -37,7 +38,7 @@ std::string propertyOf(const Core::ResourceInfo& info, const char* key) {
 }
 
 bool isEmulated(const Core::ResourceInfo& info) {
-    return propertyOf(info, Key::DeviceClass) == "OrlixEmulated";
+    return propertyOf(info, Key::DeviceClass) == Orlix::EmulatedCameraClass;
 }
 
 bool isInUse(Utils::IObject& resource) {

@@ -5,6 +5,7 @@
 
 #include "gcbase/gcexception.h"
 #include "orlixcamera/emulated/registertable.h"
+#include "orlixcamera/emulatedcameras.h"
 
 namespace Orlix::Emulated {
 
@@ -42,8 +43,9 @@ CDeviceInfo Camera::GetInfo() const {
     const std::scoped_lock lock(mutex_);
     const Identity& identity = registers_.GetIdentity();
     CDeviceInfo info;
-    info.SetPropertyValue(Key::DeviceClass, "OrlixEmulated");
-    info.SetPropertyValue(Key::FullName, text("OrlixEmulated#" + identity.serialNumber));
+    info.SetPropertyValue(Key::DeviceClass, EmulatedCameraClass);
+    info.SetPropertyValue(Key::FullName,
+                          text(std::string(EmulatedCameraClass) + "#" + identity.serialNumber));
     info.SetPropertyValue(Key::FriendlyName, text(LabelOf(identity)));
     info.SetPropertyValue(Key::VendorName, text(identity.vendor));
     info.SetPropertyValue(Key::ModelName, text(identity.model));

@@ -75,7 +75,7 @@ std::shared_ptr<Camera> makeCamera(std::size_t number, const std::shared_ptr<Age
 }  // namespace
 
 Layer::Layer(std::size_t cameraCount) {
-    info_.SetPropertyValue(Key::DeviceClass, "OrlixEmulated");
+    info_.SetPropertyValue(Key::DeviceClass, EmulatedCameraClass);
     const auto agenda = std::make_shared<Agenda>();
     for (std::size_t number = 1; number <= cameraCount; ++number) {
         cameras_.push_back(makeCamera(number, agenda, announcer_));

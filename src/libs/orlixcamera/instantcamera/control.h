@@ -5,7 +5,6 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <thread>
 
 #include "orlixcamera/instantcamera/devicemaps.h"
 
