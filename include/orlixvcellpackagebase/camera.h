@@ -258,6 +258,8 @@ private:
     // Events
     [[nodiscard]] bool isOtherOutput(const gcstring& name) const;
     [[nodiscard]] bool isEventOutput(const gcstring& name) const;
+    [[nodiscard]] bool openEventPin(Orlix::CInstantCamera& camera, const gcstring& configuration,
+                                    Orlix::ECameraEventRegistrationMode mode);
     [[nodiscard]] bool turnEventOn(Orlix::CInstantCamera& camera, const gcstring& eventName);
     void registerEventHandler(Orlix::CInstantCamera& camera, const EventPinMapping& mapping,
                               Orlix::ECameraEventRegistrationMode mode);

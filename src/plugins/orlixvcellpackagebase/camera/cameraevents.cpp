@@ -122,27 +122,36 @@ void Camera::OnOpened(Orlix::CInstantCamera& camera) {
     }
     auto mode = Orlix::CameraEventRegistrationMode_ReplaceAll;
     for (const gcstring& text : impl_->eventPinConfigurations) {
-        EventPinMapping mapping;
-        try {
-            mapping = getEventMapping(text);
-            createLogEntry(Severitiy::Debug, category(),
-                           "Camera: Try to register event \"%s\" and output \"%s\" as pin \"%s\"",
-                           mapping.eventName.c_str(), mapping.valueName.c_str(),
-                           mapping.pinName.c_str());
-            if (mapping.valid && !isOtherOutput(mapping.pinName) &&
-                turnEventOn(camera, mapping.eventName)) {
-                registerEventHandler(camera, mapping, mode);
-                mode = Orlix::CameraEventRegistrationMode_Append;
-            }
-        } catch (const GenICam::GenericException&) {
-            createLogEntry(Severitiy::Information, category(),
-                           "Camera: Unable to turn on event notification for \"%s\"",
-                           mapping.eventName.c_str());
-        } catch (...) {
-            createLogEntry(Severitiy::Error, category(),
-                           "Camera: Unexpected error in Camera::OnOpened()");
+        if (openEventPin(camera, text, mode)) {
+            mode = Orlix::CameraEventRegistrationMode_Append;
         }
     }
+}
+
+// Whether a handler was registered; why not is in the log.
+bool Camera::openEventPin(Orlix::CInstantCamera& camera, const gcstring& configuration,
+                          Orlix::ECameraEventRegistrationMode mode) {
+    EventPinMapping mapping;
+    try {
+        mapping = getEventMapping(configuration);
+        createLogEntry(Severitiy::Debug, category(),
+                       "Camera: Try to register event \"%s\" and output \"%s\" as pin \"%s\"",
+                       mapping.eventName.c_str(), mapping.valueName.c_str(),
+                       mapping.pinName.c_str());
+        if (mapping.valid && !isOtherOutput(mapping.pinName) &&
+            turnEventOn(camera, mapping.eventName)) {
+            registerEventHandler(camera, mapping, mode);
+            return true;
+        }
+    } catch (const GenICam::GenericException&) {
+        createLogEntry(Severitiy::Information, category(),
+                       "Camera: Unable to turn on event notification for \"%s\"",
+                       mapping.eventName.c_str());
+    } catch (...) {
+        createLogEntry(Severitiy::Error, category(),
+                       "Camera: Unexpected error in Camera::OnOpened()");
+    }
+    return false;
 }
 
 // False if the device's features for events are none.
