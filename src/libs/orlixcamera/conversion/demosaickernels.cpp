@@ -139,9 +139,11 @@ struct PatternLine {
     static HWY_INLINE Grey<V8> Greys(const Neighbourhood<V8>& line) {
         const auto own = Arrange(line.here, line.cross, line.corners);
         const auto green = Arrange(line.sides, line.here, line.ends);
-        const V16 ofOwn = LumaOf<OwnLanes>(own.r, own.g, own.b);
-        const V16 ofGreen = LumaOf<Other(OwnLanes)>(green.r, green.g, green.b);
-        return {OwnLanes == Parity::Even ? JoinBytes(ofOwn, ofGreen) : JoinBytes(ofGreen, ofOwn)};
+        const V8 ofOwn = hn::BitCast(D8(), LumaOf<OwnLanes>(own.r, own.g, own.b));
+        const V8 ofGreen = hn::BitCast(D8(), LumaOf<Other(OwnLanes)>(green.r, green.g, green.b));
+        // The luma is in the low bytes of words.
+        return {OwnLanes == Parity::Even ? PairBytes<Parity::Even>(ofOwn, ofGreen)
+                                         : PairBytes<Parity::Even>(ofGreen, ofOwn)};
     }
 };
 

@@ -24,12 +24,15 @@ using DF32 = hn::ScalableTag<float>;
 using VI32 = hn::Vec<DI32>;
 using VU32 = hn::Vec<DU32>;
 
-// The even and the odd bytes of a vector as words.
+// The even and the odd bytes of a vector as words, and back.
 HWY_INLINE V16 EvenBytes(V8 value) {
     return hn::And(hn::BitCast(D16(), value), hn::Set(D16(), 0xFF));
 }
 HWY_INLINE V16 OddBytes(V8 value) {
     return hn::ShiftRight<8>(hn::BitCast(D16(), value));
+}
+HWY_INLINE V8 JoinBytes(V16 even, V16 odd) {
+    return hn::BitCast(D8(), hn::Or(even, hn::ShiftLeft<8>(odd)));
 }
 
 // The even byte of each word times `even` plus the odd one times `odd`, which must fit into a
@@ -95,10 +98,6 @@ HWY_INLINE V8 PairBytes(V8 first, V8 second) {
                ? V8{_mm512_mask_shuffle_epi8(first.raw, ~EvenLanes, second.raw, swap)}
                : V8{_mm512_mask_shuffle_epi8(second.raw, EvenLanes, first.raw, swap)};
 }
-// Words of even and of odd bytes as a vector.
-HWY_INLINE V8 JoinBytes(V16 even, V16 odd) {
-    return PairBytes<Parity::Even>(hn::BitCast(D8(), even), hn::BitCast(D8(), odd));
-}
 #else
 template <Parity Lanes>
 HWY_INLINE V8 PairBytes(V8 first, V8 second) {
@@ -110,9 +109,6 @@ HWY_INLINE V8 PairBytes(V8 first, V8 second) {
     } else {
         return hn::OddEven(second, hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(words, first))));
     }
-}
-HWY_INLINE V8 JoinBytes(V16 even, V16 odd) {
-    return hn::BitCast(D8(), hn::Or(even, hn::ShiftLeft<8>(odd)));
 }
 #endif
 
