@@ -1,5 +1,6 @@
 #include "host/cameraresources.h"
 
+#include <atomic>
 #include <map>
 #include <utility>
 
@@ -81,6 +82,7 @@ public:
 
     void addTo(ResourceMap& resources) {
         Devices found;
+        const std::uint64_t look = ++looks;
         const std::vector<CDeviceInfo> infos = layer->EnumerateDevices();
         const std::scoped_lock lock(mutex);
         for (const CDeviceInfo& info : infos) {
@@ -88,7 +90,11 @@ public:
             found.emplace(info.GetFullName(), device);
             resources.emplace(Core::ResourceInfo(info), device);
         }
-        devices.swap(found);
+        // An older list than the one that is there must not take a camera from its holder.
+        if (look > lookOfDevices) {
+            lookOfDevices = look;
+            devices.swap(found);
+        }
         resources.emplace(Core::ResourceInfo(layer->GetInfo()), resource);
     }
 
@@ -110,6 +116,8 @@ private:
     const std::shared_ptr<LayerResource> resource = std::make_shared<LayerResource>();
     std::mutex mutex;
     Devices devices;  // by full name
+    std::uint64_t lookOfDevices = 0;
+    std::atomic<std::uint64_t> looks{0};
 };
 
 namespace {
