@@ -89,13 +89,25 @@ private:
     void visitChild(const Json& value, const SettingsElements& parent, const Element& element) {
         SettingsElements path = parent;
         path.push_back(element);
-        const bool known = loaded_.listed.count(parent) > 0 || loaded_.read.count(path) > 0 ||
-                           saved_.find(path) != nullptr;
-        if (known) {
+        if (isKnown(value, parent, path)) {
             visit(value, path);
         } else {
             unknown_.push_back(pathText(path));
         }
+    }
+
+    // Whoever asks for the keys of a section reads all of them, also those that mean nothing to it:
+    // there only what it saves again is known, and an empty text, which may be saved as nothing.
+    [[nodiscard]] bool isKnown(const Json& value, const SettingsElements& parent,
+                               const SettingsElements& path) const {
+        if (saved_.find(path) != nullptr) {
+            return true;
+        }
+        const bool isListed = loaded_.listed.count(parent) > 0;
+        if (isListed && loaded_.find(parent)->is_object()) {
+            return value.is_string() && value.get_ref<const std::string&>().empty();
+        }
+        return isListed || loaded_.read.count(path) > 0;
     }
 
     const SettingsDocument& loaded_;

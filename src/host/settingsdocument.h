@@ -17,7 +17,7 @@ struct SettingsDocument {
     std::string basePath;
     // Every path that was asked for, with all sections on the way to it.
     std::set<SettingsElements> read;
-    // Sections and arrays whose elements were listed: all of those count as read.
+    // Sections and arrays whose elements were listed.
     std::set<SettingsElements> listed;
     SettingsElements lastRead;
 
