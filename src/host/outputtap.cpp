@@ -10,15 +10,10 @@ namespace Orlix::Host {
 
 namespace {
 
-// The graph bounds what one source has under way, and so how far one of its pins is ahead of
-// another. A second source has no such bound: its values are taken for part of the run then. Images
-// may be buffers of a camera, which has 16 at least and needs some of them to go on.
+// With so many the pin has no space: its node waits, and its source behind it, until the counted
+// pin has come as far. That has got all these updates already, so it will.
 constexpr std::size_t maxHeldImages = 8;
-constexpr std::size_t maxHeldValues = 16384;
-
-std::size_t maxHeldOf(TapSource source, bool isImage) {
-    return source == TapSource::Another && isImage ? maxHeldImages : maxHeldValues;
-}
+constexpr std::size_t maxHeldValues = 1024;
 
 }  // namespace
 
@@ -27,10 +22,11 @@ OutputTap::OutputTap(std::size_t index, const OpenOutput& output, std::uint64_t 
                      std::function<void()> onPassed, TapSource source)
     : index_(index),
       limit_(limit),
-      maxHeld_(maxHeldOf(source, output.isImage)),
+      source_(source),
+      maxHeld_(output.isImage ? maxHeldImages : maxHeldValues),
       state_(std::move(state)),
-      writer_(std::move(writer)),
-      onPassed_(std::move(onPassed)) {
+      onPassed_(std::move(onPassed)),
+      writer_(std::move(writer)) {
     report_.node = output.node;
     report_.pin = output.pin;
     if (limit_ != 0) {
@@ -48,11 +44,15 @@ void OutputTap::put(const std::shared_ptr<DataProcessing::Core::IGraphUpdate>& u
     {
         std::vector<Held> gone;
         const std::lock_guard lock(mutex_);
-        if (limit_ != 0 || (held_.empty() && number <= state_->passed())) {
+        if (isClosed_) {
+            return;
+        }
+        const bool mayWait = limit_ == 0 && source_ == TapSource::SameAsCounted;
+        if (!mayWait || (held_.empty() && number <= state_->passed())) {
             take({number, RunClock::now(), value});
         } else {
             held_.push_back({number, RunClock::now(), value});
-            gone = letGo(maxHeld_);
+            gone = letGo(Behind::Keep);
         }
     }
     if (limit_ != 0) {
@@ -74,23 +74,43 @@ void OutputTap::pass(std::uint64_t update) {
 }
 
 void OutputTap::release() {
-    release(maxHeld_);
+    release(Behind::Keep);
 }
 
 void OutputTap::releaseAll() {
-    release(0);
+    release(Behind::LetGo);
 }
 
-void OutputTap::release(std::size_t maxHeld) {
+void OutputTap::release(Behind behind) {
     std::vector<Held> gone;
-    const std::lock_guard lock(mutex_);
-    gone = letGo(maxHeld);
+    bool hasSpaceAgain = false;
+    {
+        const std::lock_guard lock(mutex_);
+        gone = letGo(behind);
+        hasSpaceAgain = held_.size() < maxHeld_ && held_.size() + gone.size() >= maxHeld_;
+    }
+    if (hasSpaceAgain) {
+        notifySpace();
+    }
+}
+
+void OutputTap::close() {
+    std::deque<Held> gone;
+    std::shared_ptr<OutputWriter> writer;
+    {
+        const std::lock_guard lock(mutex_);
+        isClosed_ = true;
+        gone.swap(held_);
+        writer.swap(writer_);
+    }
+    notifySpace();
 }
 
 // In the order in which they came, so that only the first one decides.
-std::vector<OutputTap::Held> OutputTap::letGo(std::size_t maxHeld) {
+std::vector<OutputTap::Held> OutputTap::letGo(Behind behind) {
     std::vector<Held> gone;
-    while (!held_.empty() && (held_.front().update <= state_->passed() || held_.size() > maxHeld)) {
+    while (!held_.empty() &&
+           (behind == Behind::LetGo || held_.front().update <= state_->passed())) {
         take(held_.front());
         gone.push_back(std::move(held_.front()));
         held_.pop_front();
@@ -129,7 +149,8 @@ std::uint64_t OutputTap::count(const Held& held) {
 }
 
 bool OutputTap::hasSpace() const {
-    return writer_ == nullptr || writer_->hasSpace();
+    const std::lock_guard lock(mutex_);
+    return held_.size() < maxHeld_ && (writer_ == nullptr || writer_->hasSpace());
 }
 
 void OutputTap::setSpaceListener(

@@ -17,7 +17,8 @@
 
 namespace Orlix::Host {
 
-// Where the values of a tap come from, seen from the pin that counts.
+// Whether the values of a tap come from a source of the pin that counts. If they do, the graph
+// tells that pin of each of their updates, with a value or a skip, and they wait for it.
 enum class TapSource { SameAsCounted, Another };
 
 // Called on the graph's threads; never blocks. Lives as long as the graph or the run needs it.
@@ -41,6 +42,8 @@ public:
     void release();
     // All of them, behind the end of the graph.
     void releaseAll();
+    // Lets go of everything for good: the graph keeps the tap, but the run is over.
+    void close();
     [[nodiscard]] OutputReport report() const;
 
 private:
@@ -51,20 +54,24 @@ private:
     };
 
     void pass(std::uint64_t update);
-    void release(std::size_t maxHeld);
+    enum class Behind { Keep, LetGo };
+
+    void release(Behind behind);
     // What follows runs under the lock. What was held ends behind it, since it may be foreign code.
-    [[nodiscard]] std::vector<Held> letGo(std::size_t maxHeld);
+    [[nodiscard]] std::vector<Held> letGo(Behind behind);
     void take(const Held& held);
     // The number of the value, 0 if it belongs no longer to the run.
     std::uint64_t count(const Held& held);
 
     const std::size_t index_;
     const std::uint64_t limit_;
+    const TapSource source_;
     const std::size_t maxHeld_;
     const std::shared_ptr<RunState> state_;
-    const std::shared_ptr<OutputWriter> writer_;
     const std::function<void()> onPassed_;
     mutable std::mutex mutex_;
+    std::shared_ptr<OutputWriter> writer_;
+    bool isClosed_ = false;
     OutputReport report_;
     std::deque<Held> held_;
     RunClock::time_point first_;

@@ -16,11 +16,14 @@
 #include "host/outputwriter.h"
 #include "host/recovery.h"
 #include "host/runstate.h"
+#include "host/settingsdocument.h"
 #include "orlixdataprocessingcore/core/error.h"
+#include "orlixdataprocessingcore/core/inode.h"
 #include "orlixdataprocessingcore/core/nodearguments.h"
 #include "orlixdataprocessingcore/core/string.h"
 #include "orlixdataprocessingcore/graph/graph.h"
 #include "orlixdataprocessingcore/utils/log.h"
+#include "orlixhost/jsonsettings.h"
 #include "orlixhost/paths.h"
 #include "orlixhost/recipegraph.h"
 
@@ -60,13 +63,22 @@ std::size_t countedOutput(const std::vector<OpenOutput>& outputs) {
 // From which nodes values come to a node.
 class Feeders {
 public:
-    explicit Feeders(const Recipe& recipe) {
-        for (const RecipeConnection& connection : recipe.connections()) {
-            feeders_[connection.toNode].push_back(connection.fromNode);
+    explicit Feeders(const RecipeGraph& graph) {
+        const auto& nodes = graph.recipe().nodes();
+        std::set<std::string> forwarding;
+        for (std::size_t i = 0; i < nodes.size(); ++i) {
+            if (graph.nodes()[i]->isForwardingUpdates()) {
+                forwarding.insert(nodes[i].name);
+            }
+        }
+        for (const RecipeConnection& connection : graph.recipe().connections()) {
+            if (forwarding.count(connection.toNode) != 0) {
+                feeders_[connection.toNode].push_back(connection.fromNode);
+            }
         }
     }
 
-    // Those without inputs; the node itself may be one.
+    // Those whose updates come to the node, which may be one of them itself.
     [[nodiscard]] std::set<std::string> sourcesOf(const std::string& node) const {
         std::set<std::string> sources;
         std::set<std::string> seen{node};
@@ -108,7 +120,16 @@ public:
 
     void requestStop() { state_->requestStop(); }
 
+    ~Impl() { closeTaps(); }
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+
     RunReport run(const RunObserver& observer) {
+        struct Closed {
+            Impl& self;
+            ~Closed() { self.closeTaps(); }
+        };
+        const Closed closed{*this};
         RunReport report;
         try {
             begin();
@@ -119,11 +140,10 @@ public:
             throw;
         }
         const std::exception_ptr thrown = watchUntilEnd(observer, report.seconds);
-        end();
+        const std::string failure = end();
         if (thrown != nullptr) {
             std::rethrow_exception(thrown);
         }
-        const std::string failure = state_->failure();
         if (!failure.empty()) {
             fail(failure);
         }
@@ -157,7 +177,7 @@ private:
     }
 
     void attachTaps() {
-        const Feeders feeders(recipe_.recipe());
+        const Feeders feeders(recipe_);
         std::set<std::string> counted;
         if (options_.frames) {
             counted = feeders.sourcesOf(outputs_[counted_].node);
@@ -165,12 +185,13 @@ private:
         for (std::size_t i = 0; i < outputs_.size(); ++i) {
             const bool counts = options_.frames && i == counted_;
             const auto own = feeders.sourcesOf(outputs_[i].node);
-            const bool isSame =
-                std::includes(counted.begin(), counted.end(), own.begin(), own.end());
+            const bool shares = std::any_of(own.begin(), own.end(), [&](const std::string& source) {
+                return counted.count(source) != 0;
+            });
             taps_->push_back(std::make_shared<OutputTap>(
                 i, outputs_[i], counts ? *options_.frames : 0, state_, writer_,
                 counts ? forEachTap(&OutputTap::release) : std::function<void()>(),
-                isSame ? TapSource::SameAsCounted : TapSource::Another));
+                shares ? TapSource::SameAsCounted : TapSource::Another));
             graph().attachSink(GenICam::gcstring(outputs_[i].node),
                                GenICam::gcstring(outputs_[i].pin), taps_->back());
         }
@@ -207,7 +228,29 @@ private:
         for (const std::string& cause : lines.causesOf(texts)) {
             texts += " " + cause;
         }
-        return "node " + inQuotes(failure.node.str()) + ": can not allocate: " + texts;
+        return "node " + inQuotes(failure.node.str()) + propertiesOf(failure.node.str()) +
+               ": can not allocate: " + texts;
+    }
+
+    // Of the device that the node is to take, as its settings have them.
+    [[nodiscard]] std::string propertiesOf(const std::string& node) const {
+        std::string texts;
+        try {
+            const Recipe saved = recipe_.saved(recipe_.recipe().basePath());
+            for (std::size_t i = 0; i < saved.nodes().size(); ++i) {
+                const Json root = saved.settings(i)->document().root;
+                if (saved.nodes()[i].name != node || !root.contains("DeviceProperties")) {
+                    continue;
+                }
+                for (const auto& property : root.at("DeviceProperties").items()) {
+                    texts += (texts.empty() ? " (" : ", ") + property.key() + " = " +
+                             inQuotes(property.value().get<std::string>());
+                }
+            }
+        } catch (...) {
+            return {};  // the node's own message has to do
+        }
+        return texts.empty() ? "" : texts + ")";
     }
 
     void begin() {
@@ -238,34 +281,47 @@ private:
             watch(observer.onProgress);
         } catch (...) {
             thrown = state_->failure().empty() ? std::current_exception() : nullptr;
-            state_->fail(currentMessage());
         }
         recovery_.reset();
         seconds = Seconds(RunClock::now() - start_).count();
         return thrown;
     }
 
-    // All of it, whatever fails: what has come is written, and the first failure is told.
-    void end() {
-        const StopMode mode = state_->failure().empty() ? StopMode::Drain : StopMode::Drop;
-        orFail("can not stop", [&] { graph().stop(mode); });
-        orFail("can not hand on its last values", forEachTap(&OutputTap::releaseAll));
+    // All of it, whatever fails: what has come is written, and the first failure is returned. The
+    // writer learns of none, since it would drop what it has.
+    [[nodiscard]] std::string end() {
+        std::string first = state_->failure();
+        const StopMode mode = first.empty() ? StopMode::Drain : StopMode::Drop;
+        const auto step = [&](const char* what, const std::function<void()>& function) {
+            const std::string failure = failureOf(what, function);
+            first = first.empty() ? failure : first;
+        };
+        step("can not stop", [&] { graph().stop(mode); });
+        step("can not hand on its last values", forEachTap(&OutputTap::releaseAll));
         if (writer_ != nullptr) {
-            orFail("can not be written", [&] { writer_->finish(); });
+            step("can not be written", [&] { writer_->finish(); });
         }
-        orFail("can not free its resources", [&] { graph().freeResources(); });
+        first = first.empty() ? state_->failure() : first;
+        step("can not free its resources", [&] { graph().freeResources(); });
+        return first;
     }
 
-    template <typename Step>
-    void orFail(const char* what, const Step& step) {
+    [[nodiscard]] std::string failureOf(const char* what, const std::function<void()>& step) {
         try {
             step();
+            return {};
         } catch (...) {
             const std::string message = currentMessage();
             const std::string node = graph().failedNode().str();
-            state_->fail(recipe_.recipe().source() +
-                         (node.empty() ? "" : ": node " + inQuotes(node)) + ": " + what + ": " +
-                         message);
+            return recipe_.recipe().source() + (node.empty() ? "" : ": node " + inQuotes(node)) +
+                   ": " + what + ": " + message;
+        }
+    }
+
+    // The graph keeps them, also for a run of another runner.
+    void closeTaps() noexcept {
+        for (const auto& tap : *taps_) {
+            tap->close();
         }
     }
 

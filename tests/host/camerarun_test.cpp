@@ -75,16 +75,34 @@ TEST_F(CameraRun, CameraInUseIsNamedWithItsHolder) {
 }
 
 TEST_F(CameraRun, RecipeForAnotherCameraTellsThatThereIsNone) {
-    for (const char* const properties :
-         {R"("DeviceClass": "OrlixEmulated", "UserDefinedName": "line 4")",
-          R"("SerialNumber": "EMU-0007")", R"("NoSuchProperty": "x")"}) {
+    const std::vector<std::pair<std::string, std::string>> filters = {
+        {R"("DeviceClass": "OrlixEmulated", "UserDefinedName": "line 4")",
+         R"(DeviceClass = "OrlixEmulated", UserDefinedName = "line 4")"},
+        {R"("NoSuchProperty": "x")", R"(NoSuchProperty = "x")"}};
+    for (const auto& [properties, told] : filters) {
         const std::string recipe = folder_.write(
             "other.json", std::string(R"({"version": 1, "nodes": [{"name": "Camera", "type":
             "Camera", "settings": {"DeviceProperties": {)") +
                               properties + "}}}]}");
-        expectFailure(
-            runOrlix({"run", recipe, "--frames", "1", "--no-real-cameras"}),
-            recipe + ": node \"Camera\": can not allocate: No suitable camera found to allocate.");
+        expectFailure(runOrlix({"run", recipe, "--frames", "1", "--no-real-cameras"}),
+                      recipe + ": node \"Camera\" (" + told +
+                          "): can not allocate: No suitable camera found to allocate.");
+    }
+}
+
+// Which the node skips without a word.
+TEST_F(CameraRun, ConfigurationSetOfAMistypedNameIsNone) {
+    const std::string recipe = folder_.write("typo.json", R"({"version": 1, "nodes": [
+        {"name": "Camera", "type": "Camera", "settings": {
+            "FeatureStreams": {"@cameraDevice": "Width\t64\n"}}}]})");
+    for (const char* const command : {"run", "validate"}) {
+        const ProgramResult result = runOrlix({command, recipe, "--no-real-cameras"});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.err.find("orlix: " + recipe +
+                                  ": node \"Camera\": unknown setting "
+                                  "\"FeatureStreams.@cameraDevice\""),
+                  0U)
+            << result.err;
     }
 }
 

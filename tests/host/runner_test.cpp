@@ -103,6 +103,19 @@ TEST_F(RunnerTest, ExceptionOfAnObserverEndsTheRunFirst) {
     }
 }
 
+TEST_F(RunnerTest, OneGraphMayHaveOneRunAfterAnother) {
+    const Testing::TemporaryFolder folder;
+    const auto graph = makeGraph(1500);
+    for (const char* const name : {"first", "second"}) {
+        RunOptions options;
+        options.idle = 0.3;
+        options.outFolder = folder / name;
+        Runner runner(*graph, options);
+        const RunReport report = runner.run({});
+        EXPECT_EQ(report.outputs[0].frames, 1500U) << "more lines than can wait to be written";
+    }
+}
+
 TEST_F(RunnerTest, SavedRecipeHasTheNodesSettings) {
     const auto graph = makeGraph(7);
     EXPECT_NE(graph->saved({}).toText().find("\"count\": 7"), std::string::npos);

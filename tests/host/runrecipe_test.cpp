@@ -345,6 +345,18 @@ TEST_F(RunValues, NodeThatFailsToStopIsToldAndNothingIsLost) {
     }
 }
 
+// All pins to the same update.
+TEST_F(RunValues, WhatCameBeforeAFailedStopIsWritten) {
+    const std::string recipe =
+        writeTestRecipe(folder_, "ValueSource", R"({"count": 0, "stubborn": true})");
+    const ProgramResult result =
+        runWithTestNodes({"run", recipe, "--seconds", "0.2", "--out", folder_ / "out"});
+    EXPECT_EQ(result.exitCode, 1);
+    const std::size_t numbers = valuesOf(values(), "Number").size();
+    EXPECT_GT(numbers, 0U);
+    EXPECT_EQ(linesOf(readFile(values())).size(), 6 * numbers);
+}
+
 TEST_F(RunValues, FailedStartIsToldThoughItsResourcesCanNotBeFreedEither) {
     const std::string recipe =
         writeTestRecipe(folder_, "ValueSource", R"({"unwilling": true, "greedy": true})");
