@@ -183,10 +183,10 @@ void Connection::release() noexcept {
     const bool lost = lost_;
     lock.unlock();
     if (lost) {
-        device_.reset();
+        EndHere(std::move(device_));
     } else {
         const std::scoped_lock system(SystemLock());
-        device_.reset();
+        EndHere(std::move(device_));
     }
     lock.lock();
     released_ = true;
