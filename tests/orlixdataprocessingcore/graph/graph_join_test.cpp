@@ -189,6 +189,31 @@ TEST_F(GraphJoin, AutoResetMaySwitchBackWhileTheGraphRuns) {
     expectThatYResets();
 }
 
+TEST_F(GraphJoin, ValuesWhosePartnersWereKeptAreNotWaitedForWhenTheInputResetsAgain) {
+    std::latch begun(1);
+    std::latch goesOn(1);
+    join->work = [&](TestNode& self) {
+        begun.count_down();
+        goesOn.wait();
+        self.work = TestNode::sum;
+        TestNode::sum(self);
+    };
+    join->setAutoResetEnabled("Y", false);
+    connectBoth();
+    graph.start({});
+    source->send(PinValues{{"B", integer(0)}});
+    source->send(PinValues{{"A", integer(0)}});
+    begun.wait();
+    for (std::size_t place = 0; place < GraphOptions().connectionCapacity; ++place) {
+        send(1, 10);
+    }
+    join->setAutoResetEnabled("Y", true);
+    goesOn.count_down();
+    send(2, 20);
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), (Numbers{0, 22}));
+}
+
 TEST_F(GraphJoin, AutoResetMaySwitchBackAndForthWhileTheNodeIsServed) {
     constexpr std::int64_t sent = 1000;
     connectBoth();
@@ -209,8 +234,9 @@ TEST_F(GraphJoin, AutoResetMaySwitchBackAndForthWhileTheNodeIsServed) {
     }
     isOver = true;
     switching.join();
+    send(sent, 1);
     graph.stop(StopMode::Drain);
-    EXPECT_EQ(sink->values().back(), sent);
+    EXPECT_EQ(sink->values().back(), sent + 1);
 }
 
 TEST_F(GraphJoin, IfNoInputHasAutoResetEveryValueMakesAJob) {

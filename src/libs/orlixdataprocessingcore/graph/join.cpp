@@ -57,6 +57,7 @@ bool Join::arrive(Connection& connection, std::shared_ptr<IGraphUpdate>& update,
     }
     connection.delivered += value.isValid() ? 1U : 0U;
     if (!isQueue(connection)) {
+        connection.pass(update->getSequenceNumber());
         if (value.isValid()) {
             std::swap(connection.lastValue, value);
         }
@@ -99,8 +100,13 @@ Join::Decision Join::decideAmongAll() {
     std::uint64_t oldest = std::numeric_limits<std::uint64_t>::max();
     std::size_t holders = 0;
     std::size_t filled = 0;
+    std::uint64_t passed = 0;
     for (Connection* const connection : connections_) {
-        if (!isQueue(*connection) || connection->ring.empty()) {
+        if (!isQueue(*connection)) {
+            continue;
+        }
+        if (connection->ring.empty()) {
+            passed = std::max(passed, connection->passed);
             continue;
         }
         ++filled;
@@ -116,7 +122,8 @@ Join::Decision Join::decideAmongAll() {
         return Decision::Complete;
     }
     // A queue whose head is a later update has gone past this one.
-    return filled > holders ? Decision::Incomplete : Decision::None;
+    const bool isPassed = filled > holders || (holders != 0 && oldest < passed);
+    return isPassed ? Decision::Incomplete : Decision::None;
 }
 
 Taken Join::take(std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
@@ -161,6 +168,9 @@ Taken Join::popSet(Decision decision, std::shared_ptr<IGraphUpdate>& update, Pin
             connection->ring.front().sequenceNumber == decided_) {
             connection->ring.pop(update, value);
             connection->publishSize();
+            if (queues_ != connections_.size()) {
+                connection->pass(decided_);
+            }
             anyValue = anyValue || value.isValid();
         }
         if (connection->keepsLastValue()) {
@@ -258,6 +268,7 @@ void Join::open() {
     for (Connection* const connection : connections_) {
         connection->ring.reserve(connection->capacity());
         connection->delivered = 0;
+        connection->passed = 0;
     }
     counters_ = {};
     woken_ = false;
@@ -295,6 +306,7 @@ bool Join::setKeepsLastValue(Connection& connection, bool keeps) {
         for (Connection* const each : connections_) {
             while (!isQueue(*each) && !each->ring.empty()) {
                 WaitingValue waiting = each->ring.popPlace();
+                each->pass(waiting.sequenceNumber);
                 if (waiting.value.isValid()) {
                     replaced.push_back(std::exchange(each->lastValue, std::move(waiting.value)));
                 }
