@@ -62,8 +62,8 @@ public:
 
     // For the join, under its lock.
     ValueRing ring;
-    Utils::Variant lastValue;      // of an input that keeps it
-    std::uint64_t delivered = 0;   // values since the start of the run
+    Utils::Variant lastValue;     // of an input that keeps it
+    std::uint64_t delivered = 0;  // values since the start of the run
     // Behind the last update that was taken here while inputs of the node kept their last value:
     // should all be joined again, those before it aren't waited for.
     std::uint64_t passed = 0;
