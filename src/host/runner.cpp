@@ -10,6 +10,7 @@
 
 #include "host/camerapool.h"
 #include "host/jsontext.h"
+#include "host/losswatch.h"
 #include "host/message.h"
 #include "host/nodelines.h"
 #include "host/outputtap.h"
@@ -272,6 +273,7 @@ private:
             if (writer_ != nullptr) {
                 writer_->begin();
             }
+            losses_ = std::make_unique<LossWatch>(recipe_);
             if (options_.recover) {
                 recovery_ = std::make_unique<Recovery>(recipe_, startArguments(options_));
             }
@@ -283,6 +285,7 @@ private:
             thrown = state_->failure().empty() ? std::current_exception() : nullptr;
         }
         recovery_.reset();
+        losses_.reset();
         seconds = Seconds(RunClock::now() - start_).count();
         return thrown;
     }
@@ -400,6 +403,7 @@ private:
     const std::shared_ptr<RunState> state_ = std::make_shared<RunState>();
     std::shared_ptr<OutputWriter> writer_;
     std::unique_ptr<Recovery> recovery_;
+    std::unique_ptr<LossWatch> losses_;
     const std::shared_ptr<Taps> taps_ = std::make_shared<Taps>();
     RunClock::time_point start_;
 };
