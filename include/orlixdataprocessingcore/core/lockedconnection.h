@@ -30,4 +30,8 @@ namespace Orlix::DataProcessing::Core {
     Utils::ISignal<void()>& signal, const std::shared_ptr<Threading::IRecursiveLockable>& lock,
     const std::shared_ptr<Threading::IThreadPool>& threadPool, std::function<void()> work);
 
+// Does what emissions of the signal have left for later, as far as its lock is free or the caller
+// holds it: a thread that holds a node's lock and asks for what is new would find the node behind.
+ORLIXDATAPROCESSINGCORE_API void runPutOffWork(const Utils::ISignal<void()>& signal);
+
 }  // namespace Orlix::DataProcessing::Core

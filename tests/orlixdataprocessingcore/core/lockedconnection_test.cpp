@@ -129,6 +129,15 @@ TEST_F(ResourceRefresh, ShowsAChangeThatAnotherThreadHasMadeAndNotYetToldTheNode
     other.join();
 }
 
+TEST_F(ResourceRefresh, ShowsAChangeWhoseUpdateOfTheNodeWasPutOffForItsLock) {
+    const auto steady = makeSteadyPool();
+    ChoosingNode node(steady);
+    const std::size_t known = node.refresh(
+        [&] { std::thread([&] { steady->refreshResources(Utils::TypeInfo()); }).join(); });
+    EXPECT_EQ(known, 1U);
+    EXPECT_EQ(node.updatedIn.load(), std::this_thread::get_id());
+}
+
 TEST_F(ResourceRefresh, WithinAnEmissionTellsNothingAnewUnlessTheListHasChanged) {
     const auto steady = makeSteadyPool();
     std::atomic<int> calls{0};

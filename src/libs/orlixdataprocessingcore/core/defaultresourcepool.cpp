@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "gcbase/gcexception.h"
+#include "orlixdataprocessingcore/core/lockedconnection.h"
 #include "orlixdataprocessingcore/core/services.h"
 
 namespace Orlix::DataProcessing::Core {
@@ -133,6 +134,7 @@ void DefaultResourcePool::refreshResources(const Utils::TypeInfo&) {
     if (impl_->enumerate) {
         impl_->enumerate(*this);
         impl_->catchUp();
+        runPutOffWork(*impl_->signal);
     }
 }
 
