@@ -2,11 +2,15 @@
 // message on stderr and exit code 1. It keeps the "C" locale, so that numbers read the same
 // everywhere.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <csignal>
 #include <functional>
 #include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "commands.h"
 #include "console.h"
@@ -248,22 +252,46 @@ bool isOption(const std::string& text) {
     return text.size() > 1 && text.front() == '-';
 }
 
-// What the command line has that nothing takes, or empty.
-std::string unexpected(const CLI::App& app) {
-    if (const auto rest = app.remaining(); !rest.empty()) {
-        return isOption(rest.front()) ? "there is no option " + rest.front() +
-                                            " before a command; orlix --help lists them"
-                                      : "there is no command \"" + rest.front() + "\"; there are " +
-                                            namesOfCommands(app);
+struct Leftover {
+    std::string text;
+    bool isOption;
+};
+
+// The first of what nothing has taken. Nothing behind "--", which is no part of it, is an option.
+std::optional<Leftover> firstLeftover(const std::vector<std::string>& arguments,
+                                      const std::vector<std::string>& rest) {
+    const auto mark = std::find(arguments.begin(), arguments.end(), "--");
+    for (const std::string& text : rest) {
+        if (text != "--") {
+            const bool isMarked = std::find(mark, arguments.end(), text) != arguments.end();
+            return Leftover{text, !isMarked && isOption(text)};
+        }
     }
-    for (const CLI::App* command : app.get_subcommands()) {
-        const std::string& name = command->get_name();
-        if (const auto rest = command->remaining(); !rest.empty()) {
-            return isOption(rest.front())
-                       ? "there is no option " + rest.front() + "; orlix " + name +
-                             " --help lists them"
-                       : "\"" + rest.front() + "\" is one argument too many; orlix " + name +
-                             " --help tells what " + name + " takes";
+    return std::nullopt;
+}
+
+std::string unexpectedOf(const std::string& command, const Leftover& leftover) {
+    return leftover.isOption
+               ? "there is no option " + leftover.text + "; orlix " + command + " --help lists them"
+               : "\"" + leftover.text + "\" is one argument too many; orlix " + command +
+                     " --help tells what " + command + " takes";
+}
+
+// What the command line has that nothing takes, or empty.
+std::string unexpected(const CLI::App& app, const std::vector<std::string>& arguments) {
+    const auto commands = app.get_subcommands();
+    if (const auto leftover = firstLeftover(arguments, app.remaining())) {
+        if (!commands.empty() && !leftover->isOption) {
+            return unexpectedOf(commands.front()->get_name(), *leftover);
+        }
+        return leftover->isOption ? "there is no option " + leftover->text +
+                                        " before a command; orlix --help lists them"
+                                  : "there is no command \"" + leftover->text + "\"; there are " +
+                                        namesOfCommands(app);
+    }
+    for (const CLI::App* command : commands) {
+        if (const auto leftover = firstLeftover(arguments, command->remaining())) {
+            return unexpectedOf(command->get_name(), *leftover);
         }
     }
     return {};
@@ -287,7 +315,7 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return refuse(error.what());
     }
-    if (const std::string message = unexpected(app); !message.empty()) {
+    if (const std::string message = unexpected(app, {argv, argv + argc}); !message.empty()) {
         return refuse(message);
     }
     // Asked for only now, so that a command that is unknown has been named.

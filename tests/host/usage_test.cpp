@@ -52,6 +52,13 @@ TEST(BadUsage, UnknownOptionIsNamed) {
                   "there is no option --fast; orlix run --help lists them");
 }
 
+TEST(BadUsage, WhatFollowsTheEndOfTheOptionsIsAnArgument) {
+    expectFailure(runOrlix({"run", "r.json", "--", "--seconds", "1"}),
+                  "\"--seconds\" is one argument too many; orlix run --help tells what run takes");
+    expectFailure(runOrlix({"validate", "--", "-r.json"}),
+                  "-r.json: can not read: No such file or directory");
+}
+
 TEST(BadUsage, HelpThatCanNotBeWrittenIsAFailure) {
     const std::string command = "'" + orlixFile() + "' --help > /dev/full";
     expectFailure(Program("/bin/sh", {"-c", command}).wait(), "can not write to standard output");
