@@ -84,23 +84,24 @@ TEST_F(StreamTest, EndsThoughAFrameCouldNotBeDescribedForWantOfMemory) {
 
 TEST_F(StreamTest, BufferMayHaveOtherMemoryEachTimeItIsQueued) {
     Start();
-    OpenStream(2);
+    OpenStream(1000);
+    CFloatParameter(camera.GetNodeMap(), "AcquisitionFrameRate").SetValue(20);
+    CBooleanParameter(camera.GetNodeMap(), "AcquisitionFrameRateEnable").SetValue(true);
     std::vector<std::uint8_t> first(payloadSize);
     std::vector<std::uint8_t> second(payloadSize);
     StreamBuffer buffer;
     buffer.data = first.data();
     buffer.capacity = first.size();
     stream->Queue(buffer);
-    // The second frame waits for its buffer.
-    CFloatParameter(camera.GetNodeMap(), "AcquisitionFrameRate").SetValue(1);
-    CBooleanParameter(camera.GetNodeMap(), "AcquisitionFrameRateEnable").SetValue(true);
     StartFrames();
     ASSERT_EQ(stream->Wait(longest), &buffer);
-    const std::vector<std::uint8_t> taken = first;
     std::fill(first.begin(), first.end(), std::uint8_t{0});
     buffer.data = second.data();
-    stream->Queue(buffer);
-    ASSERT_EQ(stream->Wait(longest), &buffer);
+    // One that began without a buffer may be in between.
+    do {
+        stream->Queue(buffer);
+        ASSERT_EQ(stream->Wait(longest), &buffer);
+    } while (buffer.fate != FrameFate::Delivered);
     EXPECT_EQ(std::count(first.begin(), first.end(), 0), static_cast<std::ptrdiff_t>(payloadSize));
     EXPECT_LT(std::count(second.begin(), second.end(), 0), std::ptrdiff_t{payloadSize} / 2);
     stream->Stop();
