@@ -76,20 +76,44 @@ TEST_F(FeaturePersistence, TwoSelectorsOfOneFeatureMakeTheProduct) {
 }
 
 // The outer selects the inner, and in the second description also what that selects.
-
-TEST_F(FeaturePersistence, AnInnerSelectorHasAValueForEachOfTheOuter) {
-    for (const char* more : {"", "<pSelected>Gain</pSelected>"}) {
-        load(
-            "<Integer Name=\"Outer\"><Value>0</Value><Min>0</Min><Max>1</Max><pSelected>Inner"
-            "</pSelected>" +
-            std::string(more) + R"(</Integer>
+std::string nestedSelectors(const std::string& more) {
+    return "<Integer Name=\"Outer\"><Value>0</Value><Min>0</Min><Max>1</Max><pSelected>Inner"
+           "</pSelected>" +
+           more + R"(</Integer>
 <Integer Name="Inner"><Streamable>Yes</Streamable><pValue>InnerReg</pValue><Min>0</Min><Max>2</Max>
   <pSelected>Gain</pSelected></Integer>
 <IntReg Name="InnerReg"><Address>0x100</Address><pIndex Offset="8">Outer</pIndex><Length>8</Length>
   <AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>
 <IntReg Name="Gain"><Streamable>Yes</Streamable><Address>0</Address>
   <pIndex Offset="32">Outer</pIndex><pIndex Offset="8">Inner</pIndex><Length>8</Length>
-  <AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>)");
+  <AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>)";
+}
+
+TEST_F(FeaturePersistence, ALineIsForTheValueThatAnInnerSelectorHasWhereTheOuterIsSet) {
+    for (const char* more : {"", "<pSelected>Gain</pSelected>"}) {
+        for (const char* rest : {"", "Inner\t2\nGain\t6\n"}) {
+            load(nestedSelectors(more));
+            set("Outer", "1");
+            for (const char* inner : {"0", "2", "1"}) {
+                set("Inner", inner);
+                set("Gain", "0");
+            }
+            set("Outer", "0");
+            restore(header + "Outer\t1\nGain\t5\n" + rest);
+            EXPECT_EQ(get("Inner"), *rest == '\0' ? "1" : "2");
+            std::string gains;
+            for (const char* inner : {"0", "1", "2"}) {
+                set("Inner", inner);
+                gains += get("Gain") + " ";
+            }
+            EXPECT_EQ(gains, *rest == '\0' ? "0 5 0 " : "0 5 6 ");
+        }
+    }
+}
+
+TEST_F(FeaturePersistence, AnInnerSelectorHasAValueForEachOfTheOuter) {
+    for (const char* more : {"", "<pSelected>Gain</pSelected>"}) {
+        load(nestedSelectors(more));
         const auto fill = [&](int first, const char* inner0, const char* inner1) {
             for (int place = 0; place < 6; ++place) {
                 set("Outer", std::to_string(place / 3));

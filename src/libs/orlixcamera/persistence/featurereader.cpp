@@ -1,6 +1,8 @@
 #include "orlixcamera/persistence/featurereader.h"
 
+#include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -16,10 +18,17 @@ namespace Orlix {
 
 namespace {
 
+// A selector, and the value that it has where a line is for.
+struct Selection {
+    GenApi::INode* selector = nullptr;
+    std::optional<std::string> value;  // none until it is known
+};
+
 struct Feature {
     FeatureLine line;
     GenApi::INode* node = nullptr;  // null for an unknown name
     std::vector<GenApi::INode*> selectors;
+    std::vector<Selection> late;  // selectors whose value shows when the line is reached
     bool isSelector = false;
     bool isLast = false;  // no later line gives the same feature another value
 };
@@ -69,11 +78,27 @@ private:
             feature.selectors = findSelectors(*feature.node);
             feature.isSelector = isSelector(*feature.node);
             for (GenApi::INode* const selector : feature.selectors) {
-                keepFirst(*selector);
+                if (isLate(*selector)) {
+                    feature.late.push_back({selector, std::nullopt});
+                } else {
+                    keepFirst(*selector);
+                }
             }
             selected_.insert(feature.node);
+            set_.insert(feature.node);
         }
         features_.push_back(std::move(feature));
+    }
+
+    // A selector that no line before has set, and that is itself selected by one that a line has
+    // set: what it is there isn't known before that is written.
+    [[nodiscard]] bool isLate(GenApi::INode& selector) const {
+        if (set_.contains(&selector)) {
+            return false;
+        }
+        const auto outer = findSelectors(selector);
+        return std::any_of(outer.begin(), outer.end(),
+                           [this](const GenApi::INode* each) { return set_.contains(each); });
     }
 
     // A selector that no line before has set decides by the value that it has now.
@@ -91,6 +116,22 @@ private:
                 unset_.erase(selector);
             } catch (const GenICam::GenericException&) {
                 unset_.insert(selector);
+            }
+        }
+    }
+
+    // What they are when the line is reached for the first time, they are at every later time.
+    void selectLate(Feature& feature) {
+        for (Selection& selection : feature.late) {
+            try {
+                if (selection.value) {
+                    writeFeature(*selection.selector, *selection.value);
+                } else if (isPersistable(*selection.selector)) {
+                    selection.value = readFeature(*selection.selector);
+                }
+                unset_.erase(selection.selector);
+            } catch (const GenICam::GenericException&) {
+                unset_.insert(selection.selector);
             }
         }
     }
@@ -117,10 +158,16 @@ private:
             previous = &feature;
             feature.isLast = true;
         }
+        // Whether a later line is for the place of such a one can't be told beforehand.
+        std::set<const GenApi::INode*> later;
+        for (auto feature = features_.rbegin(); feature != features_.rend(); ++feature) {
+            const bool isFollowed = !later.insert(feature->node).second;
+            feature->isLast = feature->isLast && !(isFollowed && !feature->late.empty());
+        }
     }
 
     void writeAll() {
-        for (const Feature& feature : features_) {
+        for (Feature& feature : features_) {
             if (feature.node == nullptr) {
                 problems_[&feature] = "there is no such feature";
             } else {
@@ -129,7 +176,8 @@ private:
         }
     }
 
-    void write(const Feature& feature) {
+    void write(Feature& feature) {
+        selectLate(feature);
         if (const GenApi::INode* const selector = findUnset(feature)) {
             problems_[&feature] = "its selector " + selector->GetName().str() + " is not set";
             unset_.insert(feature.node);
@@ -158,14 +206,17 @@ private:
     }
 
     void compareAll() {
-        for (const Feature& feature : features_) {
+        for (Feature& feature : features_) {
             if (feature.node == nullptr || problems_.contains(&feature)) {
                 continue;
             }
             if (feature.isSelector) {
                 write(feature);
-            } else if (feature.isLast && findUnset(feature) == nullptr) {
-                static_cast<void>(compare(feature));
+            } else if (feature.isLast) {
+                selectLate(feature);
+                if (findUnset(feature) == nullptr) {
+                    static_cast<void>(compare(feature));
+                }
             }
         }
     }
@@ -200,6 +251,7 @@ private:
     const ReadBack readBack_;
     std::vector<Feature> features_;
     std::vector<std::pair<GenApi::INode*, std::string>> first_;  // of selectors, the outer first
+    std::set<const GenApi::INode*> set_;                         // by a line so far
     std::set<const GenApi::INode*> selected_;  // those of first_, and what the lines are for
     std::map<const Feature*, std::string> problems_;
     std::set<const GenApi::INode*> unset_;  // whose latest line could not be written
