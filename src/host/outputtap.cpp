@@ -41,6 +41,7 @@ void OutputTap::put(const std::shared_ptr<DataProcessing::Core::IGraphUpdate>& u
         return;
     }
     state_->noteValue();
+    bool hasSpaceAgain = false;
     {
         std::vector<Held> gone;
         const std::lock_guard lock(mutex_);
@@ -51,9 +52,15 @@ void OutputTap::put(const std::shared_ptr<DataProcessing::Core::IGraphUpdate>& u
         if (!mayWait || (held_.empty() && number <= state_->passed())) {
             take({number, RunClock::now(), value});
         } else {
+            // One that the counted pin has passed meanwhile doesn't wait, and makes space for all.
+            const bool wasFull = held_.size() >= maxHeld_;
             held_.push_back({number, RunClock::now(), value});
             gone = letGo(Behind::Keep);
+            hasSpaceAgain = wasFull && held_.size() < maxHeld_;
         }
+    }
+    if (hasSpaceAgain) {
+        notifySpace();
     }
     if (limit_ != 0) {
         pass(number);
@@ -86,8 +93,9 @@ void OutputTap::release(Behind behind) {
     bool hasSpaceAgain = false;
     {
         const std::lock_guard lock(mutex_);
+        const bool wasFull = held_.size() >= maxHeld_;
         gone = letGo(behind);
-        hasSpaceAgain = held_.size() < maxHeld_ && held_.size() + gone.size() >= maxHeld_;
+        hasSpaceAgain = wasFull && held_.size() < maxHeld_;
     }
     if (hasSpaceAgain) {
         notifySpace();

@@ -152,6 +152,23 @@ TEST_F(OutputTapTest, ImagesOfTheCountedSourceHoldItBackUntilTheyArePassed) {
     EXPECT_EQ(images.report().frames, 2U);
 }
 
+// The counted pin has passed the values and has not come to telling the tap.
+TEST_F(OutputTapTest, ValueThatFindsTheOthersPassedTellsOfTheSpace) {
+    OutputTap images{1, {"Node", "Image", true}, 0, state_, nullptr};
+    const auto listener = std::make_shared<Listener>();
+    images.setSpaceListener(listener);
+    while (images.hasSpace()) {
+        images.put(nextUpdate(), good_);
+    }
+    const auto last = nextUpdate();
+    state_->notePassed(last->getSequenceNumber());
+    images.put(last, good_);
+    EXPECT_TRUE(images.hasSpace());
+    EXPECT_EQ(listener->calls, 1);
+    images.release();
+    EXPECT_EQ(listener->calls, 1);
+}
+
 TEST_F(OutputTapTest, ClosedTapTakesNothingAndHoldsNobodyBack) {
     OutputTap images{1, {"Node", "Image", true}, 0, state_, nullptr};
     for (int i = 0; i < 8; ++i) {
