@@ -39,6 +39,10 @@ namespace Orlix {
 // event tell by their numbers where they belong, and a closed camera's node maps answer with
 // exceptions. Calls for frames of two runs never overlap.
 //
+// Open, StartGrabbing and StopGrabbing hold the lock of the device's node map while they write to
+// the device, so callbacks of the nodes they write, also those for outside of the lock, must not
+// wait for another thread that uses the map.
+//
 // A lost device makes what needs it throw within a bounded time. StopGrabbing, Close and
 // DetachDevice need it not, and do not throw for it.
 class ORLIXCAMERA_API CInstantCamera {

@@ -306,7 +306,7 @@ std::uint64_t Witness::CountMissed(std::span<const std::uint64_t> held) {
     };
     std::for_each(unknown_.begin(), unknown_.end(), leaveOut);
     std::for_each(starts_.begin(), starts_.end(), leaveOut);
-    if (hasEnded_) {
+    if (hasEnded_ && held.size() > starts_.size()) {
         // A frame that got its buffer when starts were no longer noted.
         leaveOut({newest_, 0});
     }

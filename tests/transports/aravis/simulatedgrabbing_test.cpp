@@ -293,10 +293,7 @@ TEST_F(SimulatedGrabbing, LostEndsAreToldFromGapsThoughSeveralFramesWait) {
     CBooleanParameter(camera.GetTLNodeMap(), "PacketResend").SetValue(false);
     LimitFrames(4);
     camera.StartGrabbing();
-    while (CIntegerParameter(camera.GetStreamGrabberNodeMap(), "StatisticFilledBuffers")
-               .GetValueOrDefault(4) < 4) {
-        std::this_thread::yield();
-    }
+    WaitUntilSent(4);
     std::vector<std::string> errors;
     CGrabResultPtr result;
     for (int frame = 0; frame < 4; ++frame) {

@@ -117,8 +117,13 @@ public:
     StoppingSink(const StoppingSink&) = delete;
     StoppingSink& operator=(const StoppingSink&) = delete;
 
+    inline static bool hasStopped = false;
+
 private:
-    static void stop(const char*) noexcept { told->Stop(); }
+    static void stop(const char*) noexcept {
+        told->Stop();
+        hasStopped = true;
+    }
     inline static Transport::IStream* told = nullptr;
 
     const MessageSink before_;
@@ -130,6 +135,7 @@ TEST_F(StreamTest, CanBeStoppedByWhoHearsOfItsSocketBuffer) {
     CIntegerParameter(camera.GetTLNodeMap(), "SocketBufferSize").SetValue(2000000000);
     const StoppingSink sink(*stream);
     stream->Start(payloadSize);
+    EXPECT_TRUE(StoppingSink::hasStopped);
     EXPECT_EQ(stream->Wait(longest), nullptr);
 }
 

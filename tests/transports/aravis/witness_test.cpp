@@ -212,6 +212,17 @@ TEST_F(WitnessTest, FrameThatGetsItsBufferAfterTheEndOfTheWitnessIsNotMissed) {
     EXPECT_EQ(witness_->CountMissed(withoutLeader), 1U);
 }
 
+TEST_F(WitnessTest, FrameWhoseLeaderWasLostHidesNoneOfThoseThatAreMissedBehindIt) {
+    OpenWitness();
+    EXPECT_EQ(TakeFrame(0), 0U);
+    witness_->SetBuffers(Buffers::None);
+    PassWithoutBuffer(8);
+    PassWithoutBuffer(9);
+    PassWithoutBuffer(10);
+    witness_->End();
+    EXPECT_EQ(witness_->CountMissed({}), 3U);
+}
+
 // Sent on by the witness, it comes when a buffer has been queued.
 TEST_F(WitnessTest, FrameThatGetsItsBufferWithItsEndIsNotMissed) {
     OpenWitness();

@@ -250,8 +250,8 @@ void CInstantCamera::Impl::closeDevice() noexcept {
         grabber_->Close();
         grabber_.reset();
     }
-    counters_->EndOpening();
     device->SetSink(nullptr);
+    counters_->EndOpening();  // behind the last event that was lost
     settings_->isRemoved = false;
     if (openedHere_ || cleanup_ == Cleanup_Delete) {
         device->Close();

@@ -103,8 +103,12 @@ private:
 
     // A selector that no line before has set decides by the value that it has now.
     void keepFirst(GenApi::INode& selector) {
-        if (selected_.insert(&selector).second && isPersistable(selector)) {
-            first_.emplace_back(&selector, readFeature(selector));
+        try {
+            if (selected_.insert(&selector).second && isPersistable(selector)) {
+                first_.emplace_back(&selector, readFeature(selector));
+            }
+        } catch (const GenICam::GenericException&) {
+            return;  // a later line may set it right; what is written before goes where it may
         }
     }
 

@@ -57,6 +57,10 @@ void Process::Pause() {
     static_cast<void>(::waitpid(id_, &status, WUNTRACED));
 }
 
+void Process::AskForCounts() {
+    ::kill(id_, SIGUSR1);
+}
+
 void Process::Continue() {
     ::kill(id_, SIGCONT);
 }

@@ -23,6 +23,8 @@ public:
     // Silence, as of a cable that is pulled, until it goes on.
     void Pause();
     void Continue();
+    // Asks a camera to print what it has counted.
+    void AskForCounts();
     // Asks it to end, and waits for that.
     int Terminate();
     // Waits for the program to end by itself; its exit code, or -1.

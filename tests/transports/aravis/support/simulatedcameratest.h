@@ -5,6 +5,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "aravis/support/cameratest.h"
@@ -40,13 +41,16 @@ protected:
     // What the camera has counted; it ends.
     [[nodiscard]] nlohmann::json EndAndCount() {
         EXPECT_EQ(process_.Terminate(), 0);
-        std::ifstream file(outputFile_);
-        std::string line;
-        std::string last;
-        while (std::getline(file, line)) {
-            last = line;
+        return nlohmann::json::parse(LastLine());
+    }
+    void WaitUntilSent(int frames) {
+        int sent = 0;
+        while (sent < frames) {
+            process_.AskForCounts();
+            std::this_thread::yield();
+            const auto counts = nlohmann::json::parse(LastLine(), nullptr, false);
+            sent = counts.is_object() ? counts.value("frames", 0) : 0;
         }
-        return nlohmann::json::parse(last);
     }
 
     void Set(const char* name, std::int64_t value) {
@@ -69,6 +73,16 @@ protected:
     CInstantCamera camera;
 
 private:
+    [[nodiscard]] std::string LastLine() const {
+        std::ifstream file(outputFile_);
+        std::string line;
+        std::string last;
+        while (std::getline(file, line)) {
+            last = line;
+        }
+        return last;
+    }
+
     Process process_;
     std::string outputFile_;
 };
