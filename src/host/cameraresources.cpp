@@ -94,6 +94,8 @@ public:
         if (look > lookOfDevices) {
             lookOfDevices = look;
             devices.swap(found);
+        } else {
+            devices.merge(found);  // it may be the only one so far to know a camera
         }
         resources.emplace(Core::ResourceInfo(layer->GetInfo()), resource);
     }

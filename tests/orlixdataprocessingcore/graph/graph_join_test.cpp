@@ -214,6 +214,26 @@ TEST_F(GraphJoin, ValuesWhosePartnersWereKeptAreNotWaitedForWhenTheInputResetsAg
     EXPECT_EQ(sink->values(), (Numbers{0, 22}));
 }
 
+// A source may hand updates over out of order.
+TEST_F(GraphJoin, AKeptInputDoesNotMakeOthersDropAnOlderUpdate) {
+    auto three = std::make_shared<TestNode>(std::vector<gcstring>{"X", "Y", "Z"});
+    auto sums = std::make_shared<TestSink>();
+    graph.addNode("Three", three);
+    graph.attachSink("Three", "Out", sums);
+    three->setAutoResetEnabled("Z", false);
+    connectBoth();
+    graph.connect("Source", "A", "Three", "X");
+    graph.connect("Source", "B", "Three", "Y");
+    graph.connect("Source", "A", "Three", "Z");
+    graph.start({});
+    const auto older = makeUpdate();
+    send(1, 10);
+    ASSERT_EQ(sums->waitFor(1).size(), 1U);
+    source->createJob(older, PinValues{{"A", integer(2)}, {"B", integer(20)}}, {});
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sums->values(), (Numbers{12, 24}));
+}
+
 TEST_F(GraphJoin, AutoResetMaySwitchBackAndForthWhileTheNodeIsServed) {
     constexpr std::int64_t sent = 1000;
     connectBoth();

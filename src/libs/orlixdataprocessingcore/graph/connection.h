@@ -64,10 +64,11 @@ public:
     ValueRing ring;
     Utils::Variant lastValue;     // of an input that keeps it
     std::uint64_t delivered = 0;  // values since the start of the run
-    // Behind the last update that was taken here while inputs of the node kept their last value:
-    // should all be joined again, those before it aren't waited for.
+    // Behind the last update that was taken here while inputs of the node kept their last value,
+    // now and at the last switch of an input: from that on, those before it aren't waited for.
+    std::uint64_t passing = 0;
     std::uint64_t passed = 0;
-    void pass(std::uint64_t number) noexcept { passed = std::max(passed, number + 1); }
+    void pass(std::uint64_t number) noexcept { passing = std::max(passing, number + 1); }
     mutable bool starved = false;  // somebody has been refused
     void publishSize() noexcept { size_.store(ring.size(), std::memory_order_release); }
     // A producer that was held back goes on when half the places are free, in a long queue when a

@@ -268,6 +268,7 @@ void Join::open() {
     for (Connection* const connection : connections_) {
         connection->ring.reserve(connection->capacity());
         connection->delivered = 0;
+        connection->passing = 0;
         connection->passed = 0;
     }
     counters_ = {};
@@ -307,10 +308,14 @@ bool Join::setKeepsLastValue(Connection& connection, bool keeps) {
             while (!isQueue(*each) && !each->ring.empty()) {
                 WaitingValue waiting = each->ring.popPlace();
                 each->pass(waiting.sequenceNumber);
+                if (waiting.run != nullptr) {
+                    each->pass(waiting.run->last());
+                }
                 if (waiting.value.isValid()) {
                     replaced.push_back(std::exchange(each->lastValue, std::move(waiting.value)));
                 }
             }
+            each->passed = each->passing;
             each->publishSize();
         }
         mustSchedule = scheduleIfDecided();

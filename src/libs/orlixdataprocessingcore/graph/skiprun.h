@@ -23,6 +23,7 @@ public:
     explicit SkipRun(std::uint64_t number) : first_(number), last_(number) {}
 
     [[nodiscard]] std::uint64_t front() const noexcept { return first_; }
+    [[nodiscard]] std::uint64_t last() const noexcept { return last_; }
     // Whether front() is the only number left.
     [[nodiscard]] bool isLast() const noexcept { return stretches_.empty(); }
 
