@@ -170,7 +170,8 @@ Status Bootstrap::CheckWrite(std::uint32_t address) const noexcept {
 Status Bootstrap::CheckValue(std::uint32_t address, std::uint32_t value) const noexcept {
     constexpr std::uint32_t sizeMask = 0xFFFF;
     const std::uint32_t size = value & sizeMask;
-    if (address == Reg::packetSize && (size < smallestPacket || size > largestPacket)) {
+    const bool isWhole = size % sizeof(std::uint32_t) == 0;  // packets carry whole words
+    if (address == Reg::packetSize && (size < smallestPacket || size > largestPacket || !isWhole)) {
         return Status::InvalidParameter;
     }
     return Status::Success;

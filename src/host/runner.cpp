@@ -61,20 +61,14 @@ std::size_t countedOutput(const std::vector<OpenOutput>& outputs) {
     return image == outputs.end() ? 0 : static_cast<std::size_t>(image - outputs.begin());
 }
 
-// From which nodes values come to a node.
+// From which nodes updates come to a node, as its inputs are when the run is made.
 class Feeders {
 public:
     explicit Feeders(const RecipeGraph& graph) {
         const auto& nodes = graph.recipe().nodes();
-        std::set<std::string> forwarding;
         for (std::size_t i = 0; i < nodes.size(); ++i) {
             if (graph.nodes()[i]->isForwardingUpdates()) {
-                forwarding.insert(nodes[i].name);
-            }
-        }
-        for (const RecipeConnection& connection : graph.recipe().connections()) {
-            if (forwarding.count(connection.toNode) != 0) {
-                feeders_[connection.toNode].push_back(connection.fromNode);
+                addFeeders(nodes[i].name, *graph.nodes()[i], graph.recipe().connections());
             }
         }
     }
@@ -98,6 +92,22 @@ public:
     }
 
 private:
+    // An input that keeps its last value takes no part, unless all inputs do.
+    void addFeeders(const std::string& name, const DataProcessing::Core::INode& node,
+                    const std::vector<RecipeConnection>& connections) {
+        std::vector<std::string> joined;
+        std::vector<std::string> kept;
+        for (const RecipeConnection& connection : connections) {
+            if (connection.toNode == name) {
+                const bool resets = node.isAutoResetEnabled(GenICam::gcstring(connection.toPin));
+                (resets ? joined : kept).push_back(connection.fromNode);
+            }
+        }
+        if (!joined.empty() || !kept.empty()) {
+            feeders_[name] = joined.empty() ? kept : joined;
+        }
+    }
+
     std::map<std::string, std::vector<std::string>> feeders_;
 };
 

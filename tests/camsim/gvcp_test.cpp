@@ -116,6 +116,7 @@ TEST_F(GvcpTest, WritesOfRegistersHaveTheirErrors) {
     EXPECT_EQ(write(fileBase, 0), Status::WriteProtect);
     EXPECT_EQ(write(0x7FFFFFFC, 0), Status::InvalidAddress);
     EXPECT_EQ(write(Reg::packetSize, 10), Status::InvalidParameter);
+    EXPECT_EQ(write(Reg::packetSize, 1502), Status::InvalidParameter);
     EXPECT_EQ(run(Command::WriteReg, Buffer(12)).status, Status::InvalidParameter);
     EXPECT_EQ(run(Command::WriteReg, {}).status, Status::InvalidParameter);
 }
