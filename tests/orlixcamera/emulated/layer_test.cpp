@@ -34,8 +34,6 @@ TEST(EmulatedLayer, EveryCameraHasItsOwnFullName) {
     std::set<std::string> names;
     for (const CDeviceInfo& info : layer->Enumerate()) {
         names.insert(info.GetFullName().c_str());
-        EXPECT_EQ(info.GetDeviceClass(), "OrlixEmulated");
-        EXPECT_EQ(info.GetModelName(), "EmulatedCamera");
         EXPECT_EQ(info.GetVendorName(), "Orlix");
     }
     EXPECT_EQ(names.size(), 300U);
@@ -68,6 +66,14 @@ TEST(EmulatedLayer, CamerasDifferInWhatTheyAreKnownBy) {
         EXPECT_EQ(valueOf(camera, Orlix::Key::SerialNumber), rows[camera].serial);
     }
     EXPECT_EQ(infos[1].GetFriendlyName(), "Camera 2 (EMU-0002)");
+    for (std::size_t camera = 0; camera + 1 < rows.size(); ++camera) {
+        EXPECT_EQ(valueOf(camera, Orlix::Key::DeviceClass), "OrlixEmulated");
+        EXPECT_EQ(valueOf(camera, Orlix::Key::ModelName), "EmulatedCamera");
+    }
+    EXPECT_FALSE(infos.back().IsDeviceClassAvailable());
+    EXPECT_EQ(valueOf(rows.size() - 1, Orlix::Key::ModelName), "none");
+    EXPECT_EQ(layer->CreateDevice(infos.back())->GetInfo().GetFullName(),
+              infos.back().GetFullName());
 }
 
 TEST(EmulatedLayer, NameThatTheUserGivesShowsInTheEnumeration) {

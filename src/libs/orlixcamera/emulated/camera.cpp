@@ -43,12 +43,14 @@ CDeviceInfo Camera::GetInfo() const {
     const std::scoped_lock lock(mutex_);
     const Identity& identity = registers_.GetIdentity();
     CDeviceInfo info;
-    info.SetPropertyValue(Key::DeviceClass, EmulatedCameraClass);
+    if (place_.tellsClassAndModel) {
+        info.SetPropertyValue(Key::DeviceClass, EmulatedCameraClass);
+        info.SetPropertyValue(Key::ModelName, text(identity.model));
+    }
     info.SetPropertyValue(Key::FullName,
                           text(std::string(EmulatedCameraClass) + "#" + identity.serialNumber));
     info.SetPropertyValue(Key::FriendlyName, text(LabelOf(identity)));
     info.SetPropertyValue(Key::VendorName, text(identity.vendor));
-    info.SetPropertyValue(Key::ModelName, text(identity.model));
     info.SetPropertyValue(Key::DeviceVersion, text(identity.version));
     if (place_.tellsSerialNumber) {
         info.SetPropertyValue(Key::SerialNumber, text(identity.serialNumber));

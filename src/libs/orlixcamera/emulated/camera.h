@@ -48,6 +48,7 @@ struct Place {
     const char* ipConfiguration = nullptr;  // null without a network
     std::string address;
     bool tellsSerialNumber = true;
+    bool tellsClassAndModel = true;
     std::shared_ptr<Agenda> agenda;
     // Called by the agenda when the camera was plugged in or out.
     std::function<void()> plugChanged;

@@ -23,17 +23,20 @@ struct Kind {
     const char* ipConfiguration;  // null for a camera without a network; 256 is a fixed address
     bool hasAddress;
     bool tellsSerialNumber;
+    bool tellsClassAndModel;
     Transport::ChunkByteOrder chunkByteOrder;
 };
 
 constexpr std::array kinds = {
-    Kind{Kind::Name::None, "4", true, true, Transport::ChunkByteOrder::BigEndian},
-    Kind{Kind::Name::Own, "4", true, true, Transport::ChunkByteOrder::LittleEndian},
-    Kind{Kind::Name::None, "256", true, true, Transport::ChunkByteOrder::BigEndian},
-    Kind{Kind::Name::None, "260", false, true, Transport::ChunkByteOrder::LittleEndian},
-    Kind{Kind::Name::None, nullptr, false, true, Transport::ChunkByteOrder::LittleEndian},
-    Kind{Kind::Name::OfTheCameraFourBefore, "4", true, true, Transport::ChunkByteOrder::BigEndian},
-    Kind{Kind::Name::None, "4", true, false, Transport::ChunkByteOrder::BigEndian},
+    Kind{Kind::Name::None, "4", true, true, true, Transport::ChunkByteOrder::BigEndian},
+    Kind{Kind::Name::Own, "4", true, true, true, Transport::ChunkByteOrder::LittleEndian},
+    Kind{Kind::Name::None, "256", true, true, true, Transport::ChunkByteOrder::BigEndian},
+    Kind{Kind::Name::None, "260", false, true, true, Transport::ChunkByteOrder::LittleEndian},
+    Kind{Kind::Name::None, nullptr, false, true, true, Transport::ChunkByteOrder::LittleEndian},
+    Kind{Kind::Name::OfTheCameraFourBefore, "4", true, true, true,
+         Transport::ChunkByteOrder::BigEndian},
+    Kind{Kind::Name::None, "4", true, false, true, Transport::ChunkByteOrder::BigEndian},
+    Kind{Kind::Name::None, "4", true, true, false, Transport::ChunkByteOrder::LittleEndian},
 };
 
 std::string addressOf(std::size_t number) {
@@ -67,6 +70,7 @@ std::shared_ptr<Camera> makeCamera(std::size_t number, const std::shared_ptr<Age
     place.ipConfiguration = kind.ipConfiguration;
     place.address = kind.hasAddress ? addressOf(number) : "";
     place.tellsSerialNumber = kind.tellsSerialNumber;
+    place.tellsClassAndModel = kind.tellsClassAndModel;
     place.agenda = agenda;
     place.plugChanged = [announcer] { announcer->Tell(); };
     return std::make_shared<Camera>(identityOf(number, kind), std::move(place));
