@@ -66,8 +66,13 @@ void Stream::Queue(StreamBuffer& buffer) {
     buffer.fate = Transport::FrameFate::Aborted;
     buffer.filled = 0;
     held_.push_back(&buffer);
-    if (receiver_ != nullptr) {
-        receiver_->Push(buffer);
+    try {
+        if (receiver_ != nullptr) {
+            receiver_->Push(buffer);
+        }
+    } catch (...) {
+        held_.pop_back();  // it stays the caller's
+        throw;
     }
 }
 
