@@ -267,8 +267,10 @@ private:
     void begin() {
         allocate();
         try {
+            losses_ = std::make_unique<LossWatch>(recipe_);
             recipe_.start(startArguments(options_));
         } catch (...) {
+            losses_.reset();
             freeAfterFailure();
             throw;
         }
@@ -283,7 +285,6 @@ private:
             if (writer_ != nullptr) {
                 writer_->begin();
             }
-            losses_ = std::make_unique<LossWatch>(recipe_);
             if (options_.recover) {
                 recovery_ = std::make_unique<Recovery>(recipe_, startArguments(options_));
             }
