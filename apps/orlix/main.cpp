@@ -257,44 +257,66 @@ struct Leftover {
     bool isOption;
 };
 
+enum class Options { MayCome, HaveEnded };
+
 // The first of what nothing has taken. Nothing behind "--", which is no part of it, is an option.
-std::optional<Leftover> firstLeftover(const std::vector<std::string>& arguments,
-                                      const std::vector<std::string>& rest) {
-    const auto mark = std::find(arguments.begin(), arguments.end(), "--");
+std::optional<Leftover> firstLeftover(const std::vector<std::string>& rest, Options options) {
     for (const std::string& text : rest) {
         if (text != "--") {
-            const bool isMarked = std::find(mark, arguments.end(), text) != arguments.end();
-            return Leftover{text, !isMarked && isOption(text)};
+            return Leftover{text, options == Options::MayCome && isOption(text)};
         }
+        options = Options::HaveEnded;
     }
     return std::nullopt;
 }
 
-std::string unexpectedOf(const std::string& command, const Leftover& leftover) {
-    return leftover.isOption
-               ? "there is no option " + leftover.text + "; orlix " + command + " --help lists them"
-               : "\"" + leftover.text + "\" is one argument too many; orlix " + command +
-                     " --help tells what " + command + " takes";
+std::string unexpectedBeforeCommand(const CLI::App& app) {
+    const auto leftover = firstLeftover(app.remaining(), Options::MayCome);
+    if (!leftover) {
+        return {};
+    }
+    return leftover->isOption ? "there is no option " + leftover->text +
+                                    " before a command; orlix --help lists them"
+                              : "there is no command \"" + leftover->text + "\"; there are " +
+                                    namesOfCommands(app);
+}
+
+std::string unexpectedOf(const CLI::App& app, const CLI::App& command) {
+    auto leftover = firstLeftover(command.remaining(), Options::MayCome);
+    if (!leftover) {
+        // What follows its "--" when it has all its arguments is given back.
+        leftover = firstLeftover(app.remaining(), Options::HaveEnded);
+    }
+    if (!leftover) {
+        return {};
+    }
+    const std::string& name = command.get_name();
+    return leftover->isOption
+               ? "there is no option " + leftover->text + "; orlix " + name + " --help lists them"
+               : "\"" + leftover->text + "\" is one argument too many; orlix " + name +
+                     " --help tells what " + name + " takes";
 }
 
 // What the command line has that nothing takes, or empty.
 std::string unexpected(const CLI::App& app, const std::vector<std::string>& arguments) {
     const auto commands = app.get_subcommands();
-    if (const auto leftover = firstLeftover(arguments, app.remaining())) {
-        if (!commands.empty() && !leftover->isOption) {
-            return unexpectedOf(commands.front()->get_name(), *leftover);
-        }
-        return leftover->isOption ? "there is no option " + leftover->text +
-                                        " before a command; orlix --help lists them"
-                                  : "there is no command \"" + leftover->text + "\"; there are " +
-                                        namesOfCommands(app);
+    const bool beginsWithCommand =
+        !commands.empty() && arguments.front() == commands.front()->get_name();
+    return beginsWithCommand ? unexpectedOf(app, *commands.front()) : unexpectedBeforeCommand(app);
+}
+
+// Without a "--" before the command, which ends the options of the program itself only.
+std::vector<std::string> argumentsOf(const CLI::App& app, int argc, char** argv) {
+    std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+    const auto commands = app.get_subcommands(nullptr);
+    const bool isBeforeCommand =
+        arguments.size() > 1 && arguments[0] == "--" &&
+        std::any_of(commands.begin(), commands.end(),
+                    [&](const CLI::App* command) { return command->get_name() == arguments[1]; });
+    if (isBeforeCommand) {
+        arguments.erase(arguments.begin());
     }
-    for (const CLI::App* command : commands) {
-        if (const auto leftover = firstLeftover(arguments, command->remaining())) {
-            return unexpectedOf(command->get_name(), *leftover);
-        }
-    }
-    return {};
+    return arguments;
 }
 
 int run(int argc, char** argv) {
@@ -307,15 +329,16 @@ int run(int argc, char** argv) {
     addInspectCommands(app, line);
     addRecipeCommands(app, line);
     addRunCommand(app, line);
+    const std::vector<std::string> arguments = argumentsOf(app, argc, argv);
     try {
-        app.parse(argc, argv);
+        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::Success& success) {
         const int code = app.exit(success);
         return flushOutput() ? code : refuse(noOutput);
     } catch (const CLI::ParseError& error) {
         return refuse(error.what());
     }
-    if (const std::string message = unexpected(app, {argv, argv + argc}); !message.empty()) {
+    if (const std::string message = unexpected(app, arguments); !message.empty()) {
         return refuse(message);
     }
     // Asked for only now, so that a command that is unknown has been named.

@@ -57,6 +57,26 @@ TEST(BadUsage, WhatFollowsTheEndOfTheOptionsIsAnArgument) {
                   "\"--seconds\" is one argument too many; orlix run --help tells what run takes");
     expectFailure(runOrlix({"validate", "--", "-r.json"}),
                   "-r.json: can not read: No such file or directory");
+    expectFailure(runOrlix({"validate", "-x", "--", "-x"}),
+                  "there is no option -x; orlix validate --help lists them");
+    expectFailure(
+        runOrlix({"validate", "--", "-x", "-x"}),
+        "\"-x\" is one argument too many; orlix validate --help tells what validate takes");
+    expectFailure(runOrlix({"run", "r.json", "--fast", "--", "--fast"}),
+                  "there is no option --fast; orlix run --help lists them");
+}
+
+TEST(BadUsage, CommandMayFollowTheEndOfTheOptions) {
+    expectFailure(runOrlix({"--", "validate", "r.json"}),
+                  "r.json: can not read: No such file or directory");
+    expectFailure(runOrlix({"--"}), "a command is required; orlix --help lists them");
+    const std::string commands = "catalog, params, nodemap, devices, validate, save, run";
+    for (const char* const text : {"bogus", "--version"}) {
+        expectFailure(runOrlix({"--", text}),
+                      "there is no command \"" + std::string(text) + "\"; there are " + commands);
+    }
+    expectFailure(runOrlix({"bogus", "devices"}),
+                  "there is no command \"bogus\"; there are " + commands);
 }
 
 TEST(BadUsage, HelpThatCanNotBeWrittenIsAFailure) {
