@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "gcbase/gcexception.h"
+#include "host/support/gate.h"
 #include "orlixcamera/cameradevice.h"
 #include "orlixcamera/cameralayer.h"
 #include "orlixcamera/emulated/layer.h"
@@ -20,6 +21,7 @@
 namespace Orlix::Host {
 namespace {
 
+using Testing::Gate;
 namespace Core = DataProcessing::Core;
 namespace Utils = DataProcessing::Utils;
 
@@ -27,24 +29,6 @@ const Utils::TypeInfo& deviceType() {
     static const auto type = Utils::TypeInfo::getTypeInfo<Core::IDeviceResource>(true);
     return type;
 }
-
-class Gate {
-public:
-    void open() {
-        const std::scoped_lock lock(mutex_);
-        isOpen_ = true;
-        opened_.notify_all();
-    }
-    void wait() {
-        std::unique_lock lock(mutex_);
-        opened_.wait(lock, [this] { return isOpen_; });
-    }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable opened_;
-    bool isOpen_ = false;
-};
 
 // One real camera, which can't be had.
 class SlowLayer final : public ICameraLayer {

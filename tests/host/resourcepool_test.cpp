@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <sstream>
 #include <thread>
 
 #include "gcbase/gcexception.h"
+#include "host/support/gate.h"
 #include "host/support/program.h"
 #include "host/support/recipes.h"
 #include "host/support/temporaryfolder.h"
@@ -168,6 +170,105 @@ TEST_F(CameraPool, RefreshesOnManyThreadsEndWithTheTruth) {
     }
     pool_->refreshResources({});
     EXPECT_EQ(serialsOf(*pool_), (std::vector<std::string>{"EMU-0001"}));
+}
+
+// One emulated camera, at first not there. A look at it can be held up, and tells nobody anything.
+class GatedLayer final : public ICameraLayer {
+public:
+    GatedLayer() { emulated_->Unplug(0); }
+    void plug() { emulated_->Plug(0); }
+
+    const CInfoBase& GetInfo() const noexcept override { return layer_->GetInfo(); }
+    std::vector<CDeviceInfo> EnumerateDevices() override {
+        const int look = ++looks_;
+        before(look);
+        auto cameras = layer_->EnumerateDevices();
+        after(look);
+        return cameras;
+    }
+    std::shared_ptr<ICameraDevice> CreateDevice(const CDeviceInfo& info) override {
+        return layer_->CreateDevice(info);
+    }
+    void SetDevicesChanged(std::function<void()>) override {}
+
+    // Called with the number of the look, from 1. The pool itself looks once.
+    std::function<void(int)> before = [](int) {};
+    std::function<void(int)> after = [](int) {};
+
+private:
+    const std::shared_ptr<Emulated::Layer> emulated_ = std::make_shared<Emulated::Layer>(1);
+    const std::shared_ptr<ICameraLayer> layer_ = CreateCameraLayer(emulated_);
+    std::atomic<int> looks_ = 0;
+};
+
+// Two refreshes at once, the second and the third of the pool.
+class CameraPoolRace : public testing::Test {
+protected:
+    [[nodiscard]] std::thread refreshing() {
+        return std::thread([this] { pool_->refreshResources({}); });
+    }
+    [[nodiscard]] std::shared_ptr<ICameraDevice> acquire() const {
+        const auto found = pool_->getResources(deviceType());
+        return found.empty() ? nullptr : resourceOf(found)->acquireDevice(false);
+    }
+    [[nodiscard]] bool isCameraUnused() const {
+        const auto found = pool_->getResources(deviceType());
+        return found.empty() || resourceOf(found)->isUnused();
+    }
+
+    const std::shared_ptr<GatedLayer> layer_ = std::make_shared<GatedLayer>();
+    const std::shared_ptr<GatedLayer> next_ = std::make_shared<GatedLayer>();
+    const std::shared_ptr<Core::IResourcePool> pool_ =
+        createResourcePool(std::vector<std::shared_ptr<ICameraLayer>>{layer_, next_});
+    Gate begun_;
+    Gate goOn_;
+};
+
+TEST_F(CameraPoolRace, OlderListThatLacksACameraLeavesItToItsHolder) {
+    layer_->after = [this](int look) {
+        if (look == 2) {
+            begun_.open();
+            goOn_.wait();
+        }
+    };
+    std::thread older = refreshing();
+    begun_.wait();
+    layer_->plug();
+    pool_->refreshResources({});
+    const auto device = acquire();
+    EXPECT_NE(device, nullptr);
+    goOn_.open();
+    older.join();
+    EXPECT_FALSE(isCameraUnused());
+}
+
+TEST_F(CameraPoolRace, CameraThatOnlyTheOlderListHasSeenKeepsItsHolder) {
+    Gate newerHasLooked;
+    Gate newerGoesOn;
+    layer_->before = [this](int look) {
+        if (look == 2) {
+            begun_.open();
+            goOn_.wait();
+        }
+    };
+    next_->before = [&](int look) {
+        if (look == 2) {
+            newerHasLooked.open();
+            newerGoesOn.wait();
+        }
+    };
+    std::thread older = refreshing();
+    begun_.wait();
+    std::thread newer = refreshing();
+    newerHasLooked.wait();
+    layer_->plug();
+    goOn_.open();
+    older.join();
+    const auto device = acquire();
+    EXPECT_NE(device, nullptr);
+    newerGoesOn.open();
+    newer.join();
+    EXPECT_FALSE(isCameraUnused());
 }
 
 TEST(CameraPoolEnd, PoolMayEndWhileCamerasComeAndGo) {
