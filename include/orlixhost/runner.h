@@ -62,7 +62,8 @@ struct RunObserver {
 };
 
 // One run. run() is called once, by the thread that drives the graph; requestStop() is safe from
-// any thread at any time, also before run().
+// any thread at any time, also before run(). A graph may have several runners, which run one after
+// another.
 class ORLIXHOST_API Runner {
 public:
     // Throws RuntimeException if the options ask for what the graph does not have, or the folder
@@ -74,8 +75,9 @@ public:
 
     void requestStop();
 
-    // Returns after the stop, when everything is written. Throws RuntimeException for a failed
-    // allocation, start or write; the graph is then stopped and its resources are free.
+    // Returns after the stop, when everything is written. Throws RuntimeException for a graph that
+    // is running already, which it leaves alone, and for a failed allocation, start or write; the
+    // graph is then stopped and its resources are free.
     [[nodiscard]] RunReport run(const RunObserver& observer);
 
 private:

@@ -126,7 +126,6 @@ public:
         if (!options_.outFolder.empty()) {
             makeWriter();
         }
-        attachTaps();
     }
 
     void requestStop() { state_->requestStop(); }
@@ -187,6 +186,7 @@ private:
         };
     }
 
+    // Not before the run: what the graph gives before that is of another one.
     void attachTaps() {
         const Feeders feeders(recipe_);
         std::set<std::string> counted;
@@ -265,6 +265,11 @@ private:
     }
 
     void begin() {
+        const std::string& source = recipe_.recipe().source();
+        if (graph().isRunning()) {
+            fail(source + ": the graph is running already");
+        }
+        withPlace(source, [this] { attachTaps(); });
         allocate();
         try {
             losses_ = std::make_unique<LossWatch>(recipe_);

@@ -32,6 +32,11 @@ protected:
         return graph;
     }
 
+    [[nodiscard]] static std::string readFileOf(const Testing::TemporaryFolder& folder,
+                                                const std::string& run) {
+        return Testing::readFile(folder / (run + "/values.jsonl"));
+    }
+
     PackageList packages_;
 };
 
@@ -114,6 +119,37 @@ TEST_F(RunnerTest, OneGraphMayHaveOneRunAfterAnother) {
         const RunReport report = runner.run({});
         EXPECT_EQ(report.outputs[0].frames, 1500U) << "more lines than can wait to be written";
     }
+}
+
+TEST_F(RunnerTest, RunnerTakesNothingOfARunBeforeItsOwn) {
+    const Testing::TemporaryFolder folder;
+    const auto graph = makeGraph(1500);
+    const auto optionsFor = [&](const char* name) {
+        RunOptions options;
+        options.idle = 0.3;
+        options.outFolder = folder / name;
+        return options;
+    };
+    Runner first(*graph, optionsFor("first"));
+    Runner second(*graph, optionsFor("second"));
+    EXPECT_EQ(first.run({}).outputs[0].frames, 1500U);
+    EXPECT_EQ(readFileOf(folder, "second"), "") << "more values than can wait to be written";
+    EXPECT_EQ(second.run({}).outputs[0].frames, 1500U);
+    EXPECT_NE(readFileOf(folder, "second"), "");
+}
+
+TEST_F(RunnerTest, SecondRunAtOnceIsRefusedAndLeavesTheFirstAlone) {
+    const auto graph = makeGraph(0);
+    Runner first(*graph, {});
+    Runner second(*graph, {});
+    RunObserver observer;
+    observer.onStarted = [&] {
+        EXPECT_EQ(Testing::messageOf([&] { static_cast<void>(second.run({})); }),
+                  "r.json: the graph is running already");
+        EXPECT_TRUE(graph->graph().isRunning());
+        first.requestStop();
+    };
+    static_cast<void>(first.run(observer));
 }
 
 TEST_F(RunnerTest, SavedRecipeHasTheNodesSettings) {
