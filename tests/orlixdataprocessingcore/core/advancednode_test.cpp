@@ -359,27 +359,55 @@ TEST(AdvancedNodeStart, CallsTheFactoryWithTheNodesLockFree) {
     EXPECT_TRUE(isFree);
 }
 
-TEST(AdvancedNodeStart, TakesNoUpdateOfARunThatCameInBetween) {
+// An update that is made while the node is still stopped must be before the mark of the run.
+TEST(AdvancedNodeStart, TakesNoUpdateThatWasMadeBeforeItBegan) {
     const auto pool = std::make_shared<PoolWithFactory>();
     TestSource source({"Out"}, pool);
     const auto sink = std::make_shared<TestSink>();
     static_cast<void>(source.attachOutputSink("Out", sink));
     source.takeOnlyUpdatesOfTheRun();
-    bool hasRun = false;
-    UpdatePtr between;
+    UpdatePtr early;
     pool->factory->create = [&] {
         const UpdatePtr mark = makeUpdate();
-        if (!std::exchange(hasRun, true)) {
-            source.start({});
-            between = makeUpdate();
-            source.stop();
-        }
+        early = source.getState() == NodeState::Stopped ? makeUpdate() : mark;
         return mark;
     };
     source.start({});
-    source.createJob(between, {{"Out", integer(1)}}, {});
+    ASSERT_NE(early, nullptr);
+    source.createJob(early, {{"Out", integer(1)}}, {});
     source.send(2);
     EXPECT_EQ(sink->values(), std::vector<std::int64_t>{2});
+}
+
+TEST(AdvancedNodeStart, StopWhileItAsksTheFactoryLeavesNoSpaceToWaitFor) {
+    const auto pool = std::make_shared<PoolWithFactory>();
+    TestSource source({"Out"}, pool);
+    source.takeOnlyUpdatesOfTheRun();
+    pool->factory->create = [&] {
+        source.stop();
+        return makeUpdate();
+    };
+    bool hasSpace = true;
+    source.starting = [&] { hasSpace = source.waitUntilSpaceAvailable(); };
+    source.start({});
+    EXPECT_FALSE(hasSpace);
+    EXPECT_EQ(source.getState(), NodeState::Stopped);
+    pool->factory->create = makeUpdate;
+    source.start({});
+    EXPECT_TRUE(hasSpace);
+}
+
+TEST(AdvancedNodeStart, FactoryThatFailsLeavesItStopped) {
+    const auto pool = std::make_shared<PoolWithFactory>();
+    TestSource source({"Out"}, pool);
+    source.takeOnlyUpdatesOfTheRun();
+    pool->factory->create = []() -> UpdatePtr { throw std::logic_error("none left"); };
+    EXPECT_THROW(source.start({}), std::logic_error);
+    EXPECT_EQ(source.getState(), NodeState::Stopped);
+    EXPECT_FALSE(source.waitUntilSpaceAvailable());
+    pool->factory->create = makeUpdate;
+    source.start({});
+    EXPECT_EQ(source.getState(), NodeState::Running);
 }
 
 TEST_F(AdvancedNodeTest, AnAbortedJobThatWaitsIsNotRun) {

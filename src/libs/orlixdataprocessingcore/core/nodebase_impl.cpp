@@ -90,6 +90,8 @@ void NodeBase::Impl::start(const NodeArgumentCollection& arguments) {
     LifeScope life(*this);
     leaveStopped(life);
     try {
+        // Made in the run, so that it is behind every update from before.
+        openForJobs(lastUpdateSoFar());
         errors.clearJobError();
         stateChanged.emit();
         owner_.onStarting(arguments);
@@ -107,9 +109,7 @@ void NodeBase::Impl::start(const NodeArgumentCollection& arguments) {
 // Under the node's lock, so that a setter that has seen the node stopped ends first.
 void NodeBase::Impl::leaveStopped(LifeScope& life) {
     for (;;) {
-        const std::uint64_t runs = waitForEndOfRun(life);
-        // The factory is foreign, so no lock is held; a run in between would make this too old.
-        const std::uint64_t lastUpdateBefore = lastUpdateSoFar();
+        waitForEndOfRun(life);
         const Threading::UniqueLock<Threading::IRecursiveLockable> nodeGuard(*lock);
         std::lock_guard guard(lifeMutex_);
         if (state_ != NodeState::Stopped) {
@@ -119,12 +119,9 @@ void NodeBase::Impl::leaveStopped(LifeScope& life) {
             throw GenICam::RuntimeException(
                 "The node can't start: its resources could not be allocated.", __FILE__, __LINE__);
         }
-        if (life.isFree() && runs_ == runs) {
+        if (life.isFree()) {
             life.enter();
-            ++runs_;
             stopRequested_ = false;
-            // Together with the state, so that no stop can come in between.
-            openForJobs(lastUpdateBefore);
             state_ = NodeState::Starting;
             return;
         }
@@ -132,8 +129,8 @@ void NodeBase::Impl::leaveStopped(LifeScope& life) {
 }
 
 // Another thread may still be at the end of the last run. A job must not wait for it, since it may
-// be waiting for the job. The number of runs so far.
-std::uint64_t NodeBase::Impl::waitForEndOfRun(const LifeScope& life) {
+// be waiting for the job.
+void NodeBase::Impl::waitForEndOfRun(const LifeScope& life) {
     std::unique_lock guard(lifeMutex_);
     const bool mayWait = !isInOwnJob();
     lifeChanged_.wait(guard,
@@ -141,7 +138,6 @@ std::uint64_t NodeBase::Impl::waitForEndOfRun(const LifeScope& life) {
     if (!mayWait && !life.isFree()) {
         throw GenICam::RuntimeException("The node is still being stopped.", __FILE__, __LINE__);
     }
-    return runs_;
 }
 
 // False if a stop has been asked for meanwhile.
@@ -248,7 +244,7 @@ void NodeBase::Impl::waitForExecution() {
     --executionWaiters_;
 }
 
-// 0 if that doesn't matter.
+// 0 if that doesn't matter. The factory is foreign: no lock may be held.
 std::uint64_t NodeBase::Impl::lastUpdateSoFar() const {
     if (!onlyUpdatesOfTheRun_) {
         return 0;
@@ -258,6 +254,8 @@ std::uint64_t NodeBase::Impl::lastUpdateSoFar() const {
 }
 
 void NodeBase::Impl::openForJobs(std::uint64_t lastUpdateBefore) {
+    // A stop that has come meanwhile has closed the space for this run.
+    const std::lock_guard life(lifeMutex_);
     {
         std::lock_guard guard(abortMutex_);
         aborted_.clear();
@@ -268,7 +266,9 @@ void NodeBase::Impl::openForJobs(std::uint64_t lastUpdateBefore) {
         lastUpdateBefore_ = lastUpdateBefore;
         acceptsJobs_ = true;
     }
-    space_.open();
+    if (!stopRequested_) {
+        space_.open();
+    }
 }
 
 bool NodeBase::Impl::acceptsJobsOf(const IGraphUpdate& update) const {

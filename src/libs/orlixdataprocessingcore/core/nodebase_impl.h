@@ -92,7 +92,7 @@ private:
     enum class Admission { WhileRunning, Granted };
 
     void leaveStopped(LifeScope& life);
-    [[nodiscard]] std::uint64_t waitForEndOfRun(const LifeScope& life);
+    void waitForEndOfRun(const LifeScope& life);
     [[nodiscard]] bool enterRunning();
     void setState(NodeState state);
     void failStart();
@@ -143,7 +143,6 @@ private:
     std::thread::id lifeThread_;  // the one that is inside start() or stop()
     unsigned int lifeDepth_ = 0;
     bool stopRequested_ = false;  // while starting
-    std::uint64_t runs_ = 0;      // that have begun
 
     // One execution at a time. Whoever has set the flag owns the fields below it.
     std::atomic<bool> executing_{false};
