@@ -51,8 +51,9 @@ ORLIXHOST_API void printParametersAsJson(std::ostream& out,
                                          const std::vector<Parameter>& parameters);
 
 // Sets a feature from its text form; a command is executed by "1". Throws RuntimeException that
-// names parameter, value and what would be allowed.
-ORLIXHOST_API void setParameter(GenApi::INodeMap& map, const std::string& name,
+// names parameter, value and what would be allowed. False for a text whose owner has kept the one
+// that it had instead, which it may do without an exception.
+ORLIXHOST_API bool setParameter(GenApi::INodeMap& map, const std::string& name,
                                 const std::string& value);
 
 }  // namespace Orlix::Host

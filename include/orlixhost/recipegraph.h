@@ -38,7 +38,7 @@ public:
     RecipeGraph(const RecipeGraph&) = delete;
     RecipeGraph& operator=(const RecipeGraph&) = delete;
 
-    // "Node.Parameter=Value"
+    // "Node.Parameter=Value". A text that the node doesn't take is a line of the log.
     void set(const std::string& assignment);
     // Makes the connections and checks the whole. Once, after the last change of the parameters,
     // since these decide which pins there are.

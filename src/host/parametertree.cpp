@@ -266,6 +266,16 @@ void assign(GenApi::INode& node, const std::string& value) {
     target->FromString(GenApi::gcstring(value));
 }
 
+// A text that has changed, though not into the one that was set, was taken in a form of its
+// owner's.
+bool wasTaken(GenApi::INode& node, const Parameter& before, const std::string& value) {
+    if (before.kind != "String" || before.access != "RW" || before.text == value) {
+        return true;
+    }
+    const Parameter after = ParameterReader(node).read({});
+    return !after.error.empty() || after.text != before.text;
+}
+
 }  // namespace
 
 std::vector<Parameter> readParameters(GenApi::INodeMap& map) {
@@ -281,7 +291,7 @@ std::vector<Parameter> readParameters(GenApi::INodeMap& map) {
     return parameters;
 }
 
-void setParameter(GenApi::INodeMap& map, const std::string& name, const std::string& value) {
+bool setParameter(GenApi::INodeMap& map, const std::string& name, const std::string& value) {
     const std::string place = "parameter " + inQuotes(name);
     GenApi::INode* node = map.GetNode(GenApi::gcstring(name));
     if (node == nullptr || !node->IsFeature()) {
@@ -298,6 +308,7 @@ void setParameter(GenApi::INodeMap& map, const std::string& name, const std::str
         fail(place + ": can not be set to " + inQuotes(value) + ": " +
              withAllowed(currentMessage(), parameter));
     }
+    return wasTaken(*node, parameter, value);
 }
 
 }  // namespace Orlix::Host

@@ -14,6 +14,7 @@
 #include "orlixdataprocessingcore/core/image.h"
 #include "orlixdataprocessingcore/core/inode.h"
 #include "orlixdataprocessingcore/graph/graph.h"
+#include "orlixdataprocessingcore/utils/log.h"
 #include "orlixdataprocessingcore/utils/serializable.h"
 #include "orlixhost/filedescriptor.h"
 #include "orlixhost/jsonsettings.h"
@@ -24,6 +25,11 @@ namespace Orlix::Host {
 namespace {
 
 using DataProcessing::Core::INode;
+
+DataProcessing::Utils::CatId getCatIdRecipeGraph() {
+    static const auto id = DataProcessing::Utils::getCatId("orlix.host.RecipeGraph");
+    return id;
+}
 
 // Puts the current directory back, which a node's load may change for the whole process. Relative
 // paths of the command line keep their meaning, also in a directory whose name is gone.
@@ -176,7 +182,12 @@ void RecipeGraph::set(const std::string& assignment) {
     const std::string parameter = assignment.substr(dot + 1, equals - dot - 1);
     withPlace(place, [&] {
         const NodeLines lines([&] { return place + ": parameter " + inQuotes(parameter); });
-        setParameter(vcellMapOf(*nodes_[index]), parameter, assignment.substr(equals + 1));
+        const std::string value = assignment.substr(equals + 1);
+        if (!setParameter(vcellMapOf(*nodes_[index]), parameter, value)) {
+            using namespace DataProcessing::Utils;
+            createLogEntry(Severitiy::Warning, getCatIdRecipeGraph(),
+                           "The node has not taken the text %s.", inQuotes(value).c_str());
+        }
     });
 }
 

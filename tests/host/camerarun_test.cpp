@@ -164,6 +164,36 @@ TEST_F(CameraRun, BadPinTextIsToldWithNodeAndParameter) {
                             ": node \"Camera\": parameter \"EventPinConfiguration\"" + text);
 }
 
+// A name that is taken, and an entry whose pin is there: the node itself is silent about both.
+TEST_F(CameraRun, PinTextThatTheNodeLeavesOutIsTold) {
+    const std::string chunk = "Image.Type=Float.ValueName=ChunkExposureTime";
+    const std::string event = "E.Type=Integer.EventName=ExposureEnd.ValueName=EventExposureEnd";
+    const auto told = [&](const std::string& parameter, const std::string& text) {
+        return "warning: orlix.host.RecipeGraph: " + recipe_ + ": node \"Camera\": parameter \"" +
+               parameter + "\": The node has not taken the text \"" + text + "\".";
+    };
+    const auto warningsOf = [&](const std::string& add, const std::vector<std::string>& texts) {
+        std::vector<std::string> arguments = {"validate", recipe_, "--set", "Camera." + add + "=1"};
+        for (const std::string& text : texts) {
+            arguments.insert(arguments.end(), {"--set", "Camera." + text});
+        }
+        const ProgramResult result = runOrlix(arguments);
+        EXPECT_EQ(result.exitCode, 0);
+        std::vector<std::string> warnings = linesOf(result.err);
+        std::erase_if(warnings,
+                      [](const std::string& line) { return !line.starts_with("warning: "); });
+        return warnings;
+    };
+    using Lines = std::vector<std::string>;
+    EXPECT_EQ(warningsOf("ChunkPinAdd", {"ChunkPinValue=" + chunk}),
+              Lines{told("ChunkPinValue", chunk)});
+    EXPECT_EQ(warningsOf("ChunkPinAdd", {"ChunkPinValue=A" + chunk}), Lines());
+    const std::string set = "EventPinConfiguration=";
+    EXPECT_EQ(warningsOf("EventPinAdd", {set + event, set + event}), Lines()) << "it is there";
+    EXPECT_EQ(warningsOf("EventPinAdd", {set + event, set + "F" + event}),
+              Lines{told("EventPinConfiguration", "F" + event)});
+}
+
 TEST_F(CameraRun, FailedFramesAreImagesWithAnError) {
     const ProgramResult result = run({"--frames", "10", "--json", "--out", folder_ / "out",
                                       "--fault", "frame 3: missing packets 1; frame 5: lost end"});

@@ -52,7 +52,7 @@ protected:
     }
 
     void set(const std::string& name, const std::string& value) {
-        setParameter(file_.nodeMap(), name, value);
+        static_cast<void>(setParameter(file_.nodeMap(), name, value));
     }
 
     [[nodiscard]] std::string refusal(const std::string& name, const std::string& value) {
