@@ -1,5 +1,6 @@
 // The program orlix-camsim: the emulated camera as a GigE Vision device on the network. It ends
-// with SIGINT or SIGTERM and tells its statistics then, and whenever it gets SIGUSR1.
+// with SIGINT or SIGTERM and tells its statistics then, and whenever it gets SIGUSR1; SIGUSR2
+// begins the faults that a wire script keeps for it.
 #include <signal.h>
 #include <sys/signalfd.h>
 
@@ -144,7 +145,7 @@ void complete(CommandLine& line) {
 OwnedFile blockSignals() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int number : {SIGINT, SIGTERM, SIGUSR1}) {
+    for (const int number : {SIGINT, SIGTERM, SIGUSR1, SIGUSR2}) {
         sigaddset(&signals, number);
     }
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);

@@ -93,13 +93,8 @@ void Server::Run(int signals, const std::function<void()>& report) {
         if (::poll(files.data(), files.size(), waitingTime()) < 0) {
             continue;
         }
-        signalfd_siginfo signal{};
-        if ((files[0].revents & POLLIN) != 0 &&
-            ::read(signals, &signal, sizeof signal) == sizeof signal) {
-            if (signal.ssi_signo != SIGUSR1) {
-                return;
-            }
-            report();
+        if ((files[0].revents & POLLIN) != 0 && !takeSignals(signals, report)) {
+            return;
         }
         noticeLoss();
         if ((files[2].revents & POLLIN) != 0) {
@@ -112,6 +107,21 @@ void Server::Run(int signals, const std::function<void()>& report) {
         }
         device_.CheckHeartbeat(Clock::now());
     }
+}
+
+// All that have come, before the next datagram. False to end.
+bool Server::takeSignals(int signals, const std::function<void()>& report) {
+    signalfd_siginfo signal{};
+    while (::read(signals, &signal, sizeof signal) == sizeof signal) {
+        if (signal.ssi_signo == SIGUSR1) {
+            report();
+        } else if (signal.ssi_signo == SIGUSR2) {
+            onSignal();
+        } else {
+            return false;
+        }
+    }
+    return true;
 }
 
 // Milliseconds until something has to be done without a datagram.
@@ -178,7 +188,7 @@ void Server::noticeLoss() {
 
 void Server::startTimers() {
     for (const WireRule& rule : faults_.GetRules()) {
-        if (rule.occasion != WireOccasion::Frame) {
+        if (rule.occasion == WireOccasion::After || rule.occasion == WireOccasion::Every) {
             timers_.push_back({Clock::now() + rule.time, rule});
         }
     }
@@ -189,17 +199,33 @@ void Server::runTimers(TimePoint now) {
         if (now < timer.time) {
             continue;
         }
-        if (timer.rule.fault == WireFault::Reset) {
-            camera_->Unplug(timer.rule.duration);
-        } else {
-            silence_.BeginFor(timer.rule.duration);
-        }
+        begin(timer.rule);
         const bool repeats = timer.rule.occasion == WireOccasion::Every;
         timer.time =
             repeats ? now + std::max<Clock::duration>(timer.rule.time, std::chrono::milliseconds(1))
                     : TimePoint::max();
     }
     std::erase_if(timers_, [](const Timer& timer) { return timer.time == TimePoint::max(); });
+}
+
+void Server::onSignal() {
+    for (const WireRule& rule : faults_.GetRules()) {
+        if (rule.occasion == WireOccasion::Signal) {
+            begin(rule);
+        }
+    }
+}
+
+// A silence without an end that begins with a signal ends with the next one.
+void Server::begin(const WireRule& rule) {
+    const bool hasEnd = rule.duration != std::chrono::nanoseconds(0);
+    if (rule.fault == WireFault::Reset) {
+        camera_->Unplug(rule.duration);
+    } else if (rule.occasion == WireOccasion::Signal && !hasEnd && silence_.IsOn()) {
+        silence_.End();
+    } else {
+        silence_.BeginFor(rule.duration);
+    }
 }
 
 std::shared_ptr<Emulated::Holder> Server::GetHolder() {

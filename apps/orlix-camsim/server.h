@@ -36,8 +36,8 @@ public:
     explicit Server(const ServerOptions& options);
     ~Server() override;
 
-    // Until a signal of `signals`, a descriptor of signalfd, tells to end. SIGUSR1 makes it call
-    // `report`.
+    // Until a signal of `signals`, a descriptor of signalfd that doesn't block, tells to end.
+    // SIGUSR1 makes it call `report`, SIGUSR2 is the occasion of the faults that wait for a signal.
     void Run(int signals, const std::function<void()>& report);
 
     [[nodiscard]] Endpoint GetEndpoint() const noexcept { return endpoint_; }
@@ -59,6 +59,9 @@ private:
 
     void startTimers();
     void runTimers(TimePoint now);
+    [[nodiscard]] bool takeSignals(int signals, const std::function<void()>& report);
+    void onSignal();
+    void begin(const WireRule& rule);
     [[nodiscard]] int waitingTime() const;
     void receive(const Socket& socket, Arrival arrival);
     void answer(const Answer& answer, const Endpoint& client);

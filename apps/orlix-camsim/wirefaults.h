@@ -67,6 +67,7 @@ public:
         end_ = isForGood ? Clock::time_point::max().time_since_epoch().count()
                          : (Clock::now() + duration).time_since_epoch().count();
     }
+    void End() noexcept { end_ = 0; }
     [[nodiscard]] bool IsOn() const noexcept {
         const std::int64_t end = end_;
         return end != 0 && Clock::now().time_since_epoch().count() < end;

@@ -169,8 +169,11 @@ private:
             rule.time = time();
         } else if (accept("every")) {
             parseEvery(rule);
+        } else if (accept("on")) {
+            expect("signal");
+            rule.occasion = WireOccasion::Signal;
         } else {
-            fail("'frame', 'all', 'every' or 'after'");
+            fail("'frame', 'all', 'every', 'after' or 'on'");
         }
     }
 

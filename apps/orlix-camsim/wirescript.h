@@ -4,6 +4,7 @@
 //     frame 10: drop leader
 //     every 7 frames: drop packets 3 to 5, ignore resends
 //     after 2 s: silence for 500 ms
+//     on signal: reset
 #pragma once
 
 #include <chrono>
@@ -14,7 +15,7 @@
 
 namespace Orlix::Camsim {
 
-enum class WireOccasion : std::uint8_t { Frame, After, Every };
+enum class WireOccasion : std::uint8_t { Frame, After, Every, Signal };
 enum class WireFault : std::uint8_t {
     Drop,
     Duplicate,

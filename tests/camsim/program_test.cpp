@@ -129,19 +129,44 @@ TEST(CamsimProgram, ControlIsLostWithoutAHeartbeat) {
     EXPECT_EQ(process.stop()["controlLosses"], 1);
 }
 
-// Asks again and again until the device answers.
-void askUntilAnswered(GevClient& client, const Buffer& command) {
+// Asks again and again until the device answers; by a client of its own, since what was asked too
+// often is answered later.
+void waitUntilAnswered(const CamsimProcess& process) {
     constexpr int shortTime = 20;
+    GevClient client(process.port());
     do {
-        client.send(command);
+        client.send(commandOf(Command::Discovery, {}, 1));
     } while (!client.tryReceive(shortTime));
 }
 
 TEST(CamsimProgram, ASilentDeviceAnswersLater) {
-    CamsimProcess process({"--wire", "after 0 ms: silence for 300 ms"});
+    CamsimProcess process({"--wire", "on signal: silence for 300 ms"});
+    process.signal();
+    waitUntilAnswered(process);
+}
+
+// What comes meanwhile is not heard, nor is it kept.
+TEST(CamsimProgram, ASilenceWithoutAnEndLastsFromOneSignalToTheNext) {
+    CamsimProcess process({"--wire", "on signal: silence"});
     GevClient client(process.port());
-    askUntilAnswered(client, commandOf(Command::Discovery, {}, 1));
-    EXPECT_GT(process.stop()["ignoredDatagrams"], 0);
+    for (int round = 1; round <= 2; ++round) {
+        process.signal();
+        client.send(commandOf(Command::Discovery, {}, 1));
+        while (process.statistics()["ignoredDatagrams"] < round) {
+        }
+        process.signal();
+        EXPECT_EQ(client.read(Reg::version), 0x00020000U);
+    }
+    EXPECT_EQ(process.stop()["commands"], 2);
+}
+
+TEST(CamsimProgram, ADeviceIsResetWithASignal) {
+    CamsimProcess process({"--wire", "on signal: reset for 100 ms"});
+    GevClient client(process.port());
+    client.takeControl();
+    process.signal();
+    waitUntilAnswered(process);
+    EXPECT_EQ(client.read(Reg::control), 0U);
 }
 
 TEST(CamsimProgram, ADeviceThatIsResetForgetsWhoControlsIt) {
@@ -154,10 +179,8 @@ TEST(CamsimProgram, ADeviceThatIsResetForgetsWhoControlsIt) {
                             .add(registerBytes(on))
                             .bytes();
     client.send(commandOf(Command::WriteMem, stop, 500));
+    waitUntilAnswered(process);
     GevClient watcher(process.port());
-    askUntilAnswered(watcher, commandOf(Command::Discovery, {}, 1));
-    while (watcher.tryReceive(0)) {  // answers to what was asked too often
-    }
     EXPECT_EQ(watcher.read(Reg::control), 0U);
     EXPECT_EQ(watcher.read(Reg::heartbeat), 3000U);
 }

@@ -45,8 +45,9 @@ TEST(WireScript, FramesAreNamedOneByOneInRangesAndInSteps) {
 TEST(WireScript, AStatementHasSeveralFaults) {
     const auto rules = ParseWireScript(
         "frame 1: drop packets 3 to 7, delay trailer by 5 ms, move packet 2 by 4, deny resends\n"
-        "all frames: duplicate all; after 2 s: silence for 500ms; every 10 s: reset");
-    ASSERT_EQ(rules.size(), 7U);
+        "all frames: duplicate all; after 2 s: silence for 500ms; every 10 s: reset; "
+        "on signal: silence");
+    ASSERT_EQ(rules.size(), 8U);
     EXPECT_EQ(rules[0].fault, WireFault::Drop);
     EXPECT_EQ(rules[0].firstPacket, 3U);
     EXPECT_EQ(rules[0].lastPacket, 7U);
@@ -60,6 +61,9 @@ TEST(WireScript, AStatementHasSeveralFaults) {
     EXPECT_EQ(rules[5].duration, 500ms);
     EXPECT_EQ(rules[6].occasion, WireOccasion::Every);
     EXPECT_EQ(rules[6].fault, WireFault::Reset);
+    EXPECT_EQ(rules[7].occasion, WireOccasion::Signal);
+    EXPECT_EQ(rules[7].fault, WireFault::Silence);
+    EXPECT_FALSE(rules[7].IsFor(1));
 }
 
 TEST(WireScript, MistakesAreToldWithTheirPlace) {
@@ -74,6 +78,11 @@ TEST(WireScript, MistakesAreToldWithTheirPlace) {
     EXPECT_EQ(mistakeOf("frame 1: drop"),
               "Wire script, line 1, column 14: expected 'leader', 'packet', 'trailer' or 'all', "
               "found the end of script.");
+    EXPECT_EQ(mistakeOf("once: silence"),
+              "Wire script, line 1, column 1: expected 'frame', 'all', 'every', 'after' or 'on', "
+              "found 'once'.");
+    EXPECT_EQ(mistakeOf("on signal: drop leader"),
+              "Wire script, line 1, column 12: expected 'silence' or 'reset', found 'drop'.");
     EXPECT_EQ(mistakeOf("after 5: silence"),
               "Wire script, line 1, column 8: expected 'us', 'ms' or 's', found ':'.");
     EXPECT_EQ(mistakeOf("after 5 ms: drop leader"),

@@ -67,6 +67,12 @@ nlohmann::json CamsimProcess::statistics() {
     return nlohmann::json::parse(readLine());
 }
 
+// The program takes all signals that have come before it takes a datagram.
+void CamsimProcess::signal() {
+    ::kill(child_, SIGUSR2);
+    static_cast<void>(statistics());
+}
+
 nlohmann::json CamsimProcess::stop() {
     ::kill(child_, SIGTERM);
     nlohmann::json last = nlohmann::json::parse(readLine());

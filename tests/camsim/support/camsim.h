@@ -23,6 +23,8 @@ public:
     [[nodiscard]] std::int64_t peakMemory() const;
     // Its statistics as they are now.
     [[nodiscard]] nlohmann::json statistics();
+    // The occasion of the faults that wait for a signal; what is sent from then on comes behind it.
+    void signal();
     // Ends it; its statistics at the end.
     [[nodiscard]] nlohmann::json stop();
 

@@ -106,14 +106,19 @@ TEST_F(SimulatedRemoval, StopRightAfterTheDeathOfTheLinkEnds) {
 }
 
 TEST_F(SimulatedRemoval, CameraThatIsSilentForLongIsLostAndCanBeOpenedAgain) {
-    Start({"--wire", "every 6 s: silence for 2 s"});
+    Start({"--wire", "on signal: silence"});
     OpenWatched();
     FreeRun(50);
     camera.StartGrabbing();
+    Take(1);
+    BeginFaults();
     watch.WaitForLoss();
     ExpectRemovedAtRead(0);
     camera.DetachDevice();
-    // While it is silent it isn't found, and it keeps its dead controller for some time.
+    EXPECT_THROW(Open(), GenICam::GenericException);
+    camera.DetachDevice();
+    EndFaults();
+    // It keeps its dead controller for some time.
     for (bool isBack = false; !isBack;) {
         try {
             Open();
@@ -128,8 +133,9 @@ TEST_F(SimulatedRemoval, CameraThatIsSilentForLongIsLostAndCanBeOpenedAgain) {
 }
 
 TEST_F(SimulatedRemoval, CameraThatIsBackWithoutAControllerIsLost) {
-    Start({"--wire", "every 3 s: reset for 100 ms"});
+    Start({"--wire", "on signal: reset for 100 ms"});
     OpenWatched();
+    BeginFaults();
     watch.WaitForLoss();
     EXPECT_TRUE(camera.IsCameraDeviceRemoved());
 }
@@ -186,7 +192,7 @@ TEST_F(SimulatedRemoval, RefusedAccessAloneIsNoLoss) {
 TEST_F(SimulatedRemoval, ControlIsKeptWithAShortHeartbeatTimeOutOfTheCamera) {
     Start();
     OpenWatched();
-    Set("GevHeartbeatTimeout", 600);
+    Set("GevHeartbeatTimeout", 900);
     FreeRun(20);
     camera.StartGrabbing();
     Take(60);

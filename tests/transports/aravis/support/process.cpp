@@ -61,6 +61,10 @@ void Process::AskForCounts() {
     ::kill(id_, SIGUSR1);
 }
 
+void Process::BeginFaults() {
+    ::kill(id_, SIGUSR2);
+}
+
 void Process::Continue() {
     ::kill(id_, SIGCONT);
 }

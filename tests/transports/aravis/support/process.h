@@ -25,6 +25,8 @@ public:
     void Continue();
     // Asks a camera to print what it has counted.
     void AskForCounts();
+    // Begins the faults that a camera keeps for a signal.
+    void BeginFaults();
     // Asks it to end, and waits for that.
     int Terminate();
     // Waits for the program to end by itself; its exit code, or -1.

@@ -31,12 +31,18 @@ protected:
         WaitForAnswer(address);
     }
     void Kill() { process_.Kill(); }
+    // Those that the wire script keeps for a signal: counted from what the test has come to, not
+    // from the start of the camera.
+    void BeginFaults() { process_.BeginFaults(); }
+    // A silence that began so ends so, too.
+    void EndFaults() { process_.BeginFaults(); }
     void Pause() { process_.Pause(); }
     void Continue() { process_.Continue(); }
     void Open() {
         device_ = FindDevice(serialNumber);
         camera.Attach(device_.get(), Cleanup_Delete);
         camera.Open();
+        BePatient();
     }
     // What the camera has counted; it ends.
     [[nodiscard]] nlohmann::json EndAndCount() {
@@ -73,6 +79,14 @@ protected:
     CInstantCamera camera;
 
 private:
+    // A busy computer may keep either side waiting for long. What of a frame is late is waited for,
+    // and what comes meanwhile finds room; the fates of frames are those that the scripts give.
+    void BePatient() {
+        constexpr std::int64_t room = 4 << 20;
+        CIntegerParameter(camera.GetTLNodeMap(), "FrameRetention").SetValue(2000);
+        CIntegerParameter(camera.GetTLNodeMap(), "SocketBufferSize").SetValue(room);
+    }
+
     [[nodiscard]] std::string LastLine() const {
         std::ifstream file(outputFile_);
         std::string line;
