@@ -17,6 +17,7 @@ orlixhost                | include/orlixhost src/host                           
 orlix                    | apps/orlix                                                         |                          | gcbase genapi orlixdataprocessingcore orlixhost
 camsim                   | apps/orlix-camsim                                                  |                          | gcbase genapi orlixcamera
 demo                     | apps/demoimages apps/contactsheet                                  |                          | gcbase orlixcamera
+examples                 | examples                                                           |                          | gcbase genapi orlixcamera orlixdataprocessingcore orlixhost
 '
 
 # Part | private headers of another part that it uses all the same: the simulated camera serves the

@@ -112,6 +112,41 @@ TEST(RecipeFormat, OptionsAreThoseOfTheProgram) {
     EXPECT_EQ(told, real);
 }
 
+// As a block of the page has it.
+std::string indented(const std::string& text) {
+    std::string block;
+    for (const std::string& line : linesOf(text)) {
+        block += (line.empty() ? "" : "    ") + line + "\n";
+    }
+    return block;
+}
+
+TEST(Embedding, ProgramOfThePageIsThatOfTheTree) {
+    const std::string program = indented(readPage("examples/brightness.cpp"));
+    EXPECT_GT(program.size(), 1000U);
+    EXPECT_NE(readPage("docs/embedding.md").find("\n\n" + program + "\n"), std::string::npos);
+}
+
+TEST(Embedding, ProgramTellsHowBrightThePicturesAre) {
+    const std::string program = std::string(ORLIX_PROGRAM_FOLDER) + "/brightness";
+    const TemporaryFolder folder;
+    const std::string recipe = writeReplayRecipe(
+        folder, R"("sourcePath": "images", "numberOfImages": 3, "framesPerSecond": 500)");
+    writePictures(folder, "images", 3);
+    const ProgramResult result = Program(program, {recipe, "3"}).wait();
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    const auto lines = linesOf(result.out);
+    ASSERT_EQ(lines.size(), 4U) << result.out;
+    EXPECT_EQ(std::vector<std::string>(lines.begin(), lines.begin() + 3),
+              (std::vector<std::string>{"10", "20", "30"}));
+    EXPECT_EQ(Json::parse(lines[3])["outputs"]["Converter.Image"]["frames"], 3);
+
+    const ProgramResult failed = Program(program, {folder / "none.json", "3"}).wait();
+    EXPECT_EQ(failed.exitCode, 1);
+    EXPECT_EQ(failed.err, (folder / "none.json") + ": can not read: No such file or directory\n");
+}
+
 TEST(CiScript, RefusesArgumentsThatItWouldIgnore) {
     const ProgramResult result =
         Program(std::string(ORLIX_SOURCE_FOLDER) + "/.ci/run", {"asan"}).wait();
