@@ -37,6 +37,9 @@ enum BayerBorderEnums : std::uint32_t {
 };
 
 // The life of a converter is that of its owner; it holds no memory and no thread between calls.
+// The calling thread does: where pixels are made by way of rows it keeps those for its next
+// conversion, until it ends. They have about 26 bytes for each pixel of the widest line so far and
+// each thread that took part.
 // docs/pixel-formats.md has the formula of each conversion.
 class ORLIXCAMERA_API CImageFormatConverter {
 public:
@@ -74,7 +77,8 @@ public:
     // bytes at `source`. The bytes may lie in the buffer of `destination`: it is let go last.
     // Throws InvalidArgumentException for a null pointer, a width or height of 0, an undefined or
     // unknown pixel type, a pair of formats without a conversion and a source that is too small,
-    // and BadAllocException; `destination` is then as it was.
+    // OutOfRangeException for a picture whose bytes, there or here, are too many for 64 bits and
+    // for a negative padding, and BadAllocException; `destination` is then as it was.
     void Convert(COrlixImage& destination, const void* source, std::size_t sourceSize,
                  EPixelType sourcePixelType, std::uint32_t width, std::uint32_t height,
                  std::size_t sourcePaddingX, EImageOrientation sourceOrientation) const;

@@ -10,6 +10,7 @@
 #include "orlixcamera/conversion/conversiontable.h"
 #include "orlixcamera/conversion/guardedbuffer.h"
 #include "orlixcamera/conversion/instructionsets.h"
+#include "orlixcamera/conversion/kerneljob.h"
 #include "orlixcamera/conversion/referencepicture.h"
 #include "orlixcamera/orliximage.h"
 #include "orlixcamera/pixeltypemapper.h"
@@ -177,8 +178,6 @@ TEST_P(ConversionPairs, NoByteBeforeOrBehindThePicturesIsTouched) {
     const auto [sourceType, outputType] = GetParam();
     const ConversionKernel kernel = FindConversionKernel(sourceType, outputType);
     ASSERT_NE(kernel, nullptr);
-    const int difference =
-        static_cast<int>(BitDepth(sourceType)) - static_cast<int>(BitDepth(outputType));
     for (const GuardSide side : {GuardSide::Front, GuardSide::Back}) {
         for (const std::uint32_t width : {1U, 3U, 16U, 31U, 33U, 64U, 67U, 130U, 300U, 320U}) {
             const ImagePlanes from = ComputePlanes(sourceType, width, 3, 0);
@@ -188,21 +187,10 @@ TEST_P(ConversionPairs, NoByteBeforeOrBehindThePicturesIsTouched) {
             const Picture noise = MakePicture(sourceType, width, 3, 0, ImageOrientation_TopDown,
                                               Content::Random, width);
             std::memcpy(source.Data(), noise.bytes.data(), from.size);
-            ConversionJob job;
-            job.width = width;
-            job.height = 3;
-            job.shiftDown = std::max(0, difference);
-            job.sourceType = sourceType;
-            job.destinationType = outputType;
-            for (std::size_t plane = 0; plane < from.count; ++plane) {
-                job.source[plane] = source.Data() + from.planes[plane].offset;
-                job.sourceStride[plane] = static_cast<std::ptrdiff_t>(from.planes[plane].stride);
-            }
-            for (std::size_t plane = 0; plane < 3; ++plane) {
-                const ImagePlane& place = to.planes[plane < to.count ? plane : 0];
-                job.destination[plane] = output.Data() + place.offset;
-                job.destinationStride[plane] = static_cast<std::ptrdiff_t>(place.stride);
-            }
+            ConversionJob job = MakeKernelJob(noise, source.Data(),
+                                              {outputType, 0, ImageOrientation_TopDown,
+                                               OutputBitAlignment_LsbAligned, BayerBorder_Repeat},
+                                              output.Data());
             for (const std::int64_t set : InstructionSets()) {
                 const InstructionSetScope scope(set);
                 job.streams = false;

@@ -248,13 +248,31 @@ TEST(ImageFormatConverter, APairWithoutAConversionIsRefusedWithTheFormatsThatWou
               "Can't convert an image from Coord3D_C32f to Mono10: it is no output format.");
 }
 
-TEST(ImageFormatConverter, ASizeThatOverflowsIsRefused) {
+TEST(ImageFormatConverter, ASourceWithMoreBytesThan64BitsCountIsRefused) {
     const CImageFormatConverter converter;
     COrlixImage image;
     const std::uint8_t byte = 0;
-    EXPECT_THROW(converter.Convert(image, &byte, 1, PixelType_RGB16Packed, 0xFFFFFFFF, 0xFFFFFFFF,
-                                   SIZE_MAX / 2, ImageOrientation_TopDown),
-                 GenICam::GenericException);
+    EXPECT_EQ(TextOf<GenICam::OutOfRangeException>([&] {
+                  converter.Convert(image, &byte, 1, PixelType_RGB16Packed, 0xFFFFFFFF, 0xFFFFFFFF,
+                                    SIZE_MAX / 2, ImageOrientation_TopDown);
+              }),
+              "An image of format RGB16Packed with 4294967295 x 4294967295 pixels and "
+              "9223372036854775807 bytes of padding a line is too large for 64 bits.");
+}
+
+// The source has one byte for eight pixels, and is said to be there.
+TEST(ImageFormatConverter, AnOutputWithMoreBytesThan64BitsCountIsRefused) {
+    CImageFormatConverter converter;
+    converter.OutputPixelFormat.SetValue(PixelType_RGB16Packed);
+    COrlixImage image;
+    const std::uint8_t byte = 0;
+    EXPECT_EQ(TextOf<GenICam::OutOfRangeException>([&] {
+                  converter.Convert(image, &byte, SIZE_MAX, PixelType_Mono1Packed, 0xFFFFFFFF,
+                                    0xFFFFFFFF, 0, ImageOrientation_TopDown);
+              }),
+              "An image of format RGB16Packed with 4294967295 x 4294967295 pixels and 0 bytes of "
+              "padding a line is too large for 64 bits.");
+    EXPECT_EQ(image.GetImageSize(), 0U);
 }
 
 TEST(ImageFormatConverter, AFailureLeavesTheDestinationUntouched) {
@@ -289,6 +307,24 @@ TEST(ImageFormatConverter, ANegativePaddingSetWithoutVerificationIsRefused) {
                                     ImageOrientation_TopDown);
               }),
               "Can't convert an image: the parameter OutputPaddingX has the negative value -1.");
+}
+
+TEST(ImageFormatConverter, AnyNumberOfThreadsSetWithoutVerificationConverts) {
+    const Picture source =
+        MakePicture(PixelType_Mono8, 640, 481, 0, ImageOrientation_TopDown, Content::Random, 1);
+    const Picture expected = ConvertByReference(
+        source,
+        {PixelType_BGRA8Packed, 0, ImageOrientation_TopDown, OutputBitAlignment_LsbAligned});
+    CImageFormatConverter converter;
+    for (const std::int64_t threads : {std::int64_t{0}, std::int64_t{-1}, INT64_MIN, INT64_MAX}) {
+        converter.MaxNumThreads.SetValue(threads, false);
+        COrlixImage image;
+        converter.Convert(image, source.bytes.data(), source.bytes.size(), source.pixelType,
+                          source.width, source.height, 0, ImageOrientation_TopDown);
+        ASSERT_EQ(image.GetImageSize(), expected.bytes.size());
+        EXPECT_EQ(std::memcmp(image.GetBuffer(), expected.bytes.data(), expected.bytes.size()), 0)
+            << threads;
+    }
 }
 
 TEST(ImageFormatConverter, AStreamOfPicturesTakesNoMemoryFromTheSystem) {

@@ -30,7 +30,7 @@ void FillChroma(const ConversionJob& job, Subsampling subsampling, std::uint32_t
     const std::size_t bytes =
         (std::size_t{job.width} + (1U << subsampling.columns) - 1) >> subsampling.columns;
     const std::uint32_t step = 1U << subsampling.lines;
-    for (std::uint32_t line = first; line < end; line += step) {
+    for (std::uint64_t line = first; line < end; line += step) {
         const auto number = static_cast<std::ptrdiff_t>(line >> subsampling.lines);
         for (std::size_t plane = 1; plane < 3; ++plane) {
             std::memset(job.destination[plane] + number * job.destinationStride[plane], 128, bytes);

@@ -94,7 +94,8 @@ void ClearPadding(const ConversionJob& job, const ImagePlanes& output, std::uint
         }
         // A chroma plane has a line for each two of the picture.
         const std::uint32_t step = plane.lines < job.height ? 2 : 1;
-        for (std::uint32_t line = first / step; line < (end + step - 1) / step; ++line) {
+        const LineSpan lines = LinesOfPlane(first, end, step);
+        for (std::uint64_t line = lines.first; line < lines.end; ++line) {
             std::memset(job.destination[index] + line * plane.stride + plane.lineBytes, 0, padding);
         }
     }

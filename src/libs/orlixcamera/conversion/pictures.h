@@ -21,7 +21,8 @@ struct SourcePicture {
     EImageOrientation orientation = ImageOrientation_TopDown;
 };
 
-// Throws InvalidArgumentException if the bytes can't be a picture as described.
+// Throws InvalidArgumentException if the bytes can't be a picture as described, and
+// OutOfRangeException if such a picture would have more bytes than 64 bits count.
 [[nodiscard]] SourcePicture CheckSource(const SourceArguments& source);
 
 // Throws OutOfRangeException for a padding that was set without verification and is negative.
@@ -33,6 +34,17 @@ struct SourcePicture {
 // Fewer bits keep the most significant ones, more are filled as the alignment says.
 void SetShift(ConversionJob& job, EPixelType source, EPixelType destination,
               OutputBitAlignmentEnums alignment);
+
+// The lines of a plane that has one for each `step` lines of the picture. In 64 bits: the greatest
+// height is the greatest number of 32 bits, which can't be rounded up.
+struct LineSpan {
+    std::uint64_t first;
+    std::uint64_t end;
+};
+[[nodiscard]] constexpr LineSpan LinesOfPlane(std::uint64_t first, std::uint64_t end,
+                                              std::uint32_t step) {
+    return {first / step, (end + step - 1) / step};
+}
 
 // Writes zeros behind the pixels of the lines from `first` up to `end`, in every plane.
 void ClearPadding(const ConversionJob& job, const ImagePlanes& output, std::uint32_t first,

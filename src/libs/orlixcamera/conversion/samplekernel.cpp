@@ -102,7 +102,10 @@ private:
         const bool direct = rowType == job_.destinationType;
         const ConversionKernel kernel = FindConversionKernel(rowType, job_.destinationType);
         const LinePair rows{LinePlanes{rows_.PixelRow(0)}, LinePlanes{rows_.PixelRow(1)}};
-        for (std::uint32_t line = first; line < end; line += 2) {
+        // In 64 bits, as in every loop of such steps: behind the last pair of the tallest picture
+        // there is no number of 32.
+        for (std::uint64_t next = first; next < end; next += 2) {
+            const auto line = static_cast<std::uint32_t>(next);
             const std::uint32_t lines = std::min(2U, end - line);
             if (direct) {
                 read(line, {DestinationOf(line), DestinationOf(line + lines - 1)}, lines);

@@ -71,10 +71,11 @@ public:
     void ConvertToPlanes(std::uint32_t first, std::uint32_t end) const {
         ConvertToLuma(first, end);
         const std::uint32_t step = job_.destinationType == PixelType_YUV420Planar ? 2 : 1;
-        for (std::uint32_t line = first; line < end; line += step) {
+        for (std::uint64_t start = first; start < end; start += step) {
+            const auto line = static_cast<std::uint32_t>(start);
             const std::uint32_t number = line / step;
             const std::uint8_t* chroma = ChromaOf(line, 0);
-            if (step == 2 && line + 1 < end) {
+            if (step == 2 && start + 1 < end) {
                 AverageBytes(chroma, ChromaOf(line + 1, 1), 2 * Pairs(), rows_.Window(2));
                 chroma = rows_.Window(2);
             }

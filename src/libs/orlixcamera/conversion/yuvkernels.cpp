@@ -134,15 +134,16 @@ HWY_INLINE void ConvertBlockLines(const BlockLines& block, const ConversionJob& 
 template <class Source, int Lines>
 HWY_INLINE void ConvertSubsampled(const ConversionJob& job, std::uint32_t first,
                                   std::uint32_t end) {
-    for (std::uint32_t line = first; line < end; line += Lines) {
+    for (std::uint64_t start = first; start < end; start += Lines) {
+        const auto line = static_cast<std::uint32_t>(start);
         const std::uint32_t next = std::min(line + (Lines - 1), end - 1);
         const Line to = DestinationLine(job, line);
         const auto chromaLine = static_cast<std::ptrdiff_t>(line / Lines);
-        const BlockLines block{{SourceLine(job, line), SourceLine(job, next)},
+        const BlockLines lines{{SourceLine(job, line), SourceLine(job, next)},
                                {to[0], DestinationLine(job, next)[0]},
                                {job.destination[1] + chromaLine * job.destinationStride[1],
                                 job.destination[2] + chromaLine * job.destinationStride[2]}};
-        ConvertBlockLines<Source, Lines>(block, job);
+        ConvertBlockLines<Source, Lines>(lines, job);
     }
 }
 
