@@ -88,24 +88,6 @@ HWY_INLINE V MeanOfFour(const Mean<V>& mean, V other, V c, V d) {
     return hn::AverageRound(mean.down, hn::Sub(other, OddSum(c, d, mean.isWhole)));
 }
 
-// What a line's pixels may be made of: `here` and the means of the neighbours in the line, in the
-// column, in both and in the four corners.
-template <class V>
-struct Neighbourhood {
-    V here, sides, ends, cross, corners;
-};
-
-// `outer` is the row on the other side of the line than `inner`.
-template <class V>
-HWY_INLINE Neighbourhood<V> Interpolate(const RawSamples<V>& outer, const RawSamples<V>& line,
-                                        const Mean<V>& sides, const RawSamples<V>& inner,
-                                        const Mean<V>& innerSides) {
-    const V ends = hn::AverageRound(outer.here, inner.here);
-    const V outerSides = hn::AverageRound(outer.left, outer.right);
-    return {line.here, sides.rounded, ends, MeanOfFour(sides, ends, outer.here, inner.here),
-            MeanOfFour(innerSides, outerSides, outer.left, outer.right)};
-}
-
 // The lanes with even numbers.
 HWY_INLINE hn::Mask<D8> EvenLanes(D8 d) {
     return hn::MaskFromVec(hn::BitCast(d, hn::Set(D16(), 0x00FF)));
@@ -114,9 +96,35 @@ HWY_INLINE hn::Mask<D16> EvenLanes(D16 d) {
     return hn::MaskFromVec(hn::BitCast(d, hn::Set(hn::ScalableTag<std::uint32_t>(), 0x0000FFFF)));
 }
 
+template <Parity Lanes, class D>
+HWY_INLINE hn::Mask<D> MaskOf(D d) {
+    const auto even = EvenLanes(d);
+    return Lanes == Parity::Even ? even : hn::Not(even);
+}
+
+// Means of four beside the same samples of a line: in its own lanes those of the cross around it,
+// in the others those of the corners around the line next to it, whose own lanes these are. `far`
+// is on the other side of that next line, `outer` on the other side of the line itself.
+template <Parity OwnLanes, class D, class V = hn::Vec<D>>
+HWY_INLINE V MeansBesideSides(D d, const Mean<V>& sides, V outer, V next,
+                              const RawSamples<V>& far) {
+    const auto own = MaskOf<OwnLanes>(d);
+    const V a = hn::IfThenElse(own, outer, far.left);
+    const V b = hn::IfThenElse(own, next, far.right);
+    return MeanOfFour(sides, hn::AverageRound(a, b), a, b);
+}
+
+// What a line's pixels may be made of: `here` and the means of the neighbours in the line, in the
+// column and, in the lanes of the line's own colour, in both and in the four corners.
+template <class V>
+struct Neighbourhood {
+    V here, sides, ends, cross, corners;
+};
+
 // One line of the pattern: the colour that it has besides green, and the lanes which have it.
 template <bool HasRed, Parity OwnLanes>
 struct PatternLine {
+    static constexpr Parity Own = OwnLanes;
     using Next = PatternLine<!HasRed, Other(OwnLanes)>;
     using Shifted = PatternLine<HasRed, Other(OwnLanes)>;
 
@@ -128,8 +136,7 @@ struct PatternLine {
 
     template <class D>
     static HWY_INLINE Colour<hn::Vec<D>> Colours(D d, const Neighbourhood<hn::Vec<D>>& line) {
-        const auto even = EvenLanes(d);
-        const auto own = OwnLanes == Parity::Even ? even : hn::Not(even);
+        const auto own = MaskOf<OwnLanes>(d);
         return Arrange(hn::IfThenElse(own, line.here, line.sides),
                        hn::IfThenElse(own, line.cross, line.here),
                        hn::IfThenElse(own, line.corners, line.ends));
@@ -180,8 +187,13 @@ ORLIX_VECTOR_FUNCTION void ConvertBlock(const BayerLines& lines, std::size_t col
     const auto below = LoadRaw(d, lines.rows[3] + offset);
     const auto sidesOne = MeanOfSides(d, one);
     const auto sidesTwo = MeanOfSides(d, two);
-    const auto upper = Interpolate(above, one, sidesOne, two, sidesTwo);
-    const auto lower = Interpolate(below, two, sidesTwo, one, sidesOne);
+    const auto besideOne = MeansBesideSides<Pattern::Own>(d, sidesOne, above.here, two.here, below);
+    const auto besideTwo =
+        MeansBesideSides<Pattern::Next::Own>(d, sidesTwo, below.here, one.here, above);
+    const Neighbourhood<decltype(one.here)> upper = {
+        one.here, sidesOne.rounded, hn::AverageRound(above.here, two.here), besideOne, besideTwo};
+    const Neighbourhood<decltype(one.here)> lower = {
+        two.here, sidesTwo.rounded, hn::AverageRound(one.here, below.here), besideTwo, besideOne};
     const int shift = lines.shiftUp;
     Sink::template Store<Way>(Raise(Pixels<Sink, typename Pattern::Next>(d, lower), shift), second);
     Sink::template Store<Way>(Raise(Pixels<Sink, Pattern>(d, upper), shift), first);

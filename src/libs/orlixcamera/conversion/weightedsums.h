@@ -113,7 +113,7 @@ HWY_INLINE V8 PairBytes(V8 first, V8 second) {
 #endif
 
 // Luma in thousandths is 299 R + 587 G + 114 B, and the weights are 2 * 128 + 43, 4 * 128 + 75 and
-// 114. The small ones give 59,160 at most with 500 for the half, and the large ones an eighth of
+// 114. The small ones give 59,660 at most with 500 for the half, and the large ones an eighth of
 // all without its fraction, which fits into a word. Since 1000 = 8 * 125, its product with
 // 2^22 / 125, rounded up to 33,555, gives the exact quotient. `blue` is 114 B + 500.
 HWY_INLINE V16 LumaOfPairs(V8 redGreen, V16 blue) {
@@ -136,12 +136,27 @@ ORLIX_VECTOR_FUNCTION V8 Luma(const Pixel& pixel) {
     return PackWords(low, high);
 }
 
-// The luma of pixels in such lanes, as words.
+// a * b / 2^15, rounded to nearest.
+HWY_INLINE V16 MultiplyRounded(V16 a, std::int16_t b) {
+    const DI16 d;
+    return hn::BitCast(D16(), hn::MulFixedPoint15(hn::BitCast(d, a), hn::Set(d, b)));
+}
+
+// The luma of pixels in such lanes, as words. Blue stands alone here, so nothing adds the half on
+// its way: products that round take the place of shifts. With the weights 8 * 37 + 3, 8 * 73 + 3
+// and 114 the small ones give 30,600 at most and the rounded eighth 31,875, which are signed words.
+// The quotient of 125 has six bits more before it is rounded; with 2^22 / 125 rounded down, to
+// 33,554, it is exact for every sum.
 template <Parity Lanes>
 ORLIX_VECTOR_FUNCTION V16 LumaOf(V8 red, V8 green, V8 blue) {
     constexpr bool IsEven = Lanes == Parity::Even;
-    const V16 weighed = WeighBytes(blue, IsEven ? 114 : 0, IsEven ? 0 : 114);
-    return LumaOfPairs(PairBytes<Lanes>(red, green), hn::Add(weighed, hn::Set(D16(), 500)));
+    constexpr std::int16_t Eighth = 1 << 12;
+    constexpr std::int16_t SixtyFourth = 1 << 9;
+    const V8 redGreen = PairBytes<Lanes>(red, green);
+    const V16 small =
+        hn::Add(WeighBytes(redGreen, 3, 3), WeighBytes(blue, IsEven ? 114 : 0, IsEven ? 0 : 114));
+    const V16 eighth = hn::Add(MultiplyRounded(small, Eighth), WeighBytes(redGreen, 37, 73));
+    return MultiplyRounded(hn::MulHigh(eighth, hn::Set(D16(), 33554)), SixtyFourth);
 }
 
 // The destination of grey, whatever the pixels are.
