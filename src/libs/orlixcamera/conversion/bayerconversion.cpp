@@ -199,30 +199,42 @@ BayerConversion::Inner BayerConversion::FindInner(const BayerLines& lines) const
 void BayerConversion::InterpolateInPieces(const BayerLines& lines, const Rows& innerRows,
                                           std::size_t line) {
     const Inner inner = FindInner(lines);
-    BayerLines piece = lines;
-    for (std::size_t column = 0; column < lines.width; column += piece.width) {
+    BayerLines middle = lines;
+    middle.rows = innerRows;
+    middle.streams = inner.streams;
+    if (!prefetch_) {
+        // The ends of the rows have only just been written, and can't be read in other pieces than
+        // they were written in before they are in the cache; so they come last.
+        InterpolatePiece(middle, inner.begin, inner.end);
+        InterpolatePiece(lines, 0, inner.begin);
+        InterpolatePiece(lines, inner.end, lines.width);
+        return;
+    }
+    std::size_t column = 0;
+    while (column < lines.width) {
         const bool isInner = column >= inner.begin && column < inner.end;
-        const std::size_t end = isInner                ? inner.end
-                                : column < inner.begin ? inner.begin
-                                                       : lines.width;
-        piece.rows = isInner ? innerRows : lines.rows;
-        piece.streams = isInner && inner.streams;
-        piece.width = end - column;
-        if (prefetch_) {
-            piece.width = piece.width < 2 * PiecePixels ? piece.width : PiecePixels;
-            PrefetchSource(line, column, piece.width);
-            if (!piece.streams) {
-                PrefetchDestination(line, column, piece.width);
-            }
-            ReadUpTo(column + piece.width);
+        const std::size_t last = isInner                ? inner.end
+                                 : column < inner.begin ? inner.begin
+                                                        : lines.width;
+        const std::size_t end = last - column < 2 * PiecePixels ? last : column + PiecePixels;
+        PrefetchSource(line, column, end - column);
+        if (!(isInner && inner.streams)) {
+            PrefetchDestination(line, column, end - column);
         }
-        InterpolatePiece(piece, column);
+        ReadUpTo(end);
+        InterpolatePiece(isInner ? middle : lines, column, end);
+        column = end;
     }
     unreadRows_ = 0;
     readColumns_ = 0;
 }
 
-void BayerConversion::InterpolatePiece(BayerLines piece, std::size_t column) const {
+void BayerConversion::InterpolatePiece(BayerLines piece, std::size_t column,
+                                       std::size_t end) const {
+    if (column == end) {
+        return;
+    }
+    piece.width = end - column;
     piece.ownColumn ^= static_cast<std::uint32_t>(column % 2);
     for (const std::uint8_t*& row : piece.rows) {
         row += column * sampleBytes_;

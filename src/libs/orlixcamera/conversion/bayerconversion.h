@@ -47,7 +47,7 @@ private:
     void MirrorEnds(std::uint8_t* row) const;
     void Interpolate(std::size_t line, const LinePair& to, std::size_t lines);
     void InterpolateInPieces(const BayerLines& lines, const Rows& innerRows, std::size_t line);
-    void InterpolatePiece(BayerLines piece, std::size_t column) const;
+    void InterpolatePiece(BayerLines piece, std::size_t column, std::size_t end) const;
     [[nodiscard]] Inner FindInner(const BayerLines& lines) const;
     [[nodiscard]] bool BeginsCacheLine(const BayerLines& lines, std::size_t column) const;
     void PrefetchSource(std::size_t line, std::size_t column, std::size_t columns) const;

@@ -187,13 +187,27 @@ ORLIX_VECTOR_FUNCTION void ConvertBlock(const BayerLines& lines, std::size_t col
     const auto below = LoadRaw(d, lines.rows[3] + offset);
     const auto sidesOne = MeanOfSides(d, one);
     const auto sidesTwo = MeanOfSides(d, two);
-    const auto besideOne = MeansBesideSides<Pattern::Own>(d, sidesOne, above.here, two.here, below);
-    const auto besideTwo =
-        MeansBesideSides<Pattern::Next::Own>(d, sidesTwo, below.here, one.here, above);
-    const Neighbourhood<decltype(one.here)> upper = {
-        one.here, sidesOne.rounded, hn::AverageRound(above.here, two.here), besideOne, besideTwo};
-    const Neighbourhood<decltype(one.here)> lower = {
-        two.here, sidesTwo.rounded, hn::AverageRound(one.here, below.here), besideTwo, besideOne};
+    const auto endsOne = hn::AverageRound(above.here, two.here);
+    const auto endsTwo = hn::AverageRound(one.here, below.here);
+    using V = decltype(one.here);
+    // Grey has the operations to spare that bring the means of both lines together; colour, whose
+    // stores put lanes into another order, gains nothing by it.
+    V crossOne, cornersOne, crossTwo, cornersTwo;
+    if constexpr (std::is_same_v<Sink, ToMono8>) {
+        crossOne = MeansBesideSides<Pattern::Own>(d, sidesOne, above.here, two.here, below);
+        crossTwo = MeansBesideSides<Pattern::Next::Own>(d, sidesTwo, below.here, one.here, above);
+        cornersOne = crossTwo;
+        cornersTwo = crossOne;
+    } else {
+        crossOne = MeanOfFour(sidesOne, endsOne, above.here, two.here);
+        crossTwo = MeanOfFour(sidesTwo, endsTwo, one.here, below.here);
+        cornersOne = MeanOfFour(sidesTwo, hn::AverageRound(above.left, above.right), above.left,
+                                above.right);
+        cornersTwo = MeanOfFour(sidesOne, hn::AverageRound(below.left, below.right), below.left,
+                                below.right);
+    }
+    const Neighbourhood<V> upper = {one.here, sidesOne.rounded, endsOne, crossOne, cornersOne};
+    const Neighbourhood<V> lower = {two.here, sidesTwo.rounded, endsTwo, crossTwo, cornersTwo};
     const int shift = lines.shiftUp;
     Sink::template Store<Way>(Raise(Pixels<Sink, typename Pattern::Next>(d, lower), shift), second);
     Sink::template Store<Way>(Raise(Pixels<Sink, Pattern>(d, upper), shift), first);
