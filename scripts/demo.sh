@@ -1,17 +1,27 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, makes test pictures in four file formats and runs two recipes:
 # one that replays the pictures, and one that grabs from an emulated camera with a chunk pin and an
-# event pin: demo.sh [FOLDER]. Ends with where to look.
+# event pin: demo.sh [FOLDER], an empty or a new one. Ends with where to look.
 set -euo pipefail
+(($# <= 1)) || { echo "demo.sh takes one folder at most, found: $*" >&2; exit 2; }
+folder=${1:+$(realpath -m -- "$1")}  # before the folder changes
 cd "$(dirname "$0")/.."
 
-folder=${1:-demo-output}
+# What an earlier demo has made goes; what anybody else has made stays.
+mark=.made-by-demo
+if [[ -n $folder && -d $folder && ! -e $folder/$mark && -n $(ls -A -- "$folder") ]]; then
+  echo "demo.sh: $folder has files that no demo has made; give it a new folder" >&2
+  exit 1
+fi
+folder=${folder:-demo-output}
+
 scripts/setup.sh
-scripts/build.sh release orlix demoimages contactsheet OrlixVCellPackageBase
+scripts/build.sh release orlix orlix-camsim demoimages contactsheet OrlixVCellPackageBase
 bin=build/release/bin
 
-# Only what an earlier demo has made there.
 rm -rf "$folder"/{images,results,recipe.json,contact-sheet.png,camera-recipe.json,camera-results}
+mkdir -p "$folder"
+touch "$folder/$mark"
 $bin/demoimages "$folder"
 echo
 echo "Running $folder/recipe.json: ImageLoading at 25 frames per second, then ImageFormatConverter"
