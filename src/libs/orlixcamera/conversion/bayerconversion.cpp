@@ -75,7 +75,7 @@ BayerConversion::BayerConversion(const ConversionJob& job, const SampleFormat& f
       format_(format),
       rows_(rows),
       demosaic_(FindDemosaic(rowType)),
-      read_(BitDepth(rowType) == 16 ? format.toWords : format.toBytes),
+      read_(BitDepth(rowType) == 16 ? format.packing.toWords : format.packing.toBytes),
       sampleBytes_(BitDepth(rowType) / 8),
       planes_(IsPlanar(rowType) ? 3 : 1),
       shiftUp_(shiftUp),

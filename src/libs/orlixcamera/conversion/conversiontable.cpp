@@ -4,7 +4,6 @@
 #include <iterator>
 
 #include "orlixcamera/conversion/kernels.h"
-#include "orlixcamera/conversion/sampleformats.h"
 #include "orlixcamera/conversion/samplekernel.h"
 
 namespace Orlix {
@@ -100,6 +99,22 @@ constexpr ConversionRow Rows[] = {
     // clang-format on
 };
 
+// What rows of samples are made into before a kernel of this table takes them.
+constexpr EPixelType RowForms[] = {PixelType_Mono8, PixelType_Mono16, PixelType_RGB8Packed,
+                                   PixelType_BGR8Packed, PixelType_RGB16Packed};
+
+constexpr bool HasRow(EPixelType source, EPixelType destination) {
+    return std::any_of(std::begin(Rows), std::end(Rows), [=](const ConversionRow& row) {
+        return row.source == source && row.destination == destination;
+    });
+}
+constexpr bool TakesRows(const ConversionRow& row) {
+    return std::all_of(std::begin(RowForms), std::end(RowForms),
+                       [&](EPixelType form) { return HasRow(form, row.destination); });
+}
+static_assert(std::all_of(std::begin(Rows), std::end(Rows), TakesRows),
+              "a destination lacks the kernel of a form that rows have");
+
 }  // namespace
 
 ConversionKernel FindConversionKernel(EPixelType source, EPixelType destination) noexcept {
@@ -113,11 +128,11 @@ ConversionKernel FindConversionKernel(EPixelType source, EPixelType destination)
     const bool output = std::any_of(std::begin(Rows), std::end(Rows), [=](const auto& candidate) {
         return candidate.destination == destination;
     });
-    return output && FindSampleFormat(source) != nullptr ? ConvertBySamples : nullptr;
+    return output && CanConvertBySamples(source, destination) ? ConvertBySamples : nullptr;
 }
 
-bool NeedsRows(ConversionKernel kernel) noexcept {
-    return kernel == ConvertBySamples;
+bool NeedsRows(ConversionKernel kernel, const ConversionJob& job) noexcept {
+    return kernel == ConvertBySamples && UsesRows(job);
 }
 
 }  // namespace Orlix

@@ -12,7 +12,7 @@ namespace Orlix {
 [[nodiscard]] ORLIXCAMERA_API ConversionKernel
 FindConversionKernel(EPixelType source, EPixelType destination) noexcept;
 
-// True for the kernel whose job needs rows.
-[[nodiscard]] bool NeedsRows(ConversionKernel kernel) noexcept;
+// True where the job of this kernel needs rows.
+[[nodiscard]] bool NeedsRows(ConversionKernel kernel, const ConversionJob& job) noexcept;
 
 }  // namespace Orlix

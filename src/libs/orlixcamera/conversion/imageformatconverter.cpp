@@ -126,7 +126,7 @@ void ConvertLines(ConversionKernel kernel, const ConversionJob& job, const Image
 void ConvertPicture(ConversionKernel kernel, const ConversionJob& job, const ImagePlanes& output,
                     std::uint32_t threads, std::uint32_t leastLines) {
     // All threads have their rows before the first begins, so that none can fail.
-    const std::size_t rowBytes = NeedsRows(kernel) ? RowMemory::Size(job.width) : 0;
+    const std::size_t rowBytes = NeedsRows(kernel, job) ? RowMemory::Size(job.width) : 0;
     std::uint8_t* rows = rowBytes > 0 ? GetRows(threads * rowBytes) : nullptr;
     LineQueue queue(job.height, threads, threads == 1 ? job.height : leastLines);
     const auto convert = [&](std::size_t thread) {

@@ -11,38 +11,33 @@
 namespace Orlix {
 
 // Reads `count` samples from the beginning of a line into bytes (the most significant 8 bits of
-// each) or into words, moved up by `shiftUp`.
+// each) or into words, moved up by `shiftUp`. Bytes of 8 bits or more are never moved up.
 using RowReader = void (*)(const std::uint8_t* line, std::size_t count, std::uint8_t* to,
                            int shiftUp);
 
-// unpackkernels.cpp: readers by packing. Words have their unused upper bits cleared; Bits are
-// samples that follow each other bit by bit; Triples are two samples in three bytes.
-#define ORLIX_ROW_READERS(READER) \
-    READER(Bits1To8)              \
-    READER(Bits2To8)              \
-    READER(Bits4To8)              \
-    READER(Bits10To8)             \
-    READER(Bits12To8)             \
-    READER(Triples10To8)          \
-    READER(Triples12To8)          \
-    READER(Words10To8)            \
-    READER(Words12To8)            \
-    READER(Words16To8)            \
-    READER(Bits1To16)             \
-    READER(Bits2To16)             \
-    READER(Bits4To16)             \
-    READER(Bits10To16)            \
-    READER(Bits12To16)            \
-    READER(Triples10To16)         \
-    READER(Triples12To16)         \
-    READER(Words10To16)           \
-    READER(Words12To16)           \
-    READER(Words16To16)
+// unpackkernels.cpp: two readers for each packing, and the bits that a sample takes in its line.
+// Bits are samples that follow each other bit by bit; Triples are two samples in three bytes; Words
+// have their unused upper bits cleared.
+#define ORLIX_PACKINGS(PACKING) \
+    PACKING(Bits1, 1)           \
+    PACKING(Bits2, 2)           \
+    PACKING(Bits4, 4)           \
+    PACKING(Bits10, 10)         \
+    PACKING(Bits12, 12)         \
+    PACKING(Triples10, 12)      \
+    PACKING(Triples12, 12)      \
+    PACKING(Bytes, 8)           \
+    PACKING(Words10, 16)        \
+    PACKING(Words12, 16)        \
+    PACKING(Words16, 16)
 
-#define ORLIX_DECLARE_READER(Name) \
-    void Read##Name(const std::uint8_t* line, std::size_t count, std::uint8_t* to, int shiftUp);
-ORLIX_ROW_READERS(ORLIX_DECLARE_READER)
-#undef ORLIX_DECLARE_READER
+#define ORLIX_DECLARE_READERS(Name, sampleBits)                                          \
+    void Read##Name##To8(const std::uint8_t* line, std::size_t count, std::uint8_t* to,  \
+                         int shiftUp);                                                   \
+    void Read##Name##To16(const std::uint8_t* line, std::size_t count, std::uint8_t* to, \
+                          int shiftUp);
+ORLIX_PACKINGS(ORLIX_DECLARE_READERS)
+#undef ORLIX_DECLARE_READERS
 
 // Two lines of raw samples that become colour. A row of samples may be read one sample before its
 // first, which is there and is the first's neighbour, and a vector beyond its end, where it only
@@ -122,7 +117,5 @@ void SwapWords(const std::uint8_t* from, std::size_t width, std::uint8_t* to);
 using Planes = std::array<const std::uint8_t*, 3>;
 void JoinBytePlanes(const Planes& from, std::size_t width, std::uint8_t* to);
 void JoinWordPlanes(const Planes& from, std::size_t width, std::uint8_t* to);
-// The upper bytes of planes of words.
-void JoinUpperPlanes(const Planes& from, std::size_t width, std::uint8_t* to);
 
 }  // namespace Orlix

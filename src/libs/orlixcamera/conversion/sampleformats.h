@@ -10,14 +10,25 @@
 
 namespace Orlix {
 
+// What a line is made of. Rgb and Bgr are three samples a pixel, RgbPlanar is a plane for each;
+// Uyvy, Yuyv and Semiplanar have bytes, and blue chroma before red.
 enum class SampleKind : std::uint8_t { Grey, Rgb, Bgr, RgbPlanar, Bayer, Uyvy, Yuyv, Semiplanar };
+
+[[nodiscard]] constexpr bool IsYuvKind(SampleKind kind) {
+    return kind == SampleKind::Uyvy || kind == SampleKind::Yuyv || kind == SampleKind::Semiplanar;
+}
+
+// How samples lie in a line, and the functions that make bytes and words of them.
+struct SamplePacking {
+    std::uint32_t sampleBits;
+    RowReader toBytes;
+    RowReader toWords;
+};
 
 struct SampleFormat {
     EPixelType pixelType;
     SampleKind kind;
-    // How the samples of a line become bytes and words; YUV formats have other functions.
-    RowReader toBytes;
-    RowReader toWords;
+    SamplePacking packing;  // YUV formats have other functions
     // Bayer: the column and line of red in the first 2 x 2 block.
     std::uint8_t redColumn = 0;
     std::uint8_t redLine = 0;

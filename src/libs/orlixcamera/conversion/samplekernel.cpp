@@ -34,6 +34,27 @@ RowPlan MakePlan(const ConversionJob& job, const SampleFormat& format) {
     return {PixelType_RGB16Packed, luma ? 0 : job.shiftUp, luma ? job.shiftUp : 0};
 }
 
+// Samples that are bytes or words already are taken where they lie.
+bool HasSamplesOf(EPixelType rowType, EPixelType source) {
+    return BitDepth(rowType) == BitDepth(source);
+}
+
+// False where the reader writes to the destination at once.
+bool UsesRows(const ConversionJob& job, const SampleFormat& format) {
+    const EPixelType rowType = MakePlan(job, format).rowType;
+    switch (format.kind) {
+        case SampleKind::Grey:
+        case SampleKind::Rgb:
+            return rowType != job.destinationType;
+        case SampleKind::Bgr:
+            return rowType != job.destinationType || BitDepth(rowType) == 16;
+        case SampleKind::RgbPlanar:
+            return rowType != job.destinationType || !HasSamplesOf(rowType, job.sourceType);
+        default:
+            return true;
+    }
+}
+
 class SampleConversion {
 public:
     SampleConversion(const ConversionJob& job, const SampleFormat& format, const RowMemory& rows)
@@ -42,8 +63,7 @@ public:
           rows_(rows),
           plan_(MakePlan(job, format)),
           words_(BitDepth(plan_.rowType) == 16),
-          read_(words_ ? format.toWords : format.toBytes),
-          join_(FindJoin(format, words_)) {}
+          read_(words_ ? format.packing.toWords : format.packing.toBytes) {}
 
     void Convert(std::uint32_t first, std::uint32_t end) const {
         if (format_.kind == SampleKind::Bayer) {
@@ -69,15 +89,6 @@ public:
     }
 
 private:
-    using Join = void (*)(const Planes& from, std::size_t width, std::uint8_t* to);
-
-    static Join FindJoin(const SampleFormat& format, bool words) {
-        if (BitDepth(format.pixelType) == 8) {
-            return JoinBytePlanes;
-        }
-        return words ? JoinWordPlanes : JoinUpperPlanes;
-    }
-
     // Grey lines that follow each other without a gap in both pictures are read as one, which saves
     // a call and the end of a line for each.
     [[nodiscard]] bool IsOneLine() const {
@@ -101,7 +112,6 @@ private:
                      const Read& read) const {
         const bool direct = rowType == job_.destinationType;
         const ConversionKernel kernel = FindConversionKernel(rowType, job_.destinationType);
-        const LinePair rows{LinePlanes{rows_.PixelRow(0)}, LinePlanes{rows_.PixelRow(1)}};
         // In 64 bits, as in every loop of such steps: behind the last pair of the tallest picture
         // there is no number of 32.
         for (std::uint64_t next = first; next < end; next += 2) {
@@ -110,7 +120,7 @@ private:
             if (direct) {
                 read(line, {DestinationOf(line), DestinationOf(line + lines - 1)}, lines);
             } else {
-                read(line, rows, lines);
+                read(line, {LinePlanes{rows_.PixelRow(0)}, LinePlanes{rows_.PixelRow(1)}}, lines);
                 kernel(MakeRowJob(job_, rows_, line, lines, plan_.innerShift), 0, lines);
             }
         }
@@ -130,7 +140,7 @@ private:
 
     void ReadLine(std::uint32_t line, std::uint8_t* to) const {
         if (format_.kind == SampleKind::RgbPlanar) {
-            join_({Source(0, line), Source(1, line), Source(2, line)}, job_.width, to);
+            ReadPlanes(line, to);
         } else if (format_.kind == SampleKind::Bgr && words_) {
             read_(Source(0, line), std::size_t{3} * job_.width, rows_.PixelRow(2), plan_.readShift);
             SwapWords(rows_.PixelRow(2), job_.width, to);
@@ -140,18 +150,25 @@ private:
         }
     }
 
+    void ReadPlanes(std::uint32_t line, std::uint8_t* to) const {
+        Planes planes{Source(0, line), Source(1, line), Source(2, line)};
+        if (!HasSamplesOf(plan_.rowType, job_.sourceType)) {
+            for (std::size_t plane = 0; plane < planes.size(); ++plane) {
+                std::uint8_t* const row = rows_.Window(plane);
+                read_(planes[plane], job_.width, row, plan_.readShift);
+                planes[plane] = row;
+            }
+        }
+        (words_ ? JoinWordPlanes : JoinBytePlanes)(planes, job_.width, to);
+    }
+
     const ConversionJob& job_;
     const SampleFormat& format_;
     const RowMemory& rows_;
     RowPlan plan_;
     bool words_;
     RowReader read_;
-    Join join_;
 };
-
-bool IsYuvKind(SampleKind kind) {
-    return kind == SampleKind::Uyvy || kind == SampleKind::Yuyv || kind == SampleKind::Semiplanar;
-}
 
 }  // namespace
 
@@ -163,7 +180,7 @@ ConversionJob MakeRowJob(const ConversionJob& job, const RowMemory& rows, std::u
     inner.height = lines;
     inner.shiftDown = 0;
     inner.shiftUp = shiftUp;
-    const bool half = job.destinationType == PixelType_YUV420Planar;
+    const bool half = HasHalfTheLines(job.destinationType);
     for (std::size_t plane = 0; plane < 3; ++plane) {
         const std::ptrdiff_t number = plane > 0 && half ? line / 2 : line;
         inner.destination[plane] = job.destination[plane] + number * job.destinationStride[plane];
@@ -171,10 +188,24 @@ ConversionJob MakeRowJob(const ConversionJob& job, const RowMemory& rows, std::u
     return inner;
 }
 
+bool CanConvertBySamples(EPixelType source, EPixelType destination) noexcept {
+    const SampleFormat* const format = FindSampleFormat(source);
+    const std::uint32_t depth = BitDepth(destination);
+    return format != nullptr && (depth == 8 || depth == 16) &&
+           (!IsYuvKind(format->kind) || CanConvertYuv(destination));
+}
+
+bool UsesRows(const ConversionJob& job) noexcept {
+    const SampleFormat& format = *FindSampleFormat(job.sourceType);
+    return IsYuvKind(format.kind) ? ConvertYuvUsesRows(job, format) : UsesRows(job, format);
+}
+
 void ConvertBySamples(const ConversionJob& job, std::uint32_t first, std::uint32_t end) {
     const SampleFormat& format = *FindSampleFormat(job.sourceType);
-    const RowMemory rows(
-        job.rows != nullptr ? job.rows : RowsOfThisThread(RowMemory::Size(job.width)), job.width);
+    std::uint8_t* const memory = job.rows == nullptr && UsesRows(job)
+                                     ? RowsOfThisThread(RowMemory::Size(job.width))
+                                     : job.rows;
+    const RowMemory rows(memory, job.width);
     if (IsYuvKind(format.kind)) {
         ConvertYuv(job, format, rows, first, end);
     } else {

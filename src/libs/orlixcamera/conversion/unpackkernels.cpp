@@ -264,6 +264,18 @@ struct WordsToBytes : StepForm<D8, 2, 1> {
     }
 };
 
+// A sample in a byte of its own.
+struct BytesToWords : StepForm<D16, 1, 2> {
+    static HWY_INLINE void Convert(const std::uint8_t* from, const Line& to,
+                                   const ConversionJob& job) {
+        StoreWords(Widen(hn::LoadU(D8Half(), from), job.shiftUp), to[0]);
+    }
+};
+
+void ReadBytes(const std::uint8_t* line, std::size_t count, std::uint8_t* to, int) {
+    std::memcpy(to, line, count);
+}
+
 template <class Step>
 HWY_INLINE void ReadWords(const std::uint8_t* line, std::size_t count, std::uint8_t* to,
                           int shiftUp) {
@@ -292,6 +304,8 @@ ORLIX_PACKED(Bits10, BitPacking<10>)
 ORLIX_PACKED(Bits12, BitPacking<12>)
 ORLIX_PACKED(Triples10, TriplePacking<10>)
 ORLIX_PACKED(Triples12, TriplePacking<12>)
+ORLIX_READER(BytesTo8, ReadBytes)
+ORLIX_READER(BytesTo16, ReadWords<BytesToWords>)
 ORLIX_WORDS(Words10, 10)
 ORLIX_WORDS(Words12, 12)
 ORLIX_WORDS(Words16, 16)
@@ -309,7 +323,11 @@ namespace Orlix {
     void Read##Name(const std::uint8_t* line, std::size_t count, std::uint8_t* to, int shiftUp) { \
         HWY_DYNAMIC_DISPATCH(Read##Name##Row)(line, count, to, shiftUp);                          \
     }
-ORLIX_ROW_READERS(ORLIX_DISPATCH)
+#define ORLIX_DISPATCH_BOTH(Name, sampleBits) \
+    ORLIX_DISPATCH(Name##To8)                 \
+    ORLIX_DISPATCH(Name##To16)
+ORLIX_PACKINGS(ORLIX_DISPATCH_BOTH)
+#undef ORLIX_DISPATCH_BOTH
 #undef ORLIX_DISPATCH
 }  // namespace Orlix
 #endif

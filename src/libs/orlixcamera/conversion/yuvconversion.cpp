@@ -70,7 +70,7 @@ public:
 
     void ConvertToPlanes(std::uint32_t first, std::uint32_t end) const {
         ConvertToLuma(first, end);
-        const std::uint32_t step = job_.destinationType == PixelType_YUV420Planar ? 2 : 1;
+        const std::uint32_t step = HasHalfTheLines(job_.destinationType) ? 2 : 1;
         for (std::uint64_t start = first; start < end; start += step) {
             const auto line = static_cast<std::uint32_t>(start);
             const std::uint32_t number = line / step;
@@ -98,7 +98,7 @@ private:
 
     // Blocks are counted in memory, from the other end of a flipped picture.
     [[nodiscard]] std::size_t ChromaLine(std::size_t line) const {
-        if (format_.pixelType != PixelType_YCbCr420_8_YY_CbCr_Semiplanar) {
+        if (!HasHalfTheLines(format_.pixelType)) {
             return line;
         }
         const std::size_t blocks = (std::size_t{job_.height} + 1) / 2;
@@ -139,6 +139,26 @@ private:
 };
 
 }  // namespace
+
+bool CanConvertYuv(EPixelType destination) noexcept {
+    return !IsYuv(destination) || destination == PixelType_YUV444Planar ||
+           destination == PixelType_YUV422Planar || destination == PixelType_YUV420Planar;
+}
+
+bool ConvertYuvUsesRows(const ConversionJob& job, const SampleFormat& format) {
+    if (IsYuv(job.destinationType)) {
+        return format.kind != SampleKind::Semiplanar || HasHalfTheLines(job.destinationType);
+    }
+    if (IsMono(job.destinationType)) {
+        return BitDepth(job.destinationType) == 16;
+    }
+    return FindConversion(format.kind, job.destinationType) == nullptr;
+}
+
+bool HasHalfTheLines(EPixelType pixelType) noexcept {
+    // Those with a quarter of the columns have as many bits, but no planes.
+    return IsYuv(pixelType) && BitsPerPixel(pixelType) == 12;
+}
 
 void ConvertYuv(const ConversionJob& job, const SampleFormat& format, const RowMemory& rows,
                 std::uint32_t first, std::uint32_t end) {

@@ -10,6 +10,16 @@
 
 namespace Orlix {
 
+// Whether the YUV formats convert to this destination, if RGB8Packed and Mono8 do. Of other YUV
+// formats they can be made into luma and planes of chroma.
+[[nodiscard]] bool CanConvertYuv(EPixelType destination) noexcept;
+
+// Whether the rows are used for this job.
+[[nodiscard]] bool ConvertYuvUsesRows(const ConversionJob& job, const SampleFormat& format);
+
+// True for formats with a line of chroma for each two of luma.
+[[nodiscard]] bool HasHalfTheLines(EPixelType pixelType) noexcept;
+
 // A ConversionKernel for the YUV formats, with rows.
 void ConvertYuv(const ConversionJob& job, const SampleFormat& format, const RowMemory& rows,
                 std::uint32_t first, std::uint32_t end);
