@@ -1,6 +1,7 @@
 // What a conversion allocates, and what happens if it can't.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 #include <thread>
 
@@ -93,6 +94,40 @@ TEST(ConversionMemory, RowsThatCantBeAllocatedAreAnErrorBeforeAnyStripBegins) {
     EXPECT_EQ(text.substr(0, 24), "Can't convert an image: ");
     EXPECT_NE(text.find(" bytes for its rows could not be allocated."), std::string::npos) << text;
     EXPECT_EQ(image.GetImageSize(), 0U);
+}
+
+// A line of a hundred million pixels would need gigabytes of rows.
+TEST(ConversionMemory, WhatIsReadToItsPlaceNeedsNoRows) {
+    struct Pair {
+        EPixelType source, destination;
+    };
+    for (const Pair& pair :
+         {Pair{PixelType_Mono1Packed, PixelType_Mono8}, Pair{PixelType_Mono12p, PixelType_Mono16},
+          Pair{PixelType_RGB12V1Packed, PixelType_RGB8Packed},
+          Pair{PixelType_RGB10Packed, PixelType_RGB16Packed},
+          Pair{PixelType_BGR10Packed, PixelType_BGR8Packed},
+          Pair{PixelType_RGB8Planar, PixelType_RGB8Packed},
+          Pair{PixelType_RGB16Planar, PixelType_RGB16Packed},
+          Pair{PixelType_YUV422Packed, PixelType_BGRA8Packed},
+          Pair{PixelType_YUV422_YUYV_Packed, PixelType_Mono8},
+          Pair{PixelType_YCbCr422_8_YY_CbCr_Semiplanar, PixelType_RGB8Planar},
+          Pair{PixelType_YCbCr420_8_YY_CbCr_Semiplanar, PixelType_YUV422Planar}}) {
+        const Picture source =
+            MakePicture(pair.source, 641, 901, 0, ImageOrientation_TopDown, Content::Random, 1);
+        const Picture expected = ConvertByReference(
+            source, {pair.destination, 0, ImageOrientation_TopDown, OutputBitAlignment_LsbAligned});
+        CImageFormatConverter converter;
+        converter.OutputPixelFormat.SetValue(pair.destination);
+        converter.MaxNumThreads.SetValue(1);
+        COrlixImage image;
+        std::jthread([&] {
+            const FailingAlignedNew scope;
+            EXPECT_NO_THROW(Convert(converter, image, source));
+        }).join();
+        ASSERT_EQ(image.GetImageSize(), expected.bytes.size());
+        EXPECT_EQ(std::memcmp(image.GetBuffer(), expected.bytes.data(), expected.bytes.size()), 0)
+            << CPixelTypeMapper::GetNameByPixelType(pair.source);
+    }
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "orlixcamera/conversion/guardedbuffer.h"
 #include "orlixcamera/conversion/instructionsets.h"
 #include "orlixcamera/conversion/kerneljob.h"
+#include "orlixcamera/conversion/referenceformats.h"
 #include "orlixcamera/conversion/referencepicture.h"
 #include "orlixcamera/orliximage.h"
 #include "orlixcamera/pixeltypemapper.h"
@@ -69,7 +70,7 @@ protected:
         }
         for (std::uint32_t number = 0; number < Settings::Count; ++number) {
             const Settings settings(number);
-            const bool bayer = IsBayer(GetParam());
+            const bool bayer = IsBayerForm(ReferenceFormatOf(GetParam()).form);
             if (bayer || settings.border == BayerBorder_CopyInner) {
                 CheckSettings(width, height, settings);
             }
@@ -86,7 +87,8 @@ private:
         Reference reference(source);
         for (const EPixelType outputType : OutputTypes) {
             // Where there are not more bits than before, nothing is aligned.
-            const bool aligned = BitDepth(outputType) > BitDepth(source.pixelType);
+            const bool aligned = ReferenceFormatOf(outputType).packing.depth >
+                                 ReferenceFormatOf(source.pixelType).packing.depth;
             if (IsExhaustive() && !aligned && settings.alignment != OutputBitAlignment_LsbAligned) {
                 continue;
             }

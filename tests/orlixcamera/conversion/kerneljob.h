@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "orlixcamera/conversion/conversionjob.h"
+#include "orlixcamera/conversion/referenceformats.h"
 #include "orlixcamera/conversion/referencepicture.h"
 
 namespace Orlix::Test {
@@ -31,8 +32,8 @@ inline ConversionJob MakeKernelJob(const Picture& source, const std::uint8_t* by
     }
     job.width = source.width;
     job.height = source.height;
-    const int difference =
-        static_cast<int>(BitDepth(source.pixelType)) - static_cast<int>(BitDepth(target.pixelType));
+    const int difference = static_cast<int>(ReferenceFormatOf(source.pixelType).packing.depth) -
+                           static_cast<int>(ReferenceFormatOf(target.pixelType).packing.depth);
     job.shiftDown = std::max(0, difference);
     job.shiftUp = target.alignment == OutputBitAlignment_MsbAligned ? std::max(0, -difference) : 0;
     job.sourceType = source.pixelType;

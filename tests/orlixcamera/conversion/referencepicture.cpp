@@ -3,14 +3,32 @@
 #include <algorithm>
 #include <array>
 #include <random>
+#include <stdexcept>
 
 #include "orlixcamera/conversion/referencecolours.h"
+#include "orlixcamera/conversion/referenceformats.h"
 
 namespace Orlix::Test {
 namespace {
 
-bool IsLumaOrChroma(EPixelType type) {
-    return IsMono(type) || IsYuv(type);
+bool IsLumaOrChroma(Form form) {
+    return form == Form::Grey || IsYuvForm(form);
+}
+
+// What a form that is written interleaved has in each place of a pixel.
+std::vector<std::uint32_t Rgba::*> ChannelsOf(Form form) {
+    switch (form) {
+        case Form::Rgb:
+            return {&Rgba::r, &Rgba::g, &Rgba::b};
+        case Form::Bgr:
+            return {&Rgba::b, &Rgba::g, &Rgba::r};
+        case Form::Rgba:
+            return {&Rgba::r, &Rgba::g, &Rgba::b, &Rgba::a};
+        case Form::Bgra:
+            return {&Rgba::b, &Rgba::g, &Rgba::r, &Rgba::a};
+        default:
+            throw std::logic_error("the reference doesn't write this form");
+    }
 }
 
 // Half up, for sums that are not negative.
@@ -42,7 +60,10 @@ public:
         : source_(source),
           colours_(colours),
           target_(target),
-          planes_(ComputePlanes(target.pixelType, source.width, source.height, target.paddingX)),
+          from_(ReferenceFormatOf(source.pixelType)),
+          to_(ReferenceFormatOf(target.pixelType)),
+          planes_(
+              ReferencePlanesOf(target.pixelType, source.width, source.height, target.paddingX)),
           bytes_(planes_.size, 0) {}
 
     std::vector<std::uint8_t> Write() {
@@ -51,7 +72,7 @@ public:
                 WritePixel(x, y);
             }
         }
-        if (IsYuv(target_.pixelType)) {
+        if (IsYuvForm(to_.form)) {
             WriteChroma();
         }
         return bytes_;
@@ -88,7 +109,7 @@ private:
         return up ? value << -difference_ : value;
     }
     void Put(std::size_t plane, std::uint32_t y, std::size_t sample, std::uint32_t value) {
-        const ImagePlane& place = planes_.planes[plane];
+        const ReferencePlane& place = planes_.planes[plane];
         std::uint8_t* line = bytes_.data() + place.offset + y * place.stride;
         if (depth_ == 8) {
             line[sample] = static_cast<std::uint8_t>(value);
@@ -99,13 +120,12 @@ private:
     }
 
     void WritePixel(std::uint32_t x, std::uint32_t y) {
-        const bool yuv = IsYuv(source_.pixelType);
+        const bool yuv = IsYuvForm(from_.form);
         const Rgba read = Reduced(x, y);
-        const Rgba p = yuv && !IsLumaOrChroma(target_.pixelType) ? ColourOf(read) : read;
-        if (IsLumaOrChroma(target_.pixelType)) {
-            const bool grey = IsMono(source_.pixelType) || yuv;
-            Put(0, y, x, Raise(grey ? p.r : Luma(p)));
-        } else if (IsPlanar(target_.pixelType)) {
+        const Rgba p = yuv && !IsLumaOrChroma(to_.form) ? ColourOf(read) : read;
+        if (IsLumaOrChroma(to_.form)) {
+            Put(0, y, x, Raise(IsLumaOrChroma(from_.form) ? p.r : Luma(p)));
+        } else if (to_.form == Form::RgbPlanes) {
             Put(0, y, x, Raise(p.r));
             Put(1, y, x, Raise(p.g));
             Put(2, y, x, Raise(p.b));
@@ -115,15 +135,9 @@ private:
     }
 
     void WriteInterleaved(const Rgba& p, std::uint32_t x, std::uint32_t y) {
-        const bool alpha = target_.pixelType == PixelType_BGRA8Packed;
-        const bool redFirst =
-            target_.pixelType == PixelType_RGB8Packed || target_.pixelType == PixelType_RGB16Packed;
-        const std::size_t first = std::size_t{x} * (alpha ? 4 : 3);
-        Put(0, y, first, Raise(redFirst ? p.r : p.b));
-        Put(0, y, first + 1, Raise(p.g));
-        Put(0, y, first + 2, Raise(redFirst ? p.b : p.r));
-        if (alpha) {
-            Put(0, y, first + 3, p.a);
+        std::size_t sample = x * channels_.size();
+        for (const auto channel : channels_) {
+            Put(0, y, sample++, channel == &Rgba::a ? p.a : Raise(p.*channel));
         }
     }
 
@@ -142,18 +156,18 @@ private:
     }
 
     void WriteChroma() {
-        const std::uint32_t columns = target_.pixelType == PixelType_YUV444Planar ? 1 : 2;
-        const std::uint32_t lines = target_.pixelType == PixelType_YUV420Planar ? 2 : 1;
+        const std::uint32_t columns = to_.form == Form::Yuv444Planes ? 1 : 2;
+        const std::uint32_t lines = to_.form == Form::Yuv420Planes ? 2 : 1;
         for (std::uint32_t y = 0; y < source_.height; y += lines) {
             for (std::uint32_t x = 0; x < source_.width; x += columns) {
                 const Rgba sum = SumOfBlock(x, y, columns, lines);
                 const std::int64_t count = std::int64_t{columns} * lines;
-                if (IsMono(source_.pixelType)) {
+                if (from_.form == Form::Grey) {
                     Put(1, y / lines, x / columns, 128);
                     Put(2, y / lines, x / columns, 128);
                     continue;
                 }
-                if (IsYuv(source_.pixelType)) {
+                if (IsYuvForm(from_.form)) {
                     Put(1, y / lines, x / columns, DivideToNearest(sum.g, count));
                     Put(2, y / lines, x / columns, DivideToNearest(sum.b, count));
                     continue;
@@ -167,10 +181,15 @@ private:
     const Picture& source_;
     const std::vector<Rgba>& colours_;
     const Target& target_;
-    ImagePlanes planes_;
+    const ReferenceFormat& from_;
+    const ReferenceFormat& to_;
+    ReferencePlanes planes_;
     std::vector<std::uint8_t> bytes_;
-    std::uint32_t depth_ = BitDepth(target_.pixelType);
-    int difference_ = static_cast<int>(BitDepth(source_.pixelType)) - static_cast<int>(depth_);
+    const bool interleaved_ = !IsLumaOrChroma(to_.form) && to_.form != Form::RgbPlanes;
+    const std::vector<std::uint32_t Rgba::*> channels_ =
+        interleaved_ ? ChannelsOf(to_.form) : std::vector<std::uint32_t Rgba::*>();
+    std::uint32_t depth_ = to_.packing.depth;
+    int difference_ = static_cast<int>(from_.packing.depth) - static_cast<int>(depth_);
 };
 
 std::uint8_t MakeByte(Content content, std::mt19937& random) {
@@ -186,7 +205,7 @@ Picture MakePicture(EPixelType pixelType, std::uint32_t width, std::uint32_t hei
                     std::size_t paddingX, EImageOrientation orientation, Content content,
                     std::uint32_t seed) {
     Picture picture{pixelType, width, height, paddingX, orientation, {}};
-    picture.bytes.resize(ComputeBufferSize(pixelType, width, height, paddingX));
+    picture.bytes.resize(ReferencePlanesOf(pixelType, width, height, paddingX).size);
     std::mt19937 random(seed);
     for (std::uint8_t& byte : picture.bytes) {
         byte = MakeByte(content, random);
@@ -195,8 +214,9 @@ Picture MakePicture(EPixelType pixelType, std::uint32_t width, std::uint32_t hei
 }
 
 Picture Reference::Convert(const Target& target) {
-    const std::uint32_t depth = BitDepth(target.pixelType);
-    const bool repeat = IsBayer(source_.pixelType) && target.border == BayerBorder_Repeat;
+    const std::uint32_t depth = ReferenceFormatOf(target.pixelType).packing.depth;
+    const bool repeat = IsBayerForm(ReferenceFormatOf(source_.pixelType).form) &&
+                        target.border == BayerBorder_Repeat;
     std::vector<Rgba>& colours = colours_[depth == 8 ? 0 : 1][repeat ? 1 : 0];
     if (colours.empty()) {
         colours = ReadColours(source_, depth, target.border);
