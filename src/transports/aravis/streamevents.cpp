@@ -44,6 +44,7 @@ ArvStream* StreamEvents::CreateStream(const std::function<ArvStream*(void*)>& cr
 void StreamEvents::Watch(ArvStream* stream, Witness* witness, std::uint64_t packetsPerFrame) {
     const std::scoped_lock lock(mutex_);
     stream_ = stream;
+    countsPackets_ = stream != nullptr && ARV_IS_GV_STREAM(stream);
     witness_ = witness;
     packetsPerFrame_ = packetsPerFrame;
     changed_.notify_all();
@@ -61,7 +62,7 @@ void StreamEvents::Push(ArvBuffer& buffer) {
 // A frame has got its buffer. Whether the next one will have one is asked in time for its leader.
 void StreamEvents::begin() {
     const std::scoped_lock lock(mutex_);
-    if (stream_ == nullptr) {
+    if (!countsPackets_) {
         return;
     }
     ++openFrames_;
@@ -87,7 +88,7 @@ void StreamEvents::end(const ArvBuffer& buffer, ArvBufferStatus status) {
     const bool hasFailed =
         status != ARV_BUFFER_STATUS_SUCCESS && status != ARV_BUFFER_STATUS_ABORTED;
     const std::scoped_lock lock(mutex_);
-    if (stream_ == nullptr) {
+    if (!countsPackets_) {
         return;
     }
     openFrames_ -= openFrames_ > 0 ? 1 : 0;
@@ -117,7 +118,7 @@ void StreamEvents::countMissing() {
     const std::uint64_t packets = countPackets();
     const bool areOpenOnesKnown =
         openFrames_ == 0 || (openFrames_ == 1 && packets == packetsAtStart_);
-    if (!ARV_IS_GV_STREAM(stream_) || !areOpenOnesKnown) {
+    if (!areOpenOnesKnown) {
         return;
     }
     const std::uint64_t expected =
@@ -134,8 +135,7 @@ std::uint64_t StreamEvents::GetMissingPackets() {
 std::uint64_t StreamEvents::TakeLack(const ArvBuffer& buffer) {
     constexpr std::chrono::milliseconds longest{100};
     std::unique_lock lock(mutex_);
-    changed_.wait_for(lock, longest,
-                      [&] { return stream_ == nullptr || lacks_.contains(&buffer); });
+    changed_.wait_for(lock, longest, [&] { return !countsPackets_ || lacks_.contains(&buffer); });
     const auto told = lacks_.extract(&buffer);
     return told.empty() ? 0 : told.mapped();
 }

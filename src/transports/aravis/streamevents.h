@@ -28,7 +28,8 @@ public:
     // Queues a buffer of the stream that is watched.
     void Push(ArvBuffer& buffer);
     // Of a frame that failed: the packets behind its first gap. Waits for Aravis to tell, which it
-    // does when it has handed out the buffer already; 0 if it never does.
+    // does when it has handed out the buffer already; 0 if it never does, and at once of a stream
+    // without packets.
     [[nodiscard]] std::uint64_t TakeLack(const ArvBuffer& buffer);
     // Of the frames that have ended: the packets that never came. Brought up to date whenever no
     // frame is being received, or none but one that has just begun.
@@ -48,6 +49,7 @@ private:
     std::mutex mutex_;
     std::condition_variable changed_;
     ArvStream* stream_ = nullptr;
+    bool countsPackets_ = false;  // Aravis does of network cameras only
     Witness* witness_ = nullptr;
     std::uint64_t packetsPerFrame_ = 1;
     std::uint64_t openFrames_ = 0;
