@@ -7,6 +7,7 @@
 #include "gcbase/gcexception.h"
 #include "orlixcamera/emulated/cameratools.h"
 #include "orlixcamera/emulatedcameras.h"
+#include "support/sleeper.h"
 
 namespace {
 
@@ -192,12 +193,15 @@ TEST_F(EmulatedFaults, RegisterTimesOutAndALossEndsTheWait) {
     EXPECT_EQ(errorOf([&] { camera.features.set("ExposureTime", "77"); }),
               "Write of register 'ExposureTime' of device 'EmulatedCamera (EMU-0001)' timed out.");
     EXPECT_THROW(camera.features.set("ExposureTime", "77"), GenICam::TimeoutException);
+    Orlix::Test::Sleeper sleeper;
     auto writing = std::async(std::launch::async, [&] {
         return errorOf([&] {
             const double value = 1;
+            sleeper.GoIn();
             camera.device->Write(0x1300, &value, sizeof value);
         });
     });
+    sleeper.WaitUntilAsleep();
     layer.Unplug(0);
     EXPECT_EQ(writing.get(), "Device 'EmulatedCamera (EMU-0001)' was removed.");
 }

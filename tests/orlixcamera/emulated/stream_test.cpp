@@ -5,6 +5,7 @@
 
 #include "gcbase/gcexception.h"
 #include "orlixcamera/emulated/cameratools.h"
+#include "support/sleeper.h"
 
 namespace {
 
@@ -14,6 +15,9 @@ using Transport::FrameFate;
 using Transport::StreamBuffer;
 
 using Bytes = std::vector<std::uint8_t>;
+
+// A wait that isn't ended by what the test does is not ended at all.
+constexpr std::chrono::hours endless{24};
 
 class EmulatedStream : public testing::Test {
 protected:
@@ -243,8 +247,13 @@ TEST_F(EmulatedStream, StopEndsAWaitAndAnExposure) {
     camera.features.set("EventNotification", "On");
     camera.device->SetSink(&exposureStart);
     camera.start(2);
-    auto waiting = std::async(std::launch::async, [&] { return camera.wait(); });
+    Orlix::Test::Sleeper sleeper;
+    auto waiting = std::async(std::launch::async, [&] {
+        sleeper.GoIn();
+        return camera.stream->Wait(endless);
+    });
     exposureStart.came.get_future().wait();
+    sleeper.WaitUntilAsleep();
     camera.stream->Stop();
     camera.device->SetSink(nullptr);
     EXPECT_EQ(waiting.get(), nullptr);
@@ -256,7 +265,12 @@ TEST_F(EmulatedStream, StopEndsAWaitAndAnExposure) {
 TEST_F(EmulatedStream, LossEndsTheStreamWithAnErrorAndGivesTheBuffersBack) {
     camera.features.set("TriggerMode", "On");
     camera.start(3);
-    auto waiting = std::async(std::launch::async, [&] { static_cast<void>(camera.wait()); });
+    Orlix::Test::Sleeper sleeper;
+    auto waiting = std::async(std::launch::async, [&] {
+        sleeper.GoIn();
+        static_cast<void>(camera.stream->Wait(endless));
+    });
+    sleeper.WaitUntilAsleep();
     layer.Unplug(0);
     EXPECT_THROW(waiting.get(), GenICam::RuntimeException);
     camera.stream->Stop();

@@ -4,6 +4,7 @@
 
 #include "orlixcamera/instantcamera/cameratest.h"
 #include "orlixcamera/messagesink.h"
+#include "support/sleeper.h"
 
 namespace CameraTest {
 namespace {
@@ -107,11 +108,14 @@ TEST_F(Handlers, TakingOffWaitsForACallOfAHandlerThatTheCameraDoesNotOwn) {
     grab();
     ASSERT_TRUE(device->Send());
     ASSERT_TRUE(entered.Wait());
+    Orlix::Test::Sleeper sleeper;
     auto takingOff = std::async(std::launch::async, [&] {
+        sleeper.GoIn();
         const bool taken = camera.DeregisterImageEventHandler(&images);
         return taken && left;
     });
-    EXPECT_EQ(takingOff.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+    sleeper.WaitUntilAsleep();
+    EXPECT_EQ(takingOff.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
     leave.Open();
     EXPECT_TRUE(takingOff.get());
 }

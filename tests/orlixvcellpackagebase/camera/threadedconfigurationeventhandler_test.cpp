@@ -13,6 +13,7 @@
 #include "gcbase/gcexception.h"
 #include "orlixcamera/instantcamera.h"
 #include "orlixdataprocessingcore/core/services.h"
+#include "support/sleeper.h"
 #include "support/texts.h"
 
 namespace Plugin::OrlixVCellPackageBase {
@@ -171,12 +172,14 @@ TEST_F(CameraDeviceRemoval, WaitingLastsUntilARunningJobHasEnded) {
     handler.notify();
     std::thread worker([&] { pool->jobs[0]->execute(); });
     begun.get_future().wait();
+    Orlix::Test::Sleeper sleeper;
     auto waiting = std::async(std::launch::async, [&] {
+        sleeper.GoIn();
         handler.waitForCameraDeviceRemoval();
         return ended.load();
     });
-    // As good as any that doesn't wait has returned by then; what is right can't fail by that.
-    EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+    sleeper.WaitUntilAsleep();
+    EXPECT_EQ(waiting.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
     mayEnd.set_value();
     EXPECT_TRUE(waiting.get());
     worker.join();

@@ -29,10 +29,11 @@ protected:
     void Run(const nlohmann::json& settings, int frames) {
         nlohmann::json node = {{"name", "Camera"}, {"type", "Camera"}, {"settings", settings}};
         node["settings"]["DeviceProperties"] = {{"SerialNumber", serialNumber}};
-        // A busy computer may keep either side waiting for long.
-        node["settings"]["FeatureStreams"] = {
-            {"@DeviceTransportLayer",
-             "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\nFrameRetention\t2000\n"}};
+        // As of the other tests with this camera: a busy computer may keep either side waiting.
+        node["settings"]["FeatureStreams"] = {{"@DeviceTransportLayer",
+                                               "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n"
+                                               "FrameRetention\t2000\n"
+                                               "SocketBufferSize\t4194304\n"}};
         std::ofstream(folder_ / "recipe.json") << nlohmann::json{
             {"version", 1}, {"connections", nlohmann::json::array()}, {"nodes", {node}}};
         Testing::Process run({std::string(ORLIX_PROGRAM_FOLDER) + "/orlix", "run",
