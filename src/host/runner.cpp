@@ -61,7 +61,7 @@ std::size_t countedOutput(const std::vector<OpenOutput>& outputs) {
     return image == outputs.end() ? 0 : static_cast<std::size_t>(image - outputs.begin());
 }
 
-// From which nodes updates come to a node, as its inputs are when the run is made.
+// From which nodes updates come to a node, as its inputs are when the run begins.
 class Feeders {
 public:
     explicit Feeders(const RecipeGraph& graph) {

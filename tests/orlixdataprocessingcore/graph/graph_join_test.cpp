@@ -214,6 +214,39 @@ TEST_F(GraphJoin, ValuesWhosePartnersWereKeptAreNotWaitedForWhenTheInputResetsAg
     EXPECT_EQ(sink->values(), (Numbers{0, 22}));
 }
 
+// The skips take one place together, and come out of order at their end.
+TEST_F(GraphJoin, ValuesWhosePartnersWereSkippedAreNotWaitedForWhenTheInputResetsAgain) {
+    std::latch begun(1);
+    std::latch goesOn(1);
+    join->work = [&](TestNode& self) {
+        begun.count_down();
+        goesOn.wait();
+        self.work = TestNode::sum;
+        TestNode::sum(self);
+    };
+    join->remakeInput("Y", 1, false, 1);
+    connectBoth();
+    graph.start({});
+    source->send(PinValues{{"A", integer(1)}, {"B", integer(10)}});
+    begun.wait();
+    std::vector<UpdatePtr> updates;
+    for (std::size_t count = 0; count < 16; ++count) {
+        updates.push_back(makeUpdate());
+    }
+    std::swap(updates[14], updates[15]);
+    for (const UpdatePtr& update : updates) {
+        source->createJob(update, PinValues{{"A", integer(2)}}, {});
+    }
+    join->setAutoResetEnabled("Y", false);
+    join->setAutoResetEnabled("Y", true);
+    goesOn.count_down();
+    ASSERT_EQ(sink->waitFor(1 + updates.size()).size(), 1 + updates.size());
+    send(3, 30);
+    graph.stop(StopMode::Drain);
+    EXPECT_EQ(sink->values(), (Numbers{11, 33}));
+    EXPECT_EQ(graph.statistics().droppedJobs, updates.size());
+}
+
 // A source may hand updates over out of order.
 TEST_F(GraphJoin, AKeptInputDoesNotMakeOthersDropAnOlderUpdate) {
     auto three = std::make_shared<TestNode>(std::vector<gcstring>{"X", "Y", "Z"});

@@ -33,6 +33,12 @@ TEST(SkipRun, KeepsEveryNumberInItsOrder) {
     }
 }
 
+TEST(SkipRun, KnowsTheGreatestNumberInAnyOrder) {
+    EXPECT_EQ(runOf({7}).greatest(), 7U);
+    EXPECT_EQ(runOf({7, 8, 20}).greatest(), 20U);
+    EXPECT_EQ(runOf({5, 9, 8}).greatest(), 9U);
+}
+
 TEST(SkipRun, MayGrowWhileItIsTaken) {
     SkipRun run = runOf({1, 3});
     run.popFront();

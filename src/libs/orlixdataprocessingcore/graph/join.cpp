@@ -309,7 +309,7 @@ bool Join::setKeepsLastValue(Connection& connection, bool keeps) {
                 WaitingValue waiting = each->ring.popPlace();
                 each->pass(waiting.sequenceNumber);
                 if (waiting.run != nullptr) {
-                    each->pass(waiting.run->last());
+                    each->pass(waiting.run->greatest());
                 }
                 if (waiting.value.isValid()) {
                     replaced.push_back(std::exchange(each->lastValue, std::move(waiting.value)));

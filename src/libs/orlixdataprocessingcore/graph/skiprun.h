@@ -1,6 +1,7 @@
 // The numbers of skipped updates that wait one behind another, in a few bytes each or in all.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -20,16 +21,18 @@ class SkipRun {
 public:
     static constexpr std::size_t maxStretches = 4096;
 
-    explicit SkipRun(std::uint64_t number) : first_(number), last_(number) {}
+    explicit SkipRun(std::uint64_t number) : first_(number), last_(number), greatest_(number) {}
 
     [[nodiscard]] std::uint64_t front() const noexcept { return first_; }
-    [[nodiscard]] std::uint64_t last() const noexcept { return last_; }
+    // Of all that were ever appended.
+    [[nodiscard]] std::uint64_t greatest() const noexcept { return greatest_; }
     // Whether front() is the only number left.
     [[nodiscard]] bool isLast() const noexcept { return stretches_.empty(); }
 
     void append(std::uint64_t number) {
         const std::uint64_t step = number - last_;
         last_ = number;
+        greatest_ = std::max(greatest_, number);
         if (!stretches_.empty() && stretches_.back().step == step) {
             ++stretches_.back().count;
             return;
@@ -65,6 +68,7 @@ private:
 
     std::uint64_t first_;
     std::uint64_t last_;
+    std::uint64_t greatest_;
     std::deque<Stretch> stretches_;
 };
 
