@@ -54,8 +54,9 @@ SignalBlock::~SignalBlock() {
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
-SignalWatch::SignalWatch()
-    : block_(stopSignals()),
+SignalWatch::SignalWatch(std::chrono::milliseconds together)
+    : together_(together),
+      block_(stopSignals()),
       signals_(opened(::signalfd(-1, &stopSignals(), SFD_CLOEXEC | SFD_NONBLOCK))),
       end_(opened(::eventfd(0, EFD_CLOEXEC))),
       thread_([this] { watch(); }) {}
@@ -90,18 +91,23 @@ void SignalWatch::watch() {
         if ((sources[1].revents & POLLIN) != 0) {
             return;
         }
-        const int signal = readSignal();
-        if (signal == 0) {
-            continue;
+        if (const int signal = readSignal(); signal != 0) {
+            handle(signal);
         }
-        const std::lock_guard lock(mutex_);
-        if (std::exchange(received_, true)) {
-            // Whoever asks twice does not want to wait for the orderly end.
-            ::_exit(exitCodeOfSignal + signal);
-        }
+    }
+}
+
+void SignalWatch::handle(int signal) {
+    const auto now = std::chrono::steady_clock::now();
+    const std::lock_guard lock(mutex_);
+    if (!std::exchange(received_, true)) {
+        first_ = now;
         if (handler_) {
             handler_();
         }
+    } else if (now - first_ >= together_) {
+        // Whoever asks twice does not want to wait for the orderly end.
+        ::_exit(exitCodeOfSignal + signal);
     }
 }
 

@@ -1,8 +1,10 @@
 // SIGINT, SIGTERM and SIGHUP as a call on a thread of its own: the first one asks for an orderly
-// end, the second one ends the process at once. A SIGHUP that the program was started to ignore, as
-// nohup does, stays ignored.
+// end, the second one ends the process at once. What comes right behind the first is no second one:
+// whoever ends a group of processes, as timeout does, asks both the process and its group. A SIGHUP
+// that the program was started to ignore, as nohup does, stays ignored.
 #pragma once
 
+#include <chrono>
 #include <csignal>
 #include <functional>
 #include <mutex>
@@ -28,7 +30,8 @@ private:
 // started later, and to be destroyed on the thread that made it. One object at a time.
 class SignalWatch {
 public:
-    SignalWatch();
+    // Signals belong together that come so soon after the first.
+    explicit SignalWatch(std::chrono::milliseconds together = std::chrono::milliseconds(200));
     // Passes over signals that are still on their way.
     ~SignalWatch();
     SignalWatch(const SignalWatch&) = delete;
@@ -40,14 +43,17 @@ private:
     // An empty function is nothing. Returns after a call in progress.
     void setHandler(std::function<void()> handler);
     void watch();
+    void handle(int signal);
     [[nodiscard]] int readSignal() const;
 
+    const std::chrono::milliseconds together_;
     const SignalBlock block_;
     const Host::FileDescriptor signals_;
     const Host::FileDescriptor end_;
     std::mutex mutex_;
     std::function<void()> handler_;
     bool received_ = false;
+    std::chrono::steady_clock::time_point first_;
     std::thread thread_;
 };
 

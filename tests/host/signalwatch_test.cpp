@@ -5,9 +5,11 @@
 #include <semaphore.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <functional>
 #include <semaphore>
 #include <stdexcept>
+#include <thread>
 
 namespace Orlix::App {
 namespace {
@@ -28,6 +30,13 @@ protected:
         return sigismember(&mask, signal) == 1;
     }
 
+    // Nobody has taken it yet.
+    static bool isPending(int signal) {
+        sigset_t pending;
+        ::sigpending(&pending);
+        return sigismember(&pending, signal) == 1;
+    }
+
     // Ends the process with success if the function returns true.
     [[noreturn]] static void endWith(bool isGood) { ::_exit(isGood ? success : 1); }
 };
@@ -46,7 +55,7 @@ TEST_P(SignalWatchTest, FirstSignalCallsTheHandler) {
 
 TEST_P(SignalWatchTest, SecondSignalEndsTheProcessAtOnce) {
     const auto body = [] {
-        SignalWatch watch;
+        SignalWatch watch(std::chrono::milliseconds(0));
         Flag called{0};
         const SignalHandler handler(watch, [&] { called.release(); });
         send(GetParam());
@@ -57,6 +66,28 @@ TEST_P(SignalWatchTest, SecondSignalEndsTheProcessAtOnce) {
         }
     };
     EXPECT_EXIT(body(), testing::ExitedWithCode(128 + GetParam()), "");
+}
+
+TEST_P(SignalWatchTest, SignalsThatComeTogetherAreOne) {
+    const auto body = [] {
+        int calls = 0;
+        {
+            SignalWatch watch(std::chrono::hours(1));
+            Flag called{0};
+            const SignalHandler handler(watch, [&] {
+                ++calls;
+                called.release();
+            });
+            send(GetParam());
+            called.acquire();
+            send(GetParam());
+            while (isPending(GetParam())) {
+                std::this_thread::yield();
+            }
+        }
+        endWith(calls == 1);
+    };
+    EXPECT_EXIT(body(), testing::ExitedWithCode(success), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, SignalWatchTest, testing::Values(SIGINT, SIGTERM, SIGHUP));
