@@ -26,11 +26,19 @@ std::unique_ptr<Host::RecipeGraph> openGraph(const CommonOptions& options, Host:
     return graph;
 }
 
+namespace {
+
+std::string counted(std::size_t number, const std::string& thing) {
+    return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
+}
+
+}  // namespace
+
 void validateRecipe(const CommonOptions& options, const std::string& recipe,
                     const std::vector<std::string>& sets) {
     const auto graph = openGraph(options, Host::Recipe::load(recipe), sets);
-    std::cout << recipe << ": is valid: " << graph->recipe().nodes().size() << " nodes, "
-              << graph->recipe().connections().size() << " connections; open outputs:";
+    std::cout << recipe << " is valid: " << counted(graph->recipe().nodes().size(), "node") << ", "
+              << counted(graph->recipe().connections().size(), "connection") << "; open outputs:";
     for (const Host::OpenOutput& output : graph->openOutputs()) {
         std::cout << " " << output.node << "." << output.pin;
     }

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <stdexcept>
 #include <thread>
 
 #include "host/jsontext.h"
@@ -11,6 +12,7 @@
 #include "host/valuereader.h"
 #include "orlixcamera/imagefile.h"
 #include "orlixcamera/orliximage.h"
+#include "orlixcamera/pixeltypemapper.h"
 #include "orlixdataprocessingcore/core/error.h"
 #include "orlixdataprocessingcore/core/image.h"
 
@@ -32,6 +34,17 @@ std::vector<fs::path> missingFolders(const fs::path& folder) {
         missing.push_back(path);
     }
     return missing;
+}
+
+// Where each error comes from, the nearest first: a node further on only tells that its input was
+// bad.
+void addCauses(const DataProcessing::Core::IError& error, Json& line) {
+    for (const auto& parent : error.getParentErrors()) {
+        if (parent != nullptr) {
+            line["causes"].push_back(parent->getDescription().str());
+            addCauses(*parent, line);
+        }
+    }
 }
 
 // Encoding is the work here; half of the processors are left to the graph.
@@ -164,6 +177,13 @@ void OutputWriter::openLines() {
 std::string OutputWriter::imagePath(const OutputValue& value) const {
     const EPixelType type = imageOf(value.value)->getPixelType();
     const bool isPng = CImagePersistence::CanSave(ImageFileFormat_Png, type);
+    if (!isPng && !CImagePersistence::CanSave(ImageFileFormat_Tiff, type)) {
+        const OpenOutput& output = outputs_[value.output];
+        throw std::runtime_error(output.node + "." + output.pin +
+                                 ": neither PNG nor TIFF can hold the pixel format " +
+                                 CPixelTypeMapper::GetNameByPixelType(type) +
+                                 "; put an ImageFormatConverter behind this pin");
+    }
     std::array<char, 32> number{};
     std::snprintf(number.data(), number.size(), ".%06llu",
                   static_cast<unsigned long long>(value.number));
@@ -194,6 +214,7 @@ void OutputWriter::writeLine(const OutputValue& value) {
         Json line = {{"node", output.node}, {"pin", output.pin}, {"update", value.update}};
         if (const auto error = errorOf(value.value)) {
             line["error"] = error->getDescription().str();
+            addCauses(*error, line);
         } else {
             line["value"] = valueAsJson(value.value);
         }

@@ -50,15 +50,18 @@ TEST_F(BadInput, UnknownOutputPin) {
         writeRecipe(std::string(loader) + "," + converter,
                     R"([{"from": "Loader.Picture", "to": "Converter.Image"}])");
     expectFailure(runOrlix({"validate", file}),
-                  file + ": connections[0]: There is no output \"Loader.Picture\".");
+                  file +
+                      ": connections[0]: There is no output \"Loader.Picture\"; there are Image, "
+                      "ImagePath, RunCount.");
 }
 
 TEST_F(BadInput, UnknownInputPin) {
     const std::string file =
         writeRecipe(std::string(loader) + "," + converter,
                     R"([{"from": "Loader.Image", "to": "Converter.Picture"}])");
-    expectFailure(runOrlix({"validate", file}),
-                  file + ": connections[0]: There is no input \"Converter.Picture\".");
+    expectFailure(
+        runOrlix({"validate", file}),
+        file + ": connections[0]: There is no input \"Converter.Picture\"; there are Image.");
 }
 
 TEST_F(BadInput, ConnectionOfTypesThatDoNotFit) {

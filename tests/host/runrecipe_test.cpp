@@ -243,7 +243,8 @@ TEST_F(RunReplay, BrokenPictureIsAnErrorValueAndTheRunGoesOn) {
                                         "values.jsonl"}));
     const auto errors = valuesOf(folder_ / "out/values.jsonl", "Image");
     ASSERT_EQ(errors.size(), 1U);
-    EXPECT_TRUE(errors[0].contains("error"));
+    EXPECT_EQ(errors[0].at("error"), "Input image is invalid.");
+    EXPECT_EQ(errors[0].at("causes"), (std::vector<std::string>{"Failed to load image."}));
     EXPECT_FALSE(errors[0].contains("value"));
     EXPECT_EQ(errors[0].at("update"),
               valuesOf(folder_ / "out/values.jsonl", "ImagePath").at(1).at("update"));

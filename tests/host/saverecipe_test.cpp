@@ -240,7 +240,7 @@ TEST_F(SaveCommand, ValidateSaysThatARecipeIsValid) {
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.out, recipe_ +
-                              ": is valid: 2 nodes, 1 connections; open outputs: "
+                              " is valid: 2 nodes, 1 connection; open outputs: "
                               "Loader.ImagePath Loader.RunCount Converter.Image\n");
 }
 

@@ -298,7 +298,7 @@ TEST_F(ImageFile, WhatAFormatCanNotHoldIsRefused) {
     const std::string path = folder.File("a.png");
     EXPECT_EQ(SaveError([&] { saveImage(path.c_str(), makeImage(PixelType_RGB8Planar)); }),
               "Cannot save PNG image file '" + path +
-                  "': the format can not hold the pixel type 0x02180021.");
+                  "': the format can not hold the pixel type RGB8Planar (0x02180021).");
     EXPECT_EQ(FileCount(), 0U);
 }
 

@@ -18,6 +18,7 @@
 #include "orlixcamera/codecs/pngdecoder.h"
 #include "orlixcamera/codecs/tiffdecoder.h"
 #include "orlixcamera/orliximage.h"
+#include "orlixcamera/pixeltypemapper.h"
 
 namespace Orlix {
 
@@ -142,7 +143,9 @@ void requirePixelType(const Format& format, EPixelType pixelType) {
     if (!format.canEncode(pixelType)) {
         std::array<char, 20> number{};
         std::snprintf(number.data(), number.size(), "0x%08X", static_cast<unsigned>(pixelType));
-        throw CodecError(std::string("the format can not hold the pixel type ") + number.data());
+        throw CodecError(std::string("the format can not hold the pixel type ") +
+                         CPixelTypeMapper::GetNameByPixelType(pixelType) + " (" + number.data() +
+                         ")");
     }
 }
 

@@ -30,11 +30,20 @@ const Descriptor* findPin(const std::vector<Descriptor>& pins, const gcstring& n
     return found == pins.end() ? nullptr : &*found;
 }
 
+template <typename Descriptor>
+std::string namesOf(const std::vector<Descriptor>& pins) {
+    std::string names;
+    for (const Descriptor& pin : pins) {
+        names += (names.empty() ? "" : ", ") + pin.name.str();
+    }
+    return names.empty() ? "the node has none" : "there are " + names;
+}
+
 OutputDescriptor outputOf(const GraphNode& node, const gcstring& pin) {
     const auto pins = node.node().getOutputDescriptors();
     const auto* const found = findPin(pins, pin);
     if (found == nullptr) {
-        refuse("There is no output " + placeOf(node.name(), pin) + ".");
+        refuse("There is no output " + placeOf(node.name(), pin) + "; " + namesOf(pins) + ".");
     }
     return *found;
 }
@@ -43,7 +52,7 @@ InputDescriptor inputOf(const GraphNode& node, const gcstring& pin) {
     const auto pins = node.node().getInputDescriptors();
     const auto* const found = findPin(pins, pin);
     if (found == nullptr) {
-        refuse("There is no input " + placeOf(node.name(), pin) + ".");
+        refuse("There is no input " + placeOf(node.name(), pin) + "; " + namesOf(pins) + ".");
     }
     return *found;
 }
