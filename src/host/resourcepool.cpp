@@ -86,7 +86,8 @@ void printDevices(std::ostream& out, Core::IResourcePool& pool, DeviceFormat for
         devices.push_back(propertiesOf(info));
     }
     if (format == DeviceFormat::Json) {
-        out << printJson(devices);
+        // What one camera tells of itself must not hide the others.
+        out << devices.dump(2, ' ', false, Json::error_handler_t::replace) << "\n";
         return;
     }
     if (devices.empty()) {
@@ -94,7 +95,7 @@ void printDevices(std::ostream& out, Core::IResourcePool& pool, DeviceFormat for
     }
     for (const Json& device : devices) {
         for (const auto& property : device.items()) {
-            out << property.key() << ": " << property.value().get<std::string>() << "\n";
+            out << property.key() << ": " << oneLine(property.value().get<std::string>()) << "\n";
         }
         out << "\n";
     }

@@ -172,6 +172,36 @@ TEST_F(CameraPool, RefreshesOnManyThreadsEndWithTheTruth) {
     EXPECT_EQ(serialsOf(*pool_), (std::vector<std::string>{"EMU-0001"}));
 }
 
+// A camera that tells of itself what is no text.
+class NamedLayer final : public ICameraLayer {
+public:
+    const CInfoBase& GetInfo() const noexcept override { return info_; }
+    std::vector<CDeviceInfo> EnumerateDevices() override {
+        CDeviceInfo camera;
+        camera.SetPropertyValue(Key::FullName, "One");
+        camera.SetPropertyValue(Key::UserDefinedName, "Gr\xFCn\n\x1B[31m");
+        return {camera};
+    }
+    std::shared_ptr<ICameraDevice> CreateDevice(const CDeviceInfo&) override { return nullptr; }
+    void SetDevicesChanged(std::function<void()>) override {}
+
+private:
+    CDeviceInfo info_;
+};
+
+TEST(PrintDevices, ListsACameraWhoseNameIsNoText) {
+    const auto pool = createResourcePool(
+        std::vector<std::shared_ptr<ICameraLayer>>{std::make_shared<NamedLayer>()});
+    std::ostringstream json;
+    printDevices(json, *pool, DeviceFormat::Json);
+    EXPECT_EQ(json.str(),
+              "[\n  {\n    \"FullName\": \"One\",\n"
+              "    \"UserDefinedName\": \"Gr\xEF\xBF\xBDn\\n\\u001b[31m\"\n  }\n]\n");
+    std::ostringstream text;
+    printDevices(text, *pool, DeviceFormat::Text);
+    EXPECT_EQ(text.str(), "FullName: One\nUserDefinedName: Gr\xFCn  [31m\n\n");
+}
+
 // One emulated camera, at first not there. A look at it can be held up, and tells nobody anything.
 class GatedLayer final : public ICameraLayer {
 public:

@@ -67,8 +67,9 @@ public:
         return ofProtocol(cameras_, protocol);
     }
 
-    std::vector<Found> getKnown(Protocol protocol) {
-        const std::scoped_lock lock(mutex_);
+    std::vector<Found> waitForKnown(Protocol protocol) {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [this] { return looked_ || quit_; });
         std::vector<Found> known = ofProtocol(cameras_, protocol);
         const std::vector<Found> gone = ofProtocol(gone_, protocol);
         known.insert(known.end(), gone.begin(), gone.end());
@@ -181,7 +182,7 @@ std::vector<Found> Discovery::GetCameras(Protocol protocol) const {
 }
 
 std::vector<Found> Discovery::GetKnown(Protocol protocol) const {
-    return state_->getKnown(protocol);
+    return state_->waitForKnown(protocol);
 }
 
 void Discovery::SetChanged(Protocol protocol, std::function<void()> changed) {

@@ -20,7 +20,7 @@ public:
 
     // What the last look has found; the first call waits for the first look.
     [[nodiscard]] std::vector<Found> GetCameras(Protocol protocol) const;
-    // The same and those of before that have gone.
+    // The same, and those of before that have gone.
     [[nodiscard]] std::vector<Found> GetKnown(Protocol protocol) const;
     // Called on the thread of the discovery. When it returns, no call of the function before is
     // under way, but for one that runs on this very thread.

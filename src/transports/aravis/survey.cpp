@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "aravis/bootstrap.h"
+#include "aravis/cleantext.h"
 #include "aravis/glib.h"
 #include "aravis/gvcpclient.h"
 #include "aravis/systemlock.h"
@@ -16,9 +17,9 @@
 namespace Orlix::Aravis {
 namespace {
 
-// Strings that Aravis owns until its next look.
+// Strings that Aravis owns until its next look, made fit for users; but for the first.
 struct Entry {
-    std::string id;
+    std::string id;  // as Aravis wants it back
     std::string physicalId;
     std::string address;
     std::string vendor;
@@ -29,7 +30,7 @@ struct Entry {
 };
 
 std::string textOf(const char* text) {
-    return text != nullptr ? text : "";
+    return text != nullptr ? CleanText(text) : "";
 }
 
 std::vector<Entry> lookAround() {
@@ -38,7 +39,8 @@ std::vector<Entry> lookAround() {
     std::vector<Entry> entries(arv_get_n_devices());
     for (unsigned int index = 0; index < entries.size(); ++index) {
         Entry& entry = entries[index];
-        entry.id = textOf(arv_get_device_id(index));
+        const char* const id = arv_get_device_id(index);
+        entry.id = id != nullptr ? id : "";
         entry.physicalId = textOf(arv_get_device_physical_id(index));
         entry.address = textOf(arv_get_device_address(index));
         entry.vendor = textOf(arv_get_device_vendor(index));
@@ -90,7 +92,7 @@ void addNetworkProperties(Found& camera, const Found* before) {
     if (client.ReadMemory(Bootstrap::userDefinedName, name, patience) ==
         GvcpClient::Answer::Given) {
         const auto end = std::find(name.begin(), name.end(), std::uint8_t{0});
-        set(camera.info, Key::UserDefinedName, std::string(name.begin(), end));
+        set(camera.info, Key::UserDefinedName, CleanText(std::string(name.begin(), end)));
     } else if (before != nullptr) {
         copyProperty(camera.info, before->info, Key::UserDefinedName);
     }
@@ -104,7 +106,8 @@ void addNetworkProperties(Found& camera, const Found* before) {
 }
 
 std::string fullNameOf(const Entry& entry, Protocol protocol) {
-    return std::string(DeviceClassOf(protocol)) + "#" + entry.id + "#" + entry.physicalId;
+    return std::string(DeviceClassOf(protocol)) + "#" + CleanText(entry.id) + "#" +
+           entry.physicalId;
 }
 
 std::string labelOf(const CDeviceInfo& info) {

@@ -13,12 +13,13 @@ namespace Orlix::Aravis {
 using GenICam::AccessException;
 using std::chrono::milliseconds;
 
-// A camera that refuses may have another controller by now, and this program doesn't know it.
+// A camera of the network that refuses may have another controller by now, and this program doesn't
+// know it. What is plugged into this computer has no other.
 void Connection::use(Action action, Purpose purpose) {
     try {
         perform(std::move(action), purpose);
     } catch (const AccessException&) {
-        if (camera_.protocol == Protocol::GigE && !isControlTaken()) {
+        if (camera_.protocol != Protocol::GigE || !isControlTaken()) {
             throw;
         }
         ThrowGone();

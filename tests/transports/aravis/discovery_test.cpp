@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "aravis/support/fakecameratest.h"
+#include "aravis/support/simulatedcameratest.h"
 #include "gcbase/gcexception.h"
 
 namespace Orlix::Aravis {
@@ -81,6 +82,22 @@ TEST_F(Discovery, TellsOfACameraThatComesAndGoes) {
     waitFor(2);
     EXPECT_TRUE(layer->EnumerateDevices().empty());
     layer->SetDevicesChanged({});
+}
+
+using NameOfACamera = Testing::SimulatedCameraTest;
+
+// Names come from makers of all kinds, and from flash memory that nobody has written to.
+TEST_F(NameOfACamera, IsTextWhateverItsBytesAre) {
+    Start({"--user-name", "Gr\xFCn\x1B[1m\n", "--model", "Gr\xC3\xBCn\xFF"});
+    const auto infos = CreateLayer("GigE")->EnumerateDevices();
+    ASSERT_EQ(infos.size(), 1U);
+    EXPECT_EQ(infos[0].GetUserDefinedName(), "Gr\xC3\xBCn[1m");
+    EXPECT_EQ(infos[0].GetModelName(), "Gr\xC3\xBCn\xC3\xBF");
+    EXPECT_EQ(infos[0].GetFriendlyName(), "Gr\xC3\xBCn[1m (S1)");
+    // Of a layer that has not looked yet.
+    const auto device = CreateLayer("GigE")->CreateDevice(infos[0]);
+    CInstantCamera opened(device.get());
+    EXPECT_NO_THROW(opened.Open());
 }
 
 }  // namespace
