@@ -70,7 +70,10 @@ private:
 
 class LimitedRun : public testing::Test {
 protected:
-    LimitedRun() { packages_.add(Package::load(Testing::packageFile())); }
+    LimitedRun() {
+        packages_.add(Package::load(Testing::packageFile()));
+        packages_.add(Package::load(Testing::testPackage("testnodes")));
+    }
 
     [[nodiscard]] static std::string camera(const std::string& name) {
         return R"({"name": ")" + name + R"(", "type": "Camera", "settings": {"FeatureStreams": {
@@ -88,9 +91,10 @@ protected:
             packages_, createResourcePool(cameras));
         graph_->connect();
     }
-    [[nodiscard]] std::shared_ptr<Counter> count(const char* node) const {
+    [[nodiscard]] std::shared_ptr<Counter> count(const char* node,
+                                                 const char* pin = "Image") const {
         auto counter = std::make_shared<Counter>();
-        graph_->graph().attachSink(node, "Image", counter);
+        graph_->graph().attachSink(node, pin, counter);
         return counter;
     }
     void trigger(const char* camera) const {
@@ -151,6 +155,22 @@ TEST_F(LimitedRun, NodeBehindAnotherCameraIsNotHeldUpEither) {
     const auto converted = count("Converter");
     run(2, [&] { return grab("Fast", *converted, 30) && grab("Counted", *counted, 2); });
     EXPECT_EQ(frames_, (std::map<std::string, std::uint64_t>{{"Counted", 2}, {"Converter", 30}}));
+}
+
+// An input that keeps its value brings no updates: the node's are those of the other input.
+TEST_F(LimitedRun, NodeThatKeepsAnImageOfTheCountedCameraIsNotHeldUpByIt) {
+    constexpr int many = 2000;  // more than wait for a counted pin
+    open(camera("Camera") + R"(, {"name": "Counted", "type": "ImageFormatConverter"},
+             {"name": "Numbers", "type": "ValueSource", "settings": {"count": 2000}},
+             {"name": "Beside", "type": "Beside"})",
+         R"({"from": "Camera.Image", "to": "Counted.Image"},
+            {"from": "Camera.Image", "to": "Beside.Image"},
+            {"from": "Numbers.Number", "to": "Beside.Number"})");
+    const auto counted = count("Counted");
+    const auto numbers = count("Beside", "Number");
+    run(2, [&] { return numbers->waitFor(many) && grab("Camera", *counted, 2); });
+    EXPECT_EQ(frames_["Counted"], 2U);
+    EXPECT_EQ(frames_["Beside"], std::uint64_t{many});
 }
 
 TEST_F(LimitedRun, ValuesOfTheCountedCameraBehindTheLastFrameAreNoPartOfTheResult) {

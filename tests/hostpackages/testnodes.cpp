@@ -1,4 +1,5 @@
-// A package of nodes for tests: a source of every kind of value, and one that can not stop.
+// A package of nodes for tests: a source of every kind of value, one that can not stop, and a node
+// with an input that keeps its value.
 #include <unistd.h>
 
 #include <atomic>
@@ -14,11 +15,14 @@
 #include "orlixdataprocessingcore/core/errors.h"
 #include "orlixdataprocessingcore/core/float.h"
 #include "orlixdataprocessingcore/core/graphupdate.h"
+#include "orlixdataprocessingcore/core/image.h"
 #include "orlixdataprocessingcore/core/integer.h"
 #include "orlixdataprocessingcore/core/nodearguments.h"
 #include "orlixdataprocessingcore/core/settings.h"
+#include "orlixdataprocessingcore/core/simplenode.h"
 #include "orlixdataprocessingcore/core/string.h"
 #include "orlixdataprocessingcore/threading/recursiveclock.h"
+#include "orlixdataprocessingcore/utils/property.h"
 
 namespace Orlix::Host::Testing {
 namespace {
@@ -36,6 +40,10 @@ constexpr const char* catalog = R"({"Version": "1.0.0", "Vendor": "Test", "Modul
 {"Name": "StuckSource", "Uuid": "00000000-0000-0000-0000-00000000000c", "ObjectVersion": "1.0.0",
  "MinRequiredSoftwareVersion": "1.0.0", "MinRequiredFileVersion": "1.0.0",
  "InterfaceType": "Native", "DisplayName": "Stuck", "Tags": [], "ShortDescription": "",
+ "DetailedDescription": "", "SupportedUuids": [], "HasDynamicInfo": false},
+{"Name": "Beside", "Uuid": "00000000-0000-0000-0000-00000000000e", "ObjectVersion": "1.0.0",
+ "MinRequiredSoftwareVersion": "1.0.0", "MinRequiredFileVersion": "1.0.0",
+ "InterfaceType": "Native", "DisplayName": "Beside", "Tags": [], "ShortDescription": "",
  "DetailedDescription": "", "SupportedUuids": [], "HasDynamicInfo": false},
 {"Name": "Future", "Uuid": "00000000-0000-0000-0000-00000000000d", "ObjectVersion": "9.0.0",
  "MinRequiredSoftwareVersion": "9.0.0", "MinRequiredFileVersion": "1.0.0",
@@ -157,6 +165,28 @@ protected:
     }
 };
 
+// Hands numbers on, beside the last image that has come.
+class Beside final : public SimpleNode {
+public:
+    explicit Beside(const std::shared_ptr<IResourcePool>& pool) : SimpleNode(pool) {
+        setLock(std::make_shared<DataProcessing::Threading::RecursiveCLock>());
+        createInput("Number", "", number_, Variant(Integer(0)), true, unlimitedJobs);
+        createInput("Image", "", image_, Variant(Image()), true, unlimitedJobs);
+        createOutput("Number", "", output_, true, unlimitedJobs);
+        setAutoResetEnabled("Image", false);
+    }
+    ~Beside() override { cleanup(); }
+
+    void loadSettings(const std::shared_ptr<ISettings>&) override {}
+    void saveSettings(const std::shared_ptr<ISettings>&) override {}
+    void execute() override { output_.setValue(number_.getValue()); }
+
+private:
+    DataProcessing::Utils::ResettableProperty<Integer> number_;
+    DataProcessing::Utils::ResettableProperty<Image> image_;
+    DataProcessing::Utils::ResettableProperty<Integer> output_;
+};
+
 }  // namespace
 }  // namespace Orlix::Host::Testing
 
@@ -185,6 +215,12 @@ ORLIX_TEST_EXPORT INode* create_StuckSource(const Pool& pool) {
     return new Orlix::Host::Testing::StuckSource(pool);
 }
 ORLIX_TEST_EXPORT void destroy_StuckSource(INode* node) {
+    delete node;
+}
+ORLIX_TEST_EXPORT INode* create_Beside(const Pool& pool) {
+    return new Orlix::Host::Testing::Beside(pool);
+}
+ORLIX_TEST_EXPORT void destroy_Beside(INode* node) {
     delete node;
 }
 ORLIX_TEST_EXPORT INode* create_Future(const Pool&) {
