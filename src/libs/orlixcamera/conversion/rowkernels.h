@@ -117,5 +117,7 @@ void SwapWords(const std::uint8_t* from, std::size_t width, std::uint8_t* to);
 using Planes = std::array<const std::uint8_t*, 3>;
 void JoinBytePlanes(const Planes& from, std::size_t width, std::uint8_t* to);
 void JoinWordPlanes(const Planes& from, std::size_t width, std::uint8_t* to);
+// The upper bytes of planes of words.
+void JoinUpperPlanes(const Planes& from, std::size_t width, std::uint8_t* to);
 
 }  // namespace Orlix

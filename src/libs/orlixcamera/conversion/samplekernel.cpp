@@ -34,9 +34,9 @@ RowPlan MakePlan(const ConversionJob& job, const SampleFormat& format) {
     return {PixelType_RGB16Packed, luma ? 0 : job.shiftUp, luma ? job.shiftUp : 0};
 }
 
-// Samples that are bytes or words already are taken where they lie.
-bool HasSamplesOf(EPixelType rowType, EPixelType source) {
-    return BitDepth(rowType) == BitDepth(source);
+// Planes whose samples are whole bytes or words are joined where they lie. Others are read first.
+bool HasWholeSamples(EPixelType source) {
+    return BitDepth(source) == 8 || BitDepth(source) == 16;
 }
 
 // False where the reader writes to the destination at once.
@@ -49,7 +49,7 @@ bool UsesRows(const ConversionJob& job, const SampleFormat& format) {
         case SampleKind::Bgr:
             return rowType != job.destinationType || BitDepth(rowType) == 16;
         case SampleKind::RgbPlanar:
-            return rowType != job.destinationType || !HasSamplesOf(rowType, job.sourceType);
+            return rowType != job.destinationType || !HasWholeSamples(job.sourceType);
         default:
             return true;
     }
@@ -152,7 +152,11 @@ private:
 
     void ReadPlanes(std::uint32_t line, std::uint8_t* to) const {
         Planes planes{Source(0, line), Source(1, line), Source(2, line)};
-        if (!HasSamplesOf(plan_.rowType, job_.sourceType)) {
+        if (!words_ && BitDepth(job_.sourceType) == 16) {
+            JoinUpperPlanes(planes, job_.width, to);
+            return;
+        }
+        if (!HasWholeSamples(job_.sourceType)) {
             for (std::size_t plane = 0; plane < planes.size(); ++plane) {
                 std::uint8_t* const row = rows_.Window(plane);
                 read_(planes[plane], job_.width, row, plan_.readShift);

@@ -86,6 +86,19 @@ struct WordPlanes {
     }
 };
 
+struct UpperPlanes {
+    static constexpr std::size_t From = 2;
+    static constexpr std::size_t To = 3;
+    static HWY_INLINE std::size_t Lanes() { return hn::Lanes(D8()); }
+    static HWY_INLINE V8 Upper(const std::uint8_t* from) {
+        const D8 d;
+        return hn::ConcatOdd(d, hn::LoadU(d, from + hn::Lanes(d)), hn::LoadU(d, from));
+    }
+    static HWY_INLINE void Join(const Planes& from, std::size_t at, std::uint8_t* to) {
+        StoreTriples(Upper(from[0] + at), Upper(from[1] + at), Upper(from[2] + at), to);
+    }
+};
+
 template <class Step>
 HWY_NOINLINE void JoinShortRow(const Planes& from, std::size_t width, std::uint8_t* to) {
     constexpr std::size_t Lanes = hn::MaxLanes(D8());
@@ -134,6 +147,9 @@ void JoinBytePlanesRow(const Planes& from, std::size_t width, std::uint8_t* to) 
 void JoinWordPlanesRow(const Planes& from, std::size_t width, std::uint8_t* to) {
     JoinRow<WordPlanes>(from, width, to);
 }
+void JoinUpperPlanesRow(const Planes& from, std::size_t width, std::uint8_t* to) {
+    JoinRow<UpperPlanes>(from, width, to);
+}
 void AverageBytesRow(const std::uint8_t* a, const std::uint8_t* b, std::size_t count,
                      std::uint8_t* to) {
     const D8 d;
@@ -164,6 +180,7 @@ ORLIX_DISPATCH(DoubleOddBytes, std::uint8_t*)
 ORLIX_DISPATCH(SwapWords, std::uint8_t*)
 ORLIX_DISPATCH(JoinBytePlanes, Planes&)
 ORLIX_DISPATCH(JoinWordPlanes, Planes&)
+ORLIX_DISPATCH(JoinUpperPlanes, Planes&)
 #undef ORLIX_DISPATCH
 
 HWY_EXPORT(AverageBytesRow);
