@@ -41,6 +41,10 @@ enum SortBy : std::int32_t { Ascending = 0, Descending = 1, Random = 2 };
 // Life: one worker thread runs from start to stop; when the last run has ended the node stays
 // started until it is stopped. A start without a source path or without images throws; a setter
 // throws while the node is not stopped.
+// A receiver of the node's own job signals is called by the worker. It may stop the node: that ends
+// the run and raises the system error resource_deadlock_would_occur, unless another thread is
+// stopping it already; the next start, or the end of the node, waits until the worker has gone. It
+// can't start the node again, which is the same error, and must not destroy it.
 class ImageLoading : public Orlix::DataProcessing::Core::AdvancedNode,
                      public Orlix::DataProcessing::Core::INodeMapContainer {
 public:
@@ -113,6 +117,8 @@ private:
     [[nodiscard]] bool isSingleFrameStart(
         const Orlix::DataProcessing::Core::NodeArgumentCollection& arguments) const;
     void findImages();
+    void joinWorker();
+    void collectWorker();
 
     void checkArgument(bool valid, const char* message,
                        const Orlix::DataProcessing::Utils::CodePlace& place) const;

@@ -5,7 +5,6 @@
 #include <stdexcept>
 #include <thread>
 
-#include "orlixdataprocessingcore/core/defaultresourcepool.h"
 #include "orlixdataprocessingcore/core/testnodes.h"
 #include "orlixdataprocessingcore/threading/uniquelock.h"
 #include "orlixdataprocessingcore/utils/log.h"
@@ -276,140 +275,6 @@ TEST_F(AdvancedNodeTest, AResultWithoutAnUpdateFailsItsJobOnly) {
     EXPECT_EQ(entries[1].value.get<Integer>(true)->get(), 2);
 }
 
-TEST_F(AdvancedNodeTest, ARunMayTakeOnlyUpdatesThatWereMadeInIt) {
-    attach();
-    const auto early = makeUpdate();
-    source->start({});
-    source->createJob(early, {{"Out", integer(1)}}, {});
-    source->stop();
-    source->takeOnlyUpdatesOfTheRun();
-    source->start({});
-    const auto late = makeUpdate();
-    source->stop();
-    source->start({});
-    source->createJob(late, {{"Out", integer(2)}}, {});
-    source->createJob(late, {{"Out", integer(3)}}, [](const UpdatePtr& update, PinValues values) {
-        return JobResults{{update, std::move(values)}};
-    });
-    source->send(4);
-    EXPECT_EQ(sink->values(2), (std::vector<std::int64_t>{1, 4}));
-}
-
-TEST_F(AdvancedNodeTest, AJobThatRestartsItsSourceIsNoneOfTheNewRun) {
-    attach();
-    source->takeOnlyUpdatesOfTheRun();
-    source->start({});
-    const auto connection =
-        source->getExecutionStartedSignal()->connect([&, isFirst = true](const UpdatePtr&) mutable {
-            if (std::exchange(isFirst, false)) {
-                source->stop();
-                source->start({});
-            }
-        });
-    source->send(1);
-    source->send(2);
-    EXPECT_EQ(sink->values(1), std::vector<std::int64_t>{2});
-    connection->disconnect();
-}
-
-TEST_F(AdvancedNodeTest, AJobThatIsNotTakenIsNoExecution) {
-    int executions = 0;
-    const Utils::ScopedConnection connection(
-        source->getExecutionStartedSignal()->connect([&](const UpdatePtr&) { ++executions; }),
-        true);
-    source->takeOnlyUpdatesOfTheRun();
-    source->send(1);
-    const auto late = makeUpdate();
-    source->start({});
-    source->createJob(late, {{"Out", integer(2)}}, {});
-    EXPECT_EQ(executions, 0);
-    source->send(3);
-    EXPECT_EQ(executions, 1);
-}
-
-// A host's own factory, and a pool that lends it.
-class ForeignFactory final : public IUpdateFactory {
-public:
-    UpdatePtr createUpdate(const INode*, const UpdatePtr&) override { return create(); }
-    std::function<UpdatePtr()> create = makeUpdate;
-};
-class PoolWithFactory final : public DefaultResourcePool {
-public:
-    std::shared_ptr<IUpdateFactory> getUpdateFactory() override { return factory; }
-    const std::shared_ptr<ForeignFactory> factory = std::make_shared<ForeignFactory>();
-};
-
-TEST(AdvancedNodeStart, CallsTheFactoryWithTheNodesLockFree) {
-    const auto pool = std::make_shared<PoolWithFactory>();
-    TestSource source({"Out"}, pool);
-    source.takeOnlyUpdatesOfTheRun();
-    bool isFree = false;
-    pool->factory->create = [&] {
-        const auto tryLock = [&] {
-            const bool taken = source.getLock()->tryLock();
-            if (taken) {
-                source.getLock()->unlock();
-            }
-            return taken;
-        };
-        isFree = std::async(std::launch::async, tryLock).get();
-        return makeUpdate();
-    };
-    source.start({});
-    EXPECT_TRUE(isFree);
-}
-
-// An update that is made while the node is still stopped must be before the mark of the run.
-TEST(AdvancedNodeStart, TakesNoUpdateThatWasMadeBeforeItBegan) {
-    const auto pool = std::make_shared<PoolWithFactory>();
-    TestSource source({"Out"}, pool);
-    const auto sink = std::make_shared<TestSink>();
-    static_cast<void>(source.attachOutputSink("Out", sink));
-    source.takeOnlyUpdatesOfTheRun();
-    UpdatePtr early;
-    pool->factory->create = [&] {
-        const UpdatePtr mark = makeUpdate();
-        early = source.getState() == NodeState::Stopped ? makeUpdate() : mark;
-        return mark;
-    };
-    source.start({});
-    ASSERT_NE(early, nullptr);
-    source.createJob(early, {{"Out", integer(1)}}, {});
-    source.send(2);
-    EXPECT_EQ(sink->values(), std::vector<std::int64_t>{2});
-}
-
-TEST(AdvancedNodeStart, StopWhileItAsksTheFactoryLeavesNoSpaceToWaitFor) {
-    const auto pool = std::make_shared<PoolWithFactory>();
-    TestSource source({"Out"}, pool);
-    source.takeOnlyUpdatesOfTheRun();
-    pool->factory->create = [&] {
-        source.stop();
-        return makeUpdate();
-    };
-    bool hasSpace = true;
-    source.starting = [&] { hasSpace = source.waitUntilSpaceAvailable(); };
-    source.start({});
-    EXPECT_FALSE(hasSpace);
-    EXPECT_EQ(source.getState(), NodeState::Stopped);
-    pool->factory->create = makeUpdate;
-    source.start({});
-    EXPECT_TRUE(hasSpace);
-}
-
-TEST(AdvancedNodeStart, FactoryThatFailsLeavesItStopped) {
-    const auto pool = std::make_shared<PoolWithFactory>();
-    TestSource source({"Out"}, pool);
-    source.takeOnlyUpdatesOfTheRun();
-    pool->factory->create = []() -> UpdatePtr { throw std::logic_error("none left"); };
-    EXPECT_THROW(source.start({}), std::logic_error);
-    EXPECT_EQ(source.getState(), NodeState::Stopped);
-    EXPECT_FALSE(source.waitUntilSpaceAvailable());
-    pool->factory->create = makeUpdate;
-    source.start({});
-    EXPECT_EQ(source.getState(), NodeState::Running);
-}
-
 TEST_F(AdvancedNodeTest, AnAbortedJobThatWaitsIsNotRun) {
     attach();
     source->start({});
@@ -534,28 +399,6 @@ TEST_F(AdvancedNodeTest, TwoThreadsSendToAllPinsInOneOrder) {
 
 TEST_F(AdvancedNodeTest, ASourceForwardsNoUpdates) {
     EXPECT_FALSE(source->isForwardingUpdates());
-}
-
-TEST(UpdateFactory, NumbersUpdatesInTheOrderOfTheirCreation) {
-    const auto first = makeUpdate();
-    const auto second = makeUpdate();
-    EXPECT_LT(first->getSequenceNumber(), second->getSequenceNumber());
-    EXPECT_GE(first->getSequenceNumber(), 1U);
-}
-
-TEST(UpdateFactory, KeepsTheParent) {
-    const auto parent = makeUpdate();
-    const auto child = getDefaultUpdateFactory()->createUpdate(nullptr, parent);
-    EXPECT_EQ(child->getParent(), parent);
-    EXPECT_EQ(parent->getParent(), nullptr);
-}
-
-TEST(UpdateFactory, ALongChainOfParentsEndsWithoutADeepStack) {
-    UpdatePtr update = makeUpdate();
-    for (int length = 0; length < 1000000; ++length) {
-        update = getDefaultUpdateFactory()->createUpdate(nullptr, update);
-    }
-    update.reset();
 }
 
 }  // namespace

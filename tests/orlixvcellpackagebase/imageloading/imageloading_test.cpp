@@ -4,12 +4,8 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
-#include <functional>
-#include <future>
-#include <memory>
 #include <string>
 #include <system_error>
-#include <utility>
 
 #include "genapi/genapi.h"
 #include "orlixdataprocessingcore/core/graphupdate.h"
@@ -227,25 +223,6 @@ TEST_F(ImageLoadingNode, ValuesOfOneTurnShareAnUpdate) {
     EXPECT_EQ(imageSink->updates()[0]->getParent(), nullptr);
 }
 
-// Opens what only the framework calls.
-class OpenNode : public ImageLoading {
-public:
-    using ImageLoading::ImageLoading;
-    using ImageLoading::onStarting;
-    using ImageLoading::onStopping;
-};
-
-// The code of the system error that the call raises; none without one.
-template <typename Call>
-std::error_code getErrorCode(Call call) {
-    try {
-        call();
-        return {};
-    } catch (const std::system_error& error) {
-        return error.code();
-    }
-}
-
 // Gives new threads stacks beyond the address space, so that none can be made.
 class WithoutThreads {
 public:
@@ -281,61 +258,6 @@ TEST_F(ImageLoadingNode, WithoutAThreadTheStartFailsAndParametersStayReadOnlyUnt
     runToEnd(acquisitionMode("SingleFrame"));
     EXPECT_THAT(paths(), ElementsAre("a.png"));
     EXPECT_THAT(writabilities(), ElementsAre(true, true, true, true, true, true, true));
-}
-
-// Runs a function on the worker when that wants to sleep for the first time.
-class InterruptingClock final : public IFrameClock {
-public:
-    explicit InterruptingClock(std::function<void()> interruption)
-        : interruption_(std::move(interruption)) {}
-
-    TimePoint now() override { return now_; }
-    void sleepFor(Duration duration) override {
-        now_ += duration;
-        if (const auto interruption = std::exchange(interruption_, {})) {
-            interruption();
-        }
-    }
-
-private:
-    TimePoint now_{};
-    std::function<void()> interruption_;
-};
-
-TEST_F(ImageLoadingNode, AWorkerThatStopsItselfIsADeadlockErrorAndEndsAllTheSame) {
-#if defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "the sanitizer forgets a thread at the first join, whatever becomes of it";
-#endif
-    useThreeImages();
-    std::promise<std::error_code> code;
-    OpenNode* self = nullptr;
-    OpenNode other(nullptr, std::make_shared<InterruptingClock>([&] {
-                       code.set_value(getErrorCode([&] { self->onStopping(); }));
-                   }));
-    self = &other;
-    other.setSourcePath(folder.path().c_str());
-    other.setRunContinuously(true);
-    other.onStarting(Arguments());
-    EXPECT_EQ(code.get_future().get(), std::errc::resource_deadlock_would_occur);
-    // The worker saw the request and has not been collected yet.
-    other.onStopping();
-}
-
-TEST_F(ImageLoadingNode, StoppingWithoutAWorkerIsASystemError) {
-    OpenNode other(nullptr, clock);
-    EXPECT_EQ(getErrorCode([&] { other.onStopping(); }), std::errc::invalid_argument);
-}
-
-TEST_F(ImageLoadingNode, CanBeDestroyedWhileItRuns) {
-    useThreeImages();
-    const auto ownClock = std::make_shared<FakeFrameClock>();
-    auto other = std::make_unique<ImageLoading>(nullptr, ownClock);
-    other->setSourcePath(folder.path().c_str());
-    other->setRunContinuously(true);
-    other->start(Arguments());
-    ownClock->waitForReads(1);
-    other.reset();
-    ownClock->waitForWorkerEnd();
 }
 
 }  // namespace

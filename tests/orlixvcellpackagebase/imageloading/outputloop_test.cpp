@@ -6,7 +6,6 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
-#include <future>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -273,15 +272,6 @@ TEST_F(OutputLoop, FullGraphHoldsTheNodeBackUntilThereIsSpace) {
     EXPECT_THAT(paths(), ElementsAre("a.png", "b.png", "c.png"));
 }
 
-TEST_F(OutputLoop, StopEndsANodeThatWaitsForSpace) {
-    useThreeImages();
-    imageSink->setSpace(false);
-    node.setRunContinuously(true);
-    node.start(Arguments());
-    node.stop();
-    EXPECT_THAT(imageSink->values(), IsEmpty());
-}
-
 TEST_F(OutputLoop, TimeSpentInATurnIsNotAddedToThePeriod) {
     useThreeImages();
     node.setFramesPerSecond(10);
@@ -310,38 +300,6 @@ TEST_F(OutputLoop, NoTimeIsMadeUpAfterAStall) {
     node.stop();
     // The stalled turn has no sleep, the next ones have their full period.
     EXPECT_THAT(clock->sleeps(), ElementsAre(milliseconds(100), milliseconds(100)));
-}
-
-TEST_F(OutputLoop, StopWaitsForTheTurnAndNoFurtherOneBegins) {
-    useThreeImages();
-    const auto gated = std::make_shared<FakeFrameClock>(0);
-    std::promise<void> stopBegun;
-    ImageLoading other(nullptr, gated);
-    other.setSourcePath(folder.path().c_str());
-    other.setRunContinuously(true);
-    const auto sink = std::make_shared<RecordingSink>();
-    const auto handle = other.attachOutputSink("Image", sink);
-    other.start(Arguments());
-    gated->waitForSleeps(1);
-    // The parameters become writable when the stop has begun.
-    GenApi::Register(other.getNodeMapInfos().at(0).GetNodeMap()->GetNode("SourcePath"),
-                     [&](GenApi::INode*) { stopBegun.set_value(); });
-    std::atomic<bool> stopReturned = false;
-    bool workerHadEnded = false;
-    std::thread stopper([&] {
-        other.stop();
-        workerHadEnded = gated->hasWorkerEnded();
-        stopReturned = true;
-    });
-    stopBegun.get_future().wait();
-    // The worker sleeps within its turn.
-    EXPECT_FALSE(stopReturned);
-    gated->permit(1);
-    stopper.join();
-    EXPECT_TRUE(workerHadEnded);
-    EXPECT_THAT(gated->sleeps(), SizeIs(1));
-    EXPECT_THAT(sink->values(), SizeIs(1));
-    EXPECT_EQ(static_cast<Core::INode&>(other).getState(), Core::NodeState::Stopped);
 }
 
 TEST_F(OutputLoop, PicturesLieInMemoryOfTheProviderAndServicesAreFetchedAtEachStart) {

@@ -1,8 +1,9 @@
-// What tests compare: log lines and exceptions as plain texts.
+// What tests compare: log lines and exceptions as plain texts, system errors as their codes.
 #pragma once
 
 #include <cstdio>
 #include <string>
+#include <system_error>
 #include <type_traits>
 #include <vector>
 
@@ -41,6 +42,17 @@ std::string getFailure(Call call) {
         } else {
             return exception.what();
         }
+    }
+}
+
+// The code of the system error that the call raises; none without one.
+template <typename Call>
+std::error_code getErrorCode(Call call) {
+    try {
+        call();
+        return {};
+    } catch (const std::system_error& error) {
+        return error.code();
     }
 }
 

@@ -14,11 +14,6 @@ bool JobQueue::hasSpace(std::uint64_t limit) const {
     return jobs_.size() < std::min<std::uint64_t>(limit, capacity);
 }
 
-bool JobQueue::isRunner() const {
-    std::lock_guard guard(mutex_);
-    return runner_ == std::this_thread::get_id();
-}
-
 void JobQueue::push(SourceJob&& job) {
     {
         std::lock_guard guard(mutex_);

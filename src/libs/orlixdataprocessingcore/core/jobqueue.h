@@ -32,8 +32,6 @@ public:
 
     [[nodiscard]] bool isIdle() const;
     [[nodiscard]] bool hasSpace(std::uint64_t limit) const;
-    // Whether the calling thread is inside one of the jobs.
-    [[nodiscard]] bool isRunner() const;
     void push(SourceJob&& job);
     // Returns when all jobs have been run, or at once on the thread that runs one.
     void finish();

@@ -224,7 +224,7 @@ void NodeBase::Impl::endRun() {
 }
 
 bool NodeBase::Impl::isInOwnJob() const {
-    return executor_.load() == std::this_thread::get_id() || jobs_.isRunner();
+    return executor_.load() == std::this_thread::get_id() || isInSourceJob();
 }
 
 void NodeBase::Impl::finishJobs() {
@@ -263,6 +263,7 @@ void NodeBase::Impl::openForJobs(std::uint64_t lastUpdateBefore) {
     }
     {
         std::lock_guard guard(deliveryMutex_);
+        ++run_;
         lastUpdateBefore_ = lastUpdateBefore;
         acceptsJobs_ = true;
     }

@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -88,6 +89,7 @@ public:
 private:
     class ExecutionScope;
     class LifeScope;
+    class SourceJobScope;
     // Whether a job of a source may still leave when the node has stopped meanwhile.
     enum class Admission { WhileRunning, Granted };
 
@@ -100,6 +102,7 @@ private:
     void finishJobs();
     void waitForExecution();
     [[nodiscard]] bool isInOwnJob() const;
+    [[nodiscard]] bool isInSourceJob() const;
     [[nodiscard]] std::uint64_t lastUpdateSoFar() const;
     void openForJobs(std::uint64_t lastUpdateBefore);
     void closeForJobs();
@@ -113,7 +116,7 @@ private:
     void runJob(std::shared_ptr<IGraphUpdate>&& update);
     void runGeneralJob(const std::shared_ptr<IGraphUpdate>& update);
     void runSimpleJob(std::shared_ptr<IGraphUpdate>&& update);
-    [[nodiscard]] bool isAccepted(const IGraphUpdate& update);
+    [[nodiscard]] std::optional<std::uint64_t> findRun(const IGraphUpdate& update);
     void runSourceJob(SourceJob&& job, Admission admission);
     [[nodiscard]] JobResults makeResults(SourceJob& job);
     void announce(const std::shared_ptr<IGraphUpdate>& update, PinValues& values) {
@@ -161,7 +164,8 @@ private:
 
     // Sources may create jobs on several threads: every output sees them in one order.
     std::mutex deliveryMutex_;
-    bool acceptsJobs_ = false;  // under deliveryMutex_, like the number
+    bool acceptsJobs_ = false;  // under deliveryMutex_, like the numbers
+    std::uint64_t run_ = 0;
     std::uint64_t lastUpdateBefore_ = 0;
     bool onlyUpdatesOfTheRun_ = false;
     SpaceGate space_;

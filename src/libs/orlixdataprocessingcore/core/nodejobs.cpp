@@ -1,5 +1,6 @@
 // The jobs of a node: those that a driver gives it, and those that a source makes.
 #include <algorithm>
+#include <utility>
 
 #include "gcbase/gcexception.h"
 #include "orlixdataprocessingcore/core/errorvalue.h"
@@ -85,6 +86,34 @@ private:
     const bool reserved_;
     const bool taken_;
 };
+
+// Notes that the calling thread is inside a job of a source: whoever stops that node may be waiting
+// for the thread. A slot of the job may send the next, on this node or another.
+class NodeBase::Impl::SourceJobScope {
+public:
+    explicit SourceJobScope(const Impl& node)
+        : node_(node), outer_(std::exchange(innermost_, this)) {}
+    ~SourceJobScope() { innermost_ = outer_; }
+    SourceJobScope(const SourceJobScope&) = delete;
+    SourceJobScope& operator=(const SourceJobScope&) = delete;
+
+    [[nodiscard]] static bool contains(const Impl& node) noexcept {
+        const SourceJobScope* scope = innermost_;
+        while (scope != nullptr && &scope->node_ != &node) {
+            scope = scope->outer_;
+        }
+        return scope != nullptr;
+    }
+
+private:
+    static thread_local const SourceJobScope* innermost_;
+
+    const Impl& node_;
+    const SourceJobScope* const outer_;
+};
+
+thread_local const NodeBase::Impl::SourceJobScope* NodeBase::Impl::SourceJobScope::innermost_ =
+    nullptr;
 
 bool NodeBase::Impl::beginExecution() {
     if (executing_.exchange(true)) {
@@ -284,17 +313,24 @@ void NodeBase::Impl::createJob(SourceJob&& job) {
     }
 }
 
-bool NodeBase::Impl::isAccepted(const IGraphUpdate& update) {
+// The run that takes a job of the update now; none if no run does.
+std::optional<std::uint64_t> NodeBase::Impl::findRun(const IGraphUpdate& update) {
     std::lock_guard guard(deliveryMutex_);
-    return acceptsJobsOf(update);
+    return acceptsJobsOf(update) ? std::optional(run_) : std::nullopt;
+}
+
+bool NodeBase::Impl::isInSourceJob() const {
+    return SourceJobScope::contains(*this);
 }
 
 void NodeBase::Impl::runSourceJob(SourceJob&& job, Admission admission) {
+    std::optional<std::uint64_t> run;
     if (admission == Admission::Granted) {
         space_.notify();  // one job fewer waits
-    } else if (!isAccepted(*job.update)) {
+    } else if (run = findRun(*job.update); !run) {
         return;
     }
+    const SourceJobScope scope(*this);
     executionStarted.emit(job.update);
     const bool isAborted = takeAborted(*job.update);
     JobResults results;
@@ -308,9 +344,9 @@ void NodeBase::Impl::runSourceJob(SourceJob&& job, Admission admission) {
         if (!isAborted) {
             announce(result.key(), result.mapped());
         }
-        // Asked again: a slot may have stopped the node.
+        // Asked again: a slot may have stopped the node, and another run may have begun since.
         std::lock_guard guard(deliveryMutex_);
-        if (admission == Admission::Granted || acceptsJobsOf(*result.key())) {
+        if (admission == Admission::Granted || (acceptsJobs_ && run == run_)) {
             deliver(*routes, std::move(result.key()), result.mapped());
         }
     });

@@ -1,5 +1,6 @@
 #include "orlixvcellpackagebase/imageloading.h"
 
+#include <system_error>
 #include <utility>
 
 #include "gcbase/gcexception.h"
@@ -76,6 +77,7 @@ ImageLoading::ImageLoading(const std::shared_ptr<Core::IResourcePool>& pool,
 
 ImageLoading::~ImageLoading() {
     cleanup();
+    collectWorker();
 }
 
 bool ImageLoading::isForwardingUpdates() const {
@@ -112,6 +114,7 @@ bool ImageLoading::isSingleFrameStart(const Core::NodeArgumentCollection& argume
 
 void ImageLoading::onStarting(const Core::NodeArgumentCollection& arguments) {
     const bool singleFrame = isSingleFrameStart(arguments);
+    collectWorker();
     NodeLock lock(*impl_->lock);
     impl_->stopRequested = false;
     impl_->bufferProvider = getBufferProvider();
@@ -143,8 +146,24 @@ void ImageLoading::onStopping() {
     setParametersWritable(true);
     lock.unlock();
     // The worker takes the lock on every turn.
+    joinWorker();
+}
+
+// A worker can't wait for its own end. Said before it tries, since a tool that watches threads
+// takes one that has tried for joined.
+void ImageLoading::joinWorker() {
+    if (impl_->thread.get_id() == std::this_thread::get_id()) {
+        throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
+    }
     impl_->thread.join();
-    impl_->thread = std::thread();
+}
+
+// A run that the worker itself has stopped leaves it behind. The request to stop still holds, so
+// that it ends with its turn, for which it may need the lock.
+void ImageLoading::collectWorker() {
+    if (impl_->thread.joinable()) {
+        joinWorker();
+    }
 }
 
 }  // namespace Plugin::OrlixVCellPackageBase
