@@ -24,7 +24,7 @@ TEST(Package, GivesItsCatalog) {
     const auto package = Package::load(testPackage("testnodes"));
     EXPECT_EQ(package->version(), "1.0.0");
     EXPECT_EQ(package->vendor(), "Test");
-    ASSERT_EQ(package->modules().size(), 3U);
+    ASSERT_EQ(package->modules().size(), 4U);
     EXPECT_EQ(package->modules()[0].name, "ValueSource");
     EXPECT_EQ(package->modules()[0].displayName, "Values");
     EXPECT_EQ(package->modules()[0].supportedUuids,
@@ -98,7 +98,7 @@ TEST(Package, ModuleThatNeedsALaterHostIsRefused) {
     const auto package = Package::load(testPackage("testnodes"));
     EXPECT_EQ(
         messageOf([&] {
-            static_cast<void>(package->createNode(package->modules()[2], createResourcePool()));
+            static_cast<void>(package->createNode(package->modules()[3], createResourcePool()));
         }),
         "type \"Future\": needs a host of version 9.0.0 or later");
 }
@@ -126,13 +126,14 @@ TEST_F(PackageListTest, FindsByAnIdentityThatTheModuleSupports) {
 
 TEST_F(PackageListTest, UnknownTypeIsNamedWithWhatThereIs) {
     EXPECT_EQ(messageOf([&] { static_cast<void>(list_.find("Blur", "")); }),
-              "there is no node type \"Blur\"; the packages have ValueSource, StuckSource, Future");
+              "there is no node type \"Blur\"; the packages have ValueSource, StuckSource, Beside, "
+              "Future");
     EXPECT_EQ(
         messageOf([&] {
             static_cast<void>(list_.find("ValueSource", "ffffffff-0000-0000-0000-00000000000a"));
         }),
         "there is no node type uuid \"ffffffff-0000-0000-0000-00000000000a\"; the packages have "
-        "ValueSource, StuckSource, Future");
+        "ValueSource, StuckSource, Beside, Future");
 }
 
 }  // namespace
