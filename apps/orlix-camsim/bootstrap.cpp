@@ -48,8 +48,8 @@ constexpr std::array table = {
     Row{Reg::messageCapability, 4, Access::Read, bit(0)},
     Row{Reg::gvcpCapability, 4, Access::Read, capabilities},
     Row{Reg::heartbeat, 4, Access::Write, 3000},
-    Row{Reg::tickFrequencyHigh, 4, Access::Read, ticksPerSecond >> 32},
-    Row{Reg::tickFrequencyLow, 4, Access::Read, ticksPerSecond & 0xFFFFFFFF},
+    Row{Reg::tickFrequencyHigh, 4, Access::Read, 0},
+    Row{Reg::tickFrequencyLow, 4, Access::Read, 0},
     Row{Reg::timestampControl, 4, Access::WriteOnly, 0},
     Row{Reg::timestampHigh, 4, Access::Read, 0},
     Row{Reg::timestampLow, 4, Access::Read, 0},
@@ -110,6 +110,8 @@ Bootstrap::Bootstrap(const DeviceIdentity& identity) : memory_(Reg::end) {
     SetText(Reg::serial, 16, identity.serial);
     SetText(Reg::userName, 16, identity.userName);
     SetValue(Reg::linkSpeed, identity.linkMegabits);
+    SetValue(Reg::tickFrequencyHigh, static_cast<std::uint32_t>(identity.tickFrequency >> 32));
+    SetValue(Reg::tickFrequencyLow, static_cast<std::uint32_t>(identity.tickFrequency));
     SetValue(Reg::persistentAddress, identity.address);
     SetValue(Reg::persistentMask, identity.subnetMask);
 }
@@ -118,9 +120,11 @@ void Bootstrap::PowerUp() {
     for (const Row& row : table) {
         const bool isPersistent =
             row.address >= Reg::persistentAddress && row.address <= Reg::persistentGateway;
-        const bool isLink = row.address == Reg::linkSpeed;
+        const bool isOfDevice = row.address == Reg::linkSpeed ||
+                                row.address == Reg::tickFrequencyHigh ||
+                                row.address == Reg::tickFrequencyLow;
         const bool isSource = row.address == Reg::streamSource || row.address == Reg::messageSource;
-        if (row.size == sizeof row.initial && !isPersistent && !isLink && !isSource) {
+        if (row.size == sizeof row.initial && !isPersistent && !isOfDevice && !isSource) {
             SetValue(row.address, row.initial);
         }
     }

@@ -89,7 +89,20 @@ inline constexpr std::uint32_t mayBeSwitchedOver = 0x00000004;  // of control
 inline constexpr std::uint32_t smallestPacket = 220;
 inline constexpr std::uint32_t largestPacket = 65532;
 inline constexpr std::uint32_t shortestHeartbeat = 500;
-inline constexpr std::uint64_t ticksPerSecond = 1'000'000'000;
+inline constexpr std::uint64_t nanosecondsPerSecond = 1'000'000'000;
+inline constexpr std::uint64_t fastestClock = 10 * nanosecondsPerSecond;  // ticks a second
+
+// Of a clock of so many ticks a second.
+[[nodiscard]] constexpr std::uint64_t TicksOf(std::uint64_t nanoseconds,
+                                              std::uint64_t frequency) noexcept {
+    return nanoseconds / nanosecondsPerSecond * frequency +
+           nanoseconds % nanosecondsPerSecond * frequency / nanosecondsPerSecond;
+}
+[[nodiscard]] constexpr std::uint64_t NanosecondsOf(std::uint64_t ticks,
+                                                    std::uint64_t frequency) noexcept {
+    return ticks / frequency * nanosecondsPerSecond +
+           ticks % frequency * nanosecondsPerSecond / frequency;
+}
 
 // All that the registers tell about the device.
 struct DeviceIdentity {
@@ -102,6 +115,7 @@ struct DeviceIdentity {
     std::uint32_t address = 0x7F000001;
     std::uint32_t subnetMask = 0xFF000000;
     std::uint32_t linkMegabits = 1000;
+    std::uint64_t tickFrequency = nanosecondsPerSecond;
 };
 
 class Bootstrap {

@@ -283,7 +283,11 @@ void Device::controlTimestamp(std::uint32_t value) {
         clockStart_ = Clock::now();
     }
     if ((value & Bit::latchTimestamp) != 0) {
-        const auto ticks = static_cast<std::uint64_t>((Clock::now() - clockStart_).count());
+        const std::uint64_t frequency = std::uint64_t{bootstrap_.Value(Reg::tickFrequencyHigh)}
+                                            << 32 |
+                                        bootstrap_.Value(Reg::tickFrequencyLow);
+        const std::uint64_t ticks =
+            TicksOf(static_cast<std::uint64_t>((Clock::now() - clockStart_).count()), frequency);
         bootstrap_.SetValue(Reg::timestampHigh, static_cast<std::uint32_t>(ticks >> 32));
         bootstrap_.SetValue(Reg::timestampLow, static_cast<std::uint32_t>(ticks));
     }

@@ -56,6 +56,9 @@ void addIdentity(CLI::App& app, CommandLine& line) {
     app.add_option("--serial", identity.serial, "Serial number, up to 15 bytes")
         ->capture_default_str();
     app.add_option("--user-name", identity.userName, "User-defined name");
+    app.add_option("--tick-frequency", identity.tickFrequency, "Ticks a second of the clock")
+        ->check(CLI::Range(std::uint64_t{1}, fastestClock))
+        ->capture_default_str();
     app.add_flag("--zip", line.zip, "Serve the description as a zip file");
 }
 
@@ -97,6 +100,9 @@ void addChannels(CLI::App& app, CommandLine& line) {
     app.add_flag_callback(
         "--chunks-only", [&stream] { stream.chunkPayload = ChunkPayload::Alone; },
         "Frames with chunks have no picture");
+    app.add_option("--payload-type", stream.payloadType,
+                   "What frames are said to be, instead of what they are; 5 is a picture with "
+                   "chunks as cameras of GigE Vision 1.x send it");
     app.add_option("--events", messages.form, "Events with their values, or only their ids")
         ->transform(CLI::CheckedTransformer(std::map<std::string, EventForm>{
             {"data", EventForm::Data}, {"plain", EventForm::Plain}}))
@@ -136,6 +142,8 @@ void complete(CommandLine& line) {
     constexpr std::uint32_t fastest = 100'000;
     const std::uint32_t speed = line.options.stream.linkMegabits;
     identity.linkMegabits = speed == 0 ? fastest : speed;
+    line.options.stream.tickFrequency = identity.tickFrequency;
+    line.options.messages.tickFrequency = identity.tickFrequency;
     line.options.file = line.zip ? FileForm::Zipped : FileForm::Plain;
     line.options.faultScript = scriptOf(line.faults);
     line.options.wire.rules = ParseWireScript(scriptOf(line.wire));

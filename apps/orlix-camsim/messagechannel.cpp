@@ -134,8 +134,8 @@ std::vector<std::uint8_t> MessageChannel::encode(const std::vector<Emulated::Eve
     return message;
 }
 
-void MessageChannel::append(std::vector<std::uint8_t>& message,
-                            const Emulated::Event& event) const {
+void MessageChannel::append(std::vector<std::uint8_t>& message, Emulated::Event event) const {
+    event.timestamp = TicksOf(event.timestamp, options_.tickFrequency);
     const bool isLong = options_.ids == EventIds::Long;
     const Emulated::EventBytes data = Emulated::EncodeEvent(event);
     const std::size_t dataSize = options_.form == EventForm::Data ? data.size : 0;

@@ -26,6 +26,7 @@ struct MessageOptions {
     EventIds ids = EventIds::Short;
     // Records in one datagram at most. Those with data need the long form, which tells their size.
     std::size_t mostRecords = 1;
+    std::uint64_t tickFrequency = nanosecondsPerSecond;
 };
 
 // Any thread may call.
@@ -58,7 +59,7 @@ private:
     void sendOnce(const std::vector<std::uint8_t>& message, const Endpoint& destination);
     [[nodiscard]] std::vector<std::uint8_t> encode(const std::vector<Emulated::Event>& events,
                                                    std::uint16_t id, bool wantsAck) const;
-    void append(std::vector<std::uint8_t>& message, const Emulated::Event& event) const;
+    void append(std::vector<std::uint8_t>& message, Emulated::Event event) const;
     [[nodiscard]] bool waitForAck(std::uint16_t id, const Opening& opening);
     void waitForAnswer(std::chrono::steady_clock::time_point end) const;
     [[nodiscard]] bool isEnded(const Opening& opening) const;

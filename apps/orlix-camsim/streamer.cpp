@@ -136,7 +136,9 @@ void Streamer::fill(Block& block, const FrameOrder& order) {
     if (pictureSize > 0) {
         picture_.Write(block.data.data(), order.frameNumber);
     }
-    Emulated::WriteChunks(order.chunks, order.values, picture_.GetSceneName(), block.data.data(),
+    Emulated::ChunkValues values = order.values;
+    values.timestamp = TicksOf(values.timestamp, options_.tickFrequency);
+    Emulated::WriteChunks(order.chunks, values, picture_.GetSceneName(), block.data.data(),
                           pictureSize);
     if (!hasPicture(order)) {
         // Nor is there a chunk of no picture.
@@ -149,10 +151,11 @@ void Streamer::fill(Block& block, const FrameOrder& order) {
 
 void Streamer::describe(Block& block, const FrameOrder& order) const {
     const std::uint16_t withChunks = hasPicture(order) ? payloadImageWithChunks : payloadChunks;
-    const std::uint16_t kind = order.chunks.active ? withChunks : payloadImage;
+    const std::uint16_t own = order.chunks.active ? withChunks : payloadImage;
+    const std::uint16_t kind = options_.payloadType.value_or(own);
     block.leader.fill(0);
     Put(&block.leader[2], kind);
-    Put(&block.leader[4], order.timestamp);
+    Put(&block.leader[4], TicksOf(order.timestamp, options_.tickFrequency));
     block.leaderSize = hasPicture(order) ? block.leader.size() : 12;
     block.trailer.fill(0);
     Put(&block.trailer[2], kind);
@@ -238,6 +241,7 @@ void Streamer::dropMiddle(const Block& block, std::uint64_t count) {
 void Streamer::transmit(Block& block, const StreamSettings& settings) {
     constexpr std::chrono::microseconds burst{100};
     constexpr std::chrono::milliseconds mostBehind{1};
+    const nanoseconds delay(NanosecondsOf(settings.packetDelay, options_.tickFrequency));
     Clock::time_point now = Clock::now();
     nextPacket_ = std::max(nextPacket_, now - mostBehind);
     std::size_t first = 0;
@@ -253,7 +257,7 @@ void Streamer::transmit(Block& block, const StreamSettings& settings) {
             now = Clock::now();
             nextPacket_ = std::max(nextPacket_, now - mostBehind);
         }
-        nextPacket_ += timeOf(block, step.packet) + nanoseconds(settings.packetDelay);
+        nextPacket_ += timeOf(block, step.packet) + delay;
     }
     sendSteps(block, first, steps_.size());
     block.turnEnd = block.PacketCount();

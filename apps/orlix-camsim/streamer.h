@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -30,6 +31,8 @@ struct StreamOptions {
     std::uint32_t linkMegabits = 1000;  // a second; 0 for a link without a limit
     Segmenting segmenting = Segmenting::Off;
     ChunkPayload chunkPayload = ChunkPayload::WithPicture;
+    std::optional<std::uint16_t> payloadType;  // told instead of that of the frame
+    std::uint64_t tickFrequency = nanosecondsPerSecond;
 };
 
 class Streamer final : public IResender {
