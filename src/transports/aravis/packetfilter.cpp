@@ -72,14 +72,18 @@ FrameShape::FrameShape(std::uint64_t payloadSize, std::uint64_t packetSize, std:
 }
 
 std::vector<sock_filter> MakePacketFilter(const StreamShape& shape, Buffers buffers) {
-    Program program = {load(BPF_H, 0), ifEqual(Gvsp::seen), end(toAravis),
-                       load(BPF_B, Gvsp::formatPlace), mask(Gvsp::formatMask)};
+    Program program = {load(BPF_H, 0), ifEqual(Gvsp::seen), end(toAravis)};
+    // Answers to what Aravis has asked for again, whatever packet that was.
+    for (const std::uint16_t status : Gvsp::unavailable) {
+        program.insert(program.end(), {ifEqual(status), end(toAravis)});
+    }
+    program.insert(program.end(), {load(BPF_B, Gvsp::formatPlace), mask(Gvsp::formatMask)});
     if (buffers == Buffers::None) {
         program.insert(program.end(), {ifEqual(Gvsp::leader), end(toWitness),
                                        ifEqual(Gvsp::trailer), end(toWitness)});
     }
     program.insert(program.end(), {ifEqual(Gvsp::leader), end(toAravis)});
-    // Of packets with an error a trailer alone is news; the others are answers to Aravis.
+    // Of other packets with an error a trailer alone is news.
     Program trailer = {load(BPF_H, 0), mask(Gvsp::errorBit), ifEqual(Gvsp::errorBit),
                        end(toWitness)};
     onlyIf(program, BPF_JEQ, Gvsp::trailer, trailer);

@@ -3,6 +3,7 @@
 
 #include <linux/filter.h>
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -19,6 +20,8 @@ inline constexpr std::uint8_t leader = 1;
 inline constexpr std::uint8_t trailer = 2;
 inline constexpr std::uint8_t payload = 3;
 inline constexpr std::uint16_t errorBit = 0x8000;
+// What says that a packet can't be sent again: at all, yet, with those before, any more.
+inline constexpr std::array<std::uint16_t, 4> unavailable = {0x800C, 0x8010, 0x8011, 0x8012};
 // The status of a packet that was looked at already; no device sends it.
 inline constexpr std::uint16_t seen = 0x0001;
 }  // namespace Gvsp

@@ -86,7 +86,7 @@ private:
 };
 
 constexpr std::uint16_t dataOverrun = 0x8015;
-constexpr std::uint16_t unavailable = 0x800C;
+constexpr std::array<std::uint16_t, 4> noMore = {0x800C, 0x8010, 0x8011, 0x8012};
 
 TEST_F(PacketFilter, SoundFramesPassTheWitnessBy) {
     Attach(Buffers::Queued);
@@ -112,9 +112,17 @@ TEST_F(PacketFilter, BadTrailersAndWhatHasNoRoomGoToTheWitness) {
 }
 
 TEST_F(PacketFilter, AnswersOfNothingToSendAgainStayWithAravis) {
-    Attach(Buffers::Queued);
-    EXPECT_EQ(WhoGets({unavailable, Gvsp::payload, 2, 0}, Ids::Short), 0);
-    EXPECT_EQ(WhoGets({unavailable, Gvsp::payload, 9, 0}, Ids::Long), 0);
+    for (const Buffers buffers : {Buffers::Queued, Buffers::None}) {
+        Attach(buffers);
+        for (const std::uint16_t status : noMore) {
+            for (const Ids ids : {Ids::Short, Ids::Long}) {
+                EXPECT_EQ(WhoGets({status, Gvsp::leader, 0, 0}, ids), 0);
+                EXPECT_EQ(WhoGets({status, Gvsp::payload, 2, 0}, ids), 0);
+                EXPECT_EQ(WhoGets({status, Gvsp::payload, 9, 0}, ids), 0);
+                EXPECT_EQ(WhoGets({status, Gvsp::trailer, 4, 0}, ids), 0);
+            }
+        }
+    }
 }
 
 TEST_F(PacketFilter, WithoutABufferTheWitnessHearsOfEveryFrame) {
