@@ -8,6 +8,7 @@
 #include "orlixdataprocessingcore/core/testnodes.h"
 #include "orlixdataprocessingcore/threading/uniquelock.h"
 #include "orlixdataprocessingcore/utils/log.h"
+#include "support/sleeper.h"
 
 namespace Orlix::DataProcessing::Core {
 namespace {
@@ -44,7 +45,13 @@ protected:
         attach();
         source->start({});
         sink->setFull(true);
-        return std::async(std::launch::async, [&] { return source->waitUntilSpaceAvailable(); });
+        const auto sleeper = std::make_shared<Orlix::Test::Sleeper>();
+        auto answer = std::async(std::launch::async, [this, sleeper] {
+            sleeper->GoIn();
+            return source->waitUntilSpaceAvailable();
+        });
+        sleeper->WaitUntilAsleep();
+        return answer;
     }
 
     // The same by a thread that holds the node's lock all the time and sends if it gets space.
@@ -52,17 +59,17 @@ protected:
         attach();
         source->start({});
         sink->setFull(true);
-        auto isHeld = std::make_shared<std::latch>(1);
-        auto answer = std::async(std::launch::async, [this, isHeld] {
+        const auto sleeper = std::make_shared<Orlix::Test::Sleeper>();
+        auto answer = std::async(std::launch::async, [this, sleeper] {
             const NodeLock lock(*source->getLock());
-            isHeld->count_down();
+            sleeper->GoIn();
             const bool hasSpace = source->waitUntilSpaceAvailable();
             if (hasSpace) {
                 source->send(1);
             }
             return hasSpace;
         });
-        isHeld->wait();
+        sleeper->WaitUntilAsleep();
         return answer;
     }
 
@@ -97,18 +104,19 @@ TEST_F(AdvancedNodeTest, RefusesSpaceAtOnceInEveryOtherState) {
 TEST_F(AdvancedNodeTest, AStopReleasesWhoWaitsForSpaceBeforeItWaitsForTheEndOfTheStart) {
     attach();
     sink->setFull(true);
-    std::latch isRunning(1);
+    Orlix::Test::Sleeper sleeper;
     const Utils::ScopedConnection connection(source->getStateChangedSignal()->connect([&] {
         if (source->getState() == NodeState::Running) {
-            auto refused =
-                std::async(std::launch::async, [&] { return !source->waitUntilSpaceAvailable(); });
-            isRunning.count_down();
+            auto refused = std::async(std::launch::async, [&] {
+                sleeper.GoIn();
+                return !source->waitUntilSpaceAvailable();
+            });
             EXPECT_TRUE(refused.get());
         }
     }),
                                              true);
     std::thread starter([&] { source->start({}); });
-    isRunning.wait();
+    sleeper.WaitUntilAsleep();
     source->stop();
     starter.join();
     EXPECT_EQ(source->getState(), NodeState::Stopped);
