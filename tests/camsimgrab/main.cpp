@@ -23,10 +23,19 @@ bool hasFrameNumber(ArvBuffer* buffer) {
            arv_buffer_get_chunk_data(buffer, frameIdChunk, &size) != nullptr && size == 8;
 }
 
+// On a machine that builds and tests other things meanwhile, either side may be kept waiting for
+// long: what of a frame is late is waited for, and what comes meanwhile has room.
+void bePatient(ArvStream* stream) {
+    constexpr guint retention = 2'000'000;  // microseconds
+    constexpr gint room = 4 << 20;
+    g_object_set(stream, "frame-retention", retention, "socket-buffer",
+                 ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size", room, nullptr);
+}
+
 Counts grab(ArvCamera* camera, ArvStream* stream, int frames) {
     Counts counts;
     const guint payload = arv_camera_get_payload(camera, nullptr);
-    for (int index = 0; index < 8; ++index) {
+    for (int index = 0; index < frames; ++index) {
         arv_stream_push_buffer(stream, arv_buffer_new(payload, nullptr));
     }
     arv_camera_start_acquisition(camera, nullptr);
@@ -68,6 +77,7 @@ int main(int argc, char** argv) {
         arv_device_set_boolean_feature_value(device, "ChunkEnable", TRUE, nullptr);
     }
     ArvStream* const stream = arv_camera_create_stream(camera, nullptr, nullptr, nullptr);
+    bePatient(stream);
     const Counts counts = grab(camera, stream, std::atoi(argv[1]));
     std::printf("%d %d %d\n", counts.completed, counts.failed, counts.withChunk);
     g_object_unref(stream);

@@ -10,6 +10,7 @@
 #include "aravis/gvcpclient.h"
 #include "aravis/support/network.h"
 #include "aravis/support/process.h"
+#include "gcbase/gcexception.h"
 #include "orlixcamera/cameradevice.h"
 #include "orlixcamera/cameralayer.h"
 #include "orlixcamera/installedlayers.h"
@@ -39,12 +40,22 @@ protected:
         return nullptr;
     }
 
-    // The camera of that serial number, looked for anew.
+    // The camera of that serial number, looked for anew; more than once, since a busy computer may
+    // keep its answer from coming in time.
     [[nodiscard]] static std::shared_ptr<ICameraDevice> FindDevice(
         const std::string& serialNumber) {
         CDeviceInfo wanted;
         wanted.SetPropertyValue(Key::SerialNumber, gcstring(serialNumber));
         const auto layer = CreateLayer("GigE");
+        constexpr int looks = 3;
+        for (int look = 1; look < looks; ++look) {
+            try {
+                static_cast<void>(layer->EnumerateDevices());
+                return layer->CreateDevice(wanted);
+            } catch (const GenICam::InvalidArgumentException&) {
+                // It wasn't found.
+            }
+        }
         static_cast<void>(layer->EnumerateDevices());
         return layer->CreateDevice(wanted);
     }
