@@ -137,7 +137,10 @@ public:
     RunReport run(const RunObserver& observer) {
         struct Closed {
             Impl& self;
-            ~Closed() { self.closeTaps(); }
+            ~Closed() {
+                self.closeTaps();
+                self.detachTaps();
+            }
         };
         const Closed closed{*this};
         RunReport report;
@@ -301,7 +304,6 @@ private:
             thrown = state_->failure().empty() ? std::current_exception() : nullptr;
         }
         recovery_.reset();
-        losses_.reset();
         seconds = Seconds(RunClock::now() - start_).count();
         return thrown;
     }
@@ -316,6 +318,7 @@ private:
             first = first.empty() ? failure : first;
         };
         step("can not stop", [&] { graph().stop(mode); });
+        losses_.reset();  // a camera that has fallen silent may be missed by the stop only
         step("can not hand on its last values", forEachTap(&OutputTap::releaseAll));
         if (writer_ != nullptr) {
             step("can not be written", [&] { writer_->finish(); });
@@ -337,7 +340,19 @@ private:
         }
     }
 
-    // The graph keeps them, also for a run of another runner.
+    // A graph that could not be stopped keeps them; they are closed.
+    void detachTaps() noexcept {
+        for (const auto& tap : *taps_) {
+            try {
+                graph().detachSink(tap);
+            } catch (...) {
+                Utils::createLogEntry(Utils::Severitiy::Warning, getCatIdRunner(),
+                                      "Host: An output is still read. Message: %s",
+                                      currentMessage().c_str());
+            }
+        }
+    }
+
     void closeTaps() noexcept {
         for (const auto& tap : *taps_) {
             tap->close();

@@ -67,9 +67,13 @@ public:
     // fit, an input that is taken, a cycle.
     void connect(const gcstring& fromNode, const gcstring& fromPin, const gcstring& toNode,
                  const gcstring& toPin);
-    // Reads a pin from outside; the sink is attached while the graph lives.
+    // Reads a pin from outside; the sink is attached while the graph lives, or until it is
+    // detached.
     void attachSink(const gcstring& node, const gcstring& pin,
                     const std::shared_ptr<IOutputSink>& sink);
+    // Takes a sink from all pins that it reads, if there are any. Throws RuntimeException while the
+    // graph runs, as all that changes its connections does.
+    void detachSink(const std::shared_ptr<IOutputSink>& sink);
 
     // Throws RuntimeException for inputs that have to be connected and are not, and for joins whose
     // inputs can never share an update.

@@ -32,5 +32,29 @@ TEST(Graph, CarriesValuesFromASourceThroughAChainInOrder) {
     EXPECT_EQ(graph.statistics().executedJobs, 3000U);
 }
 
+TEST(Graph, ASinkThatIsDetachedGetsNothingMore) {
+    const auto source = std::make_shared<TestSource>();
+    const auto left = std::make_shared<TestSink>();
+    const auto kept = std::make_shared<TestSink>();
+    Graph graph;
+    graph.addNode("S", source);
+    graph.attachSink("S", "Out", left);
+    graph.attachSink("S", "Out", kept);
+    const auto runWith = [&](std::int64_t value) {
+        graph.start({});
+        ASSERT_TRUE(source->waitUntilSpaceAvailable());
+        source->send(value);
+        EXPECT_THROW(graph.detachSink(kept), GenICam::RuntimeException);
+        graph.stop(StopMode::Drain);
+    };
+    runWith(1);
+    graph.detachSink(left);
+    graph.detachSink(left);
+    EXPECT_EQ(left.use_count(), 1);
+    runWith(2);
+    EXPECT_EQ(left->values(), (std::vector<std::int64_t>{1}));
+    EXPECT_EQ(kept->values(), (std::vector<std::int64_t>{1, 2}));
+}
+
 }  // namespace
 }  // namespace Orlix::DataProcessing::Core

@@ -26,6 +26,10 @@ void Graph::attachSink(const gcstring& node, const gcstring& pin,
     impl_->attachSink(node, pin, sink);
 }
 
+void Graph::detachSink(const std::shared_ptr<IOutputSink>& sink) {
+    impl_->detachSink(sink);
+}
+
 void Graph::validate() const {
     impl_->validate();
 }

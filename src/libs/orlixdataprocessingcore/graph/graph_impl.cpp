@@ -198,6 +198,21 @@ void Graph::Impl::attachSink(const gcstring& node, const gcstring& pin,
     readers_.push_back(std::move(reader));
 }
 
+void Graph::Impl::detachSink(const std::shared_ptr<IOutputSink>& sink) {
+    checkStopped("Detaching a sink");
+    for (auto reader = readers_.begin(); reader != readers_.end();) {
+        if (reader->sink->waker()->sink() != sink) {
+            ++reader;
+            continue;
+        }
+        if (reader->node->node().isOutputSinkAttached(reader->output)) {
+            reader->node->node().detachOutputSink(reader->output);
+        }
+        reader->node->disconnectOutput(reader->sink);
+        reader = readers_.erase(reader);
+    }
+}
+
 // One for all pins that the sink reads, since a sink tells only one listener of space.
 std::shared_ptr<SinkWaker> Graph::Impl::wakerOf(const std::shared_ptr<IOutputSink>& sink) const {
     for (const Reader& reader : readers_) {

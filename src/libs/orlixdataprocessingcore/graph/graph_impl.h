@@ -28,6 +28,7 @@ public:
     void connect(const ConnectionEnds& ends);
     void attachSink(const gcstring& node, const gcstring& pin,
                     const std::shared_ptr<IOutputSink>& sink);
+    void detachSink(const std::shared_ptr<IOutputSink>& sink);
     void validate() const;
 
     // Running

@@ -137,6 +137,10 @@ bool GraphNode::takeJob(std::shared_ptr<IGraphUpdate>& update, PinValues& values
     return false;
 }
 
+void GraphNode::disconnectOutput(const std::shared_ptr<IOutputSink>& sink) {
+    std::erase_if(outputs_, [&](const auto& output) { return output.lock() == sink; });
+}
+
 void GraphNode::dropSet() {
     std::shared_ptr<IGraphUpdate> update;
     if (join.drop(update) == Taken::Skipped) {

@@ -30,6 +30,7 @@ public:
     [[nodiscard]] bool isSource() const noexcept { return isSource_; }
     void connectInput(Connection& connection);
     void connectOutput(const std::shared_ptr<IOutputSink>& sink) { outputs_.push_back(sink); }
+    void disconnectOutput(const std::shared_ptr<IOutputSink>& sink);
     // Since the node was made.
     [[nodiscard]] std::uint64_t failedJobs() const;
 
