@@ -136,8 +136,9 @@ private:
                std::memcmp(image.GetBuffer(), expected.bytes.data(), expected.bytes.size()) == 0;
     }
 
-    // The kernel as three threads would call it, into a buffer that ends at a page that can't be
-    // touched. Pictures as small as these have no strips of their own.
+    // The kernel called for two lines after the other, as if each pair were a strip, into a buffer
+    // that ends at a page that can't be touched. Pictures as small as these have no strips of their
+    // own; severalstrips_test.cpp has those that do, on threads.
     bool ConvertsInStrips(const Picture& source, const std::uint8_t* bytes, const Target& target,
                           const Picture& expected) {
         std::uint8_t* const output = output_.Data() + BufferSize - expected.bytes.size();
