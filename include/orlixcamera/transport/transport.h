@@ -134,7 +134,7 @@ public:
     virtual void ReadLayer(std::int64_t address, void* buffer, std::size_t length) = 0;
     virtual void WriteLayer(std::int64_t address, const void* buffer, std::size_t length) = 0;
 
-    // Asks an open device for a sign of life, for two seconds at most: false if there is none,
+    // Asks an open device for a sign of life, for three seconds at most: false if there is none,
     // and the device is lost then. Where a lost device makes every access fail at once, as a back
     // end without a network does, there is nothing to ask.
     [[nodiscard]] virtual bool CheckAlive() { return true; }

@@ -1,12 +1,15 @@
 #include "aravis/connection.h"
 
+#include <array>
 #include <system_error>
 #include <thread>
 #include <utility>
 
 #include "aravis/accesstask.h"
+#include "aravis/bigendian.h"
 #include "aravis/bootstrap.h"
 #include "aravis/descriptions.h"
+#include "aravis/messages.h"
 #include "aravis/systemlock.h"
 #include "gcbase/gcexception.h"
 
@@ -41,10 +44,9 @@ ObjectPtr<ArvDevice> openDirectly(std::uint32_t local, std::uint32_t remote, Err
 // Who has control may have told its address; many cameras don't tell it to others.
 [[noreturn]] void throwInUse(const Found& camera, GvcpClient& client) {
     const std::uint32_t holder = AskForHolder(client).address;
-    const std::string text =
-        "Device '" + camera.label + "' is in use by " +
-        (holder != 0 ? "a program at " + FormatAddress(holder) : std::string("another program")) +
-        " (" + FormatAddress(camera.address) + ").";
+    const std::string text = "Device '" + camera.label + "' is in use by another program" +
+                             (holder != 0 ? " at " + FormatAddress(holder) : std::string()) + " (" +
+                             FormatAddress(camera.address) + ").";
     throw AccessException(text.c_str(), __FILE__, __LINE__);
 }
 
@@ -88,7 +90,11 @@ std::uint32_t Connection::requireFree() const {
     const auto answer = client.ReadRegister(Bootstrap::controlPrivilege, privilege,
                                             {4, std::chrono::milliseconds(100)});
     if (answer == GvcpClient::Answer::None) {
-        throwUnreachable("");
+        throwUnreachable(" at " + FormatAddress(camera_.address) + ": it doesn't answer");
+    }
+    if (answer == GvcpClient::Answer::NotAsked) {
+        throwUnreachable(" at " + FormatAddress(camera_.address) +
+                         ": the system has no socket to ask it with");
     }
     if ((privilege & Bootstrap::privilegeMask) != 0) {
         throwInUse(camera_, client);
@@ -124,7 +130,13 @@ void Connection::requireControl(ArvDevice* device) {
     if (arv_gv_device_is_controller(ARV_GV_DEVICE(device)) == FALSE) {
         throwInUse(camera_, client);
     }
-    holder_ = AskForHolder(client);
+    // Some tell others nothing as soon as they have a controller.
+    std::uint32_t privilege = 0;
+    answersControllerOnly_ =
+        client.ReadRegister(Bootstrap::controlPrivilege, privilege, {}) == GvcpClient::Answer::None;
+    if (!answersControllerOnly_) {
+        holder_ = AskForHolder(client);
+    }
 }
 
 void Connection::loadDescription(ArvDevice* device) {
@@ -160,7 +172,7 @@ void Connection::startThreads() {
             self->changed_.wait(lock, [&] { return self->lost_ || self->closed_; });
             if (self->lost_) {
                 lock.unlock();
-                self->lostHandler_();
+                self->tellLoss();
             }
         }).detach();
         std::thread([self = shared_from_this()] { self->serve(); }).detach();
@@ -170,6 +182,15 @@ void Connection::startThreads() {
         changed_.notify_all();
         const std::string text = "Device '" + camera_.label + "' can't be opened: " + error.what();
         throw RuntimeException(text.c_str(), __FILE__, __LINE__);
+    }
+}
+
+// The handler tells others, and what they throw must not end the program.
+void Connection::tellLoss() const noexcept {
+    try {
+        lostHandler_();
+    } catch (...) {
+        Tell("The loss of a camera can't be told.");
     }
 }
 
@@ -195,12 +216,37 @@ void Connection::SetLost() noexcept {
 }
 
 ControlSign Connection::LookForControl(GvcpClient& client, const GvcpClient::Patience& patience) {
-    const ControlSign sign = AskForControl(client, holder_, patience);
+    const ControlSign sign =
+        answersControllerOnly_ ? lookAsController() : AskForControl(client, holder_, patience);
     // Who closes gives up control.
     if (sign == ControlSign::Gone && IsUsable()) {
         SetLost();
     }
     return sign;
+}
+
+// Aravis sends a command again after half a second, and waits for three seconds in all. Whoever
+// asks leaves earlier, and takes any answer that the thread got meanwhile for a sign.
+ControlSign Connection::lookAsController() {
+    constexpr std::chrono::milliseconds longest{600};
+    const auto privilege = std::make_shared<std::array<std::uint8_t, 4>>();
+    const auto task = std::make_shared<Task>();
+    task->action = [this, privilege](ArvDevice* device) {
+        transferIn(device, Bootstrap::controlPrivilege, privilege->data(), privilege->size());
+    };
+    Lock lock(mutex_);
+    if (lost_ || closed_) {
+        return ControlSign::NotAsked;
+    }
+    const std::uint64_t before = answers_;
+    tasks_.push_back(task);
+    work_.notify_one();
+    changed_.wait_for(lock, longest, [&] { return task->isDone || lost_; });
+    if (!task->isDone || task->failure) {
+        return answers_ != before ? ControlSign::Refused : ControlSign::None;
+    }
+    const auto value = static_cast<std::uint32_t>(GetNumber(privilege->data(), privilege->size()));
+    return (value & Bootstrap::privilegeMask) == 0 ? ControlSign::Gone : ControlSign::Held;
 }
 
 void Connection::CheckAlive() noexcept {
@@ -209,7 +255,11 @@ void Connection::CheckAlive() noexcept {
     }
     try {
         GvcpClient client(camera_.address);
-        if (LookForControl(client, {4, std::chrono::milliseconds(100)}) == ControlSign::None) {
+        const auto isSilent = [&] {
+            return LookForControl(client, {4, std::chrono::milliseconds(100)}) == ControlSign::None;
+        };
+        // The controller's question alone is sent once or twice only.
+        if (isSilent() && (!answersControllerOnly_ || isSilent())) {
             SetLost();
         }
     } catch (const std::exception&) {

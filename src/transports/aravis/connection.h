@@ -4,6 +4,7 @@
 // for an access to a dead camera, and for taking leave of it, and has them to itself.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -25,9 +26,9 @@ public:
     // Runs on the connection's thread, maybe after the caller has left: it owns what it uses.
     using Action = std::function<void(ArvDevice*)>;
 
-    // Throws AccessException "Device '...' is in use by another program (address).", and
-    // RuntimeException if it can't be reached. `lost` is called once, on a thread of its own, when
-    // the camera is lost.
+    // Throws AccessException "Device '...' is in use by another program (address).", with "at
+    // ADDRESS" of the program where the camera tells it, and RuntimeException if it can't be
+    // reached. `lost` is called once, on a thread of its own, when the camera is lost.
     [[nodiscard]] static std::shared_ptr<Connection> Open(const Found& camera,
                                                           std::function<void()> lost);
     ~Connection() = default;
@@ -58,7 +59,8 @@ public:
     [[nodiscard]] Drop BeginDrop(ObjectPtr<ArvStream> stream) noexcept;
     [[nodiscard]] bool AwaitDrop(const Drop& drop, Until until) const noexcept;
 
-    // One look at a camera on the network; finds it lost where it is out of doubt.
+    // One look at a camera on the network; finds it lost where it is out of doubt. A camera that
+    // answers nobody but its controller is asked on the connection's thread, not by the client.
     [[nodiscard]] ControlSign LookForControl(GvcpClient& client,
                                              const GvcpClient::Patience& patience);
     // Whether the camera may be unable to answer just now: it works on a write, which may be one to
@@ -90,19 +92,21 @@ private:
     void watchControl(ArvDevice* device);
     void loadDescription(ArvDevice* device);
     void startThreads();
+    void tellLoss() const noexcept;
     [[noreturn]] void throwUnreachable(const std::string& why) const;
 
     // Uses. `perform` rethrows what the action has thrown.
     void use(Action action, Purpose purpose);
     void perform(Action action, Purpose purpose);
     [[nodiscard]] bool isControlTaken();
+    [[nodiscard]] ControlSign lookAsController();
     Drop begin(Action drop);
     void transferIn(ArvDevice* device, std::uint64_t address, void* buffer, std::size_t length);
     void transferOut(ArvDevice* device, std::uint64_t address, const void* buffer,
                      std::size_t length);
     [[nodiscard]] bool isNumber(std::uint64_t address, std::size_t length) const noexcept;
     [[noreturn]] void throwFailed(const char* what, std::uint64_t address, std::size_t length,
-                                  const Error& error) const;
+                                  const Error& error);
 
     // On the connection's thread.
     void serve() noexcept;
@@ -117,6 +121,8 @@ private:
     std::shared_ptr<const std::string> description_;
     Holder holder_;
     bool numbersByRegister_ = false;
+    bool answersControllerOnly_ = false;
+    std::atomic<std::uint64_t> answers_{0};  // that the camera gave to accesses
 
     ObjectPtr<ArvDevice> device_;              // of the connection's thread, like the next
     std::chrono::milliseconds signPeriod_{0};  // 0: Aravis' own signs are enough

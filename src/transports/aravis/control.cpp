@@ -16,6 +16,17 @@ bool isAnother(GvcpClient& client, std::uint32_t address, std::uint32_t known,
            value != known;
 }
 
+ControlSign signOf(Answer failed) {
+    switch (failed) {
+        case Answer::None:
+            return ControlSign::None;
+        case Answer::NotAsked:
+            return ControlSign::NotAsked;
+        default:
+            return ControlSign::Refused;
+    }
+}
+
 }  // namespace
 
 Holder AskForHolder(GvcpClient& client) {
@@ -33,7 +44,7 @@ ControlSign AskForControl(GvcpClient& client, const Holder& holder, const Patien
     std::uint32_t privilege = 0;
     const Answer answer = client.ReadRegister(Bootstrap::controlPrivilege, privilege, patience);
     if (answer != Answer::Given) {
-        return answer == Answer::None ? ControlSign::None : ControlSign::Refused;
+        return signOf(answer);
     }
     const bool isGone = (privilege & Bootstrap::privilegeMask) == 0 ||
                         isAnother(client, Bootstrap::primaryPort, holder.port, patience) ||

@@ -20,10 +20,11 @@ struct Holder {
 
 // What one question tells of the control that this program took.
 enum class ControlSign : std::uint8_t {
-    None,     // no answer
-    Refused,  // an answer that tells nothing
-    Held,     // somebody is in control, and nothing says that it is another program
-    Gone,     // nobody is, or another program
+    None,      // no answer
+    NotAsked,  // for want of a socket: nothing is known
+    Refused,   // a sign of life that tells nothing more
+    Held,      // somebody is in control, and nothing says that it is another program
+    Gone,      // nobody is, or another program
 };
 
 // `holder` is who was in control when this program had taken it.

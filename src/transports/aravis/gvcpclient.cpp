@@ -25,7 +25,8 @@ milliseconds until(Clock::time_point deadline) {
 
 }  // namespace
 
-GvcpClient::GvcpClient(std::uint32_t address) : usable_(socket_.Connect(address, gvcpPort)) {}
+GvcpClient::GvcpClient(std::uint32_t address)
+    : address_(address), usable_(socket_.Connect(address, gvcpPort)) {}
 
 GvcpClient::Answer GvcpClient::ReadRegister(std::uint32_t address, std::uint32_t& value,
                                             const Patience& patience) {
@@ -55,9 +56,11 @@ GvcpClient::Answer GvcpClient::ReadMemory(std::uint32_t address, std::span<std::
 
 GvcpClient::Answer GvcpClient::ask(std::uint16_t command, std::span<const std::uint8_t> content,
                                    const Patience& patience) {
+    usable_ = usable_ || socket_.Connect(address_, gvcpPort);
     if (!usable_) {
-        return Answer::None;
+        return socket_.IsOpen() ? Answer::None : Answer::NotAsked;
     }
+    heard_ = false;
     requestId_ =
         requestId_ == 0xFFFF ? std::uint16_t{1} : static_cast<std::uint16_t>(requestId_ + 1);
     std::vector<std::uint8_t> packet(headerSize);
@@ -73,7 +76,7 @@ GvcpClient::Answer GvcpClient::ask(std::uint16_t command, std::span<const std::u
             return *answer;
         }
     }
-    return Answer::None;
+    return heard_ ? Answer::Refused : Answer::None;
 }
 
 std::optional<GvcpClient::Answer> GvcpClient::await(std::uint16_t command, milliseconds timeOut) {
@@ -81,16 +84,22 @@ std::optional<GvcpClient::Answer> GvcpClient::await(std::uint16_t command, milli
     constexpr milliseconds longest{500};
     Clock::time_point deadline = Clock::now() + timeOut;
     const Clock::time_point last = deadline + longest;
+    bool isPending = false;
     for (milliseconds left = timeOut; left.count() > 0; left = until(deadline)) {
         answer_.resize(largestContent + headerSize);
         const std::size_t size = socket_.Receive(answer_, left);
-        const bool isMine = size >= headerSize && GetNumber(answer_.data() + 6, 2) == requestId_;
-        if (!isMine) {
+        if (size < headerSize) {
+            continue;
+        }
+        // The answer to an earlier question is late, and the device there all the same.
+        heard_ = true;
+        if (GetNumber(answer_.data() + 6, 2) != requestId_) {
             continue;
         }
         const std::uint64_t status = GetNumber(answer_.data(), 2);
         const std::uint64_t kind = GetNumber(answer_.data() + 2, 2);
         if (kind == pending && size >= headerSize + 4) {
+            isPending = true;
             deadline = std::min(
                 last, deadline + milliseconds(GetNumber(answer_.data() + headerSize + 2, 2)));
             continue;
@@ -99,7 +108,7 @@ std::optional<GvcpClient::Answer> GvcpClient::await(std::uint16_t command, milli
         answer_.erase(answer_.begin(), answer_.begin() + headerSize);
         return status == 0 && kind == command + 1U ? Answer::Given : Answer::Refused;
     }
-    return std::nullopt;
+    return isPending ? std::optional(Answer::Refused) : std::nullopt;
 }
 
 }  // namespace Orlix::Aravis

@@ -16,9 +16,16 @@ inline constexpr std::uint16_t gvcpPort = 3956;
 
 class GvcpClient {
 public:
-    enum class Answer : std::uint8_t { Given, Refused, None };
+    enum class Answer : std::uint8_t {
+        Given,
+        Refused,   // a sign of life only: a refusal, the answer to an earlier question, or a
+                   // request for more time than it gets
+        None,      // nothing came, or the system has no way to the address
+        NotAsked,  // the system has no socket for the question
+    };
 
-    // How often a command is sent, and how long each waits for its answer.
+    // How often a command is sent, and how long each waits for its answer. A device that asks for
+    // more time gets half a second, once.
     struct Patience {
         unsigned int attempts = 3;
         std::chrono::milliseconds each{100};
@@ -41,8 +48,10 @@ private:
     [[nodiscard]] std::optional<Answer> await(std::uint16_t command,
                                               std::chrono::milliseconds timeOut);
 
+    const std::uint32_t address_;
     UdpSocket socket_;
     bool usable_ = false;  // the system has a way to the address
+    bool heard_ = false;   // something of the device came since the question
     std::uint16_t requestId_ = 0;
     std::vector<std::uint8_t> answer_;
 };

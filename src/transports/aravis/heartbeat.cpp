@@ -1,6 +1,7 @@
 #include "aravis/heartbeat.h"
 
 #include <chrono>
+#include <new>
 #include <utility>
 
 #include "aravis/gvcpclient.h"
@@ -50,8 +51,11 @@ void Heartbeat::watchNetwork() {
     unsigned int unanswered = 0;
     while (pause() && !connection_->IsLost()) {
         const Clock::time_point asked = Clock::now();
-        // A camera that was restarted in between answers, but has no controller any more.
-        if (connection_->LookForControl(client, {2, answerTime}) != ControlSign::None) {
+        const ControlSign sign = ask(client);
+        if (sign == ControlSign::NotAsked) {
+            continue;
+        }
+        if (sign != ControlSign::None) {
             lastSign = asked;
             unanswered = 0;
             continue;
@@ -66,6 +70,16 @@ void Heartbeat::watchNetwork() {
     }
 }
 
+// A camera that was restarted in between answers, but has no controller any more. Without the
+// memory for a question nothing is known.
+ControlSign Heartbeat::ask(GvcpClient& client) const noexcept {
+    try {
+        return connection_->LookForControl(client, {2, answerTime});
+    } catch (...) {
+        return ControlSign::NotAsked;
+    }
+}
+
 // The first word of a USB3 Vision camera's memory is its version of the standard. A camera that was
 // pulled out fails this at once.
 void Heartbeat::watchUsb() {
@@ -74,6 +88,10 @@ void Heartbeat::watchUsb() {
         try {
             static_cast<void>(connection_->ReadRegister(0));
             failures = 0;
+        } catch (const GenICam::AccessException&) {
+            failures = 0;  // it refuses, so it is there
+        } catch (const std::bad_alloc&) {
+            // Nothing is known.
         } catch (const GenICam::GenericException&) {
             constexpr unsigned int enough = 3;
             if (++failures >= enough) {

@@ -25,6 +25,7 @@ private:
     [[nodiscard]] bool pause();
     void watchNetwork();
     void watchUsb();
+    [[nodiscard]] ControlSign ask(GvcpClient& client) const noexcept;
 
     const std::shared_ptr<Connection> connection_;
     std::mutex mutex_;

@@ -110,10 +110,12 @@ void Connection::transferIn(ArvDevice* device, std::uint64_t address, void* buff
         std::uint32_t value = 0;
         if (arv_device_read_register(device, address, &value, error.Out()) != FALSE) {
             PutNumber(static_cast<std::uint8_t*>(buffer), length, value);
+            ++answers_;
             return;
         }
     } else if (arv_device_read_memory(device, address, static_cast<guint32>(length), buffer,
                                       error.Out()) != FALSE) {
+        ++answers_;
         return;
     }
     throwFailed("read", address, length, error);
@@ -126,17 +128,19 @@ void Connection::transferOut(ArvDevice* device, std::uint64_t address, const voi
         const auto value =
             static_cast<std::uint32_t>(GetNumber(static_cast<const std::uint8_t*>(buffer), length));
         if (arv_device_write_register(device, address, value, error.Out()) != FALSE) {
+            ++answers_;
             return;
         }
     } else if (arv_device_write_memory(device, address, static_cast<guint32>(length),
                                        const_cast<void*>(buffer), error.Out()) != FALSE) {
+        ++answers_;
         return;
     }
     throwFailed("written", address, length, error);
 }
 
 void Connection::throwFailed(const char* what, std::uint64_t address, std::size_t length,
-                             const Error& error) const {
+                             const Error& error) {
     if (IsLost()) {
         ThrowGone();
     }
@@ -149,6 +153,7 @@ void Connection::throwFailed(const char* what, std::uint64_t address, std::size_
     if (error.Is(ARV_DEVICE_ERROR_TIMEOUT)) {
         throw TimeoutException(text.c_str(), __FILE__, __LINE__);
     }
+    ++answers_;  // a refusal is one
     if (error.Is(ARV_DEVICE_ERROR_PROTOCOL_ERROR_ACCESS_DENIED) ||
         error.Is(ARV_DEVICE_ERROR_PROTOCOL_ERROR_WRITE_PROTECT) ||
         error.Is(ARV_DEVICE_ERROR_NOT_CONTROLLER)) {

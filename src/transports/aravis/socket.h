@@ -28,6 +28,8 @@ public:
     // Hears of everyone, on a port that is free.
     [[nodiscard]] bool Bind(std::uint32_t address);
 
+    // False while the system has no descriptor for it.
+    [[nodiscard]] bool IsOpen() const noexcept { return descriptor_ >= 0; }
     [[nodiscard]] std::uint32_t GetLocalAddress() const;
     [[nodiscard]] std::uint16_t GetLocalPort() const;
 

@@ -28,13 +28,15 @@ void Connection::use(Action action, Purpose purpose) {
 
 // The last question is the controller's own: to take control that it has is nothing to a camera.
 bool Connection::isControlTaken() {
-    GvcpClient client(camera_.address);
-    const ControlSign sign = LookForControl(client, {2, milliseconds(100)});
-    if (IsLost()) {
-        return true;
-    }
-    if (sign == ControlSign::None || (sign == ControlSign::Held && holder_.IsKnown())) {
-        return false;
+    if (!answersControllerOnly_) {
+        GvcpClient client(camera_.address);
+        const ControlSign sign = LookForControl(client, {2, milliseconds(100)});
+        if (IsLost()) {
+            return true;
+        }
+        if (sign == ControlSign::None || (sign == ControlSign::Held && holder_.IsKnown())) {
+            return false;
+        }
     }
     try {
         perform(

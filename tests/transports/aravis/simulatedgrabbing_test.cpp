@@ -475,7 +475,7 @@ TEST_F(SimulatedGrabbing, ProgramInControlIsNamedWithItsAddress) {
         FAIL() << "a camera was opened twice";
     } catch (const GenICam::AccessException& error) {
         EXPECT_STREQ(error.GetDescription(),
-                     "Device 'EmulatedCamera (S1)' is in use by a program at 127.0.0.1 "
+                     "Device 'EmulatedCamera (S1)' is in use by another program at 127.0.0.1 "
                      "(127.0.0.1).");
     }
 }

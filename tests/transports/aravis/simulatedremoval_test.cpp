@@ -1,8 +1,12 @@
 // A camera that goes while something is under way, and control that goes to others.
+#include <atomic>
+#include <optional>
 #include <thread>
 
 #include "aravis/bigendian.h"
 #include "aravis/bootstrap.h"
+#include "aravis/support/commandproxy.h"
+#include "aravis/support/fewdescriptors.h"
 #include "aravis/support/simulatedcameratest.h"
 #include "aravis/support/watch.h"
 #include "gcbase/gcexception.h"
@@ -200,6 +204,81 @@ TEST_F(SimulatedRemoval, ControlIsKeptWithAShortHeartbeatTimeOutOfTheCamera) {
     EXPECT_FALSE(camera.IsCameraDeviceRemoved());
     camera.Close();
     EXPECT_EQ(EndAndCount()["controlLosses"], 0);
+}
+
+// Some cameras tell other programs, and other sockets of this one, nothing while they have a
+// controller.
+class ControllerOnly : public SimulatedRemoval {
+protected:
+    // Before the camera, whose commands come over another port.
+    void StartBehindProxy() {
+        constexpr std::uint16_t port = 3999;
+        proxy_.emplace(ParseAddress(address), port,
+                       [this](const CommandProxy::Command& command) { return judge(command); });
+        Start({"--port", std::to_string(port)});
+        OpenWatched();
+    }
+    void TearDown() override {
+        SimulatedRemoval::TearDown();
+        proxy_.reset();
+    }
+
+    std::atomic<bool> gone{false};
+
+private:
+    using CommandProxy = Testing::CommandProxy;
+
+    CommandProxy::Way judge(const CommandProxy::Command& command) {
+        constexpr std::uint64_t discovery = 0x02;
+        constexpr std::uint64_t writeRegister = 0x82;
+        const bool isStranger = controller_ != 0 && command.sender != controller_;
+        if (gone || (isStranger && command.kind != discovery)) {
+            return CommandProxy::Way::Drop;
+        }
+        if (command.kind == writeRegister && command.address == Bootstrap::controlPrivilege) {
+            controller_ =
+                (command.value & Bootstrap::privilegeMask) != 0 ? command.sender : std::uint16_t{0};
+        }
+        return CommandProxy::Way::Forward;
+    }
+
+    std::uint16_t controller_ = 0;
+    std::optional<CommandProxy> proxy_;
+};
+
+TEST_F(ControllerOnly, CameraStaysAndEndsWhenItIsAsked) {
+    StartBehindProxy();
+    FreeRun(50);
+    camera.StartGrabbing();
+    Take(100);  // longer than a silent camera has
+    camera.StopGrabbing();
+    EXPECT_TRUE(Device().CheckAlive());
+    EXPECT_FALSE(camera.IsCameraDeviceRemoved());
+    EXPECT_THROW(WriteRegister(Bootstrap::primaryPort, 1), GenICam::AccessException);
+    EXPECT_FALSE(camera.IsCameraDeviceRemoved());
+    camera.Close();
+    EXPECT_NO_THROW(camera.Open());
+}
+
+TEST_F(ControllerOnly, LossIsNoticed) {
+    StartBehindProxy();
+    gone = true;
+    watch.WaitForLoss();
+    ExpectRemovedAtRead(0);
+}
+
+TEST_F(ControllerOnly, CheckFindsASilentCameraLost) {
+    StartBehindProxy();
+    gone = true;
+    EXPECT_FALSE(Device().CheckAlive());
+}
+
+TEST_F(SimulatedRemoval, WantOfDescriptorsIsNoLoss) {
+    Start();
+    OpenWatched();
+    const Testing::FewDescriptors none;
+    EXPECT_TRUE(Device().CheckAlive());
+    EXPECT_FALSE(camera.IsCameraDeviceRemoved());
 }
 
 TEST_F(SimulatedRemoval, DeviceThatIsClosedInMidStreamEndsIt) {
