@@ -36,18 +36,32 @@ constexpr Reason lostEnd = {ARV_BUFFER_STATUS_TIMEOUT, FrameFate::TimedOut,
                             "The end of the frame didn't come in time."};
 constexpr Reason badTrailer = {ARV_BUFFER_STATUS_SUCCESS, FrameFate::BadTrailer,
                                "The device marked the trailer of the frame as invalid."};
+// Complete as far as Aravis knows, and of no use; no fate is nearer.
+constexpr Reason unknownKind = {ARV_BUFFER_STATUS_SUCCESS, FrameFate::BadTrailer,
+                                "The kind of the frame's payload is not supported."};
 constexpr Reason tooLong = {ARV_BUFFER_STATUS_SUCCESS, FrameFate::WrongSize,
                             "The frame has more bytes than its buffer."};
 
+// Those that Aravis takes apart. Of the others it says that they are whole, and no more.
+bool isKnown(ArvBufferPayloadType type) {
+    return type == ARV_BUFFER_PAYLOAD_TYPE_IMAGE || type == ARV_BUFFER_PAYLOAD_TYPE_CHUNK_DATA ||
+           type == ARV_BUFFER_PAYLOAD_TYPE_EXTENDED_CHUNK_DATA ||
+           type == ARV_BUFFER_PAYLOAD_TYPE_MULTIPART;
+}
+
 // A frame with gaps has failed for them, whatever else there is; `evidence` is of one that has all
 // but its end. Aravis says of it that it came too late, or that the next one came.
-const Reason& reasonOf(ArvBufferStatus status, Evidence evidence) {
+const Reason& reasonOf(ArvBuffer& source, Evidence evidence) {
+    const ArvBufferStatus status = arv_buffer_get_status(&source);
     const bool hasGap =
         status == ARV_BUFFER_STATUS_TIMEOUT || status == ARV_BUFFER_STATUS_MISSING_PACKETS;
     if (hasGap && evidence == Evidence::EndOnly) {
         return lostEnd;
     }
     const bool isWhole = status == ARV_BUFFER_STATUS_SUCCESS;
+    if (isWhole && !isKnown(arv_buffer_get_payload_type(&source))) {
+        return unknownKind;
+    }
     if ((hasGap || isWhole) && evidence == Evidence::TooLong) {
         return tooLong;
     }
@@ -61,13 +75,24 @@ const Reason& reasonOf(ArvBufferStatus status, Evidence evidence) {
     return at != reasons.end() ? *at : reasons[aborted];
 }
 
+// Of a whole frame. Aravis tells of the pictures in these kinds of payload only, and calls all else
+// a mistake of its caller.
 bool startsWithImage(ArvBuffer& source) {
-    if (arv_buffer_get_n_parts(&source) == 0) {
+    const ArvBufferPayloadType payload = arv_buffer_get_payload_type(&source);
+    if (!isKnown(payload) || payload == ARV_BUFFER_PAYLOAD_TYPE_CHUNK_DATA ||
+        arv_buffer_get_n_parts(&source) == 0) {
         return false;
     }
     const ArvBufferPartDataType type = arv_buffer_get_part_data_type(&source, 0);
-    return type > ARV_BUFFER_PART_DATA_TYPE_UNKNOWN &&
-           type < ARV_BUFFER_PART_DATA_TYPE_CHUNK_DATA && arv_buffer_get_image_width(&source) > 0;
+    return type >= ARV_BUFFER_PART_DATA_TYPE_2D_IMAGE &&
+           type <= ARV_BUFFER_PART_DATA_TYPE_CONFIDENCE_MAP &&
+           arv_buffer_get_image_width(&source) > 0;
+}
+
+// Of a whole frame. Aravis doesn't count the kind of GigE Vision 1.x.
+bool hasChunksIn(ArvBuffer& source) {
+    return arv_buffer_has_chunks(&source) != FALSE ||
+           arv_buffer_get_payload_type(&source) == ARV_BUFFER_PAYLOAD_TYPE_EXTENDED_CHUNK_DATA;
 }
 
 constexpr std::uint64_t lastShortId = 0xFFFF;
@@ -102,13 +127,24 @@ std::uint64_t FrameReader::numberOf(ArvBuffer& source) {
                                                        : counter_.Count(blockId);
 }
 
+// Aravis has rounded down. Chunks and events come in ticks, too, and are compared with this.
+std::uint64_t FrameReader::ticksOf(std::uint64_t nanoseconds) const noexcept {
+    constexpr std::uint64_t second = 1'000'000'000;
+    constexpr std::uint64_t fastest = 10 * second;  // a product below has room for it
+    if (tickFrequency_ == 0 || tickFrequency_ == second || tickFrequency_ > fastest) {
+        return nanoseconds;
+    }
+    return nanoseconds / second * tickFrequency_ +
+           (nanoseconds % second * tickFrequency_ + second - 1) / second;
+}
+
 void FrameReader::Read(ArvBuffer& source, StreamBuffer& frame, Evidence evidence) {
     const ArvBufferStatus status = arv_buffer_get_status(&source);
-    const Reason& reason = reasonOf(status, evidence);
+    const Reason& reason = reasonOf(source, evidence);
     frame.fate = reason.fate;
     frame.error = gcstring(reason.text);
     frame.frameId = numberOf(source);
-    frame.timestamp = arv_buffer_get_timestamp(&source);
+    frame.timestamp = ticksOf(arv_buffer_get_timestamp(&source));
     frame.chunkByteOrder = protocol_ == Protocol::GigE ? Transport::ChunkByteOrder::BigEndian
                                                        : Transport::ChunkByteOrder::LittleEndian;
     if (status == ARV_BUFFER_STATUS_SUCCESS) {
@@ -125,7 +161,7 @@ void FrameReader::Read(ArvBuffer& source, StreamBuffer& frame, Evidence evidence
 
 FrameReader::Geometry FrameReader::geometryOf(ArvBuffer& source) {
     Geometry geometry;
-    const bool hasChunks = arv_buffer_has_chunks(&source) != FALSE;
+    const bool hasChunks = hasChunksIn(source);
     const bool hasImage = startsWithImage(source);
     if (hasChunks) {
         geometry.kind = hasImage ? PayloadKind::ImageWithChunks : PayloadKind::ChunksOnly;

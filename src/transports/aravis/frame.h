@@ -39,6 +39,9 @@ public:
     FrameReader(Protocol protocol, std::size_t payloadSize)
         : protocol_(protocol), payloadSize_(payloadSize) {}
 
+    // Ticks a second of the device's clock, which Aravis has made nanoseconds of; 0 if the device
+    // tells none, and then what Aravis says stays.
+    void SetTickFrequency(std::uint64_t frequency) noexcept { tickFrequency_ = frequency; }
     // Fills in all but the memory and its user.
     void Read(ArvBuffer& source, Transport::StreamBuffer& frame, Evidence evidence);
     // To be called for a buffer that Aravis gets anew; then IsUsed tells whether a frame began in
@@ -65,9 +68,11 @@ private:
     [[nodiscard]] static Geometry geometryOf(ArvBuffer& source);
     void describe(Transport::StreamBuffer& frame) const;
     [[nodiscard]] std::uint64_t numberOf(ArvBuffer& source);
+    [[nodiscard]] std::uint64_t ticksOf(std::uint64_t nanoseconds) const noexcept;
 
     const Protocol protocol_;
     const std::size_t payloadSize_;
+    std::uint64_t tickFrequency_ = 0;
     Geometry geometry_;
     FrameCounter counter_;
 };

@@ -97,6 +97,7 @@ void Receiver::createStream() {
     }
     if (isNetwork) {
         setProperties();
+        reader_.SetTickFrequency(tickFrequency());
         watch();
     }
     events_->Watch(stream_.get(), witness_.get(), packetsPerFrame_);
@@ -122,6 +123,15 @@ bool Receiver::hasLongIds() const {
                 Bootstrap::longFrameIds) != 0;
     } catch (const GenICam::GenericException&) {
         return false;
+    }
+}
+
+std::uint64_t Receiver::tickFrequency() const {
+    try {
+        const std::uint64_t high = connection_->ReadRegister(Bootstrap::tickFrequencyHigh);
+        return high << 32U | connection_->ReadRegister(Bootstrap::tickFrequencyLow);
+    } catch (const GenICam::GenericException&) {
+        return 0;
     }
 }
 

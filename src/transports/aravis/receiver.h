@@ -57,6 +57,7 @@ private:
     [[nodiscard]] std::uint64_t underruns() const;
     [[nodiscard]] std::uint64_t missedLately() const;
     [[nodiscard]] bool hasLongIds() const;
+    [[nodiscard]] std::uint64_t tickFrequency() const;
     void addCounts(Transport::StreamStatistics& statistics) const;
     void endWitness() noexcept;
     void drop(bool isQuiet) noexcept;

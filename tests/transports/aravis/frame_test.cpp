@@ -85,6 +85,7 @@ protected:
     void ReadGood(FrameReader& reader, Evidence evidence = Evidence::None) {
         reader.Read(*good_, frame, evidence);
     }
+    void SetTime(std::uint64_t nanoseconds) { arv_buffer_set_timestamp(good_.get(), nanoseconds); }
     void ExpectGeometry() const {
         EXPECT_EQ(frame.pixelType, PixelType_Mono8);
         EXPECT_EQ(frame.width, static_cast<std::uint32_t>(width));
@@ -108,6 +109,33 @@ TEST_F(FrameReaderTest, WholeFrameHasItsOwnGeometryAndSize) {
     EXPECT_EQ(frame.frameId, 1U);
     EXPECT_GT(frame.timestamp, 0U);
     ExpectGeometry();
+}
+
+// Aravis makes nanoseconds of ticks and rounds down.
+TEST_F(FrameReaderTest, TimesAreTicksOfTheDevice) {
+    struct Case {
+        std::uint64_t frequency;
+        std::uint64_t nanoseconds;
+        std::uint64_t ticks;
+    };
+    constexpr std::uint64_t year = 31'536'000;  // seconds
+    const std::array cases = {
+        Case{0, 12345, 12345},
+        Case{1'000'000'000, 12345, 12345},
+        Case{125'000'000, 16, 2},
+        Case{3, 333'333'333, 1},
+        Case{3, 666'666'666, 2},
+        Case{3, 1'000'000'000, 3},
+        Case{125'000'000, year * 1'000'000'000 + 8, year * 125'000'000 + 1},
+        Case{10'000'000'000, 999'999'999, 9'999'999'990},
+    };
+    for (const Case& one : cases) {
+        FrameReader reader(Protocol::GigE, size);
+        reader.SetTickFrequency(one.frequency);
+        SetTime(one.nanoseconds);
+        ReadGood(reader);
+        EXPECT_EQ(frame.timestamp, one.ticks) << one.frequency;
+    }
 }
 
 TEST_F(FrameReaderTest, OrderOfTheChunksIsThatOfTheProtocol) {

@@ -263,6 +263,16 @@ TEST_F(SimulatedGrabbing, EveryFateHasItsOwnReason) {
     EXPECT_EQ(Statistic("StatisticFailedWrongSize"), 1);
 }
 
+// The camera says of the trailer that it is gone, and not that it is bad.
+TEST_F(SimulatedGrabbing, EndThatCanNotBeSentAgainIsALostOne) {
+    Start({"--wire", "frame 2: drop trailer, deny resends"});
+    Open();
+    MakeFrames(320, 240, 10);
+    Expect(GrabAll(4).errors, {"The end of the frame didn't come in time."});
+    EXPECT_EQ(Statistic("StatisticFailedTimedOut"), 1);
+    EXPECT_GT(EndAndCount()["deniedPackets"], 0);
+}
+
 // The leader has the number of the frame.
 TEST_F(SimulatedGrabbing, FramesThatLoseTheirLeaderHaveTheirPlaceAmongTheOthers) {
     Start({"--wire", "frame 5 to 25 every 10: drop leader", "--resends", "ignore"});
@@ -411,8 +421,12 @@ TEST_F(SimulatedGrabbing, ZippedDescriptionIsRead) {
     EXPECT_EQ(GrabAll(3).whole, 3U);
 }
 
-TEST_F(SimulatedGrabbing, ChunksAreReadFromTheEndOfTheFrame) {
-    Start();
+// With the kind of payload that cameras of GigE Vision 2.0 say, and with that of those before.
+class ChunksOfEveryVersion : public SimulatedGrabbing,
+                             public testing::WithParamInterface<const char*> {};
+
+TEST_P(ChunksOfEveryVersion, AreReadFromTheEndOfTheFrame) {
+    Start({"--payload-type", GetParam()});
     Open();
     MakeFrames(320, 240, 50);
     CBooleanParameter(camera.GetNodeMap(), "ChunkModeActive").SetValue(true);
@@ -441,6 +455,30 @@ TEST_F(SimulatedGrabbing, ChunksAreReadFromTheEndOfTheFrame) {
             result->GetTimeStamp());
         EXPECT_EQ(CFloatParameter(chunks, "ChunkExposureTime").GetValue(),
                   CFloatParameter(camera.GetNodeMap(), "ExposureTime").GetValue());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(PayloadType, ChunksOfEveryVersion, testing::Values("0x4001", "5"),
+                         [](const auto& tested) { return std::string("Is") + tested.param; });
+
+// A clock that is slower than one of nanoseconds, and none that divides into them.
+TEST_F(SimulatedGrabbing, TimesOfFramesAreThoseOfTheirChunks) {
+    Start({"--tick-frequency", "123456789"});
+    Open();
+    MakeFrames(320, 240, 50);
+    CBooleanParameter(camera.GetNodeMap(), "ChunkModeActive").SetValue(true);
+    Choose("ChunkSelector", "Timestamp");
+    CBooleanParameter(camera.GetNodeMap(), "ChunkEnable").SetValue(true);
+    LimitFrames(5);
+    camera.StartGrabbing(5);
+    CGrabResultPtr result;
+    while (camera.IsGrabbing()) {
+        ASSERT_TRUE(camera.RetrieveResult(patience, result));
+        ASSERT_TRUE(result->GrabSucceeded()) << result->GetErrorDescription().c_str();
+        EXPECT_EQ(
+            static_cast<std::uint64_t>(
+                CIntegerParameter(result->GetChunkDataNodeMap(), "ChunkTimestamp").GetValue()),
+            result->GetTimeStamp());
     }
 }
 
