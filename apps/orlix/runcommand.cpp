@@ -47,12 +47,10 @@ void printReport(const Host::RunReport& report) {
                 static_cast<unsigned long long>(report.dropped));
 }
 
-void tellUnasked(const std::string& recipe, const Host::UnaskedCameras& cameras, Console& console) {
-    for (const std::string& name : cameras.names()) {
-        console.showNotice(recipe + ": takes the emulated camera " + name +
-                           ", since it asks for no other; --emulated-cameras 0 leaves real ones "
-                           "only, 1 is without this line");
-    }
+std::string unaskedNotice(const std::string& recipe, const std::string& camera) {
+    return recipe + ": takes the emulated camera " + camera +
+           ", since it asks for no other; --emulated-cameras 0 leaves real ones only, 1 is without "
+           "this line";
 }
 
 }  // namespace
@@ -73,7 +71,9 @@ void runRecipe(const CommonOptions& options, RunCommandOptions command, Console&
     observer.onStarted = [&] {
         console.start();
         if (!options.choosesEmulatedCameras) {
-            tellUnasked(command.recipe, unasked, console);
+            for (const std::string& camera : unasked.names()) {
+                console.showNotice(unaskedNotice(command.recipe, camera));
+            }
         }
     };
     if (Console::canShowLiveLine() && !command.quiet) {

@@ -205,6 +205,8 @@ std::shared_ptr<UpdateSignal> NodeBase::getExecutionFinishedSignal() const {
     return impl().executionFinished.get();
 }
 
+// Those that override it move the values out.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 JobResults NodeBase::run(const std::shared_ptr<IGraphUpdate>&, PinValues) {
     return {};
 }

@@ -8,7 +8,8 @@ ExceptionPtr getCurrentException() noexcept {
     return ExceptionPtr(std::current_exception());
 }
 
-void rethrowException(ExceptionPtr exception) {
+// A value by intent: the caller has no need of it any more.
+void rethrowException(ExceptionPtr exception) {  // NOLINT(performance-unnecessary-value-param)
     if (exception == nullptr) {
         throw GenICam::RuntimeException("Invalid exception pointer passed.", __FILE__, __LINE__);
     }

@@ -20,7 +20,7 @@ Variant PropertyInfo::getValue(const IObject& object, const gcstring& path) cons
     if (owner == nullptr) {
         throwForProperty(name_, "does not belong to the type of the given object.");
     }
-    const Variant value = getter_(owner);
+    Variant value = getter_(owner);
     if (path.empty()) {
         return value;
     }
