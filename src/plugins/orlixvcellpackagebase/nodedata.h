@@ -1,4 +1,5 @@
-// What every node of the package has beside its own data, and short names for it.
+// What ImageLoading and ImageFormatConverter have beside their own data, and short names that all
+// nodes of the package use. Camera, whose list of maps changes, keeps its own.
 #pragma once
 
 #include <memory>

@@ -1,6 +1,5 @@
 // Configuration sets of Camera: one text for each node map of a camera, staged while a user works
 // on it and active once it was committed.
-#include <array>
 
 #include "camera/cameraimpl.h"
 #include "camera/featurestreamtext.h"

@@ -1,7 +1,6 @@
 #include "camera/eventpinmapping.h"
 
 #include "camera/log.h"
-#include "camera/pinmappingparser.h"
 #include "camera/pinparsing.h"
 
 namespace Plugin::OrlixVCellPackageBase {

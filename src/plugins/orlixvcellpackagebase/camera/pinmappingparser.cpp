@@ -5,6 +5,7 @@
 #include <locale>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 
 #include "gcbase/gcexception.h"
 

@@ -13,7 +13,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "camera/pinmapping.h"

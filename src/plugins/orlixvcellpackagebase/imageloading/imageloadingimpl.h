@@ -1,7 +1,9 @@
 // The private data of ImageLoading, shared by the files that implement it.
 //
-// All fields are guarded by the node's lock. The worker reads settings and list without it: they
-// change only while the node is stopped, and onStopping joins the worker before that.
+// All fields are guarded by the node's lock, but for three: imagePaths, imageIndex and runCount are
+// the worker's from start to stop. It also reads the settings without the lock, as long as no stop
+// is requested: they change only while the node is stopped. The thread itself belongs to whoever
+// starts, stops or destroys the node.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,6 @@
 // The worker of ImageLoading: walks the image list, loads one file per turn, hands it to the graph
 // and keeps the frame rate.
 #include <chrono>
-#include <memory>
 #include <utility>
 
 #include "imageloading/imageloadingimpl.h"
