@@ -147,6 +147,14 @@ TEST_F(ImageLoadingPersistence, PathIsStoredRelativeToTheRecipe) {
     EXPECT_EQ(savePath(recipeIn(folder / "recipe")), "../other");
 }
 
+// The folder is not there yet, so that nothing but the current one tells where it will be.
+TEST_F(ImageLoadingPersistence, ARelativePathThatIsNotThereIsStoredRelativeToTheRecipe) {
+    folder.addFolder("recipe");
+    fs::current_path(folder.path());
+    node.setSourcePath("nodir/x");
+    EXPECT_EQ(savePath(recipeIn(folder / "recipe")), "../nodir/x");
+}
+
 TEST_F(ImageLoadingPersistence, RecipeFolderItselfIsADotAndComesBack) {
     node.setSourcePath(folder.path().c_str());
     const auto store = recipeIn(folder.path());
