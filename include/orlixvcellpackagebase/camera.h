@@ -10,6 +10,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "orlixcamera/cameraenums.h"
@@ -71,7 +72,8 @@ struct DeviceData {
 //                   "FeatureStreams": {"@CameraDevice": "Width\t640\n"}}}
 //
 // Life: needs a resource pool, and throws InvalidArgumentException without one. A device is held
-// from allocateResources to freeResources or to its loss, which is an error on the node.
+// from allocateResources to freeResources or to its loss, which is an error on the node. A receiver
+// that hears of the loss may free the resources at once, and must not destroy the node.
 // One recursive lock guards everything; handlers of settings and of node maps run with it free, and
 // a frame becomes a job with it free. An event waits for space and becomes a job with it held.
 class Camera : public Orlix::DataProcessing::Core::AdvancedNode,
@@ -216,7 +218,7 @@ private:
 
     // The list of devices, and the properties of the one to take
     void updateResources();
-    void replaceDeviceProperties(const ResourceInfo& properties);
+    void appendDeviceProperties(const ResourceInfo& properties);
     [[nodiscard]] bool updateDevicePropertyPorts();
     void setDevicePropertyPortsAvailable(bool available);
     void updateDevicePropertySelectorMaximum();
@@ -244,9 +246,9 @@ private:
     void resetDeviceRemovedError();
 
     // A run
-    [[nodiscard]] const char* getRequestedMode(
+    [[nodiscard]] std::optional<AcquisitionMode> getRequestedMode(
         const Orlix::DataProcessing::Core::NodeArgumentCollection& arguments) const;
-    [[nodiscard]] const char* getConfiguredMode() const;
+    [[nodiscard]] std::optional<AcquisitionMode> getConfiguredMode() const;
     void startGrabbing(AcquisitionMode mode);
     void outputFrame(const Orlix::CGrabResultPtr& grabResult);
     [[nodiscard]] bool isOfThisRun(const Orlix::CGrabResultPtr& grabResult) const;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <thread>
 
 #include "orlixcamera/configurationeventhandler.h"
 #include "orlixdataprocessingcore/threading/conditionvariable.h"
@@ -28,7 +29,8 @@ public:
     void OnCameraDeviceRemoved(Orlix::CInstantCamera& camera) override;
 
 protected:
-    // Cancels a job that has not begun, and waits for the end of one that has.
+    // Cancels a job that has not begun, and waits for the end of one that has, unless the calling
+    // thread is the one that is inside of it: then it returns at once, and the work goes on behind.
     void waitForCameraDeviceRemoval();
 
     // The work, on a thread of the pool. An exception ends the job and goes to the pool.
@@ -69,6 +71,7 @@ private:
     std::shared_ptr<Mutex> mutex_;
     std::shared_ptr<Orlix::DataProcessing::Threading::ConditionVariableAny> conditionVariable_;
     State state_ = State::Waiting;
+    std::thread::id runner_;  // while running
 };
 
 }  // namespace Plugin::OrlixVCellPackageBase

@@ -263,5 +263,17 @@ TEST_F(CameraImageOutput, ARepairThatNeedsMoreThanTheBufferIsAnError) {
     camera().stop();
 }
 
+// 4 beyond 32 bits: cut, it would be a picture of 4 lines.
+TEST_F(CameraImageOutput, ARepairToASizeBeyondAPicturesIsAnError) {
+    extendDevice("<Integer Name=\"Height\"><Value>4294967300</Value></Integer>");
+    camera().setFixCorruptImages(FixCorruptImages::On);
+    const auto images = attach("Image");
+    run();
+    send(failedFrame());
+    images->waitForCount(1);
+    EXPECT_THAT(errorOf(images->values()[0]), testing::StartsWith("GenICamExceptionError: "));
+    camera().stop();
+}
+
 }  // namespace
 }  // namespace Plugin::OrlixVCellPackageBase

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "camera/removaltools.h"
@@ -187,6 +188,37 @@ TEST_F(CameraRemovalSteps, AFetchFromALostDeviceIsLoggedAndRethrown) {
                             "\"Device 'scripted' was removed.\""));
     EXPECT_EQ(camera->getOFSStagedContent(), "Width=8");
     job->execute();
+}
+
+TEST_F(CameraRemovalSteps, AReceiverOfTheErrorMayFreeTheResources) {
+    const Utils::ScopedConnection errors(camera->getErrorChangedSignal()->connect(
+                                             [&](const Core::ErrorSet&, const Core::ErrorSet& now) {
+                                                 if (!now.empty()) {
+                                                     camera->freeResources();
+                                                 }
+                                             }),
+                                         true);
+    lose()->execute();
+    EXPECT_FALSE(camera->hasError());
+    EXPECT_THAT(camera->getNodeMapInfos(), testing::SizeIs(2));
+    EXPECT_FALSE(device->IsOpen());
+}
+
+// With the lock free, and behind the withdrawal of the lost device.
+TEST_F(CameraRemovalSteps, AReceiverOfTheMapsMayTakeTheNextDevice) {
+    bool isFirst = true;
+    const Utils::ScopedConnection maps(camera->getNodeMapsChangedSignal()->connect([&] {
+        if (std::exchange(isFirst, false)) {
+            camera->freeResources();
+            device->Recover();
+            EXPECT_THAT(camera->allocateResources(), IsEmpty());
+        }
+    }),
+                                       true);
+    lose()->execute();
+    EXPECT_FALSE(camera->hasError());
+    EXPECT_THAT(camera->getNodeMapInfos(), testing::SizeIs(5));
+    EXPECT_TRUE(device->IsOpen());
 }
 
 TEST_F(CameraRemovalSteps, TwoNotificationsMakeOneJobAndALaterOneANewJob) {

@@ -185,6 +185,15 @@ TEST_F(CameraDeviceRemoval, WaitingLastsUntilARunningJobHasEnded) {
     worker.join();
 }
 
+TEST_F(CameraDeviceRemoval, TheWorkItselfDoesNotWaitForItsEnd) {
+    handler.work = [&] { handler.waitForCameraDeviceRemoval(); };
+    handler.notify();
+    pool->jobs[0]->execute();
+    EXPECT_EQ(handler.handled, 1);
+    handler.notify();
+    EXPECT_EQ(pool->jobs.size(), 2U);
+}
+
 TEST_F(CameraDeviceRemoval, NotificationsWorkAndEndMeetOnAnyThread) {
     for (int round = 0; round < 100; ++round) {
         Handler live(Orlix::DataProcessing::Core::getDefaultThreadPool());

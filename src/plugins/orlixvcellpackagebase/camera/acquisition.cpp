@@ -1,4 +1,8 @@
 // A run of Camera: from the start argument to the library's grab thread, and its end.
+#include <algorithm>
+#include <array>
+#include <optional>
+
 #include "camera/cameraimpl.h"
 #include "camera/log.h"
 #include "orlixcamera/nodeparameter.h"
@@ -13,18 +17,33 @@ using namespace CameraLog;
 
 namespace {
 
-// The device's feature, the start argument and the words of both.
+// The device's feature and the start argument.
 constexpr char acquisitionMode[] = "AcquisitionMode";
-constexpr char continuous[] = "Continuous";
-constexpr char singleFrame[] = "SingleFrame";
+
+// The words of both.
+struct ModeWord {
+    AcquisitionMode mode;
+    const char* word;
+};
+constexpr std::array modeWords{
+    ModeWord{AcquisitionMode::Continuous, "Continuous"},
+    ModeWord{AcquisitionMode::SingleFrame, "SingleFrame"},
+};
+
+const char* getWord(AcquisitionMode mode) {
+    return std::find_if(modeWords.begin(), modeWords.end(),
+                        [&](const ModeWord& entry) { return entry.mode == mode; })
+        ->word;
+}
 
 }  // namespace
 
-// Null without an argument that names a mode. Another text is ignored in silence; a text that
+// None without an argument that names a mode. Another text is ignored in silence; a text that
 // carries an error is no text.
-const char* Camera::getRequestedMode(const Core::NodeArgumentCollection& arguments) const {
+std::optional<AcquisitionMode> Camera::getRequestedMode(
+    const Core::NodeArgumentCollection& arguments) const {
     if (!arguments.hasArgument(acquisitionMode)) {
-        return nullptr;
+        return std::nullopt;
     }
     const Utils::Variant argument = arguments.getArgumentValue(acquisitionMode);
     const auto* text = argument.get<Core::String>(false);
@@ -33,29 +52,26 @@ const char* Camera::getRequestedMode(const Core::NodeArgumentCollection& argumen
                        "Camera %p: Argument \"AcquisitionMode\" is not of type \"String\" or "
                        "invalid and is therefore ignored.",
                        static_cast<const void*>(this));
-        return nullptr;
+        return std::nullopt;
     }
-    for (const char* mode : {continuous, singleFrame}) {
-        if (text->get() == mode) {
-            return mode;
+    for (const ModeWord& entry : modeWords) {
+        if (text->get() == entry.word) {
+            return entry.mode;
         }
     }
-    return nullptr;
+    return std::nullopt;
 }
 
-// Null for a setting that is no mode.
-const char* Camera::getConfiguredMode() const {
-    switch (impl_->acquisitionModePort->getTypedValue()) {
-        case AcquisitionMode::SingleFrame:
-            return singleFrame;
-        case AcquisitionMode::Continuous:
-            return continuous;
-    }
-    return nullptr;
+// None for a setting that is no mode.
+std::optional<AcquisitionMode> Camera::getConfiguredMode() const {
+    const AcquisitionMode setting = impl_->acquisitionModePort->getTypedValue();
+    const bool isMode = std::any_of(modeWords.begin(), modeWords.end(),
+                                    [&](const ModeWord& entry) { return entry.mode == setting; });
+    return isMode ? std::optional(setting) : std::nullopt;
 }
 
 void Camera::onStarting(const Core::NodeArgumentCollection& arguments) {
-    const char* mode = getRequestedMode(arguments);
+    std::optional<AcquisitionMode> mode = getRequestedMode(arguments);
     const Guard guard = lockNode();
     setOFSParametersAvailable(false);
     impl_->acquisitionModePort->setWritable(false);
@@ -63,12 +79,11 @@ void Camera::onStarting(const Core::NodeArgumentCollection& arguments) {
     setChunkPinParametersAvailable(false);
     setEventPinParametersAvailable(false);
     const std::uint64_t lastEvent = impl_->instantCamera.GetLastEventNumber();
-    if (mode == nullptr) {
+    if (!mode) {
         mode = getConfiguredMode();
     }
-    if (mode != nullptr) {
-        startGrabbing(mode == singleFrame ? AcquisitionMode::SingleFrame
-                                          : AcquisitionMode::Continuous);
+    if (mode) {
+        startGrabbing(*mode);
     } else {
         createLogEntry(Severitiy::Error, category(),
                        "Camera %p: Couldn't determine acquisition mode.",
@@ -81,12 +96,11 @@ void Camera::onStarting(const Core::NodeArgumentCollection& arguments) {
 // it takes becomes the node's setting.
 void Camera::startGrabbing(AcquisitionMode mode) {
     Orlix::CInstantCamera& camera = impl_->instantCamera;
-    const bool single = mode == AcquisitionMode::SingleFrame;
     Orlix::CEnumParameter feature(camera.GetNodeMap(), acquisitionMode);
-    if (feature.TrySetValue(single ? singleFrame : continuous)) {
+    if (feature.TrySetValue(getWord(mode))) {
         impl_->acquisitionModePort->setTypedValue(mode);
     }
-    if (single) {
+    if (mode == AcquisitionMode::SingleFrame) {
         camera.StartGrabbing(1, Orlix::GrabStrategy_OneByOne,
                              Orlix::GrabLoop_ProvidedByInstantCamera);
     } else {

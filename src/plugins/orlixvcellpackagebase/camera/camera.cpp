@@ -63,7 +63,7 @@ Camera::Camera(const std::shared_ptr<Core::IResourcePool>& pool)
     impl_->resourcePool = pool;
     try {
         // From the connection on the pool may call; it finds the list filled or the lock taken.
-        const Guard guard = lockNode();
+        Guard guard = lockNode();
         connectToPool();
         impl_->instantCamera.RegisterImageEventHandler(this, Orlix::RegistrationMode_Append,
                                                        Orlix::Cleanup_None);
@@ -72,11 +72,7 @@ Camera::Camera(const std::shared_ptr<Core::IResourcePool>& pool)
         buildParameterTree();
         publish();
         updateResources();
-    } catch (...) {
-        disconnectFromPool();
-        throw;
-    }
-    try {
+        guard.unlock();
         createOutput(CameraNames::imagePin, "The image output.",
                      Utils::TypeInfo::getTypeInfo<Core::Image>(true), true, Core::unlimitedJobs);
         if (impl_->fixCorruptImages == FixCorruptImages::On) {

@@ -50,7 +50,8 @@ struct Camera::Impl {
         gcstring value;
     };
 
-    // Shared, so that an emission can outlive the node that is destroyed by one of its receivers.
+    // Shared with hosts that hold the signal, and with ~Camera, which takes them out under the lock
+    // and ends the connection with it free.
     struct Signals {
         NodeMapsSignal nodeMapsChanged;
         Orlix::DataProcessing::Utils::ScopedConnection poolConnection;

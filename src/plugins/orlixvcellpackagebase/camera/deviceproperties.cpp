@@ -72,7 +72,7 @@ ResourceInfo Camera::getActiveAssignmentProperties() const {
 void Camera::setActiveAssignmentProperties(const ResourceInfo& properties) {
     Guard guard = lockNode();
     impl_->deviceProperties.clear();
-    replaceDeviceProperties(properties);
+    appendDeviceProperties(properties);
     if (updateDevicePropertyPorts()) {
         guard.unlock();
         notifySettingsChanged();
@@ -83,7 +83,7 @@ void Camera::setActiveAssignmentProperties(const ResourceInfo& properties) {
 void Camera::executeDeviceChoose() {
     Guard guard = lockNode();
     impl_->deviceProperties.clear();
-    replaceDeviceProperties(getAssignmentProperties(
+    appendDeviceProperties(getAssignmentProperties(
         getElement(impl_->deviceList, impl_->deviceSelector), impl_->deviceList));
     if (updateDevicePropertyPorts()) {
         guard.unlock();
@@ -91,7 +91,7 @@ void Camera::executeDeviceChoose() {
     }
 }
 
-void Camera::replaceDeviceProperties(const ResourceInfo& properties) {
+void Camera::appendDeviceProperties(const ResourceInfo& properties) {
     std::vector<gcstring> names;
     properties.GetPropertyNames(names);
     for (const gcstring& name : names) {

@@ -45,8 +45,10 @@ struct Geometry {
     std::uint32_t height;
 };
 
+// 0, which fails in the copy, for a size that no picture has: cut, it would be that of another.
 std::uint32_t readSize(GenApi::INodeMap& map, const char* name) {
-    return static_cast<std::uint32_t>(Orlix::CIntegerParameter(map, name).GetValueOrDefault(0));
+    const std::int64_t size = Orlix::CIntegerParameter(map, name).GetValueOrDefault(0);
+    return std::in_range<std::uint32_t>(size) ? static_cast<std::uint32_t>(size) : 0;
 }
 
 // The stream grabber's size wins over the device's, where it has one.

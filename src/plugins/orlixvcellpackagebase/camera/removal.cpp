@@ -9,7 +9,8 @@ using Orlix::DataProcessing::Utils::DateTime;
 using namespace CameraLog;
 
 // The error stays until the resources are given up or another device is open; a second removal
-// keeps the first one.
+// keeps the first one. A receiver of a signal may give the resources up, and take another device;
+// that clears the error, and what is behind it is not this removal's to take away.
 void Camera::handleCameraDeviceRemoved() {
     Guard guard = lockNode();
     const std::shared_ptr<Impl::Signals> signals = impl_->signals;
@@ -18,14 +19,20 @@ void Camera::handleCameraDeviceRemoved() {
             "vCell has stopped working because the camera has been disconnected.", DateTime::now());
         setError(impl_->deviceRemovedError);
     }
-    withdrawDevice();
-    showNoDeviceSelected();
+    const auto isLost = [this] { return impl_->deviceRemovedError != nullptr; };
+    if (isLost()) {
+        withdrawDevice();
+        showNoDeviceSelected();
+    }
     createLogEntry(Severitiy::Error, category(), "Camera %p: Device has been removed.",
                    static_cast<const void*>(this));
     guard.unlock();
     // Receivers may call back into the node.
     signals->nodeMapsChanged();
-    releaseCamera();
+    guard.lock();
+    if (isLost()) {
+        releaseCamera();
+    }
 }
 
 void Camera::resetDeviceRemovedError() {

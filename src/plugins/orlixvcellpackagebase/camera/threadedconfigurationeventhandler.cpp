@@ -41,7 +41,8 @@ void ThreadedConfigurationEventHandler::OnCameraDeviceRemoved(Orlix::CInstantCam
 void ThreadedConfigurationEventHandler::waitForCameraDeviceRemoval() {
     Guard guard(*mutex_);
     const std::shared_ptr<CameraDeviceRemovalJob> job = currentJob_;
-    if (!job) {
+    // A receiver of a signal of the work comes here on the thread whose end it would wait for.
+    if (!job || job->runner_ == std::this_thread::get_id()) {
         return;
     }
     if (job->state_ == Job::State::Waiting) {
@@ -76,6 +77,7 @@ void Job::execute() {
         return;
     }
     state_ = State::Running;
+    runner_ = std::this_thread::get_id();
     guard.unlock();
 
     // Those who wait must not wait for ever if the work throws.
@@ -95,6 +97,7 @@ void Job::finish() {
         handler_->currentJob_.reset();  // the pool or the waiting thread still holds this object
     }
     handler_ = nullptr;
+    runner_ = {};
     state_ = State::Finished;
     conditionVariable_->notifyAll();
 }
