@@ -88,8 +88,8 @@ protected:
     IStream() = default;
 };
 
-// A message of the device. `data` is what follows its header, which the description addresses from
-// 0 on; it is valid during the call only.
+// A message of the device. `data` is what the description addresses from 0 on; it is valid during
+// the call only.
 struct EventMessage {
     std::uint16_t eventId = 0;
     std::uint64_t timestamp = 0;  // ticks of the device's clock

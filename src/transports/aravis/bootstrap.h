@@ -7,6 +7,8 @@
 namespace Orlix::Aravis::Bootstrap {
 
 inline constexpr std::uint32_t ipConfiguration = 0x0014;
+inline constexpr std::uint32_t deviceVersion = 0x0088;
+inline constexpr std::uint32_t deviceVersionLength = 32;
 inline constexpr std::uint32_t userDefinedName = 0x00E8;
 inline constexpr std::uint32_t userDefinedNameLength = 16;
 inline constexpr std::uint32_t messageChannelCount = 0x0900;

@@ -10,6 +10,7 @@
 #include "aravis/bootstrap.h"
 #include "aravis/descriptions.h"
 #include "aravis/messages.h"
+#include "aravis/openfailure.h"
 #include "aravis/systemlock.h"
 #include "gcbase/gcexception.h"
 
@@ -90,11 +91,11 @@ std::uint32_t Connection::requireFree() const {
     const auto answer = client.ReadRegister(Bootstrap::controlPrivilege, privilege,
                                             {4, std::chrono::milliseconds(100)});
     if (answer == GvcpClient::Answer::None) {
-        throwUnreachable(" at " + FormatAddress(camera_.address) + ": it doesn't answer");
+        ThrowUnreachable(camera_, " at " + FormatAddress(camera_.address) + ": it doesn't answer");
     }
     if (answer == GvcpClient::Answer::NotAsked) {
-        throwUnreachable(" at " + FormatAddress(camera_.address) +
-                         ": the system has no socket to ask it with");
+        ThrowUnreachable(camera_, " at " + FormatAddress(camera_.address) +
+                                      ": the system has no socket to ask it with");
     }
     if ((privilege & Bootstrap::privilegeMask) != 0) {
         throwInUse(camera_, client);
@@ -112,14 +113,9 @@ ObjectPtr<ArvDevice> Connection::openDevice(std::uint32_t localAddress) const {
                      : openDirectly(localAddress, camera_.address, error);
     }
     if (device == nullptr) {
-        throwUnreachable(": " + error.Text());
+        ThrowNotOpened(camera_, error.Text());
     }
     return device;
-}
-
-void Connection::throwUnreachable(const std::string& why) const {
-    const std::string text = "Device '" + camera_.label + "' can't be reached" + why + ".";
-    throw RuntimeException(text.c_str(), __FILE__, __LINE__);
 }
 
 void Connection::requireControl(ArvDevice* device) {

@@ -93,7 +93,6 @@ private:
     void loadDescription(ArvDevice* device);
     void startThreads();
     void tellLoss() const noexcept;
-    [[noreturn]] void throwUnreachable(const std::string& why) const;
 
     // Uses. `perform` rethrows what the action has thrown.
     void use(Action action, Purpose purpose);

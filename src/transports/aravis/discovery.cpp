@@ -39,8 +39,8 @@ bool haveSame(const std::vector<Found>& first, const std::vector<Found>& second)
 
 class Discovery::State {
 public:
-    void run() {
-        while (look() && pauseUntilNext()) {
+    void run() noexcept {
+        while (lookGuarded() && pauseUntilNext()) {
         }
     }
 
@@ -81,6 +81,18 @@ public:
     }
 
 private:
+    // A look that failed, for want of memory say, is one that found what was there before.
+    bool lookGuarded() noexcept {
+        try {
+            return look();
+        } catch (...) {
+            const std::scoped_lock lock(mutex_);
+            looked_ = true;
+            changed_.notify_all();
+            return !quit_;
+        }
+    }
+
     // False once nobody wants to know.
     bool look() {
         dropLost();

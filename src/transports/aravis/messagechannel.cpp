@@ -10,6 +10,7 @@
 #include "aravis/gvcpclient.h"
 #include "aravis/messages.h"
 #include "gcbase/gcexception.h"
+#include "orlixcamera/messagesink.h"
 
 namespace Orlix::Aravis {
 namespace {
@@ -90,8 +91,18 @@ void MessageChannel::Receiver::run() {
         const std::size_t size = socket.Receive(packet, slice, &sender);
         // Others have no say in what this camera tells.
         if (size > 0 && ntohl(sender.sin_addr.s_addr) == camera) {
-            take({packet.data(), size}, sender);
+            takeGuarded({packet.data(), size}, sender);
         }
+    }
+}
+
+// A message that can't be had, for want of memory say, is no end of the others.
+void MessageChannel::Receiver::takeGuarded(std::span<const std::uint8_t> packet,
+                                           const sockaddr_in& sender) noexcept {
+    try {
+        take(packet, sender);
+    } catch (...) {
+        TellMessage("A message of a camera was lost: it can't be given on.");
     }
 }
 
@@ -104,8 +115,9 @@ void MessageChannel::Receiver::take(std::span<const std::uint8_t> packet,
     if (header->wantsAnswer) {
         static_cast<void>(socket.SendTo(MakeEventAnswer(*header), sender));
     }
-    // Sent again because the answer got lost.
-    if (isRepeated(header->requestId)) {
+    // Sent again because the answer got lost. What wants none is never sent again, and its number
+    // needn't count.
+    if (header->wantsAnswer && isRepeated(header->requestId)) {
         return;
     }
     const EventList list = ReadEvents(*header, packet);

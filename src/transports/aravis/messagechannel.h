@@ -40,6 +40,7 @@ private:
         std::size_t nextRequest = 0;
 
         void run();
+        void takeGuarded(std::span<const std::uint8_t> packet, const sockaddr_in& sender) noexcept;
         void take(std::span<const std::uint8_t> packet, const sockaddr_in& sender);
         [[nodiscard]] bool isRepeated(std::uint16_t requestId);
     };

@@ -83,18 +83,30 @@ void copyProperty(CDeviceInfo& info, const CDeviceInfo& from, const char* key) {
     }
 }
 
+struct NetworkText {
+    const char* key;
+    std::uint32_t address;
+    std::uint32_t length;
+};
+
 // What the answer to the broadcast tells, but Aravis does not. A program with exclusive access
 // keeps others from reading it; then it is as it was.
 void addNetworkProperties(Found& camera, const Found* before) {
     GvcpClient client(camera.address);
     const GvcpClient::Patience patience{2, std::chrono::milliseconds(100)};
-    std::array<std::uint8_t, Bootstrap::userDefinedNameLength> name{};
-    if (client.ReadMemory(Bootstrap::userDefinedName, name, patience) ==
-        GvcpClient::Answer::Given) {
-        const auto end = std::find(name.begin(), name.end(), std::uint8_t{0});
-        set(camera.info, Key::UserDefinedName, CleanText(std::string(name.begin(), end)));
-    } else if (before != nullptr) {
-        copyProperty(camera.info, before->info, Key::UserDefinedName);
+    constexpr std::array texts = {
+        NetworkText{Key::UserDefinedName, Bootstrap::userDefinedName,
+                    Bootstrap::userDefinedNameLength},
+        NetworkText{Key::DeviceVersion, Bootstrap::deviceVersion, Bootstrap::deviceVersionLength},
+    };
+    for (const NetworkText& text : texts) {
+        std::vector<std::uint8_t> bytes(text.length);
+        if (client.ReadMemory(text.address, bytes, patience) == GvcpClient::Answer::Given) {
+            const auto end = std::find(bytes.begin(), bytes.end(), std::uint8_t{0});
+            set(camera.info, text.key, CleanText(std::string(bytes.begin(), end)));
+        } else if (before != nullptr) {
+            copyProperty(camera.info, before->info, text.key);
+        }
     }
     std::uint32_t current = 0;
     if (client.ReadRegister(Bootstrap::ipConfiguration, current, patience) ==

@@ -88,11 +88,13 @@ using NameOfACamera = Testing::SimulatedCameraTest;
 
 // Names come from makers of all kinds, and from flash memory that nobody has written to.
 TEST_F(NameOfACamera, IsTextWhateverItsBytesAre) {
-    Start({"--user-name", "Gr\xFCn\x1B[1m\n", "--model", "Gr\xC3\xBCn\xFF"});
+    Start({"--user-name", "Gr\xFCn\x1B[1m\n", "--model", "Gr\xC3\xBCn\xFF", "--device-version",
+           "2.1"});
     const auto infos = CreateLayer("GigE")->EnumerateDevices();
     ASSERT_EQ(infos.size(), 1U);
     EXPECT_EQ(infos[0].GetUserDefinedName(), "Gr\xC3\xBCn[1m");
     EXPECT_EQ(infos[0].GetModelName(), "Gr\xC3\xBCn\xC3\xBF");
+    EXPECT_EQ(valueOf(infos[0], Key::DeviceVersion), "2.1");
     EXPECT_EQ(infos[0].GetFriendlyName(), "Gr\xC3\xBCn[1m (S1)");
     // Of a layer that has not looked yet.
     const auto device = CreateLayer("GigE")->CreateDevice(infos[0]);

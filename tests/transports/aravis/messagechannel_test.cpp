@@ -59,9 +59,10 @@ protected:
 
     // One EVENT command, less some bytes of its event.
     void Send(const UdpSocket& socket, std::uint16_t requestId, std::uint16_t eventId,
-              std::size_t cut = 0) const {
+              std::size_t cut = 0, bool wantsAnswer = true) const {
         constexpr std::size_t eventSize = 16;
-        std::array<std::uint8_t, eventHeaderSize + eventSize> packet{0x42, 0x01, 0x00, 0xC0};
+        std::array<std::uint8_t, eventHeaderSize + eventSize> packet{
+            0x42, static_cast<std::uint8_t>(wantsAnswer ? 1 : 0), 0x00, 0xC0};
         PutNumber(packet.data() + 4, 2, eventSize - cut);
         PutNumber(packet.data() + 6, 2, requestId);
         PutNumber(packet.data() + eventHeaderSize + 2, 2, eventId);
@@ -88,6 +89,14 @@ TEST_F(MessageChannel, RepeatedRequestIsAnsweredAgainAndDeliveredOnce) {
         EXPECT_EQ(Acknowledged(), request);
     }
     EXPECT_EQ(sink_.WaitFor(0x9009), (std::vector<std::uint16_t>{0x9007, 0x9008, 0x9009}));
+}
+
+// They are not sent again, and need no numbers.
+TEST_F(MessageChannel, MessagesThatWantNoAnswerAreNeverTakenForRepeated) {
+    for (const std::uint16_t event : std::array<std::uint16_t, 3>{0x9001, 0x9002, 0x9003}) {
+        Send(own_, 0, event, 0, false);
+    }
+    EXPECT_EQ(sink_.WaitFor(0x9003), (std::vector<std::uint16_t>{0x9001, 0x9002, 0x9003}));
 }
 
 TEST_F(MessageChannel, RequestIdsComeAgainAfterAWhile) {

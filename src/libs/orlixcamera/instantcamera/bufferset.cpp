@@ -44,17 +44,24 @@ void BufferSet::QueueOne() {
 }
 
 void BufferSet::Return(FrameSlot& slot) noexcept {
-    const std::scoped_lock lock(mutex_);
-    if (stream_ != nullptr && (queueing_ == Queueing::Automatic || wanted_)) {
-        try {
-            stream_->Queue(slot.buffer);
-            wanted_ = false;
-            return;
-        } catch (...) {
-            Tell("A buffer can't be queued: " + TextOfCurrentException());
+    std::string why;
+    {
+        const std::scoped_lock lock(mutex_);
+        if (stream_ != nullptr && (queueing_ == Queueing::Automatic || wanted_)) {
+            try {
+                stream_->Queue(slot.buffer);
+                wanted_ = false;
+                return;
+            } catch (...) {
+                why = TextOfCurrentException();
+            }
         }
+        free_.push_back(&slot);
     }
-    free_.push_back(&slot);
+    // Who hears of it may stop the camera, which takes the lock.
+    if (!why.empty()) {
+        Tell("A buffer can't be queued: " + why);
+    }
 }
 
 }  // namespace Orlix::Detail
