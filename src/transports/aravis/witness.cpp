@@ -190,7 +190,10 @@ void Witness::take(std::span<std::uint8_t> bytes) {
     const std::uint64_t room = isTrailer ? shape.count + 1 : shape.count;
     const bool isBeyond = (isTrailer || isPayload) && packet.Number() > room;
     const bool isLast = isPayload && packet.Number() == shape.count;
-    const bool isLong = isBeyond || (isLast && bytes.size() > packet.header + shape.last);
+    // There are cameras that number it one too high; had they sent more, that packet would tell.
+    const bool isMiscounted = isTrailer && packet.Number() == room + 1;
+    const bool isLong =
+        (isBeyond && !isMiscounted) || (isLast && bytes.size() > packet.header + shape.last);
     note(packet, isTrailer && packet.HasError(), isLong);
     if (isPayload && isBeyond) {
         return;

@@ -161,6 +161,16 @@ TEST_F(WitnessTest, FramesThatAreLongerThanTheirBufferAreToldAndCut) {
     EXPECT_EQ(witness_->TakeEvidence(3), Evidence::None);
 }
 
+TEST_F(WitnessTest, TrailersThatAreNumberedOneTooHighGetTheirPlaceAndAreNoEvidence) {
+    OpenWitness();
+    Send({0, 3, Gvsp::trailer, lastPacket + 2, 16});
+    EXPECT_EQ(Receive().number, lastPacket + 1);
+    EXPECT_EQ(witness_->TakeEvidence(3), Evidence::None);
+    Send({0, 4, Gvsp::trailer, lastPacket + 3, 16});
+    EXPECT_EQ(Receive().number, lastPacket + 1);
+    EXPECT_EQ(witness_->TakeEvidence(4), Evidence::TooLong);
+}
+
 // Short ids come again after 65535 frames.
 TEST_F(WitnessTest, WhatWasSeenOfAFrameIsNotToldOfALaterOne) {
     OpenWitness();
