@@ -36,13 +36,13 @@ constexpr Reason lostEnd = {ARV_BUFFER_STATUS_TIMEOUT, FrameFate::TimedOut,
                             "The end of the frame didn't come in time."};
 constexpr Reason badTrailer = {ARV_BUFFER_STATUS_SUCCESS, FrameFate::BadTrailer,
                                "The device marked the trailer of the frame as invalid."};
-// Complete as far as Aravis knows, and of no use; no fate is nearer.
-constexpr Reason unknownKind = {ARV_BUFFER_STATUS_SUCCESS, FrameFate::BadTrailer,
+// Some of these Aravis calls complete, others it leaves as empty as it got them; no fate is nearer.
+constexpr Reason unknownKind = {ARV_BUFFER_STATUS_CLEARED, FrameFate::BadTrailer,
                                 "The kind of the frame's payload is not supported."};
 constexpr Reason tooLong = {ARV_BUFFER_STATUS_SUCCESS, FrameFate::WrongSize,
                             "The frame has more bytes than its buffer."};
 
-// Those that Aravis takes apart. Of the others it says that they are whole, and no more.
+// Those that Aravis takes apart.
 bool isKnown(ArvBufferPayloadType type) {
     return type == ARV_BUFFER_PAYLOAD_TYPE_IMAGE || type == ARV_BUFFER_PAYLOAD_TYPE_CHUNK_DATA ||
            type == ARV_BUFFER_PAYLOAD_TYPE_EXTENDED_CHUNK_DATA ||
@@ -68,11 +68,10 @@ const Reason& reasonOf(ArvBuffer& source, Evidence evidence) {
     if (isWhole && evidence == Evidence::BadTrailer) {
         return badTrailer;
     }
-    constexpr std::size_t aborted = reasons.size() - 1;
     const auto* const at = std::find_if(reasons.begin(), reasons.end(), [&](const Reason& reason) {
         return reason.status == status;
     });
-    return at != reasons.end() ? *at : reasons[aborted];
+    return at != reasons.end() ? *at : unknownKind;
 }
 
 // Of a whole frame. Aravis tells of the pictures in these kinds of payload only, and calls all else
@@ -144,7 +143,9 @@ void FrameReader::Read(ArvBuffer& source, StreamBuffer& frame, Evidence evidence
     frame.fate = reason.fate;
     frame.error = gcstring(reason.text);
     frame.frameId = numberOf(source);
-    frame.timestamp = ticksOf(arv_buffer_get_timestamp(&source));
+    // Of other kinds Aravis tells the time of this computer.
+    const bool hasTime = isKnown(arv_buffer_get_payload_type(&source));
+    frame.timestamp = hasTime ? ticksOf(arv_buffer_get_timestamp(&source)) : 0;
     frame.chunkByteOrder = protocol_ == Protocol::GigE ? Transport::ChunkByteOrder::BigEndian
                                                        : Transport::ChunkByteOrder::LittleEndian;
     if (status == ARV_BUFFER_STATUS_SUCCESS) {

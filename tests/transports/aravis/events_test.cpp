@@ -60,7 +60,6 @@ protected:
         }
     }
 
-private:
     Record record_;
 };
 
@@ -71,6 +70,28 @@ TEST_F(Events, ComeWithTheirData) {
     const auto counts = EndAndCount();
     EXPECT_EQ(counts["events"], 10);
     EXPECT_EQ(counts["lostEvents"], 0);
+}
+
+// All in ticks of a clock that isn't one of nanoseconds.
+TEST_F(Events, HaveTheTimesOfTheirFrames) {
+    constexpr const char* time = "EventFrameStartTimestamp";
+    Start({"--tick-frequency", "125000000"});
+    camera.GrabCameraEvents.SetValue(true);
+    camera.RegisterCameraEventHandler(&record_, time, 0, CameraEventRegistrationMode_Append,
+                                      Cleanup_None, CameraEventAvailability_Optional);
+    Open();
+    Choose("EventSelector", "FrameStart");
+    Choose("EventNotification", "On");
+    LimitFrames(3);
+    camera.StartGrabbing(3);
+    std::vector<std::int64_t> frames;
+    CGrabResultPtr result;
+    while (camera.IsGrabbing()) {
+        ASSERT_TRUE(camera.RetrieveResult(patience, result));
+        frames.push_back(static_cast<std::int64_t>(result->GetTimeStamp()));
+    }
+    EXPECT_EQ(record_.WaitFor(frames.size()), frames);
+    camera.DeregisterCameraEventHandler(&record_, time);
 }
 
 TEST_F(Events, ComeSeveralInOnePacketWithLongIds) {

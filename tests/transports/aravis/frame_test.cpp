@@ -78,8 +78,8 @@ protected:
         ASSERT_EQ(arv_buffer_get_status(good_.get()), ARV_BUFFER_STATUS_SUCCESS);
         frame.capacity = memory_.size();
     }
-    // Given up at the end of the stream: no state of a buffer tells less.
-    [[nodiscard]] static ObjectPtr<ArvBuffer> MakeUnfinished() {
+    // As Aravis leaves it for a frame whose kind it doesn't know.
+    [[nodiscard]] static ObjectPtr<ArvBuffer> MakeEmpty() {
         return ObjectPtr<ArvBuffer>(arv_buffer_new_allocate(size));
     }
     void ReadGood(FrameReader& reader, Evidence evidence = Evidence::None) {
@@ -174,19 +174,19 @@ TEST_F(FrameReaderTest, FailedFrameHasTheGeometryOfTheLastGoodOne) {
     ReadGood(reader);
     frame.width = 0;
     frame.pixelType = PixelType_Undefined;
-    reader.Read(*MakeUnfinished(), frame, Evidence::TooLong);
-    EXPECT_EQ(frame.fate, Transport::FrameFate::Aborted);
-    EXPECT_EQ(frame.error, "The stream was stopped during the frame.");
+    reader.Read(*MakeEmpty(), frame, Evidence::TooLong);
+    EXPECT_EQ(frame.fate, Transport::FrameFate::BadTrailer);
+    EXPECT_EQ(frame.error, "The kind of the frame's payload is not supported.");
     ExpectGeometry();
 }
 
 TEST_F(FrameReaderTest, FailedFrameMayFillNoMoreThanItsBuffer) {
     FrameReader reader(Protocol::GigE, 2 * size);
-    reader.Read(*MakeUnfinished(), frame, Evidence::None);
+    reader.Read(*MakeEmpty(), frame, Evidence::None);
     EXPECT_EQ(frame.filled, size);
     EXPECT_EQ(frame.width, 0U) << "no good frame has told it";
     FrameReader smaller(Protocol::GigE, size / 2);
-    smaller.Read(*MakeUnfinished(), frame, Evidence::None);
+    smaller.Read(*MakeEmpty(), frame, Evidence::None);
     EXPECT_EQ(frame.filled, size / 2);
 }
 

@@ -3,6 +3,7 @@
 
 #include <thread>
 
+#include "aravis/support/criticals.h"
 #include "aravis/support/simulatedcameratest.h"
 #include "gcbase/gcexception.h"
 #include "genapi/genapi.h"
@@ -502,6 +503,24 @@ TEST_F(SimulatedGrabbing, FramesOfChunksOnlyHaveTheirChunks) {
                   frame);
     }
 }
+
+// Raw data, a file, a picture as JPEG, and what no version knows.
+class FramesOfOtherKinds : public SimulatedGrabbing,
+                           public testing::WithParamInterface<const char*> {};
+
+TEST_P(FramesOfOtherKinds, FailWithAReasonEachAndMakeNoNoise) {
+    const Testing::Criticals criticals;
+    Start({"--payload-type", GetParam()});
+    Open();
+    MakeFrames(320, 240, 50);
+    constexpr const char* unknown = "The kind of the frame's payload is not supported.";
+    Expect(GrabAll(3).errors, {unknown, unknown, unknown});
+    EXPECT_EQ(criticals.Count(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(PayloadType, FramesOfOtherKinds,
+                         testing::Values("0x2", "0x3", "0x6", "0x9", "0x7000"),
+                         [](const auto& tested) { return std::string("Is") + tested.param; });
 
 TEST_F(SimulatedGrabbing, ProgramInControlIsNamedWithItsAddress) {
     Start();
