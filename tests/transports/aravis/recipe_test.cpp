@@ -81,6 +81,27 @@ TEST_F(Recipe, FrameWithGapsIsRepairedFromWhatCame) {
     EXPECT_GT(size - std::count(pixels, pixels + size, 0), size / 2);
 }
 
+// Nothing but the settings of the camera tells of a frame before the first that is whole.
+class Repair : public Recipe, public testing::WithParamInterface<int> {};
+
+TEST_P(Repair, NeedsNoWholeFrameBefore) {
+    Start({"--fault", "frame 1: missing packets 2"});
+    Run({{"AcquisitionMode", GetParam()}, {"FixCorruptImages", 0}}, 1);
+    const auto values = GetValues();
+    ASSERT_EQ(values.size(), 1U);
+    EXPECT_EQ(values[0]["pin"], "ImageCorrupt") << values[0];
+    EXPECT_EQ(values[0]["value"], true);
+    COrlixImage picture;
+    picture.Load(gcstring((Results() / "Camera.Image.000001.png").string()));
+    const auto* const pixels = static_cast<const std::uint8_t*>(picture.GetBuffer());
+    const auto size = static_cast<std::ptrdiff_t>(picture.GetImageSize());
+    EXPECT_GT(size - std::count(pixels, pixels + size, 0), size / 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(AcquisitionMode, Repair, testing::Values(0, 1), [](const auto& tested) {
+    return std::string(tested.param == 0 ? "SingleFrame" : "Continuous");
+});
+
 TEST_F(Recipe, WithoutTheRepairAFrameWithGapsIsAnError) {
     Start({"--fault", "frame 3: missing packets 2"});
     Run({{"AcquisitionMode", 1}, {"FixCorruptImages", 1}}, 5);

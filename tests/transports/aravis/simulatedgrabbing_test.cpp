@@ -264,6 +264,30 @@ TEST_F(SimulatedGrabbing, EveryFateHasItsOwnReason) {
     EXPECT_EQ(Statistic("StatisticFailedWrongSize"), 1);
 }
 
+// Of the first frame nothing is known but what the camera is set to.
+TEST_F(SimulatedGrabbing, FirstFrameOfAStartHasItsGeometryAndReasonThoughItFails) {
+    for (const char* fault : {"frame 1: drop leader", "frame 1: drop packets 3 to 5"}) {
+        Start({"--wire", fault, "--resends", "ignore"});
+        Open();
+        MakeFrames(320, 240, 10);
+        Set("OffsetX", 16);
+        Set("OffsetY", 8);
+        LimitFrames(1);
+        camera.StartGrabbing(1);
+        CGrabResultPtr result;
+        ASSERT_TRUE(camera.RetrieveResult(patience, result));
+        EXPECT_FALSE(result->GrabSucceeded());
+        EXPECT_STREQ(result->GetErrorDescription().c_str(), missing);
+        EXPECT_EQ(result->GetPixelType(), PixelType_Mono8);
+        EXPECT_EQ(result->GetWidth(), 320U);
+        EXPECT_EQ(result->GetHeight(), 240U);
+        EXPECT_EQ(result->GetOffsetX(), 16U);
+        EXPECT_EQ(result->GetOffsetY(), 8U);
+        camera.DetachDevice();
+        static_cast<void>(EndAndCount());
+    }
+}
+
 // The camera says of the trailer that it is gone, and not that it is bad.
 TEST_F(SimulatedGrabbing, EndThatCanNotBeSentAgainIsALostOne) {
     Start({"--wire", "frame 2: drop trailer, deny resends"});

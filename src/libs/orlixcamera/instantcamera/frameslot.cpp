@@ -91,6 +91,21 @@ void FrameSlot::Examine() {
     }
 }
 
+// Complete ones have told of themselves.
+void FrameSlot::Assume(const FrameGeometry& geometry) noexcept {
+    const bool isComplete =
+        buffer.fate == FrameFate::Delivered || buffer.fate == FrameFate::BadTrailer;
+    if (isComplete || buffer.kind == PayloadKind::ChunksOnly ||
+        buffer.pixelType != PixelType_Undefined) {
+        return;
+    }
+    buffer.pixelType = geometry.pixelType;
+    buffer.width = geometry.width;
+    buffer.height = geometry.height;
+    buffer.offsetX = geometry.offsetX;
+    buffer.offsetY = geometry.offsetY;
+}
+
 void FrameSlot::fail(FrameFate fate, std::string why) {
     buffer.fate = fate;
     buffer.error = gcstring(why);

@@ -22,6 +22,15 @@ struct FrameNumbers {
     std::size_t skipped = 0;
 };
 
+// What frames show by the settings of the camera; undefined where these tell nothing.
+struct FrameGeometry {
+    EPixelType pixelType = PixelType_Undefined;
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint32_t offsetX = 0;
+    std::uint32_t offsetY = 0;
+};
+
 // Belongs to a BufferSet, which says who may touch it: the stream, one thread of the camera, or the
 // holders of the result.
 class FrameSlot {
@@ -42,6 +51,8 @@ public:
     // Checks what the stream has said of the frame against what is in the buffer; a frame that
     // doesn't hold what it says failed, whatever the stream made of it.
     void Examine();
+    // Of a frame that came in part, and of which the stream doesn't know what it shows.
+    void Assume(const FrameGeometry& geometry) noexcept;
     // The result; when its last holder lets go, the slot goes back to the set.
     [[nodiscard]] CGrabResultPtr HandOut(std::shared_ptr<BufferSet> set, FrameNumbers numbers);
 

@@ -8,6 +8,7 @@
 #include "orlixcamera/instantcamera/instantcamera_impl.h"
 #include "orlixcamera/instantcamera/messages.h"
 #include "orlixcamera/instantcamera/threadpriority.h"
+#include "orlixcamera/pixeltypemapper.h"
 
 namespace Orlix {
 
@@ -71,8 +72,8 @@ std::shared_ptr<GrabRun> CInstantCamera::Impl::start(const Detail::GrabPlan& pla
                                                  : "The camera was closed meanwhile.",
                                __FILE__, __LINE__);
     }
-    const std::size_t payloadSize = readPayloadSize();
-    prepareBuffers(payloadSize);
+    const Detail::ExpectedFrames frames{readPayloadSize(), readGeometry()};
+    prepareBuffers(frames.payloadSize);
     if (grabber_ == nullptr) {
         grabber_ = std::make_shared<Detail::StreamGrabber>(device_, counters_);
     }
@@ -82,7 +83,7 @@ std::shared_ptr<GrabRun> CInstantCamera::Impl::start(const Detail::GrabPlan& pla
     lockTransport(true);
     bool acquires = false;
     try {
-        run->Start(buffers_, payloadSize);
+        run->Start(buffers_, frames);
         if (settings_->controlAcquisition) {
             acquires = true;  // also if it throws: the device may have heard it
             executeCommand("AcquisitionStart");
@@ -106,6 +107,23 @@ std::size_t CInstantCamera::Impl::readPayloadSize() const {
             __FILE__, __LINE__);
     }
     return static_cast<std::size_t>(payload.GetValue());
+}
+
+// For frames that lose the part that tells of it. Who can't tell it can be grabbed from all the
+// same.
+Detail::FrameGeometry CInstantCamera::Impl::readGeometry() const {
+    const auto maps = GetMaps();
+    GenApi::INodeMap& map = maps->GetDevice();
+    const auto read = [&map](const char* name) {
+        return static_cast<std::uint32_t>(CIntegerParameter(map, name).GetValueOrDefault(0));
+    };
+    try {
+        const gcstring format = CEnumParameter(map, "PixelFormat").GetValueOrDefault("");
+        return {CPixelTypeMapper::GetOrlixPixelTypeByName(format.c_str()), read("Width"),
+                read("Height"), read("OffsetX"), read("OffsetY")};
+    } catch (const GenICam::GenericException&) {
+        return {};
+    }
 }
 
 // A run that never was, of which nobody is told at the next stop.

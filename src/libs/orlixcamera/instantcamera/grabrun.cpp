@@ -35,11 +35,11 @@ bool GrabRun::collectsLatest() const noexcept {
            plan_.strategy == GrabStrategy_LatestImages;
 }
 
-void GrabRun::Start(std::shared_ptr<BufferSet> buffers, std::size_t payloadSize) {
+void GrabRun::Start(std::shared_ptr<BufferSet> buffers, const ExpectedFrames& frames) {
     buffers_ = std::move(buffers);
     const bool onDemand = plan_.strategy == GrabStrategy_UpcomingImage;
     number_ =
-        grabber_->Start(buffers_, onDemand ? Queueing::OnDemand : Queueing::Automatic, payloadSize);
+        grabber_->Start(buffers_, onDemand ? Queueing::OnDemand : Queueing::Automatic, frames);
     if (collectsLatest()) {
         collector_ = std::thread([this] { collect(); });
     }

@@ -38,7 +38,7 @@ public:
 
     [[nodiscard]] const GrabPlan& GetPlan() const noexcept { return plan_; }
 
-    void Start(std::shared_ptr<BufferSet> buffers, std::size_t payloadSize);
+    void Start(std::shared_ptr<BufferSet> buffers, const ExpectedFrames& frames);
     // No call of a handler is begun from now on; waits for none.
     void Forbid() noexcept;
     // Ends the stream too.

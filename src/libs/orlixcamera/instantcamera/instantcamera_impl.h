@@ -95,6 +95,7 @@ private:
     void stopAcquisition(const Detail::GrabRun& run) noexcept;
     void abandon(Detail::GrabRun& run, bool acquires) noexcept;
     [[nodiscard]] std::size_t readPayloadSize() const;
+    [[nodiscard]] Detail::FrameGeometry readGeometry() const;
     void dropBuffers() noexcept;
     void prepareBuffers(std::size_t payloadSize);  // with control_ held
     void setRun(std::shared_ptr<Detail::GrabRun> run) noexcept;

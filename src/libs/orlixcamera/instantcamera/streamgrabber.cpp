@@ -23,10 +23,11 @@ void StreamGrabber::openStream() {
 }
 
 StreamCounters::Run StreamGrabber::Start(std::shared_ptr<BufferSet> buffers, Queueing queueing,
-                                         std::size_t payloadSize) {
+                                         const ExpectedFrames& frames) {
     openStream();
     buffers_ = std::move(buffers);
-    counters_->SetBuffers(static_cast<std::int64_t>(payloadSize),
+    geometry_ = frames.geometry;
+    counters_->SetBuffers(static_cast<std::int64_t>(frames.payloadSize),
                           static_cast<std::int64_t>(buffers_->GetCount()));
     const StreamCounters::Run run = counters_->BeginRun();
     {
@@ -36,7 +37,7 @@ StreamCounters::Run StreamGrabber::Start(std::shared_ptr<BufferSet> buffers, Que
     }
     try {
         buffers_->Activate(*stream_, queueing);
-        stream_->Start(payloadSize);
+        stream_->Start(frames.payloadSize);
     } catch (...) {
         Stop();
         throw;
@@ -100,6 +101,7 @@ FrameSlot* StreamGrabber::Take(StreamCounters::Run run, std::chrono::millisecond
     }
     FrameSlot& slot = FrameSlot::Of(*buffer);
     slot.Examine();
+    slot.Assume(geometry_);
     return &slot;
 }
 

@@ -13,6 +13,12 @@
 
 namespace Orlix::Detail {
 
+// Of a run, by the settings of the camera.
+struct ExpectedFrames {
+    std::size_t payloadSize = 0;
+    FrameGeometry geometry;
+};
+
 // Start, Stop and Close are called one at a time; Take on any thread, which may hold this object
 // longer than the camera does.
 class StreamGrabber {
@@ -26,7 +32,7 @@ public:
     // Begins a run and returns its number; what it throws leaves everything stopped. Opens the
     // stream where needed.
     [[nodiscard]] StreamCounters::Run Start(std::shared_ptr<BufferSet> buffers, Queueing queueing,
-                                            std::size_t payloadSize);
+                                            const ExpectedFrames& frames);
     // Ends the run: no Take gets a frame from now on. Waits for no more than those inside Take,
     // which return at once.
     void Stop() noexcept;
@@ -49,6 +55,7 @@ private:
     const std::shared_ptr<StreamCounters> counters_;
     std::unique_ptr<Transport::IStream> stream_;
     std::shared_ptr<BufferSet> buffers_;
+    FrameGeometry geometry_;  // of the run
 
     std::mutex mutex_;
     std::condition_variable nobodyWaits_;
