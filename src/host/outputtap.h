@@ -42,7 +42,7 @@ public:
     void release();
     // All of them, behind the end of the graph.
     void releaseAll();
-    // Lets go of everything for good: the graph keeps the tap, but the run is over.
+    // Lets go of everything for good: the run is over, though the graph may still hold the tap.
     void close();
     [[nodiscard]] OutputReport report() const;
 

@@ -340,7 +340,7 @@ private:
         }
     }
 
-    // A graph that could not be stopped keeps them; they are closed.
+    // What fails here leaves a tap behind that is closed.
     void detachTaps() noexcept {
         for (const auto& tap : *taps_) {
             try {
