@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <mutex>
@@ -109,6 +110,9 @@ int main(int argc, char** argv) {
         return 0;
     } catch (const GenICam::GenericException& error) {
         std::cerr << error.GetDescription() << "\n";
+        return 1;
+    } catch (const std::exception& error) {
+        std::cerr << error.what() << "\n";
         return 1;
     }
 }

@@ -283,7 +283,7 @@ protected:
         const std::string recipe = writeTestRecipe(
             folder_, "ValueSource", R"({"eager": true, "count": )" + std::to_string(count) + "}");
         const ProgramResult result =
-            runWithTestNodes({"run", recipe, "--idle", "0.3", "--out", folder_ / "out"});
+            runWithTestNodes({"run", recipe, "--idle", "3", "--out", folder_ / "out"});
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(valuesOf(values(), "Number").size(), count);
     }
@@ -294,8 +294,8 @@ protected:
 TEST_F(RunValues, EveryKindOfValueIsALine) {
     const std::string recipe = writeTestRecipe(folder_, "ValueSource", R"({"count": 2})");
     const ProgramResult result =
-        runWithTestNodes({"run", recipe, "--idle", "0.3", "--out", folder_ / "out", "--json",
-                          "--arg", "Text=a\xff\"b"});
+        runWithTestNodes({"run", recipe, "--idle", "3", "--out", folder_ / "out", "--json", "--arg",
+                          "Text=a\xff\"b"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(linesOf(readFile(values())).size(), 12U);
     EXPECT_EQ(valuesOf(values(), "Number").at(0).dump(),
@@ -315,7 +315,7 @@ TEST_F(RunValues, EveryKindOfValueIsALine) {
 TEST_F(RunValues, KeysOfALineHaveTheirOrder) {
     const std::string recipe = writeTestRecipe(folder_, "ValueSource", R"({"count": 1})");
     const ProgramResult result =
-        runWithTestNodes({"run", recipe, "--idle", "0.3", "--out", folder_ / "out"});
+        runWithTestNodes({"run", recipe, "--idle", "3", "--out", folder_ / "out"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_NE(readFile(values()).find(R"({"node":"S","pin":"Number","update":1,"value":1})"),
               std::string::npos);
@@ -339,7 +339,7 @@ TEST_F(RunValues, NodeThatFailsToStopIsToldAndNothingIsLost) {
             folder_, "ValueSource", std::string(R"({"count": 3, ")") + setting + "\": true}");
         const bool stops = std::string(setting) == "greedy";
         const ProgramResult result =
-            runWithTestNodes({"run", recipe, "--idle", "0.3", "--out", folder_ / "out"});
+            runWithTestNodes({"run", recipe, "--idle", "3", "--out", folder_ / "out"});
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(linesOf(result.err).back(),
                   "orlix: " + recipe + ": node \"S\"" +

@@ -49,6 +49,8 @@ TEST(StreamEvents, AskAStreamWithoutPacketsForNone) {
     const Testing::Criticals criticals;
     const ObjectPtr<ArvDevice> device(arv_fake_device_new("F1", nullptr));
     ASSERT_NE(device, nullptr);
+    // Aravis hands a frame out before it tells of its end, and uses the buffer for that.
+    std::vector<ObjectPtr<ArvBuffer>> buffers;
     const auto events = std::make_shared<StreamEvents>();
     const ObjectPtr<ArvStream> stream(events->CreateStream([&](void* own) {
         return arv_device_create_stream_full(device.get(), &StreamEvents::OnEvent, own,
@@ -62,7 +64,8 @@ TEST(StreamEvents, AskAStreamWithoutPacketsForNone) {
     const std::vector<std::size_t> sizes = {static_cast<std::size_t>(payload),
                                             static_cast<std::size_t>(payload), 16};
     for (const std::size_t size : sizes) {
-        events->Push(*ObjectPtr<ArvBuffer>(arv_buffer_new_allocate(size)));
+        buffers.emplace_back(arv_buffer_new_allocate(size));
+        events->Push(*buffers.back());
     }
     arv_device_execute_command(device.get(), "AcquisitionStart", nullptr);
     std::vector<ArvBufferStatus> fates;

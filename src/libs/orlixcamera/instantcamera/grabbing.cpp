@@ -115,7 +115,8 @@ Detail::FrameGeometry CInstantCamera::Impl::readGeometry() const {
     const auto maps = GetMaps();
     GenApi::INodeMap& map = maps->GetDevice();
     const auto read = [&map](const char* name) {
-        return static_cast<std::uint32_t>(CIntegerParameter(map, name).GetValueOrDefault(0));
+        const std::int64_t value = CIntegerParameter(map, name).GetValueOrDefault(0);
+        return std::in_range<std::uint32_t>(value) ? static_cast<std::uint32_t>(value) : 0U;
     };
     try {
         const gcstring format = CEnumParameter(map, "PixelFormat").GetValueOrDefault("");

@@ -215,8 +215,9 @@ void NodeBase::Impl::stop() {
 void NodeBase::Impl::endRun() {
     closeForJobs();
     finishJobs();
-    if (!isInOwnJob()) {
-        // No job begins any more. The table keeps sinks alive that may be detached by now.
+    if (executor_.load() != std::this_thread::get_id()) {
+        // No job begins any more, and none of them is under way. The table keeps sinks alive that
+        // may be detached by now.
         routes_.reset();
         routesVersion_ = 0;
     }
