@@ -19,9 +19,9 @@ class Client : public testing::Test {
 protected:
     void SetUp() override { ORLIX_REQUIRE_NETWORK(); }
 
-    [[nodiscard]] static Answer Ask(GvcpClient& client) {
+    [[nodiscard]] static Answer Ask(GvcpClient& client, unsigned int attempts = 1) {
         std::uint32_t value = 0;
-        return client.ReadRegister(0x0A00, value, {1, milliseconds(20)});
+        return client.ReadRegister(0x0A00, value, {attempts, milliseconds(20)});
     }
     // A question that finds no answer; who asked it, for one that comes too late.
     void AskInVain(GvcpClient& client) {
@@ -36,6 +36,14 @@ protected:
         PutNumber(answer.data() + 6, 2, requestId);
         PutNumber(answer.data() + 8, 4, value);
         camera_.Answer(answer, asker_);
+    }
+    // Commands that have come and that nobody has taken.
+    [[nodiscard]] int TakeCommands() {
+        int count = 0;
+        while (!camera_.Take(milliseconds(0), asker_).empty()) {
+            ++count;
+        }
+        return count;
     }
     [[nodiscard]] std::uint64_t RequestId() const { return GetNumber(question_.data() + 6, 2); }
 
@@ -53,11 +61,13 @@ TEST_F(Client, AnswerToAnEarlierQuestionIsASignOfLife) {
     EXPECT_EQ(Ask(client), Answer::None);
 }
 
+// A device that is at work on a command is not to get it again.
 TEST_F(Client, RequestForMoreTimeIsASignOfLife) {
     GvcpClient client(ParseAddress("127.0.0.1"));
     AskInVain(client);
     Send(0x0089, RequestId() + 1, 30);
-    EXPECT_EQ(Ask(client), Answer::Refused);
+    EXPECT_EQ(Ask(client, 2), Answer::Refused);
+    EXPECT_EQ(TakeCommands(), 1);
     EXPECT_EQ(Ask(client), Answer::None);
 }
 

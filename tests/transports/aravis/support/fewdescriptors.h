@@ -1,4 +1,5 @@
-// No more descriptors for the test program while an object of this kind lives.
+// No more descriptors for the test program while an object of this kind lives. What is open stays
+// so, and may be waited for: poll(2) refuses more descriptors at once than the limit allows.
 #pragma once
 
 #include <sys/resource.h>
@@ -9,7 +10,8 @@ class FewDescriptors {
 public:
     FewDescriptors() {
         ::getrlimit(RLIMIT_NOFILE, &before_);
-        const rlimit none{0, before_.rlim_max};
+        constexpr rlim_t alwaysOpen = 3;  // input, output, errors
+        const rlimit none{alwaysOpen, before_.rlim_max};
         ::setrlimit(RLIMIT_NOFILE, &none);
     }
     ~FewDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }

@@ -32,6 +32,10 @@ public:
         changed_.wait(lock, [this] { return losses_ > 0; });
         losses_ = 0;
     }
+    [[nodiscard]] bool IsLossWithin(std::chrono::milliseconds time) {
+        std::unique_lock lock(mutex_);
+        return changed_.wait_for(lock, time, [this] { return losses_ > 0; });
+    }
 
 private:
     std::mutex mutex_;
