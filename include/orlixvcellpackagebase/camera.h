@@ -74,8 +74,9 @@ struct DeviceData {
 // Life: needs a resource pool, and throws InvalidArgumentException without one. A device is held
 // from allocateResources to freeResources or to its loss, which is an error on the node. A receiver
 // that hears of the loss may free the resources at once, and must not destroy the node.
-// One recursive lock guards everything; handlers of settings and of node maps run with it free, and
-// a frame becomes a job with it free. An event waits for space and becomes a job with it held.
+// One recursive lock guards everything; handlers of settings, of node maps and of the loss run with
+// it free (those of the loss's end don't), and a frame becomes a job with it free. An event waits
+// for space and becomes a job with it held.
 class Camera : public Orlix::DataProcessing::Core::AdvancedNode,
                public Orlix::DataProcessing::Core::INodeMapContainer,
                public Orlix::CImageEventHandler,

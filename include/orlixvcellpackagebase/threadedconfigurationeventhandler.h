@@ -25,12 +25,14 @@ public:
         std::shared_ptr<Orlix::DataProcessing::Threading::IThreadPool> threadPool);
     ~ThreadedConfigurationEventHandler() override;
 
-    // A further notification during a removal changes nothing.
+    // A further notification during a removal changes nothing, unless the work itself has given the
+    // device up and so may have taken another one: then the job does its work once more.
     void OnCameraDeviceRemoved(Orlix::CInstantCamera& camera) override;
 
 protected:
     // Cancels a job that has not begun, and waits for the end of one that has, unless the calling
     // thread is the one that is inside of it: then it returns at once, and the work goes on behind.
+    // A loss that was to be handled behind the work is forgotten: its device is given up.
     void waitForCameraDeviceRemoval();
 
     // The work, on a thread of the pool. An exception ends the job and goes to the pool.
@@ -72,6 +74,9 @@ private:
     std::shared_ptr<Orlix::DataProcessing::Threading::ConditionVariableAny> conditionVariable_;
     State state_ = State::Waiting;
     std::thread::id runner_;  // while running
+    // Of the device that the work is about, and of the one that was taken and lost since.
+    bool isGivenUp_ = false;
+    bool isDueAgain_ = false;
 };
 
 }  // namespace Plugin::OrlixVCellPackageBase

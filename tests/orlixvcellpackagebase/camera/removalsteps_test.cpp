@@ -7,8 +7,10 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <semaphore>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -219,6 +221,51 @@ TEST_F(CameraRemovalSteps, AReceiverOfTheMapsMayTakeTheNextDevice) {
     EXPECT_FALSE(camera->hasError());
     EXPECT_THAT(camera->getNodeMapInfos(), testing::SizeIs(5));
     EXPECT_TRUE(device->IsOpen());
+}
+
+TEST_F(CameraRemovalSteps, TheLossOfTheNextDeviceInsideOfAReceiverIsNotMissed) {
+    // The library hears of a loss on a thread of its own.
+    std::counting_semaphore<> heard(0);
+    camera->afterLoss = [&] { heard.release(); };
+    bool isFirst = true;
+    const Utils::ScopedConnection maps(camera->getNodeMapsChangedSignal()->connect([&] {
+        if (std::exchange(isFirst, false)) {
+            camera->freeResources();
+            device->Recover();
+            EXPECT_THAT(camera->allocateResources(), IsEmpty());
+            device->Lose();
+            device->JoinLoss();
+            heard.acquire();
+        }
+    }),
+                                       true);
+    const auto job = lose();
+    heard.acquire();
+    job->execute();
+    EXPECT_THAT(errorsOf(*camera), ElementsAre(std::string("DeviceError: ") + removedText));
+    EXPECT_THAT(camera->getNodeMapInfos(), testing::SizeIs(2));
+    EXPECT_FALSE(device->IsOpen());
+}
+
+TEST_F(CameraRemovalSteps, ReceiversOfTheErrorAndOfTheMapsOfAReleaseInsideOfItFindTheLockFree) {
+    int told = 0;
+    const auto readOnAnotherThread = [&] {
+        ++told;
+        std::thread([&] { std::ignore = camera->getNodeMapInfos(); }).join();
+    };
+    const Utils::ScopedConnection errors(camera->getErrorChangedSignal()->connect(
+                                             [&](const Core::ErrorSet&, const Core::ErrorSet& now) {
+                                                 if (!now.empty()) {
+                                                     readOnAnotherThread();
+                                                     camera->freeResources();
+                                                 }
+                                             }),
+                                         true);
+    const Utils::ScopedConnection maps(
+        camera->getNodeMapsChangedSignal()->connect(readOnAnotherThread), true);
+    lose()->execute();
+    EXPECT_EQ(told, 3);
+    EXPECT_FALSE(camera->hasError());
 }
 
 TEST_F(CameraRemovalSteps, TwoNotificationsMakeOneJobAndALaterOneANewJob) {

@@ -35,8 +35,8 @@ public:
 
     [[nodiscard]] int mapChanges() const { return mapChanges_; }
 
-    // The condition may take the node's lock, under which errors are told: it is asked with the
-    // mutex free.
+    // The condition may take the node's lock, under which the end of an error is told: it is asked
+    // with the mutex free.
     template <typename Condition>
     void waitUntil(Condition condition) {
         std::unique_lock lock(mutex_);

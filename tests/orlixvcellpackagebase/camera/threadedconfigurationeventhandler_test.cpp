@@ -98,6 +98,32 @@ TEST_F(CameraDeviceRemoval, ANotificationDuringTheWorkChangesNothing) {
     EXPECT_EQ(pool->jobs.size(), 1U);
 }
 
+TEST_F(CameraDeviceRemoval, ANotificationBehindAReleaseInsideOfTheWorkRepeatsTheWork) {
+    handler.work = [&] {
+        if (handler.handled == 1) {
+            handler.waitForCameraDeviceRemoval();
+            handler.notify();
+        }
+    };
+    handler.notify();
+    pool->jobs[0]->execute();
+    EXPECT_EQ(handler.handled, 2);
+    handler.notify();
+    EXPECT_EQ(pool->jobs.size(), 2U);
+}
+
+TEST_F(CameraDeviceRemoval, AReleaseInsideOfTheWorkForgetsANotificationBeforeIt) {
+    handler.work = [&] {
+        handler.notify();
+        handler.waitForCameraDeviceRemoval();
+        handler.notify();
+        handler.waitForCameraDeviceRemoval();
+    };
+    handler.notify();
+    pool->jobs[0]->execute();
+    EXPECT_EQ(handler.handled, 1);
+}
+
 TEST_F(CameraDeviceRemoval, ANotificationAfterAFinishedJobMakesANewOne) {
     handler.notify();
     pool->jobs[0]->execute();

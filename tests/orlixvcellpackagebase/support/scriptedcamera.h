@@ -45,9 +45,15 @@ public:
         Camera::OnImageGrabbed(camera, grabResult);
     }
 
+    void OnCameraDeviceRemoved(Orlix::CInstantCamera& camera) override {
+        Camera::OnCameraDeviceRemoved(camera);
+        afterLoss();
+    }
+
     std::vector<std::string> calls;
     std::function<void(const std::string&)> onCall = [](const std::string&) {};
     std::function<void()> beforeImage = [] {};  // on the library's thread, which may be held up
+    std::function<void()> afterLoss = [] {};    // on the library's thread
 
 private:
     void note(const char* call) {

@@ -27,6 +27,7 @@ ThreadedConfigurationEventHandler::~ThreadedConfigurationEventHandler() {
 void ThreadedConfigurationEventHandler::OnCameraDeviceRemoved(Orlix::CInstantCamera& /*camera*/) {
     const Guard guard(*mutex_);
     if (currentJob_) {
+        currentJob_->isDueAgain_ = currentJob_->isGivenUp_;
         return;
     }
     currentJob_ = std::make_shared<CameraDeviceRemovalJob>(this);
@@ -41,8 +42,13 @@ void ThreadedConfigurationEventHandler::OnCameraDeviceRemoved(Orlix::CInstantCam
 void ThreadedConfigurationEventHandler::waitForCameraDeviceRemoval() {
     Guard guard(*mutex_);
     const std::shared_ptr<CameraDeviceRemovalJob> job = currentJob_;
+    if (!job) {
+        return;
+    }
+    job->isDueAgain_ = false;  // whoever comes here has given that device up, too
     // A receiver of a signal of the work comes here on the thread whose end it would wait for.
-    if (!job || job->runner_ == std::this_thread::get_id()) {
+    if (job->runner_ == std::this_thread::get_id()) {
+        job->isGivenUp_ = true;
         return;
     }
     if (job->state_ == Job::State::Waiting) {
@@ -78,18 +84,26 @@ void Job::execute() {
     }
     state_ = State::Running;
     runner_ = std::this_thread::get_id();
-    guard.unlock();
 
     // Those who wait must not wait for ever if the work throws.
     struct Finish {
         CameraDeviceRemovalJob& job;
+        Guard& guard;
         ~Finish() {
-            const Guard inner(*job.mutex_);
+            if (!guard.isOwned()) {
+                guard.lock();
+            }
             job.finish();
         }
     };
-    const Finish finish{*this};
-    handler_->handleCameraDeviceRemoved();
+    const Finish finish{*this, guard};
+    do {
+        isGivenUp_ = false;
+        isDueAgain_ = false;
+        guard.unlock();
+        handler_->handleCameraDeviceRemoved();
+        guard.lock();
+    } while (isDueAgain_);
 }
 
 void Job::finish() {
