@@ -74,7 +74,34 @@ Receiver::~Receiver() {
 
 void Receiver::createStream() {
     const bool isNetwork = connection_->GetCamera().protocol == Protocol::GigE;
-    const StreamSettings settings = state_->GetSettings();
+    StreamSettings settings = state_->GetSettings();
+    const bool negotiates = isNetwork && settings.negotiatePacketSize;
+    std::string why = makeStream(settings);
+    if (stream_ == nullptr && negotiates) {
+        // A camera whose packets have a fixed size refuses to try others.
+        settings.negotiatePacketSize = false;
+        const std::string refused = std::exchange(why, makeStream(settings));
+        warning_ = "The packet size of device '" + connection_->GetCamera().label +
+                   "' stays as it is, since it can't be negotiated: " + refused + ".";
+    }
+    if (stream_ == nullptr) {
+        const std::string text =
+            "Device '" + connection_->GetCamera().label + "' can't be received from: " + why + ".";
+        throw GenICam::RuntimeException(text.c_str(), __FILE__, __LINE__);
+    }
+    if (negotiates) {
+        state_->ChangeSettings([](StreamSettings& all) { all.negotiatePacketSize = false; });
+    }
+    if (isNetwork) {
+        setProperties();
+        reader_.SetTickFrequency(tickFrequency());
+        watch();
+    }
+    events_->Watch(stream_.get(), witness_.get(), packetsPerFrame_);
+}
+
+std::string Receiver::makeStream(const StreamSettings& settings) {
+    const bool isNetwork = connection_->GetCamera().protocol == Protocol::GigE;
     std::string why;
     stream_ = connection_->CreateStream(
         [isNetwork, settings, events = events_](ArvDevice* device, Error& error) {
@@ -87,20 +114,7 @@ void Receiver::createStream() {
             });
         },
         why);
-    if (stream_ == nullptr) {
-        const std::string text =
-            "Device '" + connection_->GetCamera().label + "' can't be received from: " + why + ".";
-        throw GenICam::RuntimeException(text.c_str(), __FILE__, __LINE__);
-    }
-    if (isNetwork && settings.negotiatePacketSize) {
-        state_->ChangeSettings([](StreamSettings& all) { all.negotiatePacketSize = false; });
-    }
-    if (isNetwork) {
-        setProperties();
-        reader_.SetTickFrequency(tickFrequency());
-        watch();
-    }
-    events_->Watch(stream_.get(), witness_.get(), packetsPerFrame_);
+    return why;
 }
 
 void Receiver::watch() {
@@ -168,14 +182,15 @@ void Receiver::checkSocketBuffer(std::size_t wanted, std::size_t granted) {
     }
     const std::string begin =
         "The socket buffer of device '" + connection_->GetCamera().label + "' ";
-    warning_ = socket_.IsKnown()
-                   ? begin + "has " + std::to_string(granted) + " bytes instead of " +
-                         std::to_string(wanted) +
-                         ", so frames may be lost. To allow more: sysctl -w net.core.rmem_max=" +
-                         std::to_string(wanted)
-                   : begin + "can't be set to " + std::to_string(wanted) +
-                         " bytes, so frames may be lost: the system doesn't show it in "
-                         "/proc/self/fd.";
+    warning_ += warning_.empty() ? "" : " ";
+    warning_ += socket_.IsKnown()
+                    ? begin + "has " + std::to_string(granted) + " bytes instead of " +
+                          std::to_string(wanted) +
+                          ", so frames may be lost. To allow more: sysctl -w net.core.rmem_max=" +
+                          std::to_string(wanted)
+                    : begin + "can't be set to " + std::to_string(wanted) +
+                          " bytes, so frames may be lost: the system doesn't show it in "
+                          "/proc/self/fd.";
 }
 
 // Who has taken a buffer out may give it other memory.

@@ -47,6 +47,8 @@ private:
     };
 
     void createStream();
+    // Why there is no stream, or nothing.
+    [[nodiscard]] std::string makeStream(const StreamSettings& settings);
     void setProperties();
     void watch();
     [[nodiscard]] std::size_t chooseSocketBuffer() const;
