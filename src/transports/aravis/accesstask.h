@@ -13,6 +13,9 @@ struct Connection::Task {
     bool isDrop = false;  // done also after the loss
     bool isDone = false;
     std::exception_ptr failure;
+
+    // Else it is the making or the end of a stream, which asks the camera as often as it likes.
+    [[nodiscard]] bool IsAccess() const noexcept { return !isDrop && purpose != Purpose::Stream; }
 };
 
 }  // namespace Orlix::Aravis

@@ -129,7 +129,8 @@ void Connection::requireControl(ArvDevice* device) {
     // Some tell others nothing as soon as they have a controller.
     std::uint32_t privilege = 0;
     answersControllerOnly_ =
-        client.ReadRegister(Bootstrap::controlPrivilege, privilege, {}) == GvcpClient::Answer::None;
+        client.ReadRegister(Bootstrap::controlPrivilege, privilege,
+                            {4, std::chrono::milliseconds(100)}) == GvcpClient::Answer::None;
     if (!answersControllerOnly_) {
         holder_ = AskForHolder(client);
     }
@@ -192,7 +193,7 @@ void Connection::tellLoss() const noexcept {
 
 bool Connection::MayBeMute() const {
     const std::scoped_lock lock(mutex_);
-    return writing_ && streams_ == 0;
+    return current_ != nullptr && current_->purpose == Purpose::Write && streams_ == 0;
 }
 
 bool Connection::IsLost() const {
@@ -212,6 +213,9 @@ void Connection::SetLost() noexcept {
 }
 
 ControlSign Connection::LookForControl(GvcpClient& client, const GvcpClient::Patience& patience) {
+    if (answersControllerOnly_) {
+        listenForOthers(client);
+    }
     const ControlSign sign =
         answersControllerOnly_ ? lookAsController() : AskForControl(client, holder_, patience);
     // Who closes gives up control.
@@ -219,6 +223,25 @@ ControlSign Connection::LookForControl(GvcpClient& client, const GvcpClient::Pat
         SetLost();
     }
     return sign;
+}
+
+// One answer tells that it, or this computer, was only busy at first. Who asks often hears a late
+// one the next time.
+void Connection::listenForOthers(GvcpClient& client) {
+    using Answer = GvcpClient::Answer;
+    std::uint32_t privilege = 0;
+    const Answer answer = client.ReadRegister(Bootstrap::controlPrivilege, privilege,
+                                              {1, std::chrono::milliseconds(5)});
+    if (answer == Answer::Given || answer == Answer::Refused) {
+        answersControllerOnly_ = false;
+    }
+}
+
+// Streams are made and ended with many commands, whose answers nobody tells. What takes too long
+// for a camera that answers is silence.
+bool Connection::isAtStream() const {
+    constexpr std::chrono::seconds longest{5};
+    return current_ != nullptr && !current_->IsAccess() && Clock::now() - begun_ < longest;
 }
 
 // Aravis sends a command again after half a second, and waits for three seconds in all. Whoever
@@ -231,13 +254,19 @@ ControlSign Connection::lookAsController() {
         transferIn(device, Bootstrap::controlPrivilege, privilege->data(), privilege->size());
     };
     Lock lock(mutex_);
-    if (lost_ || closed_) {
+    if (lost_ || closed_ || isAtStream()) {
         return ControlSign::NotAsked;
     }
     const std::uint64_t before = answers_;
     tasks_.push_back(task);
     work_.notify_one();
     changed_.wait_for(lock, longest, [&] { return task->isDone || lost_; });
+    if (!task->isDone) {
+        std::erase(tasks_, task);  // nobody waits for it any more
+        if (isAtStream()) {
+            return ControlSign::NotAsked;
+        }
+    }
     if (!task->isDone || task->failure) {
         return answers_ != before ? ControlSign::Refused : ControlSign::None;
     }

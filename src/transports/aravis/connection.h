@@ -80,7 +80,7 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
     using Lock = std::unique_lock<std::mutex>;
-    enum class Purpose : std::uint8_t { Any, Write };
+    enum class Purpose : std::uint8_t { Any, Write, Stream };
 
     Connection(const Found& camera, std::function<void()> lost);
 
@@ -99,6 +99,8 @@ private:
     void perform(Action action, Purpose purpose);
     [[nodiscard]] bool isControlTaken();
     [[nodiscard]] ControlSign lookAsController();
+    [[nodiscard]] bool isAtStream() const;
+    void listenForOthers(GvcpClient& client);
     Drop begin(Action drop);
     void transferIn(ArvDevice* device, std::uint64_t address, void* buffer, std::size_t length);
     void transferOut(ArvDevice* device, std::uint64_t address, const void* buffer,
@@ -120,7 +122,7 @@ private:
     std::shared_ptr<const std::string> description_;
     Holder holder_;
     bool numbersByRegister_ = false;
-    bool answersControllerOnly_ = false;
+    std::atomic<bool> answersControllerOnly_{false};
     std::atomic<std::uint64_t> answers_{0};  // that the camera gave to accesses
 
     ObjectPtr<ArvDevice> device_;              // of the connection's thread, like the next
@@ -131,7 +133,8 @@ private:
     std::condition_variable work_;             // for the connection's thread
     std::deque<std::shared_ptr<Task>> tasks_;
     unsigned int streams_ = 0;
-    bool writing_ = false;
+    const Task* current_ = nullptr;  // that the connection's thread is at, since:
+    Clock::time_point begun_;
     bool lost_ = false;
     bool closed_ = false;
     bool released_ = false;

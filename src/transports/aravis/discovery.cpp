@@ -17,6 +17,8 @@ namespace {
 
 // Between two looks.
 constexpr std::chrono::milliseconds pause{2000};
+// After one that failed, at least.
+constexpr std::chrono::milliseconds retryPause{200};
 constexpr std::array protocols = {Protocol::GigE, Protocol::Usb3};
 
 std::vector<Found> ofProtocol(const std::vector<Found>& cameras, Protocol protocol) {
@@ -86,9 +88,11 @@ private:
         try {
             return look();
         } catch (...) {
-            const std::scoped_lock lock(mutex_);
+            std::unique_lock lock(mutex_);
             looked_ = true;
             changed_.notify_all();
+            // Also where a loss is still to be told, which may be what has failed.
+            changed_.wait_for(lock, retryPause, [this] { return quit_; });
             return !quit_;
         }
     }

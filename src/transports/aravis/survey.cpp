@@ -90,7 +90,8 @@ struct NetworkText {
 };
 
 // What the answer to the broadcast tells, but Aravis does not. A program with exclusive access
-// keeps others from reading it; then it is as it was.
+// keeps others from reading it; then it is as it was. A camera that is silent is not asked for the
+// rest: everybody waits for the end of the look.
 void addNetworkProperties(Found& camera, const Found* before) {
     GvcpClient client(camera.address);
     const GvcpClient::Patience patience{2, std::chrono::milliseconds(100)};
@@ -99,9 +100,13 @@ void addNetworkProperties(Found& camera, const Found* before) {
                     Bootstrap::userDefinedNameLength},
         NetworkText{Key::DeviceVersion, Bootstrap::deviceVersion, Bootstrap::deviceVersionLength},
     };
+    auto answer = GvcpClient::Answer::Given;
     for (const NetworkText& text : texts) {
         std::vector<std::uint8_t> bytes(text.length);
-        if (client.ReadMemory(text.address, bytes, patience) == GvcpClient::Answer::Given) {
+        if (answer != GvcpClient::Answer::None) {
+            answer = client.ReadMemory(text.address, bytes, patience);
+        }
+        if (answer == GvcpClient::Answer::Given) {
             const auto end = std::find(bytes.begin(), bytes.end(), std::uint8_t{0});
             set(camera.info, text.key, CleanText(std::string(bytes.begin(), end)));
         } else if (before != nullptr) {
@@ -109,8 +114,10 @@ void addNetworkProperties(Found& camera, const Found* before) {
         }
     }
     std::uint32_t current = 0;
-    if (client.ReadRegister(Bootstrap::ipConfiguration, current, patience) ==
-        GvcpClient::Answer::Given) {
+    if (answer != GvcpClient::Answer::None) {
+        answer = client.ReadRegister(Bootstrap::ipConfiguration, current, patience);
+    }
+    if (answer == GvcpClient::Answer::Given) {
         set(camera.info, Key::IpConfigCurrent, ipConfigurationText(current));
     } else if (before != nullptr) {
         copyProperty(camera.info, before->info, Key::IpConfigCurrent);

@@ -96,7 +96,7 @@ ObjectPtr<ArvStream> Connection::CreateStream(
                 result->stream.reset(create(device, error));
                 result->why = result->stream != nullptr ? "" : error.Text();
             },
-            Purpose::Any);
+            Purpose::Stream);
     } catch (...) {
         dispose();
         throw;
@@ -164,7 +164,8 @@ bool Connection::waitForWork(Lock& lock) {
 void Connection::execute(Task& task, Lock& lock) noexcept {
     const bool isBegun = !lost_ || task.isDrop;
     if (isBegun) {
-        writing_ = task.purpose == Purpose::Write;
+        current_ = &task;
+        begun_ = Clock::now();
         lock.unlock();
         try {
             task.action(device_.get());
@@ -173,7 +174,7 @@ void Connection::execute(Task& task, Lock& lock) noexcept {
         }
         task.action = nullptr;  // what it owns may be a stream, which needs its time to end
         lock.lock();
-        writing_ = false;
+        current_ = nullptr;
     }
     streams_ -= task.isDrop ? 1 : 0;
     task.isDone = isBegun;

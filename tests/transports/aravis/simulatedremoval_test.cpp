@@ -224,6 +224,10 @@ protected:
     }
 
     std::atomic<bool> gone{false};
+    std::atomic<bool> answersAll{false};
+    std::atomic<bool> slow{false};
+    std::atomic<unsigned int> ofOthers{0};  // commands that were passed on
+    std::atomic<unsigned int> looks{0};     // of the controller at its control
 
 private:
     using CommandProxy = Testing::CommandProxy;
@@ -231,9 +235,17 @@ private:
     CommandProxy::Way judge(const CommandProxy::Command& command) {
         constexpr std::uint64_t discovery = 0x02;
         constexpr std::uint64_t writeRegister = 0x82;
+        constexpr std::uint64_t readMemory = 0x84;
         const bool isStranger = controller_ != 0 && command.sender != controller_;
-        if (gone || (isStranger && command.kind != discovery)) {
+        if (gone || (isStranger && command.kind != discovery && !answersAll)) {
             return CommandProxy::Way::Drop;
+        }
+        if (command.address == Bootstrap::controlPrivilege) {
+            ofOthers += isStranger ? 1 : 0;
+            looks += !isStranger && command.kind == readMemory ? 1 : 0;
+        }
+        if (slow) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(30));
         }
         if (command.kind == writeRegister && command.address == Bootstrap::controlPrivilege) {
             controller_ =
@@ -271,6 +283,39 @@ TEST_F(ControllerOnly, CheckFindsASilentCameraLost) {
     StartBehindProxy();
     gone = true;
     EXPECT_FALSE(Device().CheckAlive());
+}
+
+// To find the size of packets takes many commands, and the camera's own question waits for them.
+TEST_F(ControllerOnly, SlowAnswersAtTheStartOfAStreamAreNoSilence) {
+    StartBehindProxy();
+    FreeRun(20);
+    slow = true;
+    const auto begun = Clock::now();
+    camera.StartGrabbing();
+    PrintTime("started", begun);
+    Take(5);
+    camera.StopGrabbing();
+    EXPECT_FALSE(camera.IsCameraDeviceRemoved());
+}
+
+// It was only busy when it was asked whether it answers others. Their questions come in both ways
+// of watching it, but the controller's own between them in one only.
+TEST_F(ControllerOnly, CameraThatAnswersOthersLaterIsWatchedLikeAnyOther) {
+    StartBehindProxy();
+    answersAll = true;
+    unsigned int before = 0;
+    bool isWatchedByOthers = false;
+    for (int round = 0; round < 20 && !isWatchedByOthers; ++round) {
+        before = looks;
+        const unsigned int first = ofOthers;
+        for (int wait = 0; ofOthers < first + 3; ++wait) {
+            ASSERT_LT(wait, 1000);
+            ASSERT_FALSE(watch.IsLossWithin(std::chrono::milliseconds(20)));
+        }
+        isWatchedByOthers = looks == before;
+    }
+    EXPECT_TRUE(isWatchedByOthers);
+    EXPECT_FALSE(camera.IsCameraDeviceRemoved());
 }
 
 TEST_F(SimulatedRemoval, WantOfDescriptorsIsNoLoss) {
