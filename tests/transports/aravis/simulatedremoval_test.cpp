@@ -323,8 +323,6 @@ TEST_F(SimulatedRemoval, WantOfDescriptorsIsNoLoss) {
     OpenWatched();
     const Testing::FewDescriptors none;
     EXPECT_TRUE(Device().CheckAlive());
-    // Who watches the camera asks with a socket that is open, and a silent one would have gone.
-    EXPECT_FALSE(watch.IsLossWithin(std::chrono::milliseconds(1500)));
     EXPECT_FALSE(camera.IsCameraDeviceRemoved());
 }
 
