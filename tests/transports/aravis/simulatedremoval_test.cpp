@@ -6,7 +6,6 @@
 #include "aravis/bigendian.h"
 #include "aravis/bootstrap.h"
 #include "aravis/support/commandproxy.h"
-#include "aravis/support/fewdescriptors.h"
 #include "aravis/support/simulatedcameratest.h"
 #include "aravis/support/watch.h"
 #include "gcbase/gcexception.h"
@@ -315,14 +314,6 @@ TEST_F(ControllerOnly, CameraThatAnswersOthersLaterIsWatchedLikeAnyOther) {
         isWatchedByOthers = looks == before;
     }
     EXPECT_TRUE(isWatchedByOthers);
-    EXPECT_FALSE(camera.IsCameraDeviceRemoved());
-}
-
-TEST_F(SimulatedRemoval, WantOfDescriptorsIsNoLoss) {
-    Start();
-    OpenWatched();
-    const Testing::FewDescriptors none;
-    EXPECT_TRUE(Device().CheckAlive());
     EXPECT_FALSE(camera.IsCameraDeviceRemoved());
 }
 

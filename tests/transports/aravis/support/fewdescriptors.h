@@ -1,5 +1,6 @@
 // No more descriptors for the test program while an object of this kind lives. What is open stays
-// so, and may be waited for: poll(2) refuses more descriptors at once than the limit allows.
+// so, and may be waited for: poll(2) refuses more descriptors at once than the limit allows. GLib
+// ends the program where it gets none, so no thread of Aravis may run meanwhile.
 #pragma once
 
 #include <sys/resource.h>
