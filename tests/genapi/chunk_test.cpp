@@ -218,6 +218,18 @@ TEST(Chunk, TheLittleEndianAndTheToldLayout) {
     }
 }
 
+TEST(Chunk, IdsThatDifferAboveTheir32ndBitAreDifferent) {
+    TestMap t(chunkReg("Short", "0", "A") + chunkReg("Long", "0", "B") +
+              "<Port Name=\"A\"><ChunkID>A5</ChunkID></Port>"
+              "<Port Name=\"B\"><ChunkID>1000000A5</ChunkID></Port>");
+    Bytes buffer = {5, 0, 0, 0, 6, 0, 0, 0};
+    CChunkAdapterGeneric adapter(t.map._Ptr());
+    const std::array<SingleChunkData_t, 2> told = {{{0xA5, 0, 4}, {0x1000000A5, 4, 4}}};
+    adapter.AttachBuffer(buffer.data(), sizeOf(buffer), told.data(), 2);
+    EXPECT_EQ(t.integer("Short")->GetValue(), 5);
+    EXPECT_EQ(t.integer("Long")->GetValue(), 6);
+}
+
 TEST(Chunk, APortConnectedByHandServesOneChunk) {
     TestMap t(nodes);
     CChunkPort port;
