@@ -67,7 +67,8 @@ function(orlix_test name)
   set(properties TIMEOUT 300)
   if(ORLIX_SANITIZE)
     list(APPEND properties ENVIRONMENT_MODIFICATION
-      "TSAN_OPTIONS=string_append: suppressions=${CMAKE_SOURCE_DIR}/cmake/thread-sanitizer.supp")
+      # With a long history, since a report whose other stack is lost can't be told by its library.
+      "TSAN_OPTIONS=string_append: suppressions=${CMAKE_SOURCE_DIR}/cmake/thread-sanitizer.supp history_size=7")
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120 PROPERTIES ${properties})
 endfunction()

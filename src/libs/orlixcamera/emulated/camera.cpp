@@ -290,12 +290,16 @@ void Camera::finishFrame(FrameCursor& cursor) {
     }
 }
 
-// Those of a storm that find no room are lost all at once.
+// Those of a storm that find no room are lost all at once; so are those beyond a number that would
+// keep the camera from all else, however fast they are taken.
 void Camera::postTests(std::uint64_t count) {
+    constexpr std::uint64_t most = std::uint64_t{1} << 16U;
     const std::uint64_t now = ticksOf(Clock::now());
-    while (count > 0 && post(EventKind::Test, now, 0)) {
-        --count;
+    std::uint64_t posted = 0;
+    while (posted < std::min(count, most) && post(EventKind::Test, now, 0)) {
+        ++posted;
     }
+    eventsLost_ = eventsLost_ || (posted == most && posted < count);
 }
 
 // False for an event that nobody gets.
